@@ -1,0 +1,50 @@
+# The three kinds of target that this tree has, each with the same language level and warnings.
+include_guard()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+set(SONVEL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them (empty: none)")
+
+add_library(sonvel_options INTERFACE)
+target_include_directories(sonvel_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
+target_compile_options(sonvel_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi -Werror)
+if(SONVEL_SANITIZE)
+  target_compile_options(sonvel_options INTERFACE
+      "-fsanitize=${SONVEL_SANITIZE}" -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(sonvel_options INTERFACE "-fsanitize=${SONVEL_SANITIZE}")
+endif()
+
+# sonvel_library(name SOURCES ... [PUBLIC libs ...] [PRIVATE libs ...])
+# PUBLIC names what the folder's headers include, PRIVATE what only its sources do.
+function(sonvel_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${arg_SOURCES})
+  target_link_libraries(${name} PUBLIC sonvel_options ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+endfunction()
+
+# sonvel_program(name SOURCES ... LIBS ...)
+function(sonvel_program name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE sonvel_options ${arg_LIBS})
+endfunction()
+
+# sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [PROPERTIES ...])
+# A GoogleTest program, each of whose tests ctest runs and counts on its own.
+function(sonvel_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBS;LABELS;PROPERTIES" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  target_link_libraries(${name} PRIVATE sonvel_options ${arg_LIBS} GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${name}
+      TEST_PREFIX "${name}."
+      DISCOVERY_MODE PRE_TEST
+      PROPERTIES TIMEOUT 120 LABELS "${arg_LABELS}" ${arg_PROPERTIES})
+endfunction()

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/audio_properties.h"
+#include "platform/audio_types.h"
+
+#include <optional>
+
+namespace sonvel {
+
+/// The audio system: its objects, their properties, and the taps, aggregate devices and IOProcs that this
+/// program makes in it.
+///
+/// Every call may come from any thread but an IOProc's, blocks until the audio system has answered, and is
+/// answered within two seconds: a system that is dead or does not answer gives a status, never a hang. None
+/// throws. Calls may run at the same time; the system puts them in an order.
+class AudioHardware {
+ public:
+  virtual ~AudioHardware() = default;
+
+  /// The size in bytes of a property whose value is a list or a number. On failure `sizeBytes` is unchanged.
+  virtual OSStatus getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
+                                       std::uint32_t& sizeBytes) = 0;
+
+  /// Reads a number or a list into `data`. `sizeBytes` becomes the bytes written, at most the size of `data`:
+  /// a list that has grown since its size was asked is cut. A single number into a `data` of another size
+  /// fails with kBadPropertySize.
+  virtual OSStatus getPropertyData(AudioObjectID object, const PropertyAddress& address,
+                                   std::uint32_t& sizeBytes, std::span<std::byte> data) = 0;
+
+  /// Reads a property whose value is a string. Success with no `text` is a null reference: the object has the
+  /// property but no value for it.
+  virtual OSStatus getPropertyData(AudioObjectID object, const PropertyAddress& address,
+                                   std::optional<std::string>& text) = 0;
+
+  /// Whether the object has the property at all.
+  virtual bool hasProperty(AudioObjectID object, const PropertyAddress& address) = 0;
+
+  /// Whether the property can be written now.
+  virtual OSStatus isPropertySettable(AudioObjectID object, const PropertyAddress& address,
+                                      bool& isSettable) = 0;
+
+  /// Writes a number.
+  virtual OSStatus setPropertyData(AudioObjectID object, const PropertyAddress& address,
+                                   std::span<const std::byte> data) = 0;
+
+  /// Makes a tap on the processes that `description` names. On success `tap` is its object, with a kTapUID.
+  ///
+  /// A muted tap takes its processes off their own device no later than when a started IOProc reads it, and
+  /// gives them back no later than when destroyProcessTap has succeeded. In between the system chooses the
+  /// moments, so that it can hand over without a gap. Streams that a process opens later join the tap.
+  virtual OSStatus createProcessTap(const TapDescription& description, AudioObjectID& tap) = 0;
+
+  /// Removes a tap. A tap that the audio system has lost meanwhile counts as removed.
+  virtual OSStatus destroyProcessTap(AudioObjectID tap) = 0;
+
+  /// Makes a device out of taps and real devices. The first sub-device plays what its IOProcs write. Unknown
+  /// sub-devices give kBadDevice, unknown taps kBadObject.
+  virtual OSStatus createAggregateDevice(const AggregateDeviceDescription& description,
+                                         AudioObjectID& device) = 0;
+
+  /// Removes an aggregate device, with the IOProcs that are still on it. One that the audio system has lost
+  /// meanwhile counts as removed.
+  virtual OSStatus destroyAggregateDevice(AudioObjectID device) = 0;
+
+  /// Installs `block` on an aggregate device. From deviceStart on it is called on `queue` for each cycle,
+  /// with the audio of the aggregate's taps as input and the buffers of its device as output, silent when
+  /// handed over. A copy of `block` is kept until the IOProc is destroyed.
+  virtual OSStatus createIOProcID(AudioObjectID device, const IOQueue& queue, IOProcBlock block,
+                                  IOProcID& ioProc) = 0;
+
+  /// Removes an IOProc, stopping it if it runs, and releases its block.
+  virtual OSStatus destroyIOProcID(AudioObjectID device, IOProcID ioProc) = 0;
+
+  /// Lets an installed IOProc run. Starting one that runs changes nothing.
+  virtual OSStatus deviceStart(AudioObjectID device, IOProcID ioProc) = 0;
+
+  /// Stops an IOProc. After success its block is not running and is not called again. Stopping one that does
+  /// not run changes nothing.
+  virtual OSStatus deviceStop(AudioObjectID device, IOProcID ioProc) = 0;
+};
+
+} // namespace sonvel

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/audio_types.h"
+
+namespace sonvel {
+
+/// The object that owns the properties of the audio system as a whole.
+inline constexpr AudioObjectID kSystemObject = 1;
+
+/// Channels of a property: 0 is the object as a whole, 1 and 2 are the first two channels of a device.
+inline constexpr std::uint32_t kElementMain = 0;
+inline constexpr std::uint32_t kElementLeft = 1;
+inline constexpr std::uint32_t kElementRight = 2;
+
+namespace scope {
+inline constexpr auto kGlobal = fourCharCode("glob");
+inline constexpr auto kOutput = fourCharCode("outp");
+} // namespace scope
+
+/// Selectors of the properties that an audio system offers, with the type of the value. A string is read with
+/// the text form of AudioHardware::getPropertyData; everything else is in the machine's own byte order.
+namespace property {
+// Of the system object.
+inline constexpr auto kProcessObjectList = fourCharCode("prs#");   ///< AudioObjectID[]
+inline constexpr auto kDevices = fourCharCode("dev#");             ///< AudioObjectID[]
+inline constexpr auto kDefaultOutputDevice = fourCharCode("dOut"); ///< AudioObjectID, 0 for none
+
+// Of a process object.
+inline constexpr auto kProcessIsRunningOutput = fourCharCode("piro"); ///< u32, 0 while it plays nothing
+inline constexpr auto kProcessPID = fourCharCode("ppid");             ///< i32
+inline constexpr auto kProcessBundleID = fourCharCode("pbid");        ///< string
+
+// Of a device.
+inline constexpr auto kDeviceStreams = fourCharCode("stm#"); ///< u32[], empty without streams in the scope
+inline constexpr auto kDeviceUID = fourCharCode("uid ");     ///< string, the same across restarts
+inline constexpr auto kObjectName = fourCharCode("lnam");    ///< string
+inline constexpr auto kDeviceVolumeScalar = fourCharCode("volm"); ///< f32, 0.0 to 1.0, in the output scope
+
+// Of a tap.
+inline constexpr auto kTapUID = fourCharCode("tuid"); ///< string
+} // namespace property
+
+} // namespace sonvel
