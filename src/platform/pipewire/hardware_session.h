@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/pipewire/object_table.h"
+#include "platform/pipewire/pipewire_hardware.h"
+#include "platform/pipewire/reconciler.h"
+#include "platform/pipewire/server_connection.h"
+
+#include <map>
+#include <memory>
+#include <set>
+
+namespace sonvel::pipewire {
+
+/// The state behind a PipeWireHardware. Its fields belong to whoever holds the lock of `loop`; its functions
+/// are called with it held.
+class PipeWireHardware::Session {
+ public:
+  struct IOProc {
+    IOProcBlock block;
+  };
+
+  struct Aggregate {
+    AggregateDeviceDescription description;
+    std::set<AudioObjectID> taps;
+    std::map<IOProcID, IOProc> ioProcs;
+  };
+
+  explicit Session(const ApplicationIdentity& identity);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /// Ask the server something and wait for the answer: kNoError, kNotRunning or kUnspecified.
+  OSStatus syncWithServer(const LoopThread::Lock& lock, LoopThread::Deadline deadline);
+
+  /// Waits until it is true: kNoError, kNotRunning if the server has gone, kUnspecified if it takes too long.
+  OSStatus waitFor(const LoopThread::Lock& lock, LoopThread::Deadline deadline,
+                   const std::function<bool()>& isTrue);
+
+  /// Takes a started IOProc out of the graph. Its block runs no more when this gives kNoError.
+  OSStatus stop(const LoopThread::Lock& lock, IOProcID ioProc);
+
+  /// The sink or source behind a device object; none if it is not there now.
+  std::optional<GlobalID> deviceNode(AudioObjectID device) const;
+
+  std::vector<AudioObjectID> processObjects();
+  std::vector<AudioObjectID> deviceObjects();
+
+  /// The clients of a process, which may have gone.
+  std::vector<GlobalID> clientsOf(const ProcessKey& process) const;
+
+  bool isRunningOutput(const ProcessKey& process) const;
+
+  const ApplicationIdentity& identity;
+  LoopThread loop;
+  Graph graph;
+  Reconciler reconciler;
+  std::unique_ptr<ServerConnection> server;
+  ObjectIDs ids;
+  ObjectTable processes;
+  ObjectTable devices;
+  std::map<AudioObjectID, TapDescription> taps;
+  std::map<AudioObjectID, Aggregate> aggregates;
+  IOProcID lastIOProc = 0;
+  std::uint32_t lastName = 0; ///< of nodes of ours
+};
+
+/// When a call that starts now must have been answered.
+LoopThread::Deadline deadlineFromNow();
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,169 @@
+#include "platform/pipewire/pipewire_hardware.h"
+
+#include "platform/pipewire/hardware_session.h"
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+using Lock = LoopThread::Lock;
+
+/// A name that no other node has, of this run or another.
+std::string uniqueName(const std::string& prefix, std::uint32_t number) {
+  return prefix + std::to_string(getpid()) + "-" +
+         std::to_string(LoopThread::SteadyClock::now().time_since_epoch().count()) + "-" +
+         std::to_string(number);
+}
+
+} // namespace
+
+PipeWireHardware::PipeWireHardware(const ApplicationIdentity& identity)
+    : session_(std::make_unique<Session>(identity)) {}
+
+PipeWireHardware::~PipeWireHardware() = default;
+
+OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, AudioObjectID& tap) {
+  const Lock lock(session_->loop);
+  const auto deadline = deadlineFromNow();
+  if (!session_->server->isReady()) return status::kNotRunning;
+  DesiredTap desired{.nodeName = uniqueName(kTapNamePrefix, ++session_->lastName),
+                     .description = description.name,
+                     .processes = {},
+                     .isMuted = description.muteBehavior == TapMuteBehavior::muted,
+                     .hasNode = description.muteBehavior == TapMuteBehavior::muted};
+  for (const auto object : description.processes) {
+    const auto process = session_->processes.nameOf(object);
+    if (!process) return status::kBadObject;
+    desired.processes.insert(*process);
+  }
+  const AudioObjectID id = session_->ids.next();
+  auto& taps = session_->reconciler.desired().taps;
+  const bool hasNode = desired.hasNode;
+  taps.emplace(id, std::move(desired));
+  session_->reconciler.schedule();
+  OSStatus outcome = session_->syncWithServer(lock, deadline);
+  if (outcome == kNoError && hasNode)
+    outcome = session_->waitFor(lock, deadline, [&] {
+      const auto state = session_->reconciler.tapNodeState(id);
+      return state && *state != RemoteObject::State::asked;
+    });
+  if (outcome == kNoError && hasNode && session_->reconciler.tapNodeState(id) != RemoteObject::State::bound)
+    outcome = status::kIllegalOperation; // the server would not make it
+  if (outcome != kNoError) {
+    taps.erase(id);
+    session_->reconciler.schedule();
+    return outcome;
+  }
+  session_->taps.emplace(id, description);
+  tap = id;
+  return kNoError;
+}
+
+OSStatus PipeWireHardware::destroyProcessTap(AudioObjectID tap) {
+  const Lock lock(session_->loop);
+  if (session_->taps.erase(tap) == 0) return session_->ids.wasIssued(tap) ? kNoError : status::kBadObject;
+  session_->reconciler.desired().taps.erase(tap);
+  session_->reconciler.schedule();
+  session_->waitFor(lock, deadlineFromNow(),
+                    [&] { return !session_->reconciler.tapNodeState(tap).has_value(); });
+  return kNoError;
+}
+
+OSStatus PipeWireHardware::createAggregateDevice(const AggregateDeviceDescription& description,
+                                                 AudioObjectID& device) {
+  const Lock lock(session_->loop);
+  if (!session_->server->isReady()) return status::kNotRunning;
+  const auto isKnown = [&](const SubDevice& sub) {
+    const auto node = session_->graph.nodeNamed(sub.uid);
+    return node && session_->graph.nodes.at(*node).kind == NodeKind::sink;
+  };
+  if (description.subDevices.empty() || !std::ranges::all_of(description.subDevices, isKnown))
+    return status::kBadDevice;
+  Session::Aggregate aggregate{.description = description, .taps = {}, .ioProcs = {}};
+  for (const auto& sub : description.taps) {
+    const auto& taps = session_->reconciler.desired().taps;
+    const auto found =
+        std::ranges::find_if(taps, [&](const auto& tap) { return tap.second.nodeName == sub.uid; });
+    if (found == taps.end()) return status::kBadObject;
+    aggregate.taps.insert(found->first);
+  }
+  device = session_->ids.next();
+  session_->aggregates.emplace(device, std::move(aggregate));
+  return kNoError;
+}
+
+OSStatus PipeWireHardware::destroyAggregateDevice(AudioObjectID device) {
+  const Lock lock(session_->loop);
+  const auto aggregate = session_->aggregates.find(device);
+  if (aggregate == session_->aggregates.end())
+    return session_->ids.wasIssued(device) ? kNoError : status::kBadObject;
+  for (const auto& [ioProc, installed] : aggregate->second.ioProcs)
+    if (const OSStatus outcome = session_->stop(lock, ioProc); outcome != kNoError) return outcome;
+  session_->aggregates.erase(device);
+  return kNoError;
+}
+
+OSStatus PipeWireHardware::createIOProcID(AudioObjectID device, const IOQueue& /*queue*/, IOProcBlock block,
+                                          IOProcID& ioProc) {
+  // Every filter of this process runs on the library's one real-time thread, so any queue is served in order.
+  const Lock lock(session_->loop);
+  const auto aggregate = session_->aggregates.find(device);
+  if (aggregate == session_->aggregates.end()) return status::kBadObject;
+  ioProc = ++session_->lastIOProc;
+  aggregate->second.ioProcs.emplace(ioProc, Session::IOProc{std::move(block)});
+  return kNoError;
+}
+
+OSStatus PipeWireHardware::destroyIOProcID(AudioObjectID device, IOProcID ioProc) {
+  const Lock lock(session_->loop);
+  const auto aggregate = session_->aggregates.find(device);
+  if (aggregate == session_->aggregates.end()) return status::kBadObject;
+  if (!aggregate->second.ioProcs.contains(ioProc)) return status::kIllegalOperation;
+  if (const OSStatus outcome = session_->stop(lock, ioProc); outcome != kNoError) return outcome;
+  aggregate->second.ioProcs.erase(ioProc);
+  return kNoError;
+}
+
+OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
+  const Lock lock(session_->loop);
+  const auto aggregate = session_->aggregates.find(device);
+  if (aggregate == session_->aggregates.end()) return status::kBadObject;
+  const auto installed = aggregate->second.ioProcs.find(ioProc);
+  if (installed == aggregate->second.ioProcs.end()) return status::kIllegalOperation;
+  if (!session_->server->isReady()) return status::kNotRunning;
+  DesiredState& desired = session_->reconciler.desired();
+  if (const auto running = desired.sessions.find(ioProc); running != desired.sessions.end())
+    return running->second.isStopping ? status::kIllegalOperation : kNoError;
+  for (const auto tap : aggregate->second.taps)
+    if (const auto found = desired.taps.find(tap); found != desired.taps.end())
+      found->second.hasNode = found->second.isMuted;
+  session_->reconciler.setBlock(ioProc, installed->second.block);
+  const AggregateDeviceDescription& description = aggregate->second.description;
+  desired.sessions[ioProc] = {.filterName = uniqueName("sonvel-aggregate-", ++session_->lastName),
+                              .description = description.name,
+                              .deviceName = description.subDevices.front().uid,
+                              .taps = aggregate->second.taps};
+  session_->reconciler.schedule();
+  return session_->waitFor(lock, deadlineFromNow(), [&] { return session_->reconciler.isEngaged(ioProc); });
+}
+
+OSStatus PipeWireHardware::deviceStop(AudioObjectID device, IOProcID ioProc) {
+  const Lock lock(session_->loop);
+  const auto aggregate = session_->aggregates.find(device);
+  if (aggregate == session_->aggregates.end()) return status::kBadObject;
+  if (!aggregate->second.ioProcs.contains(ioProc)) return status::kIllegalOperation;
+  return session_->stop(lock, ioProc);
+}
+
+std::vector<AudioClient> PipeWireHardware::audioClients() const {
+  const Lock lock(session_->loop);
+  std::vector<AudioClient> clients;
+  for (const auto& [id, client] : session_->graph.clients)
+    if (processKeyOf(session_->graph, id)) clients.push_back(client.facts);
+  return clients;
+}
+
+} // namespace sonvel::pipewire

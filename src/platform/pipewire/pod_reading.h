@@ -1,0 +1,23 @@
+#pragma once
+
+#include <spa/pod/pod.h>
+#include <spa/utils/dict.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sonvel::pipewire {
+
+/// The text under a key; none if it is not there.
+std::optional<std::string> textOf(const spa_dict* properties, const char* key);
+
+/// The number under a key; none if it is not there or no number.
+std::optional<std::uint32_t> numberOf(const spa_dict* properties, const char* key);
+
+bool isTrue(const spa_dict* properties, const char* key);
+
+/// The `channelVolumes` of a Props object; empty if it has none.
+std::vector<float> channelVolumesOf(const spa_pod* props);
+
+} // namespace sonvel::pipewire

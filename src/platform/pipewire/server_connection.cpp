@@ -1,0 +1,95 @@
+#include "platform/pipewire/server_connection.h"
+
+#include <cerrno>
+#include <csignal>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+constexpr std::chrono::milliseconds kRetryDelay{300};
+
+// The registry answers the first with the objects, the second with what each of them has to tell.
+constexpr int kSyncsUntilReady = 2;
+
+} // namespace
+
+ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, Listener listener)
+    : loop_(loop)
+    , graph_(graph)
+    , listener_(std::move(listener))
+    , dropped_(loop.loop(), [this] { disconnect(); })
+    , retry_(loop.loop(), [this] { connect(); }) {
+  const SignalsBlocked blocked; // the context starts the real-time thread
+  pw_properties* properties = pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr);
+  context_.reset(pw_context_new(loop.loop(), properties, 0));
+  connect();
+}
+
+ServerConnection::~ServerConnection() {
+  monitor_.reset();
+  coreHook_.remove();
+}
+
+void ServerConnection::connect() {
+  if (core_ || !context_) return;
+  pw_properties* properties =
+      pw_properties_new(PW_KEY_APP_NAME, "Sonvel", PW_KEY_APP_ID, "com.quellmarsh.sonvel",
+                        PW_KEY_MEDIA_CATEGORY, "Manager", PW_KEY_MEDIA_TYPE, "Audio", nullptr);
+  core_.reset(pw_context_connect(context_.get(), properties, 0));
+  if (!core_) {
+    retry_.arm(kRetryDelay);
+    return;
+  }
+  static const pw_core_events events = [] {
+    pw_core_events made{};
+    made.version = PW_VERSION_CORE_EVENTS;
+    made.done = [](void* self, std::uint32_t id, int sequence) {
+      if (id == PW_ID_CORE) static_cast<ServerConnection*>(self)->toldDone(sequence);
+    };
+    made.error = [](void* self, std::uint32_t id, int, int result, const char*) {
+      static_cast<ServerConnection*>(self)->toldError(id, result);
+    };
+    return made;
+  }();
+  pw_core_add_listener(core_.get(), coreHook_.get(), &events, this);
+  monitor_ = std::make_unique<GraphMonitor>(core_.get(), graph_, listener_.changed);
+  syncsLeft_ = kSyncsUntilReady;
+  readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+}
+
+void ServerConnection::disconnect() {
+  if (!core_) return;
+  listener_.lost();
+  monitor_.reset();
+  coreHook_.remove();
+  core_.reset();
+  isReady_ = false;
+  listener_.changed();
+  retry_.arm(kRetryDelay);
+}
+
+void ServerConnection::toldDone(int sequence) {
+  lastDone_ = sequence;
+  if (!isReady_ && sequence == readyAt_) {
+    isReady_ = --syncsLeft_ == 0;
+    if (!isReady_) readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+    listener_.changed();
+  }
+  loop_.signal();
+}
+
+void ServerConnection::toldError(std::uint32_t id, int result) {
+  // The core must not be taken down in the middle of its own event.
+  if (id == PW_ID_CORE && result == -EPIPE) dropped_.signal();
+}
+
+bool ServerConnection::roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline) {
+  if (!core_) return false;
+  const pw_core* asked = core_.get();
+  const int sequence = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+  return lock.waitUntil(deadline, [&] { return core_.get() != asked || lastDone_ - sequence >= 0; }) &&
+         core_.get() == asked;
+}
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/pipewire/graph_monitor.h"
+#include "platform/pipewire/loop_thread.h"
+
+#include <functional>
+#include <memory>
+
+namespace sonvel::pipewire {
+
+/// The connection to the sound server: made again, for as long as it takes, whenever it is lost. All calls
+/// with the loop's lock held.
+class ServerConnection {
+ public:
+  struct Listener {
+    std::function<void()> changed; ///< the graph has changed
+    std::function<void()> lost;    ///< destroy everything that was made through core(), now
+  };
+
+  ServerConnection(LoopThread& loop, Graph& graph, Listener listener);
+  ~ServerConnection();
+  ServerConnection(const ServerConnection&) = delete;
+  ServerConnection& operator=(const ServerConnection&) = delete;
+
+  /// There is a server, and the graph holds all that it had when we came.
+  bool isReady() const noexcept { return isReady_; }
+
+  /// Null while there is no server.
+  pw_core* core() const noexcept { return core_.get(); }
+
+  /// Null while there is no server.
+  GraphMonitor* monitor() const noexcept { return monitor_.get(); }
+
+  /// Waits until the server has dealt with all that we asked before. False if it does not answer in time, or
+  /// there is none.
+  bool roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline);
+
+ private:
+  void connect();
+  void disconnect();
+  void toldDone(int sequence);
+  void toldError(std::uint32_t id, int result);
+
+  LoopThread& loop_;
+  Graph& graph_;
+  Listener listener_;
+  LoopEvent dropped_;
+  LoopTimer retry_;
+  ContextHandle context_;
+  CoreHandle core_;
+  Hook coreHook_;
+  std::unique_ptr<GraphMonitor> monitor_;
+  int lastDone_ = 0;
+  int readyAt_ = 0;   ///< the sequence whose answer makes the graph complete
+  int syncsLeft_ = 0; ///< before that, how many answers bring objects that must be asked in turn
+  bool isReady_ = false;
+};
+
+} // namespace sonvel::pipewire

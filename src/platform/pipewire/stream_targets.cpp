@@ -1,0 +1,54 @@
+#include "platform/pipewire/stream_targets.h"
+
+#include "platform/pipewire/desired_state.h"
+
+namespace sonvel::pipewire {
+
+namespace {
+
+// The session manager obeys kTargetObject before kTargetNode, whose meaning is the same; mixers write both.
+constexpr auto kTargetObject = "target.object";
+constexpr auto kTargetNode = "target.node";
+constexpr auto kUsersTarget =
+    "sonvel.target.object"; // the user's kTargetObject, while ours stands in its place
+
+/// With each write of a target the session manager remembers what it names, and forgets what it can't find:
+/// our taps, so that no other program is ever sent into one. Writing the user's own target again makes it
+/// remember that. An equal value would not count as a write, so the key goes first.
+void remember(const Graph& graph, GlobalID stream, std::vector<MetadataWrite>& writes) {
+  const MetadataValue* users = graph.metadataOf(stream, kTargetNode);
+  if (users == nullptr || users->value == "-1") return;
+  writes.push_back({kTargetNode, std::nullopt});
+  writes.push_back({kTargetNode, *users});
+}
+
+} // namespace
+
+std::string targetTapOf(const Graph& graph, GlobalID stream) {
+  const MetadataValue* target = graph.metadataOf(stream, kTargetObject);
+  return target != nullptr && target->value.starts_with(kTapNamePrefix) ? target->value : std::string();
+}
+
+std::vector<MetadataWrite> writesInto(const Graph& graph, GlobalID stream, const std::string& tapName) {
+  std::vector<MetadataWrite> writes;
+  const MetadataValue* users = graph.metadataOf(stream, kTargetObject);
+  if (users != nullptr && targetTapOf(graph, stream).empty())
+    writes.push_back({kUsersTarget, MetadataValue{users->type, users->value}});
+  writes.push_back({kTargetObject, MetadataValue{"Spa:String", tapName}});
+  remember(graph, stream, writes);
+  return writes;
+}
+
+std::vector<MetadataWrite> writesBack(const Graph& graph, GlobalID stream) {
+  std::vector<MetadataWrite> writes;
+  if (const MetadataValue* users = graph.metadataOf(stream, kUsersTarget)) {
+    writes.push_back({kTargetObject, *users});
+    writes.push_back({kUsersTarget, std::nullopt});
+  } else {
+    writes.push_back({kTargetObject, std::nullopt});
+    remember(graph, stream, writes);
+  }
+  return writes;
+}
+
+} // namespace sonvel::pipewire
