@@ -15,7 +15,8 @@ class MixMetrics {
   MixMetrics() = default;
 
   /// Counts on from `cycles`, as if that many had run.
-  explicit MixMetrics(std::int32_t cycles) noexcept : cycles_{cycles} {}
+  explicit MixMetrics(std::int32_t cycles) noexcept
+      : cycles_{cycles} {}
 
   /// Number of buffers in the last input and output list.
   std::int32_t inBufs() const noexcept { return inBufs_.load(std::memory_order_relaxed); }

@@ -11,8 +11,8 @@
 namespace sonvel {
 
 /// Writes `gain * in[k]` to `out[k]` for each k below `count`, and returns the largest of `peak` and all
-/// |in[k]|. A NaN is multiplied and written, but never raises the peak. `in` and `out` are aligned for a float
-/// and are either the same run or don't overlap.
+/// |in[k]|. A NaN is multiplied and written, but never raises the peak. `in` and `out` are aligned for a
+/// float and are either the same run or don't overlap.
 using ScaleAndPeak = float (*)(float gain, const float* in, float* out, std::size_t count,
                                float peak) noexcept;
 
