@@ -35,12 +35,12 @@ std::ostream& operator<<(std::ostream& out, Call call);
 struct LoggedCall {
   Call call = Call::getPropertyDataSize;
   AudioObjectID object = kAudioObjectUnknown; ///< called on; for a creating call what it gave, if anything
-  PropertyAddress address;                    ///< of a property call
+  PropertyAddress address = {};               ///< of a property call
   IOProcID ioProc = 0;                        ///< given to or by a call that has one
-  std::optional<TapDescription> tap;          ///< of createProcessTap
-  std::optional<AggregateDeviceDescription> aggregate; ///< of createAggregateDevice
-  std::optional<IOQueue> queue;                        ///< of createIOProcID
-  OSStatus status = kNoError;                          ///< of hasProperty: kUnknownProperty if there is none
+  std::optional<TapDescription> tap = {};     ///< of createProcessTap
+  std::optional<AggregateDeviceDescription> aggregate = {}; ///< of createAggregateDevice
+  std::optional<IOQueue> queue = {};                        ///< of createIOProcID
+  OSStatus status = kNoError; ///< of hasProperty: kUnknownProperty if there is none
 
   bool operator==(const LoggedCall&) const = default;
 };
@@ -48,16 +48,16 @@ struct LoggedCall {
 /// An order to let calls fail. A call that fails does nothing: what it should have destroyed stays, what it
 /// should have stopped runs. hasProperty fails by answering no.
 struct Failure {
-  std::optional<Call> call; ///< none: any call
+  std::optional<Call> call = {}; ///< none: any call
 
   /// What the call returns. With kNoError it claims success and still does nothing: a creating call gives no
   /// object, a string is a null reference.
   OSStatus status = status::kUnspecified;
 
   /// Only calls on this object; for createProcessTap those that name it among the processes.
-  std::optional<AudioObjectID> object;
+  std::optional<AudioObjectID> object = {};
 
-  std::optional<std::uint32_t> selector; ///< only property calls with this selector
+  std::optional<std::uint32_t> selector = {}; ///< only property calls with this selector
 
   unsigned after = 0; ///< how many matching calls pass before the first that fails
 

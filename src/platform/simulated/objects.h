@@ -7,21 +7,21 @@ namespace sonvel::simulated {
 /// A tap that exists.
 struct Tap {
   AudioObjectID id = kAudioObjectUnknown;
-  std::string uid;
-  TapDescription description;
+  std::string uid = {};
+  TapDescription description = {};
 };
 
 /// An aggregate device that exists.
 struct Aggregate {
   AudioObjectID id = kAudioObjectUnknown;
-  AggregateDeviceDescription description;
+  AggregateDeviceDescription description = {};
 };
 
 /// An IOProc that exists, which is as long as its block is kept.
 struct IOProc {
   IOProcID id = 0;
   AudioObjectID device = kAudioObjectUnknown;
-  IOQueue queue;
+  IOQueue queue = {};
   bool isStarted = false;
 };
 

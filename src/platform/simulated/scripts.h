@@ -33,10 +33,10 @@ Signal sineSignal(double frequencyHz, float amplitude);
 /// A process to simulate.
 struct ProcessScript {
   std::int32_t pid = 0;
-  std::optional<std::string> bundleID; ///< none reads as a null reference
+  std::optional<std::string> bundleID = {}; ///< none reads as a null reference
   bool isPlaying = true;
-  std::vector<Signal> streams;          ///< mixed; empty plays silence
-  std::optional<std::string> outputUID; ///< device it plays to; none: the default device
+  std::vector<Signal> streams = {};          ///< mixed; empty plays silence
+  std::optional<std::string> outputUID = {}; ///< device it plays to; none: the default device
 
   AudioObjectID objectID = kAudioObjectUnknown; ///< 0: one is allotted
 };
@@ -49,11 +49,11 @@ struct VolumeControl {
 
 /// A device to simulate.
 struct DeviceScript {
-  std::string uid;
-  std::optional<std::string> name; ///< none reads as a null reference
+  std::string uid = {};
+  std::optional<std::string> name = {}; ///< none reads as a null reference
   std::uint32_t outputStreams = 1;
   std::uint32_t inputStreams = 0;
-  std::map<std::uint32_t, VolumeControl> volumes; ///< by element
+  std::map<std::uint32_t, VolumeControl> volumes = {}; ///< by element
 
   AudioObjectID objectID = kAudioObjectUnknown; ///< 0: one is allotted
 };

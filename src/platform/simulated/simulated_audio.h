@@ -4,6 +4,7 @@
 #include "platform/simulated/calls.h"
 #include "platform/simulated/failure_plan.h"
 #include "platform/simulated/objects.h"
+#include "platform/simulated/property_value.h"
 #include "platform/simulated/scripts.h"
 
 #include <condition_variable>
@@ -146,6 +147,33 @@ class SimulatedAudio final : public AudioHardware {
     IOProcBlock block;
   };
 
+  struct Cycle;
+  using Work = std::function<OSStatus(LoggedCall&)>;
+
+  /// Lets `work` answer a call, under the lock, unless it is to fail, and logs it.
+  OSStatus carryOut(LoggedCall call, const Work& work);
+
+  // All of these under the lock.
+  AudioObjectID allotObject(AudioObjectID wished);
+  ProcessScript& processScript(AudioObjectID process);
+  Device* knownDevice(const std::string& uid);
+  const Device* presentDevice(const std::string& uid) const;
+  bool isDevice(AudioObjectID object) const;
+  OSStatus findProperty(AudioObjectID object, const PropertyAddress& address, PropertyValue& value) const;
+  std::optional<PropertyValue> systemProperty(const PropertyAddress& address) const;
+  const VolumeControl* volumeControl(AudioObjectID object, const PropertyAddress& address) const;
+  OSStatus checkAggregate(const AggregateDeviceDescription& description) const;
+  OSStatus checkIsAggregate(AudioObjectID object) const;
+  InstalledIOProc* installedIOProc(AudioObjectID device, IOProcID ioProc) const;
+  void stopAndWait(InstalledIOProc& ioProc);
+  bool isSilenced(AudioObjectID process) const;
+  void playProcesses(Cycle& cycle) const;
+  std::vector<float> tapSamples(const Cycle& cycle, const std::string& tapUID) const;
+  void playIOProc(Cycle& cycle, IOProcID id, std::unique_lock<std::mutex>& lock);
+  void callBlock(const InstalledIOProc& ioProc, const AudioTimeStamp& start,
+                 std::vector<std::vector<float>>& inputs, std::vector<float>& output,
+                 std::unique_lock<std::mutex>& lock);
+
   mutable std::mutex mutex_; ///< guards everything below but is not held while a block or the hook runs
   std::vector<Process> processes_;
   std::vector<Device> devices_;
@@ -153,7 +181,7 @@ class SimulatedAudio final : public AudioHardware {
   std::vector<Tap> taps_;
   std::vector<Aggregate> aggregates_;
   std::set<AudioObjectID> lost_; ///< taps and aggregates that are lost and not yet destroyed
-  std::vector<std::shared_ptr<InstalledIOProc>> ioProcs_;
+  std::vector<std::unique_ptr<InstalledIOProc>> ioProcs_;
   AudioObjectID nextObjectID_ = 100;
   IOProcID nextIOProcID_ = 1;
   FailurePlan failures_;
@@ -161,10 +189,11 @@ class SimulatedAudio final : public AudioHardware {
   std::function<void(Call, AudioObjectID)> callHook_;
   std::map<std::string, std::vector<Frame>> heard_;
 
+  const InstalledIOProc* runningIOProc_ = nullptr; ///< whose block runs now
+  std::condition_variable_any blockReturned_;      ///< runningIOProc_ has become null
+
   std::mutex cycleMutex_;   ///< held for the length of a cycle: one runs at a time
-  std::uint64_t frame_ = 0; ///< of the start of the next cycle; guarded by cycleMutex_
-  IOProcID runningIOProc_ = 0;
-  std::condition_variable blockReturned_; ///< runningIOProc_ has become 0
+  std::uint64_t frame_ = 0; ///< the first of the next cycle; guarded by cycleMutex_
 };
 
 } // namespace sonvel::simulated
