@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 namespace sonvel {
@@ -14,8 +15,6 @@ namespace {
 template <std::size_t kBytes> struct Vector {
   using Floats [[gnu::vector_size(kBytes)]] = float;
   using Bits [[gnu::vector_size(kBytes)]] = std::int32_t;
-  /// The same in memory, at the address of any float.
-  using Stored [[gnu::vector_size(kBytes), gnu::aligned(alignof(float)), gnu::may_alias]] = float;
 
   static constexpr std::size_t kLanes = kBytes / sizeof(float);
 };
@@ -37,6 +36,11 @@ template <std::size_t kDistance, typename Floats, std::size_t... kLane>
   }
 }
 
+template <typename Floats>
+[[gnu::always_inline]] inline void load(Floats& samples, const float* in) noexcept {
+  std::memcpy(&samples, in, sizeof samples);
+}
+
 /// One vector of samples: written times the gain, and its magnitudes into `peaks`.
 template <std::size_t kBytes>
 [[gnu::always_inline]] inline void scaleVector(const typename Vector<kBytes>::Floats& gains,
@@ -46,7 +50,8 @@ template <std::size_t kBytes>
   using Bits = typename Vector<kBytes>::Bits;
   const Bits allButSign = Bits{} + 0x7fffffff;
   const auto magnitudes = reinterpret_cast<Floats>(reinterpret_cast<Bits>(samples) & allButSign);
-  *reinterpret_cast<typename Vector<kBytes>::Stored*>(out) = gains * samples;
+  const Floats scaled = gains * samples;
+  std::memcpy(out, &scaled, kBytes);
   raise(peaks, magnitudes);
 }
 
@@ -65,28 +70,27 @@ template <std::size_t kBytes>
 [[gnu::always_inline]] inline float scaleByVectors(float gain, const float* in, float* out, std::size_t count,
                                                    float peak) noexcept {
   using Floats = typename Vector<kBytes>::Floats;
-  using Stored = typename Vector<kBytes>::Stored;
   constexpr std::size_t kLanes = Vector<kBytes>::kLanes;
   if (count < kLanes) return scaleOneByOne(gain, in, out, count, peak);
 
-  const auto load = [in](std::size_t k) noexcept { return reinterpret_cast<const Stored*>(in + k); };
   const Floats gains = gain - Floats{}; // less zero, because plus zero would turn a negative zero
   Floats peaks = peak - Floats{};
   Floats otherPeaks = peaks; // two, so that one comparison need not wait for the last
 
   // The first and the last vector are read before anything is written and may overlap the ones between them,
   // which lets those begin where `out` is aligned and end with a whole vector, also if `in` is `out`.
-  const Floats first = *load(0);
-  const Floats last = *load(count - kLanes);
+  Floats first, last, samples, nextSamples;
+  load(first, in);
+  load(last, in + count - kLanes);
   std::size_t k = kLanes - reinterpret_cast<std::uintptr_t>(out) / sizeof(float) % kLanes;
   for (; k + 2 * kLanes <= count; k += 2 * kLanes) {
-    const Floats samples = *load(k);
-    const Floats nextSamples = *load(k + kLanes);
+    load(samples, in + k);
+    load(nextSamples, in + k + kLanes);
     scaleVector<kBytes>(gains, samples, out + k, peaks);
     scaleVector<kBytes>(gains, nextSamples, out + k + kLanes, otherPeaks);
   }
   if (k + kLanes <= count) {
-    const Floats samples = *load(k);
+    load(samples, in + k);
     scaleVector<kBytes>(gains, samples, out + k, peaks);
   }
   scaleVector<kBytes>(gains, first, out, otherPeaks);
