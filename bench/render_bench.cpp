@@ -1,6 +1,7 @@
 // What a render cycle costs beside a copy of the same bytes, and beside the plain loop. Each iteration times
 // the three in turn, so that whatever else the machine does falls on all of them; the counters are medians
-// over the iterations. The ratios are medians of the ratios within an iteration.
+// over the iterations, the ratios those of the ratios within one. --benchmark_counters_tabular=true makes a
+// table.
 #include "engine/render_callback.h"
 #include "engine/render_reference.h"
 

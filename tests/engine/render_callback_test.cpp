@@ -3,10 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -71,6 +73,8 @@ struct Shape {
   std::vector<std::optional<std::uint32_t>> inBytes;
   std::vector<std::optional<std::uint32_t>> outBytes;
   std::vector<std::size_t> playedFloats; ///< of each output buffer
+
+  friend std::ostream& operator<<(std::ostream& out, const Shape& shape) { return out << shape.name; }
 };
 
 struct RenderBlockShapes : RenderBlock, testing::WithParamInterface<Shape> {};
@@ -120,6 +124,8 @@ struct Level {
   float sample;
   float played;
   float peak;
+
+  friend std::ostream& operator<<(std::ostream& out, const Level& level) { return out << level.name; }
 };
 
 struct RenderBlockLevels : RenderBlock, testing::WithParamInterface<Level> {};
