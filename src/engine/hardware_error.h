@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/audio_types.h"
+
+#include <exception>
+
+namespace sonvel {
+
+/// The status of a HardwareError that no call of the audio system has given.
+inline constexpr OSStatus kNoCallStatus = -1;
+
+/// The one error that the engine throws: a step of building a channel has failed.
+class HardwareError final : public std::exception {
+ public:
+  HardwareError(std::string step, OSStatus status)
+      : step_(std::move(step))
+      , status_(status)
+      , description_(step_ + " failed (OSStatus " + std::to_string(status) + ")") {}
+
+  const std::string& step() const noexcept { return step_; }
+
+  /// What the failed call returned, which may be success if it gave no object; or kNoCallStatus.
+  OSStatus status() const noexcept { return status_; }
+
+  /// One line for the user.
+  const std::string& description() const noexcept { return description_; }
+
+  const char* what() const noexcept override { return description_.c_str(); }
+
+ private:
+  std::string step_;
+  OSStatus status_;
+  std::string description_;
+};
+
+} // namespace sonvel

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <atomic>
+
+namespace sonvel {
+
+/// The gain and mute of one channel, on their way to its render callback.
+///
+/// The engine's actor alone writes it, the render callback alone reads it for sound; any thread may read. No
+/// call blocks, and all are real-time safe. Each field is read and written indivisibly, but the two are not a
+/// set: a reader may see the new gain with the old mute.
+class RealtimeMixBox {
+ public:
+  /// Linear amplitude factor: 1.0 is unity. Written as it was given, without a clamp.
+  float gain() const noexcept { return gain_.load(std::memory_order_relaxed); }
+
+  void setGain(float gain) noexcept { gain_.store(gain, std::memory_order_relaxed); }
+
+  bool muted() const noexcept { return muted_.load(std::memory_order_relaxed); }
+
+  void setMuted(bool muted) noexcept { muted_.store(muted, std::memory_order_relaxed); }
+
+  /// The factor to play with: 0.0 while muted, otherwise the gain.
+  float effectiveGain() const noexcept { return muted() ? 0.0F : gain(); }
+
+ private:
+  std::atomic<float> gain_{1.0F};
+  std::atomic<bool> muted_{false};
+
+  static_assert(std::atomic<float>::is_always_lock_free);
+  static_assert(std::atomic<bool>::is_always_lock_free);
+};
+
+} // namespace sonvel

@@ -1,0 +1,63 @@
+#include "engine/serial_thread.h"
+
+#include <cassert>
+
+namespace sonvel {
+
+SerialThread::SerialThread()
+    : thread_([this] { run(); })
+    , id_(thread_.get_id()) {}
+
+SerialThread::~SerialThread() {
+  finish();
+}
+
+void SerialThread::post(std::function<void()> work) {
+  (void)tryPost(std::move(work));
+}
+
+bool SerialThread::isCurrent() const {
+  return std::this_thread::get_id() == id_;
+}
+
+bool SerialThread::tryPost(std::function<void()> work) {
+  {
+    const std::scoped_lock lock(mutex_);
+    if (hasEnded_) return false;
+    work_.push_back(std::move(work));
+  }
+  changed_.notify_one();
+  return true;
+}
+
+void SerialThread::finish() {
+  assert(!isCurrent());
+  {
+    const std::scoped_lock lock(mutex_);
+    isFinishing_ = true;
+  }
+  changed_.notify_one();
+  if (thread_.joinable()) thread_.join();
+}
+
+void SerialThread::run() {
+  std::function<void()> work;
+  while (takeNext(work)) {
+    work();
+    work = nullptr; // what it held goes before the thread waits again
+  }
+}
+
+bool SerialThread::takeNext(std::function<void()>& work) {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return !work_.empty() || isFinishing_; });
+  if (work_.empty()) {
+    hasEnded_ = true;
+    return false;
+  }
+  work = std::move(work_.front());
+  work_.pop_front();
+  return true;
+}
+
+} // namespace sonvel

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "engine/executor.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace sonvel {
+
+/// An executor with a thread of its own.
+class SerialThread final : public Executor {
+ public:
+  SerialThread();
+
+  /// Finishes first.
+  ~SerialThread() override;
+
+  SerialThread(const SerialThread&) = delete;
+  SerialThread& operator=(const SerialThread&) = delete;
+
+  void post(std::function<void()> work) override;
+
+  bool isCurrent() const override;
+
+  /// As post; false if the thread has ended, and the work was dropped.
+  bool tryPost(std::function<void()> work);
+
+  /// Runs what is posted, and what that posts in turn, then ends the thread. Blocks until then. Not from the
+  /// thread itself.
+  void finish();
+
+ private:
+  void run();
+  bool takeNext(std::function<void()>& work);
+
+  std::mutex mutex_; ///< guards the next four
+  std::condition_variable changed_;
+  std::deque<std::function<void()>> work_;
+  bool isFinishing_ = false;
+  bool hasEnded_ = false;
+
+  std::thread thread_;
+  const std::thread::id id_;
+};
+
+} // namespace sonvel

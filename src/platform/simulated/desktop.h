@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/bundle_information.h"
+#include "platform/process_information.h"
+#include "platform/running_applications.h"
+
+#include <map>
+#include <mutex>
+
+namespace sonvel::simulated {
+
+/// Processes that a script names. Any thread.
+class SimulatedProcesses final : public ProcessInformation {
+ public:
+  explicit SimulatedProcesses(std::int32_t ownProcessID = 1);
+
+  void setProcess(std::int32_t pid, std::string name);
+  void removeProcess(std::int32_t pid);
+
+  std::int32_t ownProcessID() const override;
+  int procName(std::int32_t pid, std::span<char> name) const override;
+
+ private:
+  const std::int32_t ownProcessID_;
+  mutable std::mutex mutex_;
+  std::map<std::int32_t, std::string> names_;
+};
+
+/// Applications that a script names, in the order they were added. Any thread.
+class SimulatedApplications final : public RunningApplications {
+ public:
+  /// Replaces an application with the same pid.
+  void addApplication(RunningApplication application);
+  void removeApplication(std::int32_t pid);
+
+  std::optional<RunningApplication> runningApplicationWithProcessIdentifier(std::int32_t pid) const override;
+  std::vector<RunningApplication>
+  runningApplicationsWithBundleIdentifier(const std::string& bundleIdentifier) const override;
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<RunningApplication> applications_;
+};
+
+/// A bundle whose identifier is given.
+class SimulatedBundle final : public BundleInformation {
+ public:
+  explicit SimulatedBundle(std::optional<std::string> identifier)
+      : identifier_(std::move(identifier)) {}
+
+  std::optional<std::string> bundleIdentifier() const override { return identifier_; }
+
+ private:
+  const std::optional<std::string> identifier_;
+};
+
+} // namespace sonvel::simulated
