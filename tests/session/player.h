@@ -15,26 +15,27 @@ struct Tone {
 enum class PlayerKind { pwPlay, paplay, ffplay };
 
 struct PlayerOptions {
-  // Stream properties, e.g. {"media.role", "Music"} or {"target.object", "Headphones"}.
+  /// Stream properties, e.g. {"media.role", "Music"} or {"target.object", "Headphones"}.
   std::map<std::string, std::string> properties;
-  // Runs a copy of the program under this name, when not empty.
+  /// Runs a copy of the program under this name, when not empty.
   std::string binaryName;
-  // On top of the session's, e.g. {"XDG_ACTIVATION_TOKEN", "..."}.
+  /// On top of the session's, e.g. {"XDG_ACTIVATION_TOKEN", "..."}.
   Environment environment;
 };
 
-// A real media player as people use it, in a process of its own, playing a stereo tone for two minutes or
-// until it is stopped. It starts at once; a Listener says when it is heard. Needs the session to live longer.
+/// A real media player as people use it, in a process of its own, playing a stereo tone for two minutes or
+/// until it is stopped. It starts at once; a Listener says when it is heard. Needs the session to live
+/// longer.
 class Player {
  public:
   Player(const PrivateSession& session, PlayerKind kind, Tone tone, const PlayerOptions& options = {});
 
-  // Of the process that plays.
+  /// Of the process that plays.
   [[nodiscard]] pid_t pid() const noexcept { return process_.pid(); }
 
   [[nodiscard]] bool running() noexcept { return process_.running(); }
 
-  // Ends it; returns when it has ended. The destructor does the same.
+  /// Ends it; returns when it has ended. The destructor does the same.
   void stop() noexcept { process_.end(); }
 
  private:

@@ -10,8 +10,9 @@ namespace sonvel::session {
 enum class Signal {
   tone,     // a sine of frequency and amplitude
   impulses, // one sample of amplitude wherever the graph's clock position is a multiple of period, else zeros
-  counter,  // counts frames: (n mod 32768 + 1) / 32768 times amplitude; see counterFaults in analysis.h
-  silence,  // zeros
+  counter, // counts frames: (n mod kCounterPeriod + 1) / kCounterPeriod times amplitude; see counterFaults in
+           // analysis.h
+  silence, // zeros
 };
 
 struct StreamOptions {
@@ -31,9 +32,9 @@ struct ToneClientOptions {
   Environment environment;
 };
 
-// A native PipeWire client in a process of its own, playing exactly what it is told on any number of streams.
-// Every call returns when the client has done it; it throws std::runtime_error with what the client answered,
-// or when it doesn't answer for 5 seconds.
+/// A native PipeWire client in a process of its own, playing exactly what it is told on any number of
+/// streams. Every call returns when the client has done it; it throws std::runtime_error with what the client
+/// answered, or when it doesn't answer for 5 seconds.
 class ToneClient {
  public:
   explicit ToneClient(const PrivateSession& session, const ToneClientOptions& options = {});
@@ -41,20 +42,20 @@ class ToneClient {
   ToneClient(const ToneClient&) = delete;
   ToneClient& operator=(const ToneClient&) = delete;
 
-  // Opens a stream, which is ready when this returns, and returns its node's global id.
+  /// Opens a stream, which is ready when this returns, and returns its node's global id.
   std::uint32_t open(const std::string& stream, const StreamOptions& options = {});
   void cork(const std::string& stream);
   void uncork(const std::string& stream);
   void setAmplitude(const std::string& stream, double amplitude);
   void close(const std::string& stream);
 
-  // Of the process that plays.
+  /// Of the process that plays.
   [[nodiscard]] pid_t pid() const noexcept { return playingPid_; }
 
-  // Of the process that was started; differs from pid() with a helper.
+  /// Of the process that was started; differs from pid() with a helper.
   [[nodiscard]] pid_t parentPid() const noexcept { return process_.pid(); }
 
-  // SIGKILL; returns when it has ended.
+  /// SIGKILL; returns when it has ended.
   void kill() noexcept { process_.kill(); }
 
   void stop() noexcept { process_.end(); }
