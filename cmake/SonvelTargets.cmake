@@ -14,7 +14,8 @@ add_library(sonvel_options INTERFACE)
 target_include_directories(sonvel_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
 target_compile_options(sonvel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
-    -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi -Werror)
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi -Werror
+    -Wno-missing-field-initializers) # designated initialisers leave the rest to its defaults on purpose
 if(SONVEL_SANITIZE)
   target_compile_options(sonvel_options INTERFACE
       "-fsanitize=${SONVEL_SANITIZE}" -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -24,8 +24,7 @@ LoopThread::LoopThread() {
 
 LoopThread::~LoopThread() {
   pw_thread_loop_stop(loop_.get());
-  loop_.reset();
-  pw_deinit();
+  // The library stays initialised: its end would take it from others in this process, too.
 }
 
 bool LoopThread::Lock::waitUntil(Deadline deadline, const std::function<bool()>& isTrue) const {
