@@ -1,5 +1,7 @@
 #include "platform/desktop/process_tree.h"
 
+#include "platform/desktop/program_path.h"
+
 #include <array>
 #include <charconv>
 #include <fcntl.h>
@@ -134,7 +136,8 @@ std::optional<ProcessFacts> ProcFilesystem::process(std::int32_t pid) const {
   ProcessFacts facts;
   facts.executable = executable(folder.get());
   facts.arguments = splitAtNulls(readAll(folder.get(), "cmdline").value_or(""));
-  facts.workingFolder = linkTarget(folder.get(), "cwd").value_or("");
+  if (facts.executable && isInterpreter(*facts.executable))
+    facts.workingFolder = linkTarget(folder.get(), "cwd").value_or("");
   facts.controlGroup = controlGroup(readAll(folder.get(), "cgroup").value_or(""));
   const auto status = readAll(folder.get(), "stat");
   if (!status || !readStatus(*status, facts)) return std::nullopt;

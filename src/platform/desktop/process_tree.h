@@ -14,7 +14,7 @@ struct ProcessFacts {
   std::string name = {};                      ///< the kernel's short name, at most 15 bytes
   std::optional<std::string> executable = {}; ///< its file's path, if that is the same file for us
   std::vector<std::string> arguments = {};    ///< the command line, the program's name first
-  std::string workingFolder = {};             ///< empty if unknown
+  std::string workingFolder = {};             ///< of interpreters; empty if unknown
   std::string controlGroup = {};              ///< path in the hierarchy that systemd keeps
 
   bool operator==(const ProcessFacts&) const = default;

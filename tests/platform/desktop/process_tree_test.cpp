@@ -51,9 +51,9 @@ class Child {
 
 TEST(ProcFilesystem, ReadsAllFacts) {
   const TemporaryFolder proc;
-  const auto program = proc.writeProgram("bin/a program");
+  const auto program = proc.writeProgram("bin/python3.11");
   proc.write("42/stat", statusLine("a) S 7 (b", 17, 9000));
-  proc.write("42/cmdline", std::string("a program\0--flag\0\0last\0", 23));
+  proc.write("42/cmdline", std::string("py thon\0--flag\0\0last\0", 21));
   proc.write("42/cgroup", "3:cpu:/x\n1:name=systemd:/old/app-a-1.scope\n0::/new/app-b-1.scope\n");
   fs::create_symlink(program, proc.path("42/exe"));
   fs::create_symlink("/work", proc.path("42/cwd"));
@@ -63,7 +63,7 @@ TEST(ProcFilesystem, ReadsAllFacts) {
                           .startTimeTicks = 9000,
                           .name = "a) S 7 (b",
                           .executable = program,
-                          .arguments = {"a program", "--flag", "", "last"},
+                          .arguments = {"py thon", "--flag", "", "last"},
                           .workingFolder = "/work",
                           .controlGroup = "/new/app-b-1.scope"}));
 }
@@ -93,7 +93,6 @@ TEST(ProcFilesystem, ReadsRealProcesses) {
   const auto its = processes.process(child.pid());
   ASSERT_TRUE(own && its);
   EXPECT_EQ(own->executable, canonicalPath("/proc/self/exe"));
-  EXPECT_EQ(own->workingFolder, fs::current_path());
   EXPECT_EQ(own->parentID, getppid());
   EXPECT_EQ(its->executable, own->executable);
   EXPECT_EQ(its->arguments, own->arguments);
