@@ -1,0 +1,23 @@
+#pragma once
+
+#include <glib-object.h>
+
+#include <memory>
+
+namespace sonvel::desktop {
+
+struct UnrefObject {
+  void operator()(gpointer object) const noexcept { g_object_unref(object); }
+};
+
+/// Owns one reference to a GObject.
+template <typename T> using GObjectPtr = std::unique_ptr<T, UnrefObject>;
+
+struct FreeStrings {
+  void operator()(gchar** strings) const noexcept { g_strfreev(strings); }
+};
+
+/// Owns a null-terminated list of strings.
+using GStrings = std::unique_ptr<gchar*, FreeStrings>;
+
+} // namespace sonvel::desktop

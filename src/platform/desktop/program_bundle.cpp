@@ -1,0 +1,9 @@
+#include "platform/desktop/program_bundle.h"
+
+namespace sonvel::desktop {
+
+std::optional<std::string> ProgramBundle::bundleIdentifier() const {
+  return "com.quellmarsh.sonvel";
+}
+
+} // namespace sonvel::desktop
