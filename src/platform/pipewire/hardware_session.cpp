@@ -109,17 +109,23 @@ std::vector<AudioObjectID> PipeWireHardware::Session::deviceObjects() {
   return objects;
 }
 
-std::vector<GlobalID> PipeWireHardware::Session::clientsOf(const ProcessKey& process) const {
-  std::vector<GlobalID> clients;
-  for (const auto& [id, client] : graph.clients)
-    if (processKeyOf(graph, id) == process) clients.push_back(id);
-  return clients;
+const AudioClient* PipeWireHardware::Session::clientOf(AudioObjectID process) const {
+  const auto key = processes.nameOf(process);
+  if (!key) return nullptr;
+  const auto client = std::ranges::find_if(
+      graph.clients, [&](const auto& entry) { return processKeyOf(graph, entry.first) == key; });
+  return client == graph.clients.end() ? nullptr : &client->second.facts;
 }
 
-bool PipeWireHardware::Session::isRunningOutput(const ProcessKey& process) const {
-  return std::ranges::any_of(graph.nodes, [&](const auto& entry) {
-    return entry.second.isRunning && processKeyOfStream(graph, entry.second) == process;
-  });
+bool PipeWireHardware::Session::isRunningOutput(AudioObjectID process) const {
+  const auto key = processes.nameOf(process);
+  return key && std::ranges::any_of(graph.nodes, [&](const auto& entry) {
+           return entry.second.isRunning && processKeyOfStream(graph, entry.second) == key;
+         });
+}
+
+OSStatus PipeWireHardware::Session::statusOfNoAggregate(AudioObjectID object) const {
+  return deviceNode(object) ? status::kBadDevice : status::kBadObject;
 }
 
 } // namespace sonvel::pipewire

@@ -40,16 +40,19 @@ class PipeWireHardware::Session {
   /// Takes a started IOProc out of the graph. Its block runs no more when this gives kNoError.
   OSStatus stop(const LoopThread::Lock& lock, IOProcID ioProc);
 
+  /// What a call for aggregate devices alone gives for any other object.
+  OSStatus statusOfNoAggregate(AudioObjectID object) const;
+
   /// The sink or source behind a device object; none if it is not there now.
   std::optional<GlobalID> deviceNode(AudioObjectID device) const;
 
   std::vector<AudioObjectID> processObjects();
   std::vector<AudioObjectID> deviceObjects();
 
-  /// The clients of a process, which may have gone.
-  std::vector<GlobalID> clientsOf(const ProcessKey& process) const;
+  /// What the server knows of a process, by any of its clients; none if it has gone.
+  const AudioClient* clientOf(AudioObjectID process) const;
 
-  bool isRunningOutput(const ProcessKey& process) const;
+  bool isRunningOutput(AudioObjectID process) const;
 
   const ApplicationIdentity& identity;
   LoopThread loop;

@@ -13,9 +13,6 @@ class ObjectIDs {
  public:
   AudioObjectID next() noexcept { return next_++; }
 
-  /// Whether the ID was handed out at some time.
-  bool wasIssued(AudioObjectID id) const noexcept { return id >= kFirst && id < next_; }
-
  private:
   static constexpr AudioObjectID kFirst =
       100; // none that could be taken for the system object or a server's ID

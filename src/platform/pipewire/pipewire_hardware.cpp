@@ -64,7 +64,7 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
 
 OSStatus PipeWireHardware::destroyProcessTap(AudioObjectID tap) {
   const Lock lock(session_->loop);
-  if (session_->taps.erase(tap) == 0) return session_->ids.wasIssued(tap) ? kNoError : status::kBadObject;
+  if (session_->taps.erase(tap) == 0) return status::kBadObject;
   session_->reconciler.desired().taps.erase(tap);
   session_->reconciler.schedule();
   session_->waitFor(lock, deadlineFromNow(),
@@ -98,8 +98,7 @@ OSStatus PipeWireHardware::createAggregateDevice(const AggregateDeviceDescriptio
 OSStatus PipeWireHardware::destroyAggregateDevice(AudioObjectID device) {
   const Lock lock(session_->loop);
   const auto aggregate = session_->aggregates.find(device);
-  if (aggregate == session_->aggregates.end())
-    return session_->ids.wasIssued(device) ? kNoError : status::kBadObject;
+  if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
   for (const auto& [ioProc, installed] : aggregate->second.ioProcs)
     if (const OSStatus outcome = session_->stop(lock, ioProc); outcome != kNoError) return outcome;
   session_->aggregates.erase(device);
@@ -111,7 +110,7 @@ OSStatus PipeWireHardware::createIOProcID(AudioObjectID device, const IOQueue& /
   // Every filter of this process runs on the library's one real-time thread, so any queue is served in order.
   const Lock lock(session_->loop);
   const auto aggregate = session_->aggregates.find(device);
-  if (aggregate == session_->aggregates.end()) return status::kBadObject;
+  if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
   ioProc = ++session_->lastIOProc;
   aggregate->second.ioProcs.emplace(ioProc, Session::IOProc{std::move(block)});
   return kNoError;
@@ -120,8 +119,8 @@ OSStatus PipeWireHardware::createIOProcID(AudioObjectID device, const IOQueue& /
 OSStatus PipeWireHardware::destroyIOProcID(AudioObjectID device, IOProcID ioProc) {
   const Lock lock(session_->loop);
   const auto aggregate = session_->aggregates.find(device);
-  if (aggregate == session_->aggregates.end()) return status::kBadObject;
-  if (!aggregate->second.ioProcs.contains(ioProc)) return status::kIllegalOperation;
+  if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
+  if (!aggregate->second.ioProcs.contains(ioProc)) return status::kBadObject;
   if (const OSStatus outcome = session_->stop(lock, ioProc); outcome != kNoError) return outcome;
   aggregate->second.ioProcs.erase(ioProc);
   return kNoError;
@@ -130,9 +129,9 @@ OSStatus PipeWireHardware::destroyIOProcID(AudioObjectID device, IOProcID ioProc
 OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
   const Lock lock(session_->loop);
   const auto aggregate = session_->aggregates.find(device);
-  if (aggregate == session_->aggregates.end()) return status::kBadObject;
+  if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
   const auto installed = aggregate->second.ioProcs.find(ioProc);
-  if (installed == aggregate->second.ioProcs.end()) return status::kIllegalOperation;
+  if (installed == aggregate->second.ioProcs.end()) return status::kBadObject;
   if (!session_->server->isReady()) return status::kNotRunning;
   DesiredState& desired = session_->reconciler.desired();
   if (const auto running = desired.sessions.find(ioProc); running != desired.sessions.end())
@@ -153,8 +152,8 @@ OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
 OSStatus PipeWireHardware::deviceStop(AudioObjectID device, IOProcID ioProc) {
   const Lock lock(session_->loop);
   const auto aggregate = session_->aggregates.find(device);
-  if (aggregate == session_->aggregates.end()) return status::kBadObject;
-  if (!aggregate->second.ioProcs.contains(ioProc)) return status::kIllegalOperation;
+  if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
+  if (!aggregate->second.ioProcs.contains(ioProc)) return status::kBadObject;
   return session_->stop(lock, ioProc);
 }
 

@@ -34,7 +34,7 @@ class PipeWireHardware::PropertyReader {
   /// A number or a list.
   std::optional<std::vector<std::byte>> data() {
     if (object_ == kSystemObject) return systemData();
-    if (const auto process = session_.processes.nameOf(object_)) return processData(*process);
+    if (const AudioClient* client = session_.clientOf(object_)) return processData(*client);
     if (session_.aggregates.contains(object_))
       return isStreams() ? bytesOf(std::uint32_t{object_}) : noData();
     if (const auto device = session_.deviceNode(object_)) return deviceData(*device);
@@ -43,7 +43,7 @@ class PipeWireHardware::PropertyReader {
 
   /// A string; the inner optional is a null reference.
   std::optional<std::optional<std::string>> text() {
-    if (const auto process = session_.processes.nameOf(object_)) return processText(*process);
+    if (session_.clientOf(object_) != nullptr) return processText();
     if (const auto aggregate = session_.aggregates.find(object_); aggregate != session_.aggregates.end()) {
       if (address_.selector == property::kDeviceUID) return aggregate->second.description.uid;
       if (address_.selector == property::kObjectName) return aggregate->second.description.name;
@@ -52,7 +52,7 @@ class PipeWireHardware::PropertyReader {
       const Node& node = session_.graph.nodes.at(*device);
       if (address_.selector == property::kDeviceUID) return node.name;
       if (address_.selector == property::kObjectName)
-        return node.description.empty() ? std::nullopt : std::optional(node.description);
+        return node.description.empty() ? std::optional<std::string>() : node.description;
     }
     const auto& taps = session_.reconciler.desired().taps;
     if (const auto tap = taps.find(object_); tap != taps.end() && address_.selector == property::kTapUID)
@@ -62,7 +62,7 @@ class PipeWireHardware::PropertyReader {
 
   /// Whether there is an object of that ID now.
   bool objectExists() const {
-    return object_ == kSystemObject || session_.processes.nameOf(object_) ||
+    return object_ == kSystemObject || session_.clientOf(object_) != nullptr ||
            session_.aggregates.contains(object_) || session_.deviceNode(object_) ||
            session_.taps.contains(object_);
   }
@@ -83,20 +83,17 @@ class PipeWireHardware::PropertyReader {
     return bytesOf(isThere ? session_.devices.idOf(name) : kAudioObjectUnknown);
   }
 
-  std::optional<std::vector<std::byte>> processData(const ProcessKey& process) const {
+  std::optional<std::vector<std::byte>> processData(const AudioClient& client) const {
     if (address_.selector == property::kProcessIsRunningOutput)
-      return bytesOf(std::uint32_t{session_.isRunningOutput(process) ? 1U : 0U});
+      return bytesOf(std::uint32_t{session_.isRunningOutput(object_) ? 1U : 0U});
     if (address_.selector != property::kProcessPID) return std::nullopt;
-    const auto clients = session_.clientsOf(process);
-    if (clients.empty()) return std::nullopt;
-    return bytesOf(session_.graph.clients.at(clients.front()).facts.processID);
+    return bytesOf(client.processID);
   }
 
-  std::optional<std::optional<std::string>> processText(const ProcessKey& process) const {
+  /// The bundle identifier is the one property whose value is not in the graph: see getPropertyData.
+  std::optional<std::optional<std::string>> processText() const {
     if (address_.selector != property::kProcessBundleID) return std::nullopt;
-    const auto clients = session_.clientsOf(process);
-    if (clients.empty()) return std::nullopt;
-    return session_.identity.bundleIdentifier(session_.graph.clients.at(clients.front()).facts);
+    return std::optional<std::string>();
   }
 
   std::optional<std::vector<std::byte>> deviceData(GlobalID device) const {
@@ -146,12 +143,19 @@ OSStatus PipeWireHardware::getPropertyData(AudioObjectID object, const PropertyA
 
 OSStatus PipeWireHardware::getPropertyData(AudioObjectID object, const PropertyAddress& address,
                                            std::optional<std::string>& text) {
-  const Lock lock(session_->loop);
-  if (!session_->server->isReady()) return status::kNotRunning;
-  PropertyReader reader(*session_, object, address);
-  auto value = reader.text();
-  if (!value) return reader.objectExists() ? status::kUnknownProperty : status::kBadObject;
-  text = std::move(*value);
+  std::optional<AudioClient> client;
+  {
+    const Lock lock(session_->loop);
+    if (!session_->server->isReady()) return status::kNotRunning;
+    PropertyReader reader(*session_, object, address);
+    auto value = reader.text();
+    if (!value) return reader.objectExists() ? status::kUnknownProperty : status::kBadObject;
+    text = std::move(*value);
+    if (address.selector != property::kProcessBundleID) return kNoError;
+    client = *session_->clientOf(object);
+  }
+  // Identifying reads files, which events must not wait for.
+  text = session_->identity.bundleIdentifier(*client);
   return kNoError;
 }
 
