@@ -192,6 +192,24 @@ TEST_F(RenderBlock, KeepsItsRecordsAliveAndSharesThemWithItsCopies) {
   EXPECT_TRUE(watchedMetrics.expired());
 }
 
+TEST(RenderCycle, UsesTheGainOfItsStartForAllItsBuffers) {
+  static RealtimeMixBox turnedMix;
+  static std::vector<float> usedGains;
+  const ScaleAndPeak turnGainMeanwhile = [](float gain, const float*, float*, std::size_t,
+                                            float peak) noexcept {
+    usedGains.push_back(gain);
+    turnedMix.setGain(gain + 0.5F);
+    return peak;
+  };
+  MixMetrics metrics;
+  Buffers input{{64, 64, 64}, rising};
+  Buffers output{{64, 64, 64}, untouched};
+  const AudioBufferList in = input.list();
+  AudioBufferList out = output.list();
+  renderCycle(turnGainMeanwhile, turnedMix, metrics, in, out);
+  EXPECT_THAT(usedGains, testing::ElementsAre(1.0F, 1.0F, 1.0F));
+}
+
 TEST(RealtimeMixBox, ReturnsToItsGainAfterMute) {
   RealtimeMixBox mix;
   EXPECT_EQ(1.0F, mix.effectiveGain());
