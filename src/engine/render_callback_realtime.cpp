@@ -79,9 +79,12 @@ template <std::size_t kBytes>
 
   // The first and the last vector are read before anything is written and may overlap the ones between them,
   // which lets those begin where `out` is aligned and end with a whole vector, also if `in` is `out`.
-  Floats first, last, samples, nextSamples;
+  Floats first;
+  Floats last;
   load(first, in);
   load(last, in + count - kLanes);
+  Floats samples;
+  Floats nextSamples;
   std::size_t k = kLanes - reinterpret_cast<std::uintptr_t>(out) / sizeof(float) % kLanes;
   for (; k + 2 * kLanes <= count; k += 2 * kLanes) {
     load(samples, in + k);
