@@ -66,12 +66,11 @@ Environment makeEnvironment(const SessionFolders& folders, const SessionOptions&
                              {"XDG_CACHE_HOME", folders.cache},
                              {"XDG_DATA_DIRS", dataDirectories},
                              {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folders.runtime / "bus").string()},
-                             {"PIPEWIRE_REMOTE", "pipewire-0"},
                              {"PULSE_SERVER", "unix:" + (folders.runtime / "pulse/native").string()},
                              {"PULSE_RUNTIME_PATH", (folders.runtime / "pulse").string()},
                              {"DISABLE_RTKIT", "y"}};
   for (const char* unwanted :
-       {"DISPLAY", "WAYLAND_DISPLAY", "PIPEWIRE_RUNTIME_DIR", "PIPEWIRE_CORE", "PIPEWIRE_CONFIG_DIR",
+       {"DISPLAY", "WAYLAND_DISPLAY", "PIPEWIRE_REMOTE", "PIPEWIRE_RUNTIME_DIR", "PIPEWIRE_CORE", "PIPEWIRE_CONFIG_DIR",
         "PIPEWIRE_CONFIG_NAME", "PIPEWIRE_NODE", "PIPEWIRE_LATENCY", "PIPEWIRE_RATE", "PIPEWIRE_QUANTUM",
         "PIPEWIRE_PROPS", "PULSE_SINK", "PULSE_PROP", "PULSE_COOKIE", "PULSE_CLIENTCONFIG",
         "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "DBUS_STARTER_ADDRESS"})
