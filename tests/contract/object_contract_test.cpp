@@ -107,6 +107,9 @@ TEST_P(AudioContract, VolumeIsReadAsItWasWrittenAndTheMainOneKeepsTheBalance) {
   EXPECT_GT(right, 0.0F);
   EXPECT_NEAR(left / right, 2.0F, 0.02F);
 
+  write(kElementLeft, 0.6F);
+  write(kElementRight, 0.6F);
+  EXPECT_TRUE(becomes(kElementMain, 0.6F));
   for (const float scalar : {0.0F, 1.0F}) {
     write(kElementMain, scalar);
     EXPECT_TRUE(becomes(kElementMain, scalar)) << scalar;

@@ -54,8 +54,6 @@ class ManualClock::Appointment final : public Timer {
 ManualClock::ManualClock()
     : state_(std::make_shared<State>()) {}
 
-ManualClock::~ManualClock() = default;
-
 ManualClock::TimePoint ManualClock::now() const {
   const std::lock_guard lock(state_->mutex);
   return state_->now;

@@ -29,12 +29,13 @@ TEST_F(ManualClockTest, WakesInTheOrderOfTheirMomentsAndThenOfAsking) {
   const auto b = clock.callAfter(20ms, note("b"));
   const auto a = clock.callAfter(10ms, note("a"));
   const auto c = clock.callAfter(20ms, note("c"));
+  const auto d = clock.callAfter(20ms, note("d"));
   const auto late = clock.callAfter(31ms, note("late"));
   const auto now = clock.callAfter(0ms, note("now"));
   EXPECT_TRUE(woken.empty());
-  EXPECT_EQ(clock.pendingCount(), 5U);
+  EXPECT_EQ(clock.pendingCount(), 6U);
   clock.advance(30ms);
-  EXPECT_THAT(woken, ElementsAre("now@0", "a@10", "b@20", "c@20"));
+  EXPECT_THAT(woken, ElementsAre("now@0", "a@10", "b@20", "c@20", "d@20"));
   EXPECT_EQ(clock.now() - start, 30ms);
   EXPECT_EQ(clock.pendingCount(), 1U);
   clock.advance(1ms);
