@@ -26,6 +26,8 @@ struct Channel {
   std::uint32_t monitorPort = kNone; // global ids
   std::uint32_t inputPort = kNone;
   pw_proxy* link = nullptr;
+  spa_hook linkListener{};
+  bool linked = false;
 };
 
 class LoopLock {
@@ -72,14 +74,12 @@ class Listener::Implementation {
 
   void waitUntilLinked() const {
     const bool passive = wake_ == Wake::passive;
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
     const LoopLock lock(loop_);
     timespec limit{};
     pw_thread_loop_get_time(loop_, &limit, std::chrono::nanoseconds(kPatience).count());
-    while (!(linked_ && (passive || recorder_.mark() > 0))) {
-      if (pw_thread_loop_timed_wait_full(loop_, &limit) != 0 && std::chrono::steady_clock::now() >= deadline)
+    while (!linked_ || (!passive && recorder_.mark() == 0))
+      if (pw_thread_loop_timed_wait_full(loop_, &limit) != 0)
         throw std::runtime_error("can't listen to " + sink_);
-    }
   }
 
  private:
@@ -187,13 +187,36 @@ class Listener::Implementation {
     for (Channel& channel : self.channels_) {
       if (channel.monitorPort != id) continue;
       channel.monitorPort = kNone;
-      pw_proxy_destroy(channel.link);
-      channel.link = nullptr;
-      self.linked_ = false;
+      self.removeLink(channel);
     }
   }
 
+  // The server's word on a link: from "paused" on it carries sound whenever the graph runs.
+  static void onLinkInfo(void* data, const pw_link_info* info) {
+    auto& self = *static_cast<Implementation*>(data);
+    for (Channel& channel : self.channels_)
+      if (channel.link != nullptr && pw_proxy_get_bound_id(channel.link) == info->id)
+        channel.linked = info->state >= PW_LINK_STATE_PAUSED;
+    self.updateLinked();
+  }
+
+  void updateLinked() {
+    linked_ = std::ranges::all_of(channels_, &Channel::linked);
+    pw_thread_loop_signal(loop_, false);
+  }
+
+  void removeLink(Channel& channel) {
+    if (channel.link == nullptr) return;
+    spa_hook_remove(&channel.linkListener);
+    pw_proxy_destroy(channel.link);
+    channel.link = nullptr;
+    channel.linked = false;
+    updateLinked();
+  }
+
   void makeMissingLinks() {
+    static const pw_link_events events = {.version = PW_VERSION_LINK_EVENTS,
+                                          .info = &Implementation::onLinkInfo};
     for (Channel& channel : channels_) {
       if (channel.link != nullptr || channel.monitorPort == kNone || channel.inputPort == kNone) continue;
       pw_properties* properties = pw_properties_new(PW_KEY_OBJECT_LINGER, "false", nullptr);
@@ -203,16 +226,15 @@ class Listener::Implementation {
       channel.link = static_cast<pw_proxy*>(pw_core_create_object(
           core_, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties->dict, 0));
       pw_properties_free(properties);
+      pw_proxy_add_object_listener(channel.link, &channel.linkListener, &events, this);
     }
-    linked_ = std::ranges::all_of(channels_, [](const Channel& channel) { return channel.link != nullptr; });
-    pw_thread_loop_signal(loop_, false);
   }
 
   void dismantle() noexcept {
     if (loop_ == nullptr) return;
     pw_thread_loop_stop(loop_);
     for (Channel& channel : channels_)
-      if (channel.link != nullptr) pw_proxy_destroy(channel.link);
+      removeLink(channel);
     if (filter_ != nullptr) pw_filter_destroy(filter_);
     if (registry_ != nullptr) {
       spa_hook_remove(&registryListener_);

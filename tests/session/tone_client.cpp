@@ -3,10 +3,9 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
-#include <fcntl.h>
 #include <poll.h>
 #include <stdexcept>
+#include <sys/socket.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -15,17 +14,6 @@ namespace sonvel::session {
 namespace {
 
 constexpr std::chrono::seconds kPatience{5};
-
-struct Pipe {
-  int readEnd = -1;
-  int writeEnd = -1;
-};
-
-Pipe makePipe() {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  return {.readEnd = ends[0], .writeEnd = ends[1]};
-}
 
 const char* nameOf(Signal signal) noexcept {
   switch (signal) {
@@ -60,22 +48,20 @@ ToneClient::ToneClient(const PrivateSession& session, const ToneClientOptions& o
   for (const auto& [name, value] : options.environment)
     command.environment[name] = value;
 
-  const Pipe requests = makePipe();
-  const Pipe answers = makePipe();
-  requests_ = requests.writeEnd;
-  answers_ = answers.readEnd;
-  command.input = requests.readEnd;
-  command.output = answers.writeEnd;
+  std::array<int, 2> ends{};
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+    throw std::system_error(errno, std::generic_category(), "socketpair");
+  conversation_ = ends[0];
+  command.input = ends[1];
+  command.output = ends[1];
   process_ = ChildProcess(command);
-  ::close(requests.readEnd);
-  ::close(answers.writeEnd);
+  ::close(ends[1]);
   playingPid_ = std::stoi(ask("pid"));
 }
 
 ToneClient::~ToneClient() {
   process_.end();
-  ::close(requests_);
-  ::close(answers_);
+  ::close(conversation_);
 }
 
 std::uint32_t ToneClient::open(const std::string& stream, const StreamOptions& options) {
@@ -113,18 +99,18 @@ void ToneClient::close(const std::string& stream) {
 // One line there, one line back: "ok" or "error", and a text.
 std::string ToneClient::ask(const std::string& request) {
   const std::string line = request + "\n";
-  if (write(requests_, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
+  if (send(conversation_, line.data(), line.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(line.size()))
     throw std::runtime_error("the tone player is gone");
 
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
   while (unread_.find('\n') == std::string::npos) {
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    pollfd answered{.fd = answers_, .events = POLLIN, .revents = 0};
+    pollfd answered{.fd = conversation_, .events = POLLIN, .revents = 0};
     if (left.count() <= 0 || poll(&answered, 1, static_cast<int>(left.count())) == 0)
       throw std::runtime_error("the tone player does not answer: " + request);
     std::array<char, 512> buffer{};
-    const ssize_t count = read(answers_, buffer.data(), buffer.size());
+    const ssize_t count = read(conversation_, buffer.data(), buffer.size());
     if (count <= 0) throw std::runtime_error("the tone player is gone: " + request);
     unread_.append(buffer.data(), static_cast<std::size_t>(count));
   }

@@ -64,8 +64,7 @@ class ToneClient {
   std::string ask(const std::string& request);
 
   ChildProcess process_;
-  int requests_ = -1;
-  int answers_ = -1;
+  int conversation_ = -1; // a socket: the process's input and output
   std::string unread_;
   pid_t playingPid_ = 0;
 };
