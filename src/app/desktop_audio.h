@@ -1,0 +1,40 @@
+#pragma once
+
+#include "audio/audio_environment.h"
+#include "platform/desktop/desktop_applications.h"
+#include "platform/desktop/desktop_entries.h"
+#include "platform/desktop/desktop_identity.h"
+#include "platform/desktop/proc_process_information.h"
+#include "platform/desktop/program_bundle.h"
+#include "platform/desktop/steady_clock.h"
+#include "platform/pipewire/pipewire_hardware.h"
+
+namespace sonvel {
+
+/// The implementations for a real desktop, joined: PipeWire for sound, the session's desktop entries and the
+/// process table for who plays it. Connects to the sound server when it is made, as PipeWireHardware does.
+class DesktopAudio {
+ public:
+  DesktopAudio();
+  DesktopAudio(const DesktopAudio&) = delete;
+  DesktopAudio& operator=(const DesktopAudio&) = delete;
+
+  /// What it refers to lives as long as this object.
+  AudioEnvironment environment() { return {hardware_, processInformation_, bundle_, applications_}; }
+
+  AudioHardware& hardware() noexcept { return hardware_; }
+
+  Clock& clock() noexcept { return clock_; }
+
+ private:
+  desktop::SteadyClock clock_;
+  desktop::ProcFilesystem processes_;
+  desktop::InstalledDesktopEntries entries_;
+  desktop::DesktopIdentity identity_;
+  desktop::ProcProcessInformation processInformation_;
+  desktop::ProgramBundle bundle_;
+  pipewire::PipeWireHardware hardware_;
+  desktop::DesktopApplications applications_;
+};
+
+} // namespace sonvel
