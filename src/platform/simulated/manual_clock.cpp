@@ -35,7 +35,7 @@ class ManualClock::Appointment final : public Timer {
  public:
   Appointment(std::shared_ptr<State> state, State::Key key)
       : state_(std::move(state))
-      , key_(key) {}
+      , key_(std::move(key)) {}
 
   Appointment(const Appointment&) = delete;
   Appointment& operator=(const Appointment&) = delete;
