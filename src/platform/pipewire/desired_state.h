@@ -59,6 +59,8 @@ struct OwnedObjects {
   std::set<IOProcID> filters;
   std::map<PortPair, bool> links;                          ///< with whether the server has negotiated them
   std::map<std::string, std::set<std::uint64_t>> captured; ///< by tap name: serials of streams sent into it
+  std::set<std::uint64_t>
+      stranded; ///< serials of streams that the session manager was told to link and did not
 };
 
 /// The edits that are missing between what is and what should be. Each is safe to do twice.
@@ -68,8 +70,10 @@ struct Plan {
   std::vector<IOProcID> filtersToCreate;
   std::vector<IOProcID> filtersToDestroy;
   std::vector<PortPair> linksToCreate;
-  std::vector<PortPair> linksToDestroy;    ///< of ours
-  std::vector<GlobalID> foreignLinksToCut; ///< that play a captured stream past its tap
+  std::vector<PortPair> strandedLinksToCreate; ///< of stranded streams into their taps
+  std::vector<PortPair> lastingLinksToCreate;  ///< of stranded streams to their own devices: they outlive us
+  std::vector<PortPair> linksToDestroy;        ///< of ours
+  std::vector<GlobalID> foreignLinksToCut;     ///< that play a captured stream past its tap
   std::vector<StreamRouting> routings;
 
   bool operator==(const Plan&) const = default;

@@ -167,17 +167,43 @@ void planFilters(const DesiredState& desired, const OwnedObjects& owned, Plan& p
     if (!desired.sessions.contains(id)) plan.filtersToDestroy.push_back(id);
 }
 
+/// Links in the session manager's place for streams that it leaves without any, as 0.4 does after a restart.
+void planStrandedStreams(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
+                         Plan& plan) {
+  for (const auto& [id, stream] : graph.nodes) {
+    if (!owned.stranded.contains(stream.serial) || stream.kind != NodeKind::outputStream) continue;
+    const std::string tapName = targetTapOf(graph, id);
+    const bool belongsInTap = std::ranges::any_of(desired.taps, [&](const auto& tap) {
+      return tap.second.nodeName == tapName && wantsStreams(desired, tap.first);
+    });
+    const auto receiver = belongsInTap ? graph.nodeNamed(tapName) : usersTargetOf(graph, id);
+    if (!receiver) continue;
+    const auto pairs = stereoPairs(graph, graph.portsOf(id, PortDirection::out, false),
+                                   graph.portsOf(*receiver, PortDirection::in, false));
+    if (belongsInTap)
+      std::ranges::copy(pairs, std::back_inserter(plan.strandedLinksToCreate));
+    else if (!feedsAnything(graph, id) && tapName.empty())
+      std::ranges::copy(pairs, std::back_inserter(plan.lastingLinksToCreate));
+  }
+}
+
 void planLinks(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned, Plan& plan) {
   std::set<PortPair> wanted;
   for (const auto& [id, session] : desired.sessions)
     std::ranges::copy(linksOf(graph, desired, session), std::inserter(wanted, wanted.end()));
   for (const auto& pair : wanted)
     if (!owned.links.contains(pair)) plan.linksToCreate.push_back(pair);
+  wanted.insert(plan.strandedLinksToCreate.begin(), plan.strandedLinksToCreate.end());
+  std::erase_if(plan.strandedLinksToCreate, [&](const PortPair& pair) { return owned.links.contains(pair); });
   for (const auto& [pair, isReady] : owned.links)
     if (!wanted.contains(pair)) plan.linksToDestroy.push_back(pair);
 }
 
 } // namespace
+
+bool feedsAnything(const Graph& graph, GlobalID stream) {
+  return std::ranges::any_of(graph.links, [&](const auto& link) { return link.second.outputNode == stream; });
+}
 
 bool streamFeeds(const Graph& graph, GlobalID stream, const std::string& nodeName) {
   const auto node = graph.nodeNamed(nodeName);
@@ -229,6 +255,7 @@ Plan planEdits(const Graph& graph, const DesiredState& desired, const OwnedObjec
   Plan plan;
   planTapNodes(graph, desired, owned, plan);
   planFilters(desired, owned, plan);
+  planStrandedStreams(graph, desired, owned, plan);
   planLinks(graph, desired, owned, plan);
   for (const auto id : capturingTaps(graph, desired, owned))
     planCaptures(graph, desired.taps.at(id), owned, plan);

@@ -18,6 +18,8 @@ bool isSessionConnected(const Graph& graph, const DesiredState& desired, const O
 bool isSessionEngaged(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
                       IOProcID session);
 
+bool feedsAnything(const Graph& graph, GlobalID stream);
+
 /// Whether a stream plays into the node of that name.
 bool streamFeeds(const Graph& graph, GlobalID stream, const std::string& nodeName);
 

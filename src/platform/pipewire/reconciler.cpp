@@ -3,6 +3,7 @@
 #include "platform/pipewire/stream_targets.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace sonvel::pipewire {
 
@@ -11,6 +12,12 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kRetryFailedAfter = 500ms;
+
+// What a session manager needs for its devices after it has shown itself.
+constexpr auto kManagerSettles = 1s;
+
+// The session manager links a stream within milliseconds; one that waits so long waits in vain.
+constexpr auto kStrandedAfter = 1s;
 
 // The real-time thread must not wake anyone, so the end of a cycle is polled for, for as long as a hand-over
 // waits.
@@ -61,10 +68,20 @@ void Reconciler::setServer(ServerConnection* server) {
 }
 
 void Reconciler::forgetServerObjects() {
+  isNewServer_ = true;
+  managerReadyAt_.reset();
+  moved_.clear();
+  unlinkedSince_.clear();
+  stranded_.clear();
+  releaseServerObjects();
+}
+
+void Reconciler::releaseServerObjects() {
   tapNodes_.clear();
   links_.clear();
   filters_.clear();
   captured_.clear();
+  lastingLinks_.clear();
 }
 
 bool Reconciler::isEngaged(IOProcID session) const {
@@ -77,8 +94,11 @@ std::optional<RemoteObject::State> Reconciler::tapNodeState(AudioObjectID tap) c
 }
 
 OwnedObjects Reconciler::owned() const {
-  OwnedObjects owned{
-      .tapNodes = keysOf(tapNodes_), .filters = keysOf(filters_), .links = {}, .captured = captured_};
+  OwnedObjects owned{.tapNodes = keysOf(tapNodes_),
+                     .filters = keysOf(filters_),
+                     .links = {},
+                     .captured = captured_,
+                     .stranded = stranded_};
   for (const auto& [pair, link] : links_)
     owned.links.emplace(pair, link->isNegotiated());
   return owned;
@@ -95,6 +115,8 @@ void Reconciler::purge(bool alsoFailed) {
   };
   std::erase_if(tapNodes_, isDone);
   std::erase_if(links_, isDone);
+  std::erase_if(lastingLinks_,
+                [](const auto& link) { return link.second->state() != RemoteObject::State::asked; });
   std::erase_if(filters_, [&](const auto& entry) {
     anyFailed |= entry.second->isBroken() && !alsoFailed;
     return entry.second->isBroken() && alsoFailed;
@@ -105,10 +127,44 @@ void Reconciler::purge(bool alsoFailed) {
 void Reconciler::reconcile() {
   purge(false);
   if (server_ != nullptr && server_->isReady()) {
-    if (!graph_.hasMetadata) captured_.clear(); // the next session manager has to be told everything
-    apply(planEdits(graph_, desired_, owned()));
+    if (isSessionManagerReady()) {
+      lookForStrandedStreams();
+      apply(planEdits(graph_, desired_, owned()));
+    } else {
+      releaseServerObjects(); // the session manager took the streams' links with it: nobody is heard through
+                              // us
+    }
   }
   loop_.signal();
+}
+
+bool Reconciler::isSessionManagerReady() {
+  const auto now = LoopThread::SteadyClock::now();
+  const bool wasNewServer = std::exchange(isNewServer_, false);
+  if (!graph_.hasMetadata) {
+    managerReadyAt_.reset();
+    return false;
+  }
+  if (!managerReadyAt_) managerReadyAt_ = wasNewServer ? now : now + kManagerSettles;
+  if (now >= *managerReadyAt_) return true;
+  retry_.arm(kRetryFailedAfter);
+  return false;
+}
+
+void Reconciler::lookForStrandedStreams() {
+  std::set<std::uint64_t> unlinked;
+  for (const auto& [id, node] : graph_.nodes)
+    if (moved_.contains(node.serial) && graph_.hasMetadata && !feedsAnything(graph_, id))
+      unlinked.insert(node.serial);
+  const auto now = LoopThread::SteadyClock::now();
+  std::erase_if(unlinkedSince_, [&](const auto& entry) { return !unlinked.contains(entry.first); });
+  bool someWait = false;
+  for (const auto serial : unlinked) {
+    const auto since = unlinkedSince_.try_emplace(serial, now).first->second;
+    if (now - since >= kStrandedAfter) stranded_.insert(serial);
+    someWait |= !stranded_.contains(serial);
+  }
+  if (someWait) retry_.arm(kRetryFailedAfter);
 }
 
 void Reconciler::apply(const Plan& plan) {
@@ -135,12 +191,19 @@ void Reconciler::applyNodes(const Plan& plan) {
   }
 }
 
+std::unique_ptr<RemoteLink> Reconciler::makeLink(const PortPair& pair, LinkKind kind) {
+  return std::make_unique<RemoteLink>(server_->core(), pair.output, pair.input, kind, [this] { schedule(); });
+}
+
 void Reconciler::applyLinks(const Plan& plan) {
   for (const auto& pair : plan.linksToDestroy)
     links_.erase(pair);
   for (const auto& pair : plan.linksToCreate)
-    links_[pair] =
-        std::make_unique<RemoteLink>(server_->core(), pair.output, pair.input, [this] { schedule(); });
+    links_[pair] = makeLink(pair, LinkKind::passing);
+  for (const auto& pair : plan.strandedLinksToCreate)
+    links_[pair] = makeLink(pair, LinkKind::feeding);
+  for (const auto& pair : plan.lastingLinksToCreate)
+    if (!lastingLinks_.contains(pair)) lastingLinks_[pair] = makeLink(pair, LinkKind::lasting);
   for (const auto link : plan.foreignLinksToCut)
     server_->monitor()->destroy(link);
 }
@@ -184,6 +247,7 @@ void Reconciler::route(const StreamRouting& routing) {
   const auto serial = graph_.nodes.at(routing.stream).serial;
   for (auto& [tapName, streams] : captured_)
     streams.erase(serial);
+  moved_.insert(serial);
   if (!routing.tapName.empty()) captured_[routing.tapName].insert(serial);
 }
 

@@ -42,10 +42,14 @@ class Reconciler {
 
  private:
   OwnedObjects owned() const;
+  void releaseServerObjects();
   void reconcile();
   void purge(bool alsoFailed);
+  bool isSessionManagerReady();
+  void lookForStrandedStreams();
   void apply(const Plan& plan);
   void applyNodes(const Plan& plan);
+  std::unique_ptr<RemoteLink> makeLink(const PortPair& pair, LinkKind kind);
   void applyLinks(const Plan& plan);
   void applyRoutings(const Plan& plan);
   void route(const StreamRouting& routing);
@@ -61,6 +65,17 @@ class Reconciler {
   std::map<IOProcID, std::unique_ptr<IOFilter>> filters_;
   std::map<PortPair, std::unique_ptr<RemoteLink>> links_;
   std::map<std::string, std::set<std::uint64_t>> captured_; ///< by tap name: serials of streams sent into it
+
+  // A session manager that starts while we are there sets up the devices first, which it can't while they
+  // run.
+  std::optional<LoopThread::Deadline> managerReadyAt_;
+  bool isNewServer_ = true;
+
+  // Streams that we moved, and since when those of them that play to nobody do so.
+  std::set<std::uint64_t> moved_;
+  std::map<std::uint64_t, LoopThread::Deadline> unlinkedSince_;
+  std::set<std::uint64_t> stranded_;
+  std::map<PortPair, std::unique_ptr<RemoteLink>> lastingLinks_; ///< kept until the server has made them
 
   // Streams change sides between two cycles. While some wait for that, the end of the next cycle is watched
   // for.

@@ -41,13 +41,13 @@ void RemoteObject::setState(State state) {
   changed_();
 }
 
-RemoteLink::RemoteLink(pw_core* core, std::uint32_t outputPort, std::uint32_t inputPort,
+RemoteLink::RemoteLink(pw_core* core, std::uint32_t outputPort, std::uint32_t inputPort, LinkKind kind,
                        std::function<void()> changed)
     : RemoteObject(core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK,
                    {{PW_KEY_LINK_OUTPUT_PORT, std::to_string(outputPort)},
                     {PW_KEY_LINK_INPUT_PORT, std::to_string(inputPort)},
-                    {PW_KEY_LINK_PASSIVE, "true"}, // else the device could never go to sleep
-                    {PW_KEY_OBJECT_LINGER, "false"}},
+                    {PW_KEY_LINK_PASSIVE, kind == LinkKind::passing ? "true" : "false"},
+                    {PW_KEY_OBJECT_LINGER, kind == LinkKind::lasting ? "true" : "false"}},
                    std::move(changed)) {
   if (!proxy_) return;
   static const pw_link_events events = [] {

@@ -45,10 +45,18 @@ class RemoteObject {
   Hook hook_;
 };
 
+/// What a link is for.
+enum class LinkKind {
+  passing, ///< hands on what plays anyway: it does not keep its nodes from sleeping
+  feeding, ///< lets a stream play
+  lasting, ///< lets a stream play, also when this program has ended
+};
+
 /// A link between two ports of any nodes.
 class RemoteLink : public RemoteObject {
  public:
-  RemoteLink(pw_core* core, std::uint32_t outputPort, std::uint32_t inputPort, std::function<void()> changed);
+  RemoteLink(pw_core* core, std::uint32_t outputPort, std::uint32_t inputPort, LinkKind kind,
+             std::function<void()> changed);
 
   /// Both ends have agreed on a format and buffers, so that samples flow as soon as their nodes run.
   bool isNegotiated() const noexcept { return isNegotiated_ && !isGone(); }

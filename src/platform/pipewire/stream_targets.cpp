@@ -29,6 +29,17 @@ std::string targetTapOf(const Graph& graph, GlobalID stream) {
   return target != nullptr && target->value.starts_with(kTapNamePrefix) ? target->value : std::string();
 }
 
+std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream) {
+  const bool isOurs = !targetTapOf(graph, stream).empty();
+  if (const MetadataValue* target = graph.metadataOf(stream, isOurs ? kUsersTarget : kTargetObject))
+    for (const auto& [id, node] : graph.nodes)
+      if (target->value == node.name || target->value == std::to_string(node.serial)) return id;
+  if (const MetadataValue* target = graph.metadataOf(stream, kTargetNode))
+    for (const auto& [id, node] : graph.nodes)
+      if (target->value == node.name || target->value == std::to_string(id)) return id;
+  return graph.nodeNamed(graph.defaultSinkName);
+}
+
 std::vector<MetadataWrite> writesInto(const Graph& graph, GlobalID stream, const std::string& tapName) {
   std::vector<MetadataWrite> writes;
   const MetadataValue* users = graph.metadataOf(stream, kTargetObject);

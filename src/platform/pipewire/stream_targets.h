@@ -19,6 +19,9 @@ struct MetadataWrite {
 /// The name of the tap that a stream is sent to, ours or one of a run that was killed; empty if to none.
 std::string targetTapOf(const Graph& graph, GlobalID stream);
 
+/// The node that a stream's user had chosen for it, else the default sink; none if that is not there.
+std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream);
+
 /// The writes that send a stream into a tap, in order. They keep what the user had chosen for it on the
 /// stream itself, so that it can be put back even by the next run, and leave the session manager's memory as
 /// it was.
