@@ -1,6 +1,7 @@
 #include "platform/pipewire/hardware_session.h"
 
 #include <algorithm>
+#include <unistd.h>
 
 namespace sonvel::pipewire {
 
@@ -19,7 +20,9 @@ PipeWireHardware::Session::Session(const ApplicationIdentity& appIdentity)
     : identity(appIdentity)
     , reconciler(loop, graph)
     , processes(ids)
-    , devices(ids) {
+    , devices(ids)
+    , runName(std::to_string(getpid()) + "-" +
+              std::to_string(LoopThread::SteadyClock::now().time_since_epoch().count()) + "-") {
   const LoopThread::Lock lock(loop);
   server = std::make_unique<ServerConnection>(
       loop, graph,
@@ -37,8 +40,9 @@ PipeWireHardware::Session::~Session() {
   for (auto& [id, tap] : reconciler.desired().taps)
     tap.hasNode = false;
   reconciler.schedule();
-  waitFor(lock, deadline, [this] { return reconciler.ownsNothing(); });
-  syncWithServer(lock, deadline);
+  const OSStatus released = waitFor(lock, deadline, [this] { return reconciler.ownsNothing(); });
+  const bool isConfirmed = syncWithServer(lock, deadline) == kNoError;
+  if (guardian && released == kNoError && isConfirmed) guardian->dismiss();
   reconciler.setServer(nullptr);
   server.reset();
 }

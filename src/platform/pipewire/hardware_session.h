@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/pipewire/guardian.h"
 #include "platform/pipewire/object_table.h"
 #include "platform/pipewire/pipewire_hardware.h"
 #include "platform/pipewire/reconciler.h"
@@ -29,6 +30,9 @@ class PipeWireHardware::Session {
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
+
+  /// A name for a node that no other node has.
+  std::string uniqueName(const std::string& prefix) { return prefix + runName + std::to_string(++lastName); }
 
   /// Ask the server something and wait for the answer: kNoError, kNotRunning or kUnspecified.
   OSStatus syncWithServer(const LoopThread::Lock& lock, LoopThread::Deadline deadline);
@@ -65,7 +69,9 @@ class PipeWireHardware::Session {
   std::map<AudioObjectID, TapDescription> taps;
   std::map<AudioObjectID, Aggregate> aggregates;
   IOProcID lastIOProc = 0;
-  std::uint32_t lastName = 0; ///< of nodes of ours
+  const std::string runName; ///< in the name of every node of ours; no other run has the same
+  std::uint32_t lastName = 0;
+  std::unique_ptr<Guardian> guardian; ///< from the first tap on
 };
 
 /// When a call that starts now must have been answered.

@@ -3,20 +3,12 @@
 #include "platform/pipewire/hardware_session.h"
 
 #include <algorithm>
-#include <unistd.h>
 
 namespace sonvel::pipewire {
 
 namespace {
 
 using Lock = LoopThread::Lock;
-
-/// A name that no other node has, of this run or another.
-std::string uniqueName(const std::string& prefix, std::uint32_t number) {
-  return prefix + std::to_string(getpid()) + "-" +
-         std::to_string(LoopThread::SteadyClock::now().time_since_epoch().count()) + "-" +
-         std::to_string(number);
-}
 
 } // namespace
 
@@ -29,7 +21,7 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
   const Lock lock(session_->loop);
   const auto deadline = deadlineFromNow();
   if (!session_->server->isReady()) return status::kNotRunning;
-  DesiredTap desired{.nodeName = uniqueName(kTapNamePrefix, ++session_->lastName),
+  DesiredTap desired{.nodeName = session_->uniqueName(kTapNamePrefix),
                      .description = description.name,
                      .processes = {},
                      .isMuted = description.muteBehavior == TapMuteBehavior::muted,
@@ -39,6 +31,8 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
     if (!process) return status::kBadObject;
     desired.processes.insert(*process);
   }
+  if (!session_->guardian && desired.hasNode)
+    session_->guardian = std::make_unique<Guardian>(kTapNamePrefix + session_->runName);
   const AudioObjectID id = session_->ids.next();
   auto& taps = session_->reconciler.desired().taps;
   const bool hasNode = desired.hasNode;
@@ -141,7 +135,7 @@ OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
       found->second.hasNode = found->second.isMuted;
   session_->reconciler.setBlock(ioProc, installed->second.block);
   const AggregateDeviceDescription& description = aggregate->second.description;
-  desired.sessions[ioProc] = {.filterName = uniqueName("sonvel-aggregate-", ++session_->lastName),
+  desired.sessions[ioProc] = {.filterName = session_->uniqueName("sonvel-aggregate-"),
                               .description = description.name,
                               .deviceName = description.subDevices.front().uid,
                               .taps = aggregate->second.taps};

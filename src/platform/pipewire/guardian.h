@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+
+namespace sonvel::pipewire {
+
+/// A small process that outlives this one when it is killed, and then undoes what the server does not undo by
+/// itself: the targets of our taps on other programs' streams. Where it can't be started, the next run does
+/// that.
+class Guardian {
+ public:
+  /// Starts the program "sonvel-guardian" from the folder of this program, to watch over taps whose names
+  /// begin so. Does not block.
+  explicit Guardian(const std::string& tapNamePrefix);
+
+  /// Lets it do its work, if it was not told before that there is none. Does not block then.
+  ~Guardian();
+
+  Guardian(const Guardian&) = delete;
+  Guardian& operator=(const Guardian&) = delete;
+
+  /// Tells it that all was given back, and waits for its end.
+  void dismiss() noexcept;
+
+ private:
+  pid_t process_ = -1;
+  int lifeline_ = -1;
+};
+
+} // namespace sonvel::pipewire

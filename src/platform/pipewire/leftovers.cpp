@@ -1,0 +1,22 @@
+#include "platform/pipewire/leftovers.h"
+
+#include "platform/pipewire/server_connection.h"
+#include "platform/pipewire/stream_targets.h"
+
+namespace sonvel::pipewire {
+
+bool sweepLeftovers(const std::string& tapNamePrefix, std::chrono::milliseconds patience) {
+  const auto deadline = LoopThread::SteadyClock::now() + patience;
+  LoopThread loop;
+  Graph graph;
+  const LoopThread::Lock lock(loop);
+  ServerConnection server(loop, graph, {.changed = [&] { loop.signal(); }, .lost = [] {}});
+  if (!lock.waitUntil(deadline, [&] { return server.isReady(); })) return false;
+  for (const auto& [id, node] : graph.nodes)
+    if (targetTapOf(graph, id).starts_with(tapNamePrefix))
+      for (const auto& write : writesBack(graph, id))
+        server.monitor()->write(id, write);
+  return server.roundTrip(lock, deadline);
+}
+
+} // namespace sonvel::pipewire
