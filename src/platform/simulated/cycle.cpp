@@ -53,6 +53,7 @@ void SimulatedAudio::runCycle(std::uint32_t frames) {
     if (device.isPresent) cycle.heard.emplace(device.script.uid, std::vector<Frame>(frames));
   playProcesses(cycle);
   std::vector<IOProcID> due;
+  due.reserve(ioProcs_.size());
   for (const auto& ioProc : ioProcs_)
     due.push_back(ioProc->what.id);
   for (const IOProcID id : due)

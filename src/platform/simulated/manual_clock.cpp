@@ -35,7 +35,7 @@ class ManualClock::Appointment final : public Timer {
  public:
   Appointment(std::shared_ptr<State> state, State::Key key)
       : state_(std::move(state))
-      , key_(key) {}
+      , key_(std::move(key)) {}
 
   Appointment(const Appointment&) = delete;
   Appointment& operator=(const Appointment&) = delete;
@@ -53,8 +53,6 @@ class ManualClock::Appointment final : public Timer {
 
 ManualClock::ManualClock()
     : state_(std::make_shared<State>()) {}
-
-ManualClock::~ManualClock() = default;
 
 ManualClock::TimePoint ManualClock::now() const {
   const std::lock_guard lock(state_->mutex);

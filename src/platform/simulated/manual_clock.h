@@ -10,7 +10,6 @@ namespace sonvel::simulated {
 class ManualClock final : public Clock {
  public:
   ManualClock();
-  ~ManualClock() override;
 
   TimePoint now() const override;
   std::unique_ptr<Timer> callAfter(Duration delay, std::function<void()> wake) override;

@@ -164,6 +164,7 @@ std::vector<Aggregate> SimulatedAudio::aggregates() const {
 std::vector<IOProc> SimulatedAudio::ioProcs() const {
   const std::lock_guard lock(mutex_);
   std::vector<IOProc> found;
+  found.reserve(ioProcs_.size());
   for (const auto& ioProc : ioProcs_)
     found.push_back(ioProc->what);
   return found;
