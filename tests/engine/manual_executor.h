@@ -17,7 +17,7 @@ class ManualExecutor final : public Executor {
   std::size_t pendingCount() const { return work_.size(); }
 
   void runNext() {
-    const auto work = std::move(work_.front());
+    const auto work = std::move(work_.at(0));
     work_.pop_front();
     work();
   }
