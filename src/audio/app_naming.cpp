@@ -35,14 +35,17 @@ std::string lowerCased(std::string_view text) {
   return lower;
 }
 
+/// Bytes of the whitespace character for which `matches` holds; 0 if there is none.
+template <class Predicate> std::size_t whitespaceLength(Predicate matches) {
+  const auto found = std::ranges::find_if(kWhitespace, matches);
+  return found == kWhitespace.end() ? 0 : found->size();
+}
+
 std::string_view trimmed(std::string_view text) {
-  const auto leads = [&](std::string_view space) { return text.starts_with(space); };
-  const auto trails = [&](std::string_view space) { return text.ends_with(space); };
-  auto space = kWhitespace.begin();
-  while ((space = std::ranges::find_if(kWhitespace, leads)) != kWhitespace.end())
-    text.remove_prefix(space->size());
-  while ((space = std::ranges::find_if(kWhitespace, trails)) != kWhitespace.end())
-    text.remove_suffix(space->size());
+  while (const auto length = whitespaceLength([&](auto space) { return text.starts_with(space); }))
+    text.remove_prefix(length);
+  while (const auto length = whitespaceLength([&](auto space) { return text.ends_with(space); }))
+    text.remove_suffix(length);
   return text;
 }
 
@@ -95,9 +98,8 @@ std::string friendlyName(std::optional<std::string_view> bundleID,
   if (auto name = cleanedProcessName(localizedName)) return *std::move(name);
   if (auto name = cleanedProcessName(processName)) return *std::move(name);
   if (localizedName && !localizedName->empty()) return std::string(*localizedName);
-  if (!parent) return std::string(kFallbackName);
-  if (auto name = lastPiece(*parent)) return *std::move(name);
-  return std::string(*bundleID);
+  if (!bundleID || !parent) return std::string(kFallbackName);
+  return lastPiece(*parent).value_or(std::string(*bundleID));
 }
 
 std::optional<std::string> cleanedProcessName(std::optional<std::string_view> name) {

@@ -35,8 +35,8 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
   try {
     createTap(*session);
     createAggregateDevice(*session);
-    installIOProc(*session);
-    startDevice(*session);
+    const auto ioProc = installIOProc(*session);
+    startDevice(session->aggID, ioProc);
   } catch (...) {
     // The step's failure is the one to report, and with its handles gone nothing could retry the undoing.
     (void)teardown(*session);
@@ -72,17 +72,18 @@ void HardwareController::createAggregateDevice(TapSession& session) {
   session.aggID = device;
 }
 
-void HardwareController::installIOProc(TapSession& session) {
+IOProcID HardwareController::installIOProc(TapSession& session) {
   // The block shares the mix and the metrics, so that a session may go while the audio system has the block.
   IOProcID ioProc = 0;
   const auto status = environment_.hardware.createIOProcID(
       session.aggID, ioQueue_, makeRenderBlock(session.mix, session.metrics), ioProc);
   if (status != kNoError || ioProc == 0) throw HardwareError("CreateIOProcID", status);
   session.ioProc = ioProc;
+  return ioProc;
 }
 
-void HardwareController::startDevice(const TapSession& session) {
-  const auto status = environment_.hardware.deviceStart(session.aggID, *session.ioProc);
+void HardwareController::startDevice(AudioObjectID device, IOProcID ioProc) {
+  const auto status = environment_.hardware.deviceStart(device, ioProc);
   if (status != kNoError) throw HardwareError("AudioDeviceStart", status);
 }
 

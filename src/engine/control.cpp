@@ -40,6 +40,7 @@ bool HardwareController::isControlled(AudioObjectID appID) const {
 std::vector<AudioObjectID> HardwareController::controlledAppIDs() const {
   assertOnExecutor();
   std::vector<AudioObjectID> appIDs;
+  appIDs.reserve(sessions_.size());
   for (const auto& [appID, session] : sessions_)
     appIDs.push_back(appID);
   return appIDs;

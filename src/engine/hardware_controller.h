@@ -96,8 +96,8 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   // Steps of addChannel, in this order. Each throws HardwareError.
   void createTap(TapSession& session);
   void createAggregateDevice(TapSession& session);
-  void installIOProc(TapSession& session);
-  void startDevice(const TapSession& session);
+  IOProcID installIOProc(TapSession& session);
+  void startDevice(AudioObjectID device, IOProcID ioProc);
 
   HardwareTeardownResult teardown(TapSession& session);
   void recordTeardownFailure(const HardwareTeardownResult& result);
