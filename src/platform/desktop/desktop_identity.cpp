@@ -21,8 +21,9 @@ constexpr int kMostGenerations = 16;
 /// The kernel cuts the short name of a process to this length.
 constexpr std::size_t kProcessNameLength = 15;
 
-bool isPresent(const std::optional<std::string>& text) {
-  return text && !text->empty();
+/// An empty claim says nothing.
+std::optional<std::string> notEmpty(const std::optional<std::string>& text) {
+  return text && !text->empty() ? text : std::nullopt;
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
@@ -90,8 +91,9 @@ class Search {
   }
 
   static bool runsClaimedProgram(const Process& process, const AudioClient& client) {
-    if (!isPresent(client.processBinary)) return true;
-    const auto claimed = baseName(*client.processBinary);
+    const auto binary = notEmpty(client.processBinary);
+    if (!binary) return true;
+    const auto claimed = baseName(*binary);
     const auto isClaimed = [&](std::string_view path) { return equalsIgnoringCase(baseName(path), claimed); };
     const auto& facts = process.facts;
     return isClaimed(facts.executable.value_or("")) || isClaimed(process.program.value_or("")) ||
@@ -115,10 +117,12 @@ class Search {
   /// program of its own.
   bool ownsItsUnit(const DesktopEntry& entry, const Process& process) const {
     if (entry.isTerminalEmulator) return process.program && process.program == entry.launch.program;
-    auto parent = parentOf(process);
-    for (int i = 0; i < kMostGenerations && parent; ++i, parent = parentOf(*parent)) {
-      if (parent->facts.controlGroup != process.facts.controlGroup) break;
+    Process member = process;
+    for (int i = 0; i < kMostGenerations; ++i) {
+      auto parent = parentOf(member);
+      if (!parent || parent->facts.controlGroup != member.facts.controlGroup) break;
       if (parent->isTypedInto()) return false;
+      member = std::move(*parent);
     }
     return true;
   }
@@ -174,12 +178,11 @@ DesktopIdentity::DesktopIdentity(const ProcessTree& processes, const DesktopEntr
     , entries_(entries) {}
 
 std::optional<std::string> DesktopIdentity::bundleIdentifier(const AudioClient& client) const {
-  if (isPresent(client.sandboxAppID)) return client.sandboxAppID;
+  if (auto id = notEmpty(client.sandboxAppID)) return id;
   const auto entries = entries_.current();
   if (auto id = Search(processes_, *entries).entryOwning(client)) return id;
-  if (isPresent(client.applicationID)) return withoutEntrySuffix(*client.applicationID);
-  if (isPresent(client.processBinary)) return client.processBinary;
-  return std::nullopt;
+  if (const auto id = notEmpty(client.applicationID)) return withoutEntrySuffix(*id);
+  return notEmpty(client.processBinary);
 }
 
 } // namespace sonvel::desktop

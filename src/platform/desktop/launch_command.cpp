@@ -22,7 +22,8 @@ std::vector<std::string> splitWords(const std::string& commandLine) {
 std::optional<std::string> findProgram(const std::string& word, std::span<const std::string> programFolders) {
   if (word.find('/') != std::string::npos) return word;
   for (const auto& folder : programFolders) {
-    auto path = folder + '/' + word;
+    auto path = folder;
+    path.append("/").append(word);
     if (access(path.c_str(), X_OK) == 0) return path;
   }
   return std::nullopt;
@@ -65,9 +66,10 @@ LaunchCommand parseLaunchCommand(const std::string& commandLine,
   if (words.empty() || isLauncher(words.front())) return {};
 
   const auto found = findProgram(words.front(), programFolders);
-  auto program = found ? canonicalPath(*found) : std::nullopt;
+  if (!found) return {};
+  auto program = canonicalPath(*found);
+  if (!program || isLauncher(*program)) return {};
   words = words.subspan(1);
-  if (!program || isLauncher(*found) || isLauncher(*program)) return {};
 
   bool isScript = isTextForInterpreter(*program);
   if (isInterpreter(*program) && !isScript) {

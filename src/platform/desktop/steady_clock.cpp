@@ -69,7 +69,7 @@ class SteadyClock::Agenda {
 
 class SteadyClock::Appointment final : public Timer {
  public:
-  Appointment(std::weak_ptr<Agenda> agenda, Agenda::Key key)
+  Appointment(std::weak_ptr<Agenda> agenda, const Agenda::Key& key)
       : agenda_(std::move(agenda))
       , key_(key) {}
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <map>
+#include <ostream>
 
 namespace sonvel::desktop {
 namespace {
@@ -79,6 +80,8 @@ std::vector<DesktopEntry> installed() {
       entry("one-of-two", "/opt/suite/one"),
       entry("other-of-two", "/opt/suite/two"),
       entry("webview", "/usr/bin/webview"),
+      entry("library-demo", "/usr/lib/x86_64-linux-gnu/demo"),
+      entry("toolkit-demo", "/usr/lib/engine/bin/demo"),
       script("wrapped", "/usr/bin/wrapped"),
       terminal("terminal", "/usr/bin/terminal"),
       entry("editor", "/usr/share/editor/bin/editor"),
@@ -104,6 +107,10 @@ struct Case {
   std::map<std::int32_t, ProcessFacts> processes;
   AudioClient client{};
 };
+
+void PrintTo(const Case& tested, std::ostream* out) {
+  *out << tested.what;
+}
 
 class DesktopIdentityTest : public testing::TestWithParam<Case> {};
 
@@ -193,6 +200,9 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"BelowTheFolderOfAnEntry", "editor", {{kPID, process(1, "/usr/share/editor/editor")}}},
         Case{"InTheFolderOfTwoPrograms", std::nullopt, {{kPID, process(1, "/opt/suite/helper")}}},
         Case{"InAFolderOfManyPrograms", std::nullopt, {{kPID, process(1, "/usr/bin/music-helper")}}},
+        Case{"InTheLibrariesFolderOfAnEntry",
+             std::nullopt,
+             {{kPID, process(1, "/usr/lib/x86_64-linux-gnu/other/player")}}},
         Case{"BehindAWrapperOfItsName", "fox", {{kPID, process(1, "/usr/lib/fox-115/fox-bin")}}},
         Case{"BehindAWrapperOfItsFolder", "fox", {{kPID, process(1, "/usr/lib/fox/plugin-container")}}},
         Case{"OfTheSuiteByItsOption",
@@ -220,6 +230,10 @@ INSTANTIATE_TEST_SUITE_P(
                          "pytunes",
                          {{kPID, process(90, "/usr/bin/python3.11", {"-c", "worker()"})},
                           {90, process(1, "/usr/bin/python3.11", {"/usr/bin/pytunes"})}}},
+                    Case{"RunsAModuleForTheScriptThatStartedIt",
+                         "pytunes",
+                         {{kPID, process(90, "/usr/bin/python3.11", {"-m", "worker"})},
+                          {90, process(1, "/usr/bin/python3.11", {"/usr/bin/pytunes"})}}},
                     Case{"RunsAnotherScriptThanItsParent",
                          std::nullopt,
                          {{kPID, process(90, "/usr/bin/python3.11", {"/home/me/beep.py"})},
@@ -234,6 +248,10 @@ INSTANTIATE_TEST_SUITE_P(
              {{kPID, process(90, "/usr/lib/x86_64-linux-gnu/webkit2gtk-4.1/WebKitWebProcess")},
               {90, process(80, "/usr/bin/bwrap")},
               {80, process(1, "/usr/bin/webview")}}},
+        Case{"OfASharedHelperAndNotItsNeighbours",
+             "webview",
+             {{kPID, process(90, "/usr/lib/engine/libexec/QtWebEngineProcess")},
+              {90, process(1, "/usr/bin/webview")}}},
         Case{"InTheSameFolder",
              "one-of-two",
              {{kPID, process(90, "/opt/suite/lib/helper")}, {90, process(1, "/opt/suite/one")}}},

@@ -86,6 +86,24 @@ TEST(ProcFilesystem, TakesWhatItGets) {
     EXPECT_EQ(processes.process(pid), std::nullopt) << pid;
 }
 
+TEST(ProcFilesystem, KnowsNoExecutableThatIsAnotherFileHere) {
+  // A relative link stands for the path of a sandbox: followed from the process it leads to one file, read as
+  // a path of this program's to another.
+  const TemporaryFolder folder;
+  folder.write("proc/42/stat", statusLine("boxed", 1, 2));
+  folder.writeProgram("proc/bin/player", "inside");
+  folder.writeProgram("bin/player", "outside");
+  fs::create_directories(folder.path("here"));
+  fs::create_symlink("../bin/player", folder.path("proc/42/exe"));
+
+  const auto before = fs::current_path();
+  fs::current_path(folder.path("here"));
+  const auto boxed = ProcFilesystem(folder.path("proc")).process(42);
+  fs::current_path(before);
+  ASSERT_TRUE(boxed);
+  EXPECT_EQ(boxed->executable, std::nullopt);
+}
+
 TEST(ProcFilesystem, ReadsRealProcesses) {
   const ProcFilesystem processes;
   Child child;
