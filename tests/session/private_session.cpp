@@ -219,8 +219,12 @@ fs::path PrivateSession::toneFolder() const {
   return SessionFolders(folder_).tones;
 }
 
+fs::path PrivateSession::programPath(const std::string& name) const {
+  return SessionFolders(folder_).programs / name;
+}
+
 fs::path PrivateSession::copyProgram(const fs::path& program, const std::string& name) const {
-  fs::path copy = SessionFolders(folder_).programs / name;
+  fs::path copy = programPath(name);
   if (!fs::exists(copy)) fs::copy_file(fs::canonical(program), copy);
   return copy;
 }

@@ -47,6 +47,8 @@ class PrivateSession {
   [[nodiscard]] std::filesystem::path socketPath() const;
   /// Where tone files go.
   [[nodiscard]] std::filesystem::path toneFolder() const;
+  /// Where a copy of that name is, or will be.
+  [[nodiscard]] std::filesystem::path programPath(const std::string& name) const;
   /// A copy of a program under another name, for a process that the desktop is to see under that name.
   [[nodiscard]] std::filesystem::path copyProgram(const std::filesystem::path& program,
                                                   const std::string& name) const;
