@@ -105,6 +105,7 @@ OSStatus PipeWireHardware::createIOProcID(AudioObjectID device, const IOQueue& /
   const Lock lock(session_->loop);
   const auto aggregate = session_->aggregates.find(device);
   if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
+  if (!block) return status::kIllegalOperation;
   ioProc = ++session_->lastIOProc;
   aggregate->second.ioProcs.emplace(ioProc, Session::IOProc{std::move(block)});
   return kNoError;
