@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -79,6 +80,25 @@ TEST(Survival, RestartOfTheServerLeavesNothingToUndoAndAllToBeDoneAgain) {
   const Listener speakers(session, "Speakers");
   tapped.sound.add(*app, 0.5F);
   EXPECT_TRUE(speakers.waitForTone(scaled(kTone, 0.5), kToleranceDB));
+}
+
+TEST(Survival, WhatTheServerLosesIsMadeAgain) {
+  const PrivateSession session;
+  const TappedTone tapped(session);
+  for (const std::string name : {"sonvel-aggregate", "sonvel-tap"}) {
+    SCOPED_TRACE(name);
+    const Graph graph = session.graph();
+    const auto lost = std::ranges::find_if(graph.objects, [&](const GraphObject& object) {
+      return object.property("node.name").starts_with(name);
+    });
+    ASSERT_NE(lost, graph.objects.end());
+    GraphConnection(session.socketPath()).destroy(lost->id);
+    ASSERT_TRUE(session.waitForGraph([&](const Graph& now) {
+      return now.node(lost->property("node.name")) == nullptr ||
+             now.node(lost->property("node.name"))->id != lost->id;
+    }));
+    EXPECT_TRUE(tapped.listener->waitForTone(scaled(kTone, 0.5), kToleranceDB));
+  }
 }
 
 TEST(Survival, DeadOrHangingServerIsAnsweredInTime) {
