@@ -87,16 +87,21 @@ TEST(Survival, WhatTheServerLosesIsMadeAgain) {
   const TappedTone tapped(session);
   for (const std::string name : {"sonvel-aggregate", "sonvel-tap"}) {
     SCOPED_TRACE(name);
-    const Graph graph = session.graph();
+    GraphConnection connection(session.socketPath());
+    const auto deadline = std::chrono::steady_clock::now() + 5s;
+    const Graph graph = connection.snapshot(deadline);
     const auto lost = std::ranges::find_if(graph.objects, [&](const GraphObject& object) {
       return object.property("node.name").starts_with(name);
     });
     ASSERT_NE(lost, graph.objects.end());
-    GraphConnection(session.socketPath()).destroy(lost->id);
-    ASSERT_TRUE(session.waitForGraph([&](const Graph& now) {
-      return now.node(lost->property("node.name")) == nullptr ||
-             now.node(lost->property("node.name"))->id != lost->id;
-    }));
+    const auto serial = lost->property("object.serial");
+    connection.destroy(lost->id);
+    ASSERT_TRUE(connection.waitFor(
+        [&](const Graph& now) {
+          const GraphObject* node = now.node(lost->property("node.name"));
+          return node == nullptr || node->property("object.serial") != serial;
+        },
+        deadline));
     EXPECT_TRUE(tapped.listener->waitForTone(scaled(kTone, 0.5), kToleranceDB));
   }
 }
