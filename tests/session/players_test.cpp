@@ -141,6 +141,7 @@ TEST(Listener, TellsWhenTheSinkWasGone) {
   PrivateSession session;
   const Listener speakers(session, "Speakers");
   const std::uint64_t mark = speakers.mark();
+  ASSERT_TRUE(speakers.waitForFrames(mark, 1, 5s));
   session.removeSink("Speakers");
   EXPECT_TRUE(session.waitForGraph([&](const Graph&) { return !speakers.linked(); }));
   session.addSink("Speakers", "Speakers");

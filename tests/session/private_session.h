@@ -87,6 +87,7 @@ class PrivateSession {
 
  private:
   void startKeeper();
+  void tellKeeper(const std::string& line) const noexcept;
   void startBus();
   void start(Daemon daemon);
   void waitUntilReady(Daemon daemon) const;
@@ -96,8 +97,8 @@ class PrivateSession {
 
   std::filesystem::path folder_;
   Environment environment_;
-  int lifeline_ = -1; // held by every process of the session: its other end tells when all have ended
-  ChildProcess keeper_;
+  int keeperInput_ = -1;
+  ChildProcess keeper_; // removes the folder, also when we can't
   ChildProcess bus_;
   std::array<ChildProcess, 3> daemons_;
 };

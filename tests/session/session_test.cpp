@@ -15,7 +15,6 @@ namespace sonvel::session {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 

@@ -78,7 +78,7 @@ void setDeviceVolumes(Graph& graph, GraphMonitor& monitor, GlobalID device,
     buildProps(builder, volumes);
     spa_pod_builder_add(&builder, SPA_PARAM_ROUTE_save, SPA_POD_Bool(true), 0);
     const auto* param = static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &frame));
-    pw_device_set_param(monitor.card(*node.card), SPA_PARAM_Route, 0, param);
+    pw_device_set_param(monitor.card(node.card.value_or(0)), SPA_PARAM_Route, 0, param);
     route->channelVolumes = volumes; // until the card tells what it made of it
   } else {
     pw_node_set_param(monitor.node(device), SPA_PARAM_Props, 0, buildProps(builder, volumes));

@@ -196,6 +196,7 @@ OSStatus PipeWireHardware::setPropertyData(AudioObjectID object, const PropertyA
   if (!std::isfinite(scalar)) return status::kIllegalOperation;
   scalar = std::clamp(scalar, 0.0F, 1.0F);
   const auto device = session_->deviceNode(object);
+  if (!device) return status::kBadObject;
   const auto volumes = withVolumeScalar(deviceVolumes(session_->graph, *device), address.element, scalar);
   setDeviceVolumes(session_->graph, *session_->server->monitor(), *device, volumes);
   return session_->syncWithServer(lock, deadlineFromNow());
