@@ -55,7 +55,8 @@ TEST(PrivateSession, TakesSinksAwayAndBringsThemBack) {
 
 TEST(PrivateSession, GoesOnAfterEachDaemonWasKilledOrStopped) {
   PrivateSession session;
-  for (const Daemon daemon : {Daemon::pulse, Daemon::wireplumber, Daemon::pipewire}) {
+  // WirePlumber first: it can't set up sinks anew that have played of late.
+  for (const Daemon daemon : {Daemon::wireplumber, Daemon::pulse, Daemon::pipewire}) {
     const pid_t before = session.pid(daemon);
     session.kill(daemon);
     EXPECT_EQ(session.pid(daemon), 0);
@@ -149,7 +150,7 @@ TEST_F(SessionProcess, PassesTheExitCodeOn) {
 TEST_F(SessionProcess, LeavesNothingHoweverItEnds) {
   for (const int signal : {SIGTERM, SIGINT, SIGKILL}) {
     const std::string started = (folder_ / "started").string();
-    ChildProcess session = start({"sh", "-c", "touch " + started + "; sleep 600"});
+    ChildProcess session = start({"sh", "-c", "touch " + started + "; exec sleep 600"});
     ASSERT_TRUE(becomes([&] { return fs::exists(started); }));
     ASSERT_THAT(processesLeft(), Not(IsEmpty()));
     fs::remove(started);

@@ -155,7 +155,7 @@ class Walk {
   std::string placeOf(GlobalID stream) const {
     const MetadataValue* target = server_.graph.metadataOf(stream, "target.object");
     const bool hasOwnPlace = target != nullptr && target->value != "-1"; // that is: follow the default
-    const std::string ownPlace = hasOwnPlace ? target->value : ModelServer::kSpeakers;
+    std::string ownPlace = hasOwnPlace ? target->value : ModelServer::kSpeakers;
     const auto pid = server_.graph.clients.at(*server_.graph.nodes.at(stream).client).facts.processID;
     const auto running = sessions_.find(pid);
     if (running == sessions_.end() || !server_.desired.sessions.contains(running->second.session) ||
