@@ -1,5 +1,6 @@
 #include "session/private_session.h"
 
+#include "session/eventually.h"
 #include "session/session_files.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
 
 namespace sonvel::session {
@@ -92,23 +92,14 @@ bool serves(const fs::path& path) {
   return accepted;
 }
 
-bool waitUntil(const std::function<bool()>& holds, Clock::time_point deadline) {
-  constexpr std::chrono::milliseconds between{5};
-  while (!holds()) {
-    if (Clock::now() > deadline) return false;
-    std::this_thread::sleep_for(between);
-  }
-  return true;
-}
-
 // Sleeps until its input ends. Told the session's process group first and "done" at last; without that last
 // word we are gone, and it ends what is left in the group before it removes the folder.
 constexpr const char* kKeeper = R"(
 read -r group
 if ! read -r done && [ -n "$group" ]; then
-  kill -KILL -- "-$group"
+  kill -s KILL -- "-$group"
   tries=0
-  while kill -0 -- "-$group" && [ $tries -lt 200 ]; do tries=$((tries + 1)); sleep 0.01; done
+  while kill -s 0 -- "-$group" && [ $tries -lt 20 ]; do tries=$((tries + 1)); sleep 0.01; done
 fi 2>/dev/null
 rm -rf -- "$1"
 )";
@@ -143,6 +134,7 @@ void PrivateSession::startKeeper() {
   keeperInput_ = ends[1];
   keeper_ = ChildProcess({.program = "/bin/sh",
                           .arguments = {"sh", "-c", kKeeper, "keeper", folder_.string()},
+                          .environment = {{"PATH", "/usr/bin:/bin"}},
                           .input = ends[0],
                           .outlivesUs = true});
   close(ends[0]);
@@ -158,7 +150,7 @@ void PrivateSession::startBus() {
   bus_ = launch("dbus-daemon",
                 {"--nofork", "--nopidfile", "--config-file=" + (folders.config / "bus.conf").string()});
   tellKeeper(std::to_string(bus_.pid()));
-  if (!waitUntil([&] { return serves(folders.runtime / "bus"); }, Clock::now() + kPatience))
+  if (!eventually([&] { return serves(folders.runtime / "bus"); }, kPatience))
     throw std::runtime_error("no D-Bus: " + contentsOf(folders.logs / "dbus-daemon"));
 }
 
@@ -186,22 +178,22 @@ void PrivateSession::start(Daemon daemon) {
   waitUntilReady(daemon);
 }
 
-void PrivateSession::waitUntilReady(Daemon daemon) const {
-  const auto deadline = Clock::now() + kPatience;
-  bool ready = false;
+void PrivateSession::waitUntilReady(Daemon daemon) {
+  const bool ready =
+      eventually([&] { return isReady(daemon) || !process(daemon).running(); }, kPatience) && isReady(daemon);
+  if (!ready) throw std::runtime_error(std::string(nameOf(daemon)) + " is not ready: " + log(daemon));
+}
+
+bool PrivateSession::isReady(Daemon daemon) const {
   switch (daemon) {
   case Daemon::pipewire:
-    ready = waitUntil([&] { return serves(socketPath()); }, deadline) &&
-            waitForGraph([](const Graph& graph) { return graph.node("Headphones") != nullptr; }, kPatience);
-    break;
+    return serves(socketPath()) && graph().node("Headphones") != nullptr;
   case Daemon::wireplumber:
-    ready = waitForGraph([](const Graph& graph) { return !graph.defaultSink().empty(); }, kPatience);
-    break;
+    return !graph().defaultSink().empty();
   case Daemon::pulse:
-    ready = waitUntil([&] { return serves(SessionFolders(folder_).runtime / "pulse/native"); }, deadline);
-    break;
+    return serves(SessionFolders(folder_).runtime / "pulse/native");
   }
-  if (!ready) throw std::runtime_error(std::string(nameOf(daemon)) + " is not ready: " + log(daemon));
+  return false;
 }
 
 void PrivateSession::endAll() noexcept {

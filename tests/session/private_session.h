@@ -90,7 +90,8 @@ class PrivateSession {
   void tellKeeper(const std::string& line) const noexcept;
   void startBus();
   void start(Daemon daemon);
-  void waitUntilReady(Daemon daemon) const;
+  void waitUntilReady(Daemon daemon);
+  [[nodiscard]] bool isReady(Daemon daemon) const;
   void endAll() noexcept;
   [[nodiscard]] ChildProcess launch(const std::string& name, std::vector<std::string> arguments) const;
   [[nodiscard]] ChildProcess& process(Daemon daemon) noexcept;
