@@ -131,8 +131,8 @@ void Reconciler::reconcile() {
       lookForStrandedStreams();
       apply(planEdits(graph_, desired_, owned()));
     } else {
-      releaseServerObjects(); // the session manager took the streams' links with it: nobody is heard through
-                              // us
+      // The session manager took the streams' links with it: nobody is heard through us.
+      releaseServerObjects();
     }
   }
   loop_.signal();
