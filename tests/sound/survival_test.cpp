@@ -106,6 +106,21 @@ TEST(Survival, WhatTheServerLosesIsMadeAgain) {
   }
 }
 
+TEST(Survival, StreamThatEndsInATapLeavesNothing) {
+  // What stayed under its ID would send the next stream of that ID, anyone's, into the tap.
+  const PrivateSession session;
+  TappedTone tapped(session);
+  tapped.client.stop();
+  EXPECT_TRUE(session.waitForGraph([](const Graph& graph) {
+    return std::ranges::none_of(graph.metadata, [](const MetadataEntry& entry) {
+      return entry.value.starts_with("sonvel") || entry.key.starts_with("sonvel");
+    });
+  }));
+  ToneClient stranger(session);
+  stranger.open("stranger", {.tone = kTone});
+  EXPECT_TRUE(tapped.listener->waitForTone(kTone, kToleranceDB));
+}
+
 TEST(Survival, DeadOrHangingServerIsAnsweredInTime) {
   PrivateSession session;
   TappedTone tapped(session);
