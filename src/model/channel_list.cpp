@@ -81,7 +81,7 @@ int ChannelList::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant ChannelList::data(const QModelIndex& index, int role) const {
-  if (role != ChannelRole || !checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
+  if (role != ChannelRole || !hasIndex(index.row(), index.column())) return {};
   return QVariant::fromValue(rows_[static_cast<std::size_t>(index.row())].get());
 }
 
