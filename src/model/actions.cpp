@@ -1,4 +1,5 @@
-// What the user does: the model changes at once, the hardware follows in a task of its own.
+// What the user does. The model changes and the controller is asked to follow in the same moment, so that it
+// is asked in the order of the changes; nobody waits for it.
 
 #include "engine/mixer_math.h"
 #include "model/mixer_view_model.h"
@@ -36,8 +37,7 @@ void MixerViewModel::dismissChannel(ChannelState* channel) {
   const bool wasActive = channel->active();
   rememberedSettings_.erase(channel->stableKey());
   channels_.removeRowsWithKey(channel->stableKey());
-  if (wasActive)
-    start([self = shared_from_this(), objectID] { return self->hardware_.removeChannel(objectID); });
+  if (wasActive) (void)hardware_.removeChannel(objectID);
 }
 
 void MixerViewModel::setOutput(const std::optional<std::string>& uid, ChannelState* channel) {
@@ -62,9 +62,7 @@ QString MixerViewModel::outputName(const QVariant& uid) const {
 
 void MixerViewModel::setMaster(double value) {
   setMasterVolume(value);
-  start([self = shared_from_this(), volume = static_cast<float>(value)] {
-    return self->hardware_.setMasterVolume(volume);
-  });
+  (void)hardware_.setMasterVolume(static_cast<float>(value));
 }
 
 void MixerViewModel::resetAllVolumes() {
@@ -73,8 +71,9 @@ void MixerViewModel::resetAllVolumes() {
     row->setGainPercent(100);
     row->setMuted(false);
     remember(*row);
-    if (row->active())
-      start([self = shared_from_this(), objectID = row->objectID()] { return self->resetChannel(objectID); });
+    if (!row->active()) continue;
+    handOnGain(*row);
+    handOnMute(*row);
   }
 }
 
@@ -91,34 +90,24 @@ void MixerViewModel::remember(const ChannelState& row) {
 }
 
 void MixerViewModel::handOnGain(const ChannelState& row) {
-  start([self = shared_from_this(), gain = MixerMath::percentToGain(row.gainPercent()),
-         objectID = row.objectID()] { return self->hardware_.setGain(gain, objectID); });
+  (void)hardware_.setGain(MixerMath::percentToGain(row.gainPercent()), row.objectID());
 }
 
 void MixerViewModel::handOnMute(const ChannelState& row) {
-  start([self = shared_from_this(), muted = row.muted(), objectID = row.objectID()] {
-    return self->hardware_.setMuted(muted, objectID);
-  });
+  (void)hardware_.setMuted(row.muted(), row.objectID());
 }
 
 void MixerViewModel::handOnOutput(ChannelState& row) {
-  start([self = shared_from_this(), held = row.shared_from_this(), uid = row.outputUID(),
-         objectID = row.objectID()] { return self->moveToOutput(held, uid, objectID); });
+  (void)moveToOutput(shared_from_this(), row.shared_from_this());
 }
 
-QCoro::Task<> MixerViewModel::moveToOutput(ChannelList::Row row, std::optional<std::string> uid,
-                                           AudioObjectID objectID) {
+QCoro::Task<> MixerViewModel::moveToOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row) {
   try {
-    co_await hardware_.setOutput(std::move(uid), objectID);
+    co_await model->hardware_.setOutput(row->outputUID(), row->objectID());
     row->setLastError(std::nullopt);
   } catch (const std::exception& error) {
     row->setLastError(error.what());
   }
-}
-
-QCoro::Task<> MixerViewModel::resetChannel(AudioObjectID objectID) {
-  co_await hardware_.setGain(1.0F, objectID);
-  co_await hardware_.setMuted(false, objectID);
 }
 
 QCoro::Task<> MixerViewModel::moveAllToSystemOutput() {

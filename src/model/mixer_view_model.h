@@ -90,8 +90,8 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// No tap is started from here on.
   QCoro::Task<> teardownForQuit();
 
-  // What the user does. Each changes the model before it returns, and lets the hardware follow. A null
-  // channel is ignored.
+  // What the user does. Each changes the model before it returns, and does not wait for the hardware to
+  // follow. A null channel is ignored.
 
   /// Any percentage.
   Q_INVOKABLE void setGain(int percent, sonvel::ChannelState* channel);
@@ -188,8 +188,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   void handOnGain(const ChannelState& row);
   void handOnMute(const ChannelState& row);
   void handOnOutput(ChannelState& row);
-  QCoro::Task<> moveToOutput(ChannelList::Row row, std::optional<std::string> uid, AudioObjectID objectID);
-  QCoro::Task<> resetChannel(AudioObjectID objectID);
+  static QCoro::Task<> moveToOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row);
   QCoro::Task<> moveAllToSystemOutput();
 
   // Permission.

@@ -81,6 +81,7 @@ QCoro::Task<> MixerViewModel::pauseMissingRows(AudibleMap audible) {
     if (row->active()) {
       (void)co_await hardware_.removeChannel(row->objectID());
       row->setActive(false);
+      row->setLevel(0.0F); // until here it was metered
     }
   }
 }
