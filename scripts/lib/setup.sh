@@ -2,7 +2,7 @@
 
 # Keep in step with docs/dependencies.md.
 build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-dev libgtest-dev libgmock-dev
-                libbenchmark-dev libsndfile1-dev)
+                libbenchmark-dev libsndfile1-dev qt6-base-dev qcoro-qt6-dev)
 session_packages=(dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg)
 lint_packages=(git clang-16 clang-tidy-16 clang-format-16 python3 binutils)
 
