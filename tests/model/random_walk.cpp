@@ -62,22 +62,22 @@ void RandomWalk::step() {
       Weight{gainIsSet, 10},
       Weight{muteIsToggled, 6},
       Weight{rowIsDismissed, 3},
-      Weight{outputIsChosen, 6},
+      Weight{outputIsChosen, 4},
       Weight{masterIsSet, 1},
       Weight{volumesAreReset, 1},
       Weight{everythingGoesToSystemOutput, 1},
       Weight{processStarts, 8},
       Weight{processEnds, 2},
       Weight{processRestarts, 3},
-      Weight{playingChanges, 6},
+      Weight{playingChanges, 5},
       Weight{silenceChanges, 2},
-      Weight{deviceComesOrGoes, 2},
+      Weight{deviceComesOrGoes, 3},
       Weight{defaultDeviceChanges, 2},
       Weight{permissionChanges, 1},
       Weight{permissionIsRequested, 1},
       Weight{requestIsAnswered, 2},
       Weight{buildingFails, 2},
-      Weight{tearingDownFails, 2},
+      Weight{tearingDownFails, 1},
       Weight{readingFails, 1},
       Weight{objectIsLost, 1},
       Weight{failuresEnd, 5},
@@ -136,7 +136,7 @@ ChannelState* RandomWalk::anyRow() {
 }
 
 std::optional<std::string> RandomWalk::anyRoute() {
-  constexpr std::array routes{"", "speakers", "headset", "usb", "unknown"};
+  constexpr std::array routes{"", "", "", "speakers", "speakers", "headset", "headset", "usb", "unknown"};
   const std::string route = routes.at(pick(routes.size()));
   history_.back() += " to " + route;
   return route.empty() ? std::nullopt : std::optional(route);
@@ -193,7 +193,7 @@ void RandomWalk::playersDo(Event event) {
     audio_.removeProcess(player.process);
     return start(player);
   case Event::playingChanges:
-    player.isPlaying = !player.isPlaying;
+    player.isPlaying = !player.isPlaying || pick(2) == 0;
     return audio_.setPlaying(player.process, player.isPlaying);
   default: {
     player.isSilent = !player.isSilent;
@@ -212,6 +212,7 @@ void RandomWalk::machineDoes(Event event) {
   }
   auto& [uid, isPresent] = *std::next(devices_.begin(), pick(static_cast<unsigned>(devices_.size())));
   history_.back() += ": " + uid;
+  if (isPresent && pick(3) > 0) return; // mostly they are there
   isPresent = !isPresent;
   if (isPresent)
     (void)audio_.returnDevice(uid);

@@ -55,9 +55,11 @@ class RandomWalk : public MixerTest {
 
   unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
 
-  /// How often a device could be checked by ear, and how often it could not.
+  /// How often a device was checked by ear and how often it could not be, and how often an application was
+  /// heard through a session at the gain of its row.
   int heardChecks_ = 0;
   int skippedHeardChecks_ = 0;
+  int heardAtItsGain_ = 0;
 
  private:
   /// A process that comes and goes. Those of one application share a key.
@@ -100,8 +102,8 @@ class RandomWalk : public MixerTest {
   Sessions sessions();
   void followTuning(const Sessions& sessions);
   ChannelState* activeRowOf(AudioObjectID process) const;
-  Expectation expectedSound() const;
-  void expectPlayer(const Player& player, Expectation& expected) const;
+  Expectation expectedSound();
+  void expectPlayer(const Player& player, Expectation& expected);
 
   std::mt19937_64 random_;
   std::deque<std::string> history_;

@@ -126,7 +126,7 @@ void RandomWalk::checkSound() {
   }
 }
 
-RandomWalk::Expectation RandomWalk::expectedSound() const {
+RandomWalk::Expectation RandomWalk::expectedSound() {
   Expectation expected;
   for (const auto& [uid, isPresent] : devices_)
     if (isPresent) expected[uid] = simulated::Frame{};
@@ -136,7 +136,7 @@ RandomWalk::Expectation RandomWalk::expectedSound() const {
 }
 
 /// Unaltered where no tap is on it; otherwise wherever an IOProc plays its tap, at the gain of its row.
-void RandomWalk::expectPlayer(const Player& player, Expectation& expected) const {
+void RandomWalk::expectPlayer(const Player& player, Expectation& expected) {
   const auto sound = player.sound();
   if (sound == simulated::Frame{}) return;
   const auto add = [&](const std::string& uid, std::optional<float> gain) {
@@ -162,8 +162,10 @@ void RandomWalk::expectPlayer(const Player& player, Expectation& expected) const
   for (const auto& aggregate : audio_.aggregates()) {
     if (aggregate.description.taps.front().uid != tap->uid) continue;
     for (const auto& ioProc : audio_.ioProcs())
-      if (ioProc.device == aggregate.id && ioProc.isStarted)
+      if (ioProc.device == aggregate.id && ioProc.isStarted) {
         add(aggregate.description.subDevices.front().uid, gain);
+        if (gain) ++heardAtItsGain_;
+      }
   }
 }
 

@@ -39,7 +39,8 @@ class RandomWalkTest : public RandomWalk {
     }
     ASSERT_TRUE(settle());
     leave();
-    EXPECT_LT(skippedHeardChecks_, heardChecks_ / 4) << "too much was not checked by ear";
+    EXPECT_LT(skippedHeardChecks_, heardChecks_ / 20) << "too much was not checked by ear";
+    EXPECT_GT(heardAtItsGain_, heardChecks_ / 20) << "too little was controlled";
   }
 
   /// Whatever the walk has led to can be left with nothing remaining.
