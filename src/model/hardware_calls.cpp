@@ -54,8 +54,12 @@ Reply<bool> HardwareCalls::setMasterVolume(float volume) const {
 }
 
 Reply<std::optional<bool>> HardwareCalls::probeCapture() const {
-  // The controller has no probe yet: nothing can be told.
-  return call([](HardwareController&) { return std::optional<bool>(); });
+  return controller_
+      ->callForAnswer<std::optional<bool>>(
+          [](HardwareController& controller, HardwareController::ProbeAnswer answer) {
+            controller.probeCapture(std::move(answer));
+          })
+      .resumeOn(mainThread_);
 }
 
 } // namespace sonvel

@@ -1,3 +1,4 @@
+#include "session/eventually.h"
 #include "session/listener.h"
 #include "session/player.h"
 #include "session/private_session.h"
@@ -8,29 +9,18 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
-#include <thread>
 #include <unistd.h>
 
 namespace sonvel::session {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
 namespace fs = std::filesystem;
 
 constexpr Tone kTone{.frequency = 1000, .amplitude = 0.5};
-
-bool becomes(const std::function<bool()>& holds, std::chrono::milliseconds within = 5s) {
-  const auto deadline = std::chrono::steady_clock::now() + within;
-  while (!holds()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(5ms);
-  }
-  return true;
-}
 
 TEST(PrivateSession, PlaysToSpeakersAndHasNoOtherSinksThanItsOwn) {
   const PrivateSession session;
@@ -56,7 +46,8 @@ TEST(PrivateSession, TakesSinksAwayAndBringsThemBack) {
 
 TEST(PrivateSession, GoesOnAfterEachDaemonWasKilledOrStopped) {
   PrivateSession session;
-  for (const Daemon daemon : {Daemon::pulse, Daemon::wireplumber, Daemon::pipewire}) {
+  // WirePlumber first: it can't set up sinks anew that have played of late.
+  for (const Daemon daemon : {Daemon::wireplumber, Daemon::pulse, Daemon::pipewire}) {
     const pid_t before = session.pid(daemon);
     session.kill(daemon);
     EXPECT_EQ(session.pid(daemon), 0);
@@ -77,13 +68,11 @@ TEST(PrivateSession, ShowsWhatTheSessionManagerRemembers) {
   const PrivateSession session;
   const Player player(session, PlayerKind::paplay, kTone);
   ASSERT_TRUE(Listener(session, "Speakers").waitForTone(kTone, 0.001));
-  ChildProcess pactl(session.command("pactl", {"list", "short", "sink-inputs"}));
-  pactl.wait();
   ChildProcess mover(session.command(
       "sh", {"-c", "pactl move-sink-input $(pactl list short sink-inputs | cut -f1) Headphones"}));
   ASSERT_EQ(mover.wait(), 0);
   EXPECT_TRUE(Listener(session, "Headphones").waitForTone(kTone, 0.001));
-  EXPECT_TRUE(becomes([&] { return session.stateFile().find("Headphones") != std::string::npos; }))
+  EXPECT_TRUE(eventually([&] { return session.stateFile().find("Headphones") != std::string::npos; }))
       << session.stateFile();
 }
 
@@ -135,8 +124,9 @@ class SessionProcess : public testing::Test {
   }
 
   void expectNothingLeft() const {
-    EXPECT_TRUE(becomes([&] { return processesLeft().empty(); })) << testing::PrintToString(processesLeft());
-    EXPECT_TRUE(becomes([&] { return filesLeft().empty(); })) << testing::PrintToString(filesLeft());
+    EXPECT_TRUE(eventually([&] { return processesLeft().empty(); }))
+        << testing::PrintToString(processesLeft());
+    EXPECT_TRUE(eventually([&] { return filesLeft().empty(); })) << testing::PrintToString(filesLeft());
   }
 
   fs::path folder_;
@@ -151,7 +141,7 @@ TEST_F(SessionProcess, LeavesNothingHoweverItEnds) {
   for (const int signal : {SIGTERM, SIGINT, SIGKILL}) {
     const std::string started = (folder_ / "started").string();
     ChildProcess session = start({"sh", "-c", "touch " + started + "; sleep 600"});
-    ASSERT_TRUE(becomes([&] { return fs::exists(started); }));
+    ASSERT_TRUE(eventually([&] { return fs::exists(started); }));
     ASSERT_THAT(processesLeft(), Not(IsEmpty()));
     fs::remove(started);
     session.signal(signal);

@@ -248,6 +248,38 @@ TEST_F(PlanEdits, StopsWithoutASessionManager) {
   EXPECT_THAT(server_.heardAt(stream_), ElementsAre(kSpeakers));
 }
 
+TEST_F(PlanEdits, LinksStreamsThatTheSessionManagerLeavesAlone) {
+  start();
+  const auto unlink = [this](GlobalID stream) {
+    const auto links = server_.graph.links;
+    for (const auto& [id, link] : links)
+      if (link.outputNode == stream) server_.removeLink(id);
+  };
+  const auto channels = [this](const std::vector<PortPair>& pairs, const std::string& receiver) {
+    std::set<std::string> joined;
+    for (const auto& [output, input] : pairs)
+      if (server_.graph.ports.at(input).node == server_.graph.nodeNamed(receiver))
+        joined.insert(server_.graph.ports.at(output).channel + ">" + server_.graph.ports.at(input).channel);
+    return joined;
+  };
+  unlink(stream_);
+  unlink(other_);
+  EXPECT_THAT(server_.plan().strandedLinksToCreate, IsEmpty());
+  EXPECT_THAT(server_.plan().lastingLinksToCreate, IsEmpty());
+  for (const auto stream : {stream_, other_})
+    server_.owned.stranded.insert(server_.graph.nodes.at(stream).serial);
+  server_.graph.defaultSinkName = kSpeakers;
+  const Plan plan = server_.plan();
+  EXPECT_THAT(channels(plan.strandedLinksToCreate, server_.tapName(tap_)), ElementsAre("FL>FL", "FR>FR"));
+  EXPECT_THAT(channels(plan.lastingLinksToCreate, kSpeakers), ElementsAre("FL>FL", "FR>FR"));
+  for (const auto& pair : plan.strandedLinksToCreate)
+    server_.owned.links[pair] = true;
+  EXPECT_THAT(server_.plan().strandedLinksToCreate, IsEmpty());
+  EXPECT_THAT(server_.plan().linksToDestroy, IsEmpty());
+  server_.addForeignLink(other_, kHeadphones); // someone has linked it meanwhile
+  EXPECT_THAT(server_.plan().lastingLinksToCreate, IsEmpty());
+}
+
 TEST_F(PlanEdits, StartsAgainOnANewServer) {
   start();
   server_.restart();

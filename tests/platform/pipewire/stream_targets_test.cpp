@@ -112,4 +112,32 @@ TEST(StreamTargets, KeepANewChoiceOfTheUser) {
   EXPECT_EQ(metadata.entries(), (MetadataEntries{{"target.object", kHeadphonesByName}}));
 }
 
+TEST(StreamTargets, UsersTargetIsFoundByNameSerialOrID) {
+  constexpr GlobalID kSpeakers = 41;
+  const MetadataValue tap{"Spa:String", kTap};
+  const std::vector<std::pair<MetadataEntries, GlobalID>> cases{
+      {{}, kSpeakers},
+      {{{"target.object", kHeadphonesByName}}, kHeadphones},
+      {{{"target.object", {"Spa:Id", "1040"}}}, kHeadphones},
+      {{{"target.node", kHeadphonesByID}}, kHeadphones},
+      {{{"target.node", kHeadphonesByID}, {"target.object", tap}}, kHeadphones},
+      {{{"sonvel.target.object", kHeadphonesByName}, {"target.object", tap}}, kHeadphones},
+      {{{"target.object", tap}}, kSpeakers},
+      {{{"target.object", kNoTarget}, {"target.node", kNoTarget}}, kSpeakers},
+      {{{"target.object", {"Spa:String", "a device that is away"}}}, kSpeakers},
+  };
+  for (const auto& [entries, target] : cases) {
+    SCOPED_TRACE(testing::PrintToString(entries.size()) + " entries");
+    Graph graph;
+    graph.nodes[kHeadphones].name = "headphones";
+    graph.nodes[kHeadphones].serial = 1040;
+    graph.nodes[kSpeakers].name = "speakers";
+    graph.nodes[kSpeakers].serial = 1041;
+    graph.defaultSinkName = "speakers";
+    graph.metadata[kStream] = entries;
+    EXPECT_EQ(usersTargetOf(graph, kStream), target);
+  }
+  EXPECT_EQ(usersTargetOf({}, kStream), std::nullopt);
+}
+
 } // namespace sonvel::pipewire
