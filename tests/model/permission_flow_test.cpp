@@ -51,14 +51,27 @@ TEST_F(PermissionFlowTest, ARequestIsAnsweredByTheUser) {
   EXPECT_TRUE(row("com.example.player")->active());
 }
 
-TEST_F(PermissionFlowTest, WhereNobodyCanBeAskedAndNothingPlaysTheStatusTells) {
+TEST_F(PermissionFlowTest, WhereNobodyCanBeAskedTheProbeTells) {
+  struct Case {
+    std::optional<float> sample; ///< of the one application; none: there is none
+    int preflight;
+    State state;
+  };
+
   consent_.setRequestable(false);
-  consent_.setPreflight(kUndetermined);
-  model_->requestPermission();
-  EXPECT_TRUE(model_->isRequestingPermission());
-  ASSERT_TRUE(settle());
-  EXPECT_EQ(state(), State(undetermined, false, false));
-  EXPECT_FALSE(model_->isFirstRun());
+  for (const auto& [sample, preflight, expected] :
+       {Case{std::nullopt, kUndetermined, {undetermined, false, false}},
+        Case{0.0F, kDenied, {denied, false, false}}, Case{0.25F, kDenied, {authorized, true, false}}}) {
+    const auto process = sample ? play("Player", "com.example.player", *sample) : kAudioObjectUnknown;
+    consent_.setPreflight(preflight);
+    model_->requestPermission();
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(model_->isRequestingPermission(), sample.has_value()) << "the probe listens";
+    heard();
+    pass(600ms);
+    EXPECT_EQ(state(), expected);
+    if (process != kAudioObjectUnknown) audio_.removeProcess(process);
+  }
 }
 
 TEST_F(PermissionFlowTest, AnAnswerThatComesAfterTheModelIsDropped) {

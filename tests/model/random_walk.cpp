@@ -227,7 +227,10 @@ void RandomWalk::permissionDoes(Event event) {
     if (code < kPreflightCodes.size()) return consent_.setPreflight(kPreflightCodes.at(code));
     return consent_.setPreflight(std::nullopt);
   }
-  if (event == Event::permissionIsRequested) return model_->requestPermission();
+  if (event == Event::permissionIsRequested) {
+    consent_.setRequestable(pick(2) == 0); // otherwise it is probed
+    return model_->requestPermission();
+  }
   if (consent_.openRequests() > 0) consent_.answer(pick(2) == 0);
 }
 
@@ -240,17 +243,17 @@ void RandomWalk::hardwareFails(Event event) {
                                    Call::destroyProcessTap};
   constexpr std::array reading{property::kProcessObjectList, property::kProcessIsRunningOutput,
                                property::kDefaultOutputDevice, property::kDevices};
-  const auto taps = audio_.taps();
   if (event != Event::objectIsLost) audio_.clearFailures();
   switch (event) {
   case Event::buildingFails:
     return audio_.fail({.call = building.at(pick(building.size())), .after = pick(3), .times = 1 + pick(3)});
   case Event::tearingDownFails: {
+    // Of a session that is there now: the undoing of one that is being built is not to fail, nor a probe's.
+    const auto session = anySession();
+    if (!session) return;
     const auto call = tearingDown.at(pick(tearingDown.size()));
-    if (taps.empty()) return;
-    // A tap that is there now: the undoing of one that is being built is not to fail.
-    const auto tap = taps[pick(static_cast<unsigned>(taps.size()))].id;
-    const auto object = call == Call::destroyProcessTap ? std::optional(tap) : std::nullopt;
+    const auto object = call == Call::destroyProcessTap ? session->tap : session->aggregate;
+    if (object == kAudioObjectUnknown) return;
     return audio_.fail({.call = call, .object = object, .times = 1 + pick(3)});
   }
   case Event::readingFails:
@@ -263,19 +266,27 @@ void RandomWalk::hardwareFails(Event event) {
   }
 }
 
-void RandomWalk::loseObject() {
-  const auto taps = audio_.taps();
-  if (taps.empty()) return;
+std::optional<RandomWalk::SessionObjects> RandomWalk::anySession() {
+  const auto taps = sessionTaps();
+  if (taps.empty()) return std::nullopt;
   const auto& tap = taps[pick(static_cast<unsigned>(taps.size()))];
+  history_.back() += " of " + std::to_string(tap.description.processes.front());
   const auto aggregates = audio_.aggregates();
   const auto aggregate = std::ranges::find(
       aggregates, tap.uid, [](const auto& other) { return other.description.taps.front().uid; });
-  damaged_.insert(tap.description.processes.front());
+  return SessionObjects{tap.description.processes.front(), tap.id,
+                        aggregate != aggregates.end() ? aggregate->id : kAudioObjectUnknown};
+}
+
+void RandomWalk::loseObject() {
+  const auto session = anySession();
+  if (!session) return;
+  damaged_.insert(session->process);
   try {
-    if (aggregate != aggregates.end() && pick(2) == 0)
-      audio_.loseAggregateDevice(aggregate->id);
+    if (session->aggregate != kAudioObjectUnknown && pick(2) == 0)
+      audio_.loseAggregateDevice(session->aggregate);
     else
-      audio_.loseTap(tap.id);
+      audio_.loseTap(session->tap);
   } catch (const std::invalid_argument&) {
     history_.back() += ", but was given back before";
   }

@@ -83,17 +83,28 @@ class RandomWalk : public MixerTest {
     bool isRetrying = false;                                        ///< something of them could not be undone
   };
 
+  /// What exists of a session; 0 for no aggregate device.
+  struct SessionObjects {
+    AudioObjectID process;
+    AudioObjectID tap;
+    AudioObjectID aggregate;
+  };
+
   void happen(Event event);
   void userDoes(Event event);
   void playersDo(Event event);
   void machineDoes(Event event);
   void hardwareFails(Event event);
   void loseObject();
+  std::optional<SessionObjects> anySession();
   void permissionDoes(Event event);
 
   void start(Player& player);
   ChannelState* anyRow();
   std::optional<std::string> anyRoute();
+
+  /// The taps of sessions, which a probe's is not.
+  std::vector<simulated::Tap> sessionTaps() const;
 
   void checkRows() const;
   void checkRemembered() const;

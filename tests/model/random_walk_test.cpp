@@ -46,6 +46,7 @@ class RandomWalkTest : public RandomWalk {
   /// Whatever the walk has led to can be left with nothing remaining.
   void leave() {
     audio_.clearFailures();
+    pass(1s); // for a probe to end
     (void)startTask(mainThread_, [this] { return model_->teardownForQuit(); });
     ASSERT_TRUE(settle());
     EXPECT_TRUE(audio_.isClean());
