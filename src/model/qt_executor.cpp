@@ -1,6 +1,9 @@
 #include "model/qt_executor.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QThread>
+#include <memory>
 
 namespace sonvel {
 
@@ -10,13 +13,18 @@ QtExecutor::~QtExecutor() {
 }
 
 void QtExecutor::post(std::function<void()> work) {
+  // One event for each piece, so that the loop's other events get their turn between two of them. It is made
+  // before the lock is taken, which orders it before its end for those who can't look into Qt's own queue.
+  auto wake = std::make_unique<QEvent>(QEvent::User);
   {
     const std::scoped_lock lock(mutex_);
     work_.push_back(std::move(work));
   }
-  // One event for each piece, so that the loop's other events get their turn between two of them.
-  QMetaObject::invokeMethod(
-      this, [this] { runNext(); }, Qt::QueuedConnection);
+  QCoreApplication::postEvent(this, wake.release());
+}
+
+void QtExecutor::customEvent(QEvent*) {
+  runNext();
 }
 
 bool QtExecutor::isCurrent() const {

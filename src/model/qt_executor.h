@@ -25,6 +25,8 @@ class QtExecutor final : public QObject, public Executor {
   bool isCurrent() const override;
 
  private:
+  void customEvent(QEvent* event) override;
+
   /// False if there was none.
   bool runNext();
 

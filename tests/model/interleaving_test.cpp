@@ -41,7 +41,7 @@ TEST_F(InterleavingTest, TwoBootstrapsMakeOneRowOfEach) {
 
 TEST_F(InterleavingTest, WhatTheUserChangesWhileATapIsStartedIsHeard) {
   play("Player", "com.example.player");
-  HeldCall held(audio_, Call::createProcessTap);
+  HeldCall held(audio_, {.call = Call::createProcessTap});
   openUntilHeld(held);
   auto* const player = row("com.example.player");
   EXPECT_FALSE(player->active());
@@ -60,7 +60,7 @@ TEST_F(InterleavingTest, WhatTheUserChangesWhileATapIsStartedIsHeard) {
 
 TEST_F(InterleavingTest, ARowDismissedWhileItsTapIsStartedLeavesNoTap) {
   play("Player", "com.example.player");
-  HeldCall held(audio_, Call::createProcessTap);
+  HeldCall held(audio_, {.call = Call::createProcessTap});
   openUntilHeld(held);
   model_->onDisappear();
   model_->dismissChannel(row("com.example.player"));
@@ -70,15 +70,18 @@ TEST_F(InterleavingTest, ARowDismissedWhileItsTapIsStartedLeavesNoTap) {
   EXPECT_FLOAT_EQ(heard(), 0.25F);
 }
 
-TEST_F(InterleavingTest, ARowDismissedAndMadeAnewWhileItsTapIsStartedKeepsTheNewOnes) {
-  const auto process = play("Player", "com.example.player");
-  HeldCall held(audio_, Call::createProcessTap);
+TEST_F(InterleavingTest, ARowDismissedAndMadeAnewWhileItsTapIsStartedKeepsTheNewTap) {
+  const auto alpha = play("Alpha", "com.example.alpha");
+  const auto beta = play("Beta", "com.example.beta");
+  // Of two reconciliations the first is starting Beta when the second is still at Alpha.
+  HeldCall held(audio_, {.call = Call::createProcessTap, .after = 1});
+  model_->onAppear();
   openUntilHeld(held);
-  model_->dismissChannel(row("com.example.player"));
-  model_->onAppear(); // its reconciliation waits behind the start
+  pump();
+  model_->dismissChannel(row("com.example.beta"));
   release(held);
-  EXPECT_TRUE(row("com.example.player")->active());
-  EXPECT_THAT(controlled(), ElementsAre(process));
+  EXPECT_TRUE(row("com.example.beta")->active());
+  EXPECT_THAT(controlled(), ElementsAre(alpha, beta));
 }
 
 TEST_F(InterleavingTest, ARowDismissedDuringAReconciliationIsNewToTheNext) {
@@ -90,7 +93,7 @@ TEST_F(InterleavingTest, ARowDismissedDuringAReconciliationIsNewToTheNext) {
   model_->setGain(50, row("com.example.beta"));
 
   consent_.setPreflight(0);
-  HeldCall held(audio_, Call::createProcessTap);
+  HeldCall held(audio_, {.call = Call::createProcessTap});
   openUntilHeld(held); // at Alpha; Beta is next
   model_->onDisappear();
   model_->dismissChannel(row("com.example.beta"));
@@ -108,7 +111,7 @@ TEST_F(InterleavingTest, ADismissedRowIsNotRememberedByThePauseThatIsUnderWay) {
   audio_.removeProcess(alpha);
   audio_.removeProcess(beta);
   passReconciliation();
-  HeldCall held(audio_, Call::deviceStop);
+  HeldCall held(audio_, {.call = Call::deviceStop});
   passTicks(kReconciliationTicks - 1);
   clock_.advance(kTick);
   ASSERT_TRUE(pumpUntil([&] { return held.isHeld(); })); // Alpha is being paused; Beta is next
@@ -119,11 +122,28 @@ TEST_F(InterleavingTest, ADismissedRowIsNotRememberedByThePauseThatIsUnderWay) {
   EXPECT_TRUE(audio_.isClean());
 }
 
+TEST_F(InterleavingTest, TheMeterOfARowThatIsBeingPausedStaysDown) {
+  const auto process = play("Player", "com.example.player");
+  openPanel();
+  heard();
+  audio_.setPlaying(process, false);
+  passReconciliation();
+  EXPECT_GT(row("com.example.player")->level(), 0.0F);
+  // The meters are asked for between the list of what plays and the removal that follows from it.
+  HeldCall held(audio_, {.call = Call::getPropertyData, .object = process});
+  openUntilHeld(held);
+  clock_.advance(kTick);
+  pump();
+  release(held);
+  EXPECT_FALSE(row("com.example.player")->isPlaying());
+  EXPECT_EQ(row("com.example.player")->level(), 0.0F);
+}
+
 TEST_F(InterleavingTest, ARowDismissedWhileItIsMovedIsGivenBack) {
   play("Player", "com.example.player");
   openPanel();
   model_->onDisappear();
-  HeldCall held(audio_, Call::createAggregateDevice);
+  HeldCall held(audio_, {.call = Call::createAggregateDevice});
   model_->setOutput(std::string("headset"), row("com.example.player"));
   ASSERT_TRUE(pumpUntil([&] { return held.isHeld(); }));
   model_->dismissChannel(row("com.example.player"));
@@ -134,7 +154,7 @@ TEST_F(InterleavingTest, ARowDismissedWhileItIsMovedIsGivenBack) {
 
 TEST_F(InterleavingTest, AProcessThatRestartsWhileItsTapIsStartedIsControlledAsTheNewOne) {
   const auto process = play("Player", "com.example.player");
-  HeldCall held(audio_, Call::createProcessTap);
+  HeldCall held(audio_, {.call = Call::createProcessTap});
   openUntilHeld(held);
   const auto restarted = restart(process, "Player", "com.example.player");
   model_->onAppear(); // which finds the new process while the old one's start is under way
@@ -151,7 +171,7 @@ TEST_F(InterleavingTest, AProcessThatRestartsWhileItsTapIsStartedIsControlledAsT
 TEST_F(InterleavingTest, ARevocationWhileATapIsStartedTakesItBack) {
   play("Alpha", "com.example.alpha");
   play("Beta", "com.example.beta");
-  HeldCall held(audio_, Call::createProcessTap);
+  HeldCall held(audio_, {.call = Call::createProcessTap});
   openUntilHeld(held);
   consent_.setPreflight(1);
   clock_.advance(kMonitorInterval);
@@ -165,7 +185,7 @@ TEST_F(InterleavingTest, ARevocationWhileATapIsStartedTakesItBack) {
 
 TEST_F(InterleavingTest, TheModelLivesUntilWhatIsAtWorkIsOver) {
   play("Player", "com.example.player");
-  HeldCall held(audio_, Call::createProcessTap);
+  HeldCall held(audio_, {.call = Call::createProcessTap});
   openUntilHeld(held);
   const std::weak_ptr weakModel = model_;
   model_.reset();

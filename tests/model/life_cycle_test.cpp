@@ -143,7 +143,7 @@ TEST_F(QuitTest, IsOverAtOnceIfThePanelWasNeverOpened) {
 TEST_F(QuitTest, WhatIsUnderWayStartsNothingAnyMore) {
   for (const std::string name : {"Alpha", "Beta", "Gamma"})
     play(name, "com.example." + name);
-  HeldCall held(audio_, simulated::Call::createProcessTap);
+  HeldCall held(audio_, {.call = simulated::Call::createProcessTap});
   model_->onAppear();
   ASSERT_TRUE(pumpUntil([&] { return held.isHeld(); }));
   quit();

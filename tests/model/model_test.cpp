@@ -122,10 +122,11 @@ bool MixerInspector::isPolling(const MixerViewModel& model) {
 
 // HeldCall
 
-HeldCall::HeldCall(simulated::SimulatedAudio& audio, simulated::Call call)
-    : audio_(audio) {
-  audio_.setCallHook([this, call](simulated::Call made, AudioObjectID) {
-    if (made != call || isOver_.exchange(true)) return;
+HeldCall::HeldCall(simulated::SimulatedAudio& audio, WhichCall which)
+    : audio_(audio)
+    , before_(which.after) {
+  audio_.setCallHook([this, which](simulated::Call made, AudioObjectID object) {
+    if (made != which.call || (which.object && *which.object != object) || before_-- != 0) return;
     isHeld_ = true;
     gate_.acquire();
     isHeld_ = false;

@@ -51,11 +51,17 @@ class MixerInspector {
   static bool isPolling(const MixerViewModel& model);
 };
 
-/// Holds the next call of one kind on the thread that makes it, so that a test can act meanwhile. One at a
-/// time.
+/// Which call to hold.
+struct WhichCall {
+  simulated::Call call = simulated::Call::createProcessTap;
+  std::optional<AudioObjectID> object = {}; ///< only calls on this object
+  int after = 0;                            ///< how many such calls pass before
+};
+
+/// Holds one call on the thread that makes it, so that a test can act meanwhile. One at a time.
 class HeldCall {
  public:
-  HeldCall(simulated::SimulatedAudio& audio, simulated::Call call);
+  HeldCall(simulated::SimulatedAudio& audio, WhichCall which);
   ~HeldCall();
   HeldCall(const HeldCall&) = delete;
   HeldCall& operator=(const HeldCall&) = delete;
@@ -67,7 +73,7 @@ class HeldCall {
  private:
   simulated::SimulatedAudio& audio_;
   std::atomic<bool> isHeld_ = false;
-  std::atomic<bool> isOver_ = false;
+  std::atomic<int> before_; ///< how many calls are to pass yet; negative when it is over
   std::binary_semaphore gate_{0};
 };
 

@@ -62,22 +62,22 @@ void RandomWalk::step() {
       Weight{gainIsSet, 10},
       Weight{muteIsToggled, 6},
       Weight{rowIsDismissed, 3},
-      Weight{outputIsChosen, 6},
+      Weight{outputIsChosen, 4},
       Weight{masterIsSet, 1},
       Weight{volumesAreReset, 1},
       Weight{everythingGoesToSystemOutput, 1},
       Weight{processStarts, 8},
       Weight{processEnds, 2},
       Weight{processRestarts, 3},
-      Weight{playingChanges, 6},
+      Weight{playingChanges, 5},
       Weight{silenceChanges, 2},
-      Weight{deviceComesOrGoes, 2},
+      Weight{deviceComesOrGoes, 3},
       Weight{defaultDeviceChanges, 2},
       Weight{permissionChanges, 1},
       Weight{permissionIsRequested, 1},
       Weight{requestIsAnswered, 2},
       Weight{buildingFails, 2},
-      Weight{tearingDownFails, 2},
+      Weight{tearingDownFails, 1},
       Weight{readingFails, 1},
       Weight{objectIsLost, 1},
       Weight{failuresEnd, 5},
@@ -136,7 +136,7 @@ ChannelState* RandomWalk::anyRow() {
 }
 
 std::optional<std::string> RandomWalk::anyRoute() {
-  constexpr std::array routes{"", "speakers", "headset", "usb", "unknown"};
+  constexpr std::array routes{"", "", "", "speakers", "speakers", "headset", "headset", "usb", "unknown"};
   const std::string route = routes.at(pick(routes.size()));
   history_.back() += " to " + route;
   return route.empty() ? std::nullopt : std::optional(route);
@@ -193,7 +193,7 @@ void RandomWalk::playersDo(Event event) {
     audio_.removeProcess(player.process);
     return start(player);
   case Event::playingChanges:
-    player.isPlaying = !player.isPlaying;
+    player.isPlaying = !player.isPlaying || pick(2) == 0;
     return audio_.setPlaying(player.process, player.isPlaying);
   default: {
     player.isSilent = !player.isSilent;
@@ -212,6 +212,7 @@ void RandomWalk::machineDoes(Event event) {
   }
   auto& [uid, isPresent] = *std::next(devices_.begin(), pick(static_cast<unsigned>(devices_.size())));
   history_.back() += ": " + uid;
+  if (isPresent && pick(3) > 0) return; // mostly they are there
   isPresent = !isPresent;
   if (isPresent)
     (void)audio_.returnDevice(uid);
@@ -226,7 +227,10 @@ void RandomWalk::permissionDoes(Event event) {
     if (code < kPreflightCodes.size()) return consent_.setPreflight(kPreflightCodes.at(code));
     return consent_.setPreflight(std::nullopt);
   }
-  if (event == Event::permissionIsRequested) return model_->requestPermission();
+  if (event == Event::permissionIsRequested) {
+    consent_.setRequestable(pick(2) == 0); // otherwise it is probed
+    return model_->requestPermission();
+  }
   if (consent_.openRequests() > 0) consent_.answer(pick(2) == 0);
 }
 
@@ -239,17 +243,17 @@ void RandomWalk::hardwareFails(Event event) {
                                    Call::destroyProcessTap};
   constexpr std::array reading{property::kProcessObjectList, property::kProcessIsRunningOutput,
                                property::kDefaultOutputDevice, property::kDevices};
-  const auto taps = audio_.taps();
   if (event != Event::objectIsLost) audio_.clearFailures();
   switch (event) {
   case Event::buildingFails:
     return audio_.fail({.call = building.at(pick(building.size())), .after = pick(3), .times = 1 + pick(3)});
   case Event::tearingDownFails: {
+    // Of a session that is there now: the undoing of one that is being built is not to fail, nor a probe's.
+    const auto session = anySession();
+    if (!session) return;
     const auto call = tearingDown.at(pick(tearingDown.size()));
-    if (taps.empty()) return;
-    // A tap that is there now: the undoing of one that is being built is not to fail.
-    const auto tap = taps[pick(static_cast<unsigned>(taps.size()))].id;
-    const auto object = call == Call::destroyProcessTap ? std::optional(tap) : std::nullopt;
+    const auto object = call == Call::destroyProcessTap ? session->tap : session->aggregate;
+    if (object == kAudioObjectUnknown) return;
     return audio_.fail({.call = call, .object = object, .times = 1 + pick(3)});
   }
   case Event::readingFails:
@@ -262,19 +266,27 @@ void RandomWalk::hardwareFails(Event event) {
   }
 }
 
-void RandomWalk::loseObject() {
-  const auto taps = audio_.taps();
-  if (taps.empty()) return;
+std::optional<RandomWalk::SessionObjects> RandomWalk::anySession() {
+  const auto taps = sessionTaps();
+  if (taps.empty()) return std::nullopt;
   const auto& tap = taps[pick(static_cast<unsigned>(taps.size()))];
+  history_.back() += " of " + std::to_string(tap.description.processes.front());
   const auto aggregates = audio_.aggregates();
   const auto aggregate = std::ranges::find(
       aggregates, tap.uid, [](const auto& other) { return other.description.taps.front().uid; });
-  damaged_.insert(tap.description.processes.front());
+  return SessionObjects{tap.description.processes.front(), tap.id,
+                        aggregate != aggregates.end() ? aggregate->id : kAudioObjectUnknown};
+}
+
+void RandomWalk::loseObject() {
+  const auto session = anySession();
+  if (!session) return;
+  damaged_.insert(session->process);
   try {
-    if (aggregate != aggregates.end() && pick(2) == 0)
-      audio_.loseAggregateDevice(aggregate->id);
+    if (session->aggregate != kAudioObjectUnknown && pick(2) == 0)
+      audio_.loseAggregateDevice(session->aggregate);
     else
-      audio_.loseTap(tap.id);
+      audio_.loseTap(session->tap);
   } catch (const std::invalid_argument&) {
     history_.back() += ", but was given back before";
   }

@@ -55,9 +55,11 @@ class RandomWalk : public MixerTest {
 
   unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
 
-  /// How often a device could be checked by ear, and how often it could not.
+  /// How often a device was checked by ear and how often it could not be, and how often an application was
+  /// heard through a session at the gain of its row.
   int heardChecks_ = 0;
   int skippedHeardChecks_ = 0;
+  int heardAtItsGain_ = 0;
 
  private:
   /// A process that comes and goes. Those of one application share a key.
@@ -81,17 +83,28 @@ class RandomWalk : public MixerTest {
     bool isRetrying = false;                                        ///< something of them could not be undone
   };
 
+  /// What exists of a session; 0 for no aggregate device.
+  struct SessionObjects {
+    AudioObjectID process;
+    AudioObjectID tap;
+    AudioObjectID aggregate;
+  };
+
   void happen(Event event);
   void userDoes(Event event);
   void playersDo(Event event);
   void machineDoes(Event event);
   void hardwareFails(Event event);
   void loseObject();
+  std::optional<SessionObjects> anySession();
   void permissionDoes(Event event);
 
   void start(Player& player);
   ChannelState* anyRow();
   std::optional<std::string> anyRoute();
+
+  /// The taps of sessions, which a probe's is not.
+  std::vector<simulated::Tap> sessionTaps() const;
 
   void checkRows() const;
   void checkRemembered() const;
@@ -100,8 +113,8 @@ class RandomWalk : public MixerTest {
   Sessions sessions();
   void followTuning(const Sessions& sessions);
   ChannelState* activeRowOf(AudioObjectID process) const;
-  Expectation expectedSound() const;
-  void expectPlayer(const Player& player, Expectation& expected) const;
+  Expectation expectedSound();
+  void expectPlayer(const Player& player, Expectation& expected);
 
   std::mt19937_64 random_;
   std::deque<std::string> history_;

@@ -39,12 +39,14 @@ class RandomWalkTest : public RandomWalk {
     }
     ASSERT_TRUE(settle());
     leave();
-    EXPECT_LT(skippedHeardChecks_, heardChecks_ / 4) << "too much was not checked by ear";
+    EXPECT_LT(skippedHeardChecks_, heardChecks_ / 20) << "too much was not checked by ear";
+    EXPECT_GT(heardAtItsGain_, heardChecks_ / 20) << "too little was controlled";
   }
 
   /// Whatever the walk has led to can be left with nothing remaining.
   void leave() {
     audio_.clearFailures();
+    pass(1s); // for a probe to end
     (void)startTask(mainThread_, [this] { return model_->teardownForQuit(); });
     ASSERT_TRUE(settle());
     EXPECT_TRUE(audio_.isClean());
