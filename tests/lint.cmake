@@ -4,6 +4,6 @@ add_test(NAME lint.format COMMAND scripts/check-format WORKING_DIRECTORY "${lint
 add_test(NAME lint.layers COMMAND scripts/check-layers WORKING_DIRECTORY "${lint_folder}")
 if(NOT SONVEL_SANITIZE)
   add_test(NAME lint.tidy COMMAND scripts/check-tidy "${PROJECT_BINARY_DIR}" WORKING_DIRECTORY "${lint_folder}")
-  set_tests_properties(lint.tidy PROPERTIES TIMEOUT 1500 COST 1000)
+  set_tests_properties(lint.tidy PROPERTIES TIMEOUT 3000 COST 1000)
 endif()
 set_property(TEST lint.format lint.layers APPEND PROPERTY LABELS lint)
