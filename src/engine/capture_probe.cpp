@@ -35,7 +35,8 @@ bool CaptureProbe::createTap(AudioObjectID process) {
 
 bool CaptureProbe::createAggregateDevice() {
   const auto tapUID = cfStringProp(hardware_, tap_, property::kTapUID);
-  const auto outputUID = tapUID ? defaultOutputDeviceUID(hardware_) : std::nullopt;
+  if (!tapUID) return false;
+  const auto outputUID = defaultOutputDeviceUID(hardware_);
   if (!outputUID) return false;
   const AggregateDeviceDescription description{.name = "SonvelProbeAgg",
                                                .uid = randomUUID(),

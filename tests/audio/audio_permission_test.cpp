@@ -16,7 +16,9 @@ int preflight(const char* service, const void* options) {
   return std::string(service) == "kTCCServiceAudioCapture" && options == nullptr ? preflightResult : 99;
 }
 
-void request(const char* /*service*/, const void* /*options*/, std::function<void(bool)> completion) {
+void request(const char* /*service*/, const void* /*options*/,
+             std::function<void(bool)>
+                 completion) { // NOLINT(performance-unnecessary-value-param): the framework's signature
   ++requests;
   completion(true);
 }
