@@ -29,7 +29,8 @@ namespace detail {
 
 /// A coroutine that runs on its own. An error that leaves it is a fault of the program and ends it.
 struct DetachedCoroutine {
-  struct promise_type {
+  struct promise_type { // NOLINT(readability-identifier-naming): the language asks for it
+
     DetachedCoroutine get_return_object() const noexcept { return {}; }
 
     std::suspend_never initial_suspend() const noexcept { return {}; }
