@@ -9,6 +9,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <unistd.h>
 
 namespace sonvel::session {
@@ -116,7 +117,9 @@ class SessionProcess : public testing::Test {
     for (const auto& entry : fs::directory_iterator("/proc")) {
       const auto read = [&entry](const char* name) {
         std::ifstream file(entry.path() / name);
-        return std::string(std::istreambuf_iterator<char>(file), {});
+        std::ostringstream text; // unlike an iterator it takes the end of the process for the end of the file
+        text << file.rdbuf();
+        return text.str();
       };
       if (read("environ").find(folder_.string()) != std::string::npos) left.push_back(read("cmdline"));
     }
