@@ -2,8 +2,12 @@
 
 # Keep in step with docs/dependencies.md.
 build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-dev libgtest-dev libgmock-dev
-                libbenchmark-dev libsndfile1-dev qt6-base-dev qcoro-qt6-dev)
-session_packages=(dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg)
+                libbenchmark-dev libsndfile1-dev qt6-base-dev qcoro-qt6-dev qt6-declarative-dev qt6-svg-dev
+                qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
+                qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window libsodium-dev
+                libatspi2.0-dev)
+session_packages=(dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
+                  xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
 lint_packages=(git clang-16 clang-tidy-16 clang-format-16 python3 binutils)
 
 # install_packages PACKAGE...: quick when all are there.
