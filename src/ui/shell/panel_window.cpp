@@ -14,6 +14,7 @@
 #include <QScreen>
 #include <algorithm>
 #include <cmath>
+#include <malloc.h>
 #include <utility>
 
 namespace sonvel::ui {
@@ -121,9 +122,15 @@ void PanelWindow::close() {
   shown_->window.onEscape = nullptr;
   shown_->window.hide();
   leaving_ = std::move(shown_); // one of its parts may be what closes it
-  QMetaObject::invokeMethod(
-      this, [this] { leaving_.reset(); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(this, &PanelWindow::destroyLeaving, Qt::QueuedConnection);
   Q_EMIT closed();
+}
+
+// An engine kept for the next opening holds a megabyte more and saves milliseconds; another megabyte comes
+// back from the allocator.
+void PanelWindow::destroyLeaving() {
+  leaving_.reset();
+  malloc_trim(0);
 }
 
 void PanelWindow::closeByUser() {

@@ -80,6 +80,7 @@ class PanelWindow final : public QObject {
   void follow(QQuickItem& root);
   void fit();
   void onFocusWindowChanged(const QObject* focused);
+  void destroyLeaving();
   void closeByUser();
 
   PanelContent content_;
