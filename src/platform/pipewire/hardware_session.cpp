@@ -113,6 +113,7 @@ std::vector<AudioObjectID> PipeWireHardware::Session::deviceObjects() {
   for (const auto& [id, node] : graph.nodes)
     if (node.kind == NodeKind::sink || node.kind == NodeKind::source) bySerial[node.serial] = node.name;
   std::vector<AudioObjectID> objects;
+  objects.reserve(bySerial.size() + aggregates.size());
   for (const auto& [serial, name] : bySerial)
     objects.push_back(devices.idOf(name));
   for (const auto& [id, aggregate] : aggregates)

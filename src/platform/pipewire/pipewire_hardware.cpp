@@ -165,6 +165,7 @@ std::vector<AudioClient> PipeWireHardware::audioClients() const {
   for (const auto& [id, client] : session_->graph.clients)
     if (processKeyOf(session_->graph, id)) bySerial[client.serial] = client.facts;
   std::vector<AudioClient> clients;
+  clients.reserve(bySerial.size());
   for (auto& [serial, client] : bySerial)
     clients.push_back(std::move(client));
   return clients;
