@@ -6,18 +6,18 @@
 
 namespace sonvel::testing {
 
-/// An X11 display of our own, without a window manager. It ends with this object, and with this process.
+/// A display that nobody sees, with no window manager. It ends with this object, and with this process.
 class VirtualDisplay {
  public:
-  /// Returns when it serves; throws std::runtime_error when it doesn't.
+  /// Returns when it serves; throws std::runtime_error when it doesn't within 20 seconds.
   VirtualDisplay();
 
-  /// What a program needs to show itself there, as part of its environment.
+  /// What a program needs to show its windows there.
   [[nodiscard]] session::Environment environment() const;
 
  private:
-  std::string name_; // ":3"
   session::ChildProcess server_;
+  std::string name_;
 };
 
 } // namespace sonvel::testing
