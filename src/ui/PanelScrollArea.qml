@@ -1,0 +1,32 @@
+import QtQuick
+import QtQuick.Templates as T
+import Sonvel
+
+// What is higher than the panel. It follows the keyboard.
+Flickable {
+    id: root
+
+    readonly property Item focused: Window.activeFocusItem
+
+    contentWidth: width
+    boundsBehavior: Flickable.StopAtBounds
+    clip: true
+
+    T.ScrollBar.vertical: PanelScrollBar {}
+
+    onFocusedChanged: {
+        const control = focused as T.Control;
+        if (!control || !control.visualFocus)
+            return;
+        let ancestor = control.parent;
+        while (ancestor && ancestor !== contentItem)
+            ancestor = ancestor.parent;
+        if (!ancestor)
+            return;
+        const margin = 30;
+        const top = control.mapToItem(contentItem, 0, 0).y;
+        const lowest = Math.max(0, contentHeight - height);
+        const wanted = Math.min(contentY, top - margin);
+        contentY = Math.max(0, Math.min(lowest, Math.max(wanted, top + control.height + margin - height)));
+    }
+}

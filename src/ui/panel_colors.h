@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/appearance.h"
+
+#include <QColor>
+#include <QPalette>
+
+namespace sonvel {
+
+/// What the panel is drawn in. Text has a contrast of 4.5 to 1 wherever the panel shows it, symbols one of 3
+/// to 1, also on `fill` and in a paused row, which is drawn at `pausedOpacity`.
+struct PanelColors {
+  static constexpr double textRatio = 4.5;
+  static constexpr double symbolRatio = 3.0;
+  static constexpr double fillOpacity = 0.15; ///< of the secondary colour in a badge and a meter's track
+  static constexpr double pausedOpacity = 0.9;
+
+  QColor window;
+  QColor primary;   ///< text
+  QColor secondary; ///< text that steps back
+  QColor tertiary;  ///< symbols that step back further
+  QColor accent;    ///< text and symbols in the user's colour
+  QColor onAccent;  ///< text on `prominent`
+  QColor prominent; ///< the button that is to be pressed
+  QColor separator;
+  QColor fill;    ///< behind the card
+  QColor control; ///< a button
+  QColor groove;  ///< a slider's track
+  QColor handle;  ///< a slider's handle
+  QColor menu;    ///< behind menus and tool tips
+  QColor orange;
+  QColor red;
+  QColor green;
+  QColor yellow;
+
+  bool operator==(const PanelColors&) const = default;
+};
+
+/// The desktop's own colours where they suit its colour scheme and can be read, else ones like them.
+PanelColors panelColors(const Appearance& appearance, const QPalette& palette);
+
+} // namespace sonvel
