@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import QtQuick.Templates as T
 import Sonvel
 
 // One row for each application that plays or has played.
@@ -64,8 +65,10 @@ ColumnLayout {
             // The keyboard goes on with the row that comes to stand there.
             onItemRemoved: (index, item) => {
                 const next = rows.itemAt(Math.min(index, rows.count - 1));
-                if (item.activeFocus && next)
-                    next.forceActiveFocus(Qt.TabFocusReason);
+                if (!item.activeFocus || !next)
+                    return;
+                const control = root.Window.activeFocusItem as T.Control;
+                next.forceActiveFocus(control?.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason);
             }
         }
     }

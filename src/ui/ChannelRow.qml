@@ -16,7 +16,9 @@ FocusScope {
     Accessible.name: ch.name
 
     Keys.onPressed: event => {
-        event.accepted = true;
+        event.accepted = !event.isAutoRepeat && event.modifiers === Qt.NoModifier;
+        if (!event.accepted)
+            return;
         if (event.key === Qt.Key_M)
             model.toggleMute(ch);
         else if (event.key === Qt.Key_Delete)
@@ -46,29 +48,45 @@ FocusScope {
                 opacity: root.ch.isPlaying ? 1 : 0.5
             }
 
-            PanelLabel {
-                Layout.fillWidth: true
-                Layout.maximumWidth: Math.ceil(implicitWidth)
-                text: root.ch.name
-                elide: Text.ElideRight
-                maximumLineCount: 1
-                color: root.ch.isPlaying ? PanelTheme.primary : PanelTheme.secondary
-            }
-
-            SymbolImage {
-                visible: PanelText.isBoost(root.ch.gainPercent)
-                name: "bolt.fill"
-                color: PanelTheme.orange
-                size: PanelTheme.caption2.pixelSize
-            }
-
-            IdleBadge {
-                visible: !root.ch.isPlaying
-            }
-
             Item {
+                id: title
+
+                readonly property real marksWidth: marks.width > 0 ? marks.width + 8 : 0
+
                 Layout.fillWidth: true
-                Layout.leftMargin: -8
+                implicitHeight: name.implicitHeight
+
+                PanelLabel {
+                    id: name
+
+                    anchors.left: parent.left
+                    width: Math.min(Math.ceil(implicitWidth), title.width - title.marksWidth)
+                    text: root.ch.name
+                    elide: Text.ElideRight
+                    maximumLineCount: 1
+                    color: root.ch.isPlaying ? PanelTheme.primary : PanelTheme.secondary
+                }
+
+                Row {
+                    id: marks
+
+                    anchors.left: name.right
+                    anchors.leftMargin: 8
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: 8
+
+                    SymbolImage {
+                        anchors.verticalCenter: parent.verticalCenter
+                        visible: PanelText.isBoost(root.ch.gainPercent)
+                        name: "bolt.fill"
+                        color: PanelTheme.orange
+                        size: PanelTheme.caption2.pixelSize
+                    }
+
+                    IdleBadge {
+                        visible: !root.ch.isPlaying
+                    }
+                }
             }
 
             NumberText {

@@ -34,7 +34,7 @@ ColumnLayout {
             Layout.fillWidth: true
             from: 0
             to: 1
-            stepSize: 0
+            stepSize: 0.01
             modelValue: root.model.masterVolume
             enabled: root.model.masterSupported
             Accessible.name: title.text

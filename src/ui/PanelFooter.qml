@@ -13,7 +13,8 @@ ColumnLayout {
 
     spacing: 9
 
-    RowLayout {
+    Flow {
+        Layout.fillWidth: true
         spacing: 8
 
         BorderedButton {
@@ -26,10 +27,6 @@ ColumnLayout {
             text: "Everything → Speakers"
             symbol: "hifispeaker"
             onClicked: root.model.everythingToSystemOutput()
-        }
-
-        Item {
-            Layout.fillWidth: true
         }
     }
 

@@ -8,11 +8,22 @@ Flickable {
 
     readonly property Item focused: Window.activeFocusItem
 
+    function scrollTo(y: real) {
+        contentY = Math.max(0, Math.min(contentHeight - height, y));
+    }
+
     contentWidth: width
     boundsBehavior: Flickable.StopAtBounds
     clip: true
 
     T.ScrollBar.vertical: PanelScrollBar {}
+
+    // By itself it would glide.
+    WheelHandler {
+        enabled: !PanelTheme.animates
+        target: null
+        onWheel: event => root.scrollTo(root.contentY - event.angleDelta.y / 2)
+    }
 
     onFocusedChanged: {
         const control = focused as T.Control;
@@ -25,8 +36,7 @@ Flickable {
             return;
         const margin = 30;
         const top = control.mapToItem(contentItem, 0, 0).y;
-        const lowest = Math.max(0, contentHeight - height);
         const wanted = Math.min(contentY, top - margin);
-        contentY = Math.max(0, Math.min(lowest, Math.max(wanted, top + control.height + margin - height)));
+        scrollTo(Math.max(wanted, top + control.height + margin - height));
     }
 }

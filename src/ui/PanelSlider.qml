@@ -10,6 +10,7 @@ T.Slider {
     required property real modelValue
     property real pageStep: (to - from) / 10
     property bool following: false
+    property bool ready: false
     property real shownPosition: visualPosition
 
     // What is wanted now.
@@ -29,9 +30,10 @@ T.Slider {
 
     onModelValueChanged: follow()
     onPressedChanged: follow()
-    onValueChanged: if (!following) chosen(value)
+    onValueChanged: if (ready && !following) chosen(value)
     Component.onCompleted: {
         follow();
+        ready = true;
         glide.enabled = Qt.binding(() => PanelTheme.animates && !root.pressed && !root.visualFocus);
     }
 
@@ -44,16 +46,20 @@ T.Slider {
 
     Accessible.role: Accessible.Slider
 
-    Keys.onUpPressed: value += stepSize
-    Keys.onDownPressed: value -= stepSize
     Keys.onPressed: event => {
-        const target = event.key === Qt.Key_PageUp ? value + pageStep
-            : event.key === Qt.Key_PageDown ? value - pageStep
-            : event.key === Qt.Key_Home ? from
-            : event.key === Qt.Key_End ? to : undefined;
-        if (target === undefined)
+        const steps = {
+            [Qt.Key_Left]: mirrored ? stepSize : -stepSize,
+            [Qt.Key_Right]: mirrored ? -stepSize : stepSize,
+            [Qt.Key_Up]: stepSize,
+            [Qt.Key_Down]: -stepSize,
+            [Qt.Key_PageUp]: pageStep,
+            [Qt.Key_PageDown]: -pageStep,
+            [Qt.Key_Home]: from - to,
+            [Qt.Key_End]: to - from
+        };
+        if (steps[event.key] === undefined)
             return;
-        value = target;
+        value += steps[event.key];
         event.accepted = true;
     }
 
@@ -88,7 +94,7 @@ T.Slider {
             width: root.mirrored ? parent.width - end : end
             height: parent.height
             radius: parent.radius
-            color: root.enabled ? PanelTheme.accent : PanelTheme.tertiary
+            color: root.enabled ? PanelTheme.tint : PanelTheme.tertiary
         }
     }
 }

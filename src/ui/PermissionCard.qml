@@ -48,7 +48,8 @@ Rectangle {
             lineHeight: 1.1
         }
 
-        RowLayout {
+        Flow {
+            Layout.fillWidth: true
             spacing: 8
 
             BorderedButton {

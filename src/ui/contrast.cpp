@@ -6,15 +6,15 @@
 namespace sonvel::contrast {
 namespace {
 
-/// In so many steps a colour becomes black or white.
-constexpr int kSteps = 64;
+/// In so many steps a colour becomes another.
+constexpr int kSteps = 100;
 
 double linear(double channel) {
   return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
 }
 
-float mix(float from, float to, double share) {
-  return static_cast<float>(std::lerp(double{from}, double{to}, share));
+int mix(int from, int to, double share) {
+  return static_cast<int>(std::lround(std::lerp(from, to, share)));
 }
 
 } // namespace
@@ -29,19 +29,13 @@ double ratio(const QColor& one, const QColor& other) {
 }
 
 QColor over(const QColor& background, const QColor& color, double opacity) {
-  const QColor mixed = QColor::fromRgbF(mix(background.redF(), color.redF(), opacity),
-                                        mix(background.greenF(), color.greenF(), opacity),
-                                        mix(background.blueF(), color.blueF(), opacity));
-  return mixed.toRgb();
+  return {mix(background.red(), color.red(), opacity), mix(background.green(), color.green(), opacity),
+          mix(background.blue(), color.blue(), opacity)};
 }
 
-QColor legible(const QColor& color, const QColor& background, double minimumRatio) {
-  const QColor end = ratio(Qt::white, background) > ratio(Qt::black, background) ? Qt::white : Qt::black;
-  for (int step = 0; step < kSteps; ++step) {
-    // Rounded to what is drawn, so that rounding takes nothing from the ratio.
-    const QColor candidate(over(color, end, double{1} * step / kSteps).rgb());
-    if (ratio(candidate, background) >= minimumRatio) return candidate;
-  }
+QColor towards(const QColor& color, const QColor& end, const std::function<bool(const QColor&)>& isLegible) {
+  for (int step = 0; step < kSteps; ++step)
+    if (QColor candidate = over(color, end, 1.0 * step / kSteps); isLegible(candidate)) return candidate;
   return end;
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QColor>
+#include <functional>
 
 /// How well one colour is seen on another, as the accessibility guidelines of the web define it. Pure; opaque
-/// colours unless said otherwise. Any thread.
+/// colours. Any thread.
 namespace sonvel::contrast {
 
 /// 0.0 for black to 1.0 for white.
@@ -15,7 +16,7 @@ double ratio(const QColor& one, const QColor& other);
 /// What is seen where `color`, at `opacity` from 0.0 to 1.0, lies on `background`.
 QColor over(const QColor& background, const QColor& color, double opacity);
 
-/// `color`, or as little away from it as gives the ratio on `background`; black or white if no colour does.
-QColor legible(const QColor& color, const QColor& background, double minimumRatio);
+/// `color`, or as little away from it towards `end` as `isLegible` asks for; `end` if nothing else will do.
+QColor towards(const QColor& color, const QColor& end, const std::function<bool(const QColor&)>& isLegible);
 
 } // namespace sonvel::contrast

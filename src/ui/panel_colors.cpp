@@ -2,16 +2,25 @@
 
 #include "ui/contrast.h"
 
-#include <array>
+#include <algorithm>
 
 namespace sonvel {
 namespace {
 
-using contrast::legible;
 using contrast::over;
+using contrast::ratio;
+using contrast::towards;
 
-/// A window on which black or white text has less than this leaves no room for text that steps back.
-constexpr double kWindowRatio = 11.0;
+// As the views draw them.
+constexpr double kPausedRowOpacity = 0.9;
+constexpr double kBadgeOpacity = 0.15; ///< of the badge's own text colour
+
+/// A window on which black or white has less than this leaves no room for text that steps back.
+constexpr double kWindowRatio = 12.0;
+constexpr double kPrimaryRatio = 10.0;
+
+/// A highlight with less saturation than this, of 255, is no colour that a user would know as theirs.
+constexpr int kColourful = 64;
 
 struct Base {
   QColor window;
@@ -23,116 +32,99 @@ struct Base {
   QColor yellow;
 };
 
-const Base& base(bool isDark) {
-  static const Base kDark{.window = 0x1f2023,
-                          .primary = 0xf2f2f4,
-                          .blue = 0x3b9cff,
-                          .orange = 0xff9f0a,
-                          .red = 0xff6961,
-                          .green = 0x30d158,
-                          .yellow = 0xffd60a};
-  static const Base kLight{.window = 0xf6f6f7,
-                           .primary = 0x1d1d1f,
-                           .blue = 0x0a6cff,
-                           .orange = 0xf08000,
-                           .red = 0xe0302a,
-                           .green = 0x28b84c,
-                           .yellow = 0xf2b600};
-  return isDark ? kDark : kLight;
-}
+constexpr Base kDark{.window = QColor(0x1f, 0x20, 0x23),
+                     .primary = QColor(0xf2, 0xf2, 0xf4),
+                     .blue = QColor(0x2f, 0x8c, 0xff),
+                     .orange = QColor(0xff, 0x9f, 0x0a),
+                     .red = QColor(0xff, 0x69, 0x61),
+                     .green = QColor(0x30, 0xd1, 0x58),
+                     .yellow = QColor(0xff, 0xd6, 0x0a)};
+constexpr Base kLight{.window = QColor(0xf6, 0xf6, 0xf7),
+                      .primary = QColor(0x1d, 0x1d, 0x1f),
+                      .blue = QColor(0x0a, 0x6c, 0xff),
+                      .orange = QColor(0xe8, 0x7a, 0x00),
+                      .red = QColor(0xe0, 0x30, 0x2a),
+                      .green = QColor(0x28, 0xb8, 0x4c),
+                      .yellow = QColor(0xf2, 0xb6, 0x00)};
 
 bool isDark(const QColor& color) {
-  return contrast::ratio(Qt::white, color) > contrast::ratio(Qt::black, color);
+  return ratio(Qt::white, color) > ratio(Qt::black, color);
 }
 
-bool wantsDark(const Appearance& appearance, const QPalette& palette) {
-  if (appearance.colorScheme == Appearance::ColorScheme::noPreference)
-    return isDark(palette.color(QPalette::Active, QPalette::Window));
+bool wantsDark(const Appearance& appearance, const QColor& window) {
+  if (appearance.colorScheme == Appearance::ColorScheme::noPreference) return isDark(window);
   return appearance.colorScheme == Appearance::ColorScheme::dark;
 }
 
-QColor windowColor(const QPalette& palette, bool isDarkWanted) {
-  const QColor own = palette.color(QPalette::Active, QPalette::Window).rgb();
-  const bool isUsable = isDark(own) == isDarkWanted &&
-                        contrast::ratio(isDarkWanted ? Qt::white : Qt::black, own) >= kWindowRatio;
-  return isUsable ? own : base(isDarkWanted).window;
-}
-
-QColor accentColor(const Appearance& appearance, const QPalette& palette, bool isDarkWanted) {
+QColor accentColor(const Appearance& appearance, const QColor& highlight, const QColor& otherwise) {
   if (appearance.accentColor) return QColor::fromRgb(*appearance.accentColor);
-  const QColor highlight = palette.color(QPalette::Active, QPalette::Highlight).rgb();
-  constexpr int kColourful = 64; // a grey highlight would look like no choice at all
-  return highlight.hsvSaturation() >= kColourful ? highlight : base(isDarkWanted).blue;
+  return highlight.hsvSaturation() >= kColourful ? highlight : otherwise;
 }
 
-/// The backgrounds on which text is shown, each a paused row's worst case of what it stands for.
-class Backgrounds {
- public:
-  Backgrounds(const QColor& window, const QColor& fill, const QColor& control)
-      : surfaces_{window, fill, control} {}
+/// How colours are read on the panel's backgrounds.
+struct Reading {
+  QColor window;
+  QColor fill;
 
-  /// As little away from `color` as can be read on all of them.
-  QColor legibleOnAll(QColor color, double minimumRatio) const {
-    for (const auto& surface : surfaces_)
-      color = legible(color, surface, minimumRatio);
-    return color;
+  double worst(const QColor& color) const { return std::min(ratio(color, window), ratio(color, fill)); }
+
+  /// In a paused row, which is drawn thinner.
+  double paused(const QColor& color) const { return ratio(over(window, color, kPausedRowOpacity), window); }
+
+  /// In a paused row, on a badge of its own colour.
+  double badge(const QColor& color) const {
+    const QColor badge = over(window, color, kBadgeOpacity);
+    return ratio(over(window, color, kPausedRowOpacity), over(window, badge, kPausedRowOpacity));
   }
-
- private:
-  std::array<QColor, 3> surfaces_;
 };
-
-/// Text of a paused row stands on a badge in the same colour, and both are drawn thinner than they are.
-QColor legibleWhenPaused(QColor color, const QColor& window, const QColor& end) {
-  const auto isLegible = [&](const QColor& candidate) {
-    const QColor badge = over(window, candidate, PanelColors::fillOpacity);
-    const QColor text = over(window, candidate, PanelColors::pausedOpacity);
-    const QColor surface = over(window, badge, PanelColors::pausedOpacity);
-    return contrast::ratio(text.rgb(), surface.rgb()) >= PanelColors::textRatio;
-  };
-  constexpr double kStep = 0.03;
-  constexpr int kMaxSteps = 100;
-  for (int step = 0; step < kMaxSteps && !isLegible(color); ++step)
-    color = over(color, end, kStep);
-  return color.rgb();
-}
 
 } // namespace
 
 PanelColors panelColors(const Appearance& appearance, const QPalette& palette) {
-  const bool dark = wantsDark(appearance, palette);
-  const Base& own = base(dark);
-  const QColor end = dark ? Qt::white : Qt::black;
-  PanelColors colors;
-  colors.window = windowColor(palette, dark);
-  const QColor text = palette.color(QPalette::Active, QPalette::WindowText).rgb();
-  colors.primary = contrast::ratio(text, colors.window) >= kWindowRatio ? text : own.primary;
-  const auto tint = [&](double opacity) { return QColor(over(colors.window, end, opacity).rgb()); };
-  colors.fill = tint(0.05);
-  colors.control = tint(dark ? 0.11 : 0.07);
-  colors.separator = tint(0.12);
-  colors.groove = tint(dark ? 0.20 : 0.15);
-  colors.menu = dark ? tint(0.07) : QColor(over(colors.window, Qt::white, 0.6).rgb());
-  colors.handle = dark ? QColor(over(colors.window, Qt::white, 0.84).rgb()) : QColor(Qt::white);
-
-  const Backgrounds backgrounds(colors.window, colors.fill, colors.control);
-  const QColor stepsBack = over(colors.window, colors.primary, dark ? 0.62 : 0.64);
-  colors.secondary =
-      legibleWhenPaused(backgrounds.legibleOnAll(stepsBack, PanelColors::textRatio), colors.window, end);
-  const double pausedSymbolRatio = PanelColors::symbolRatio / PanelColors::pausedOpacity + 0.2;
-  colors.tertiary = backgrounds.legibleOnAll(over(colors.window, colors.primary, 0.45), pausedSymbolRatio);
-
-  const QColor accent = accentColor(appearance, palette, dark);
-  colors.accent = backgrounds.legibleOnAll(accent, PanelColors::textRatio);
-  colors.onAccent = Qt::white;
-  colors.prominent = legible(accent, Qt::white, PanelColors::textRatio);
-  const auto textColor = [&](const QColor& color) {
-    return legibleWhenPaused(backgrounds.legibleOnAll(color, PanelColors::textRatio), colors.window, end);
+  const auto desktop = [&](QPalette::ColorRole role) {
+    return QColor(palette.color(QPalette::Active, role).rgb());
   };
-  colors.orange = textColor(own.orange);
-  colors.red = textColor(own.red);
+  const bool dark = wantsDark(appearance, desktop(QPalette::Window));
+  const Base& own = dark ? kDark : kLight;
+  const QColor end = dark ? Qt::white : Qt::black;
+
+  PanelColors colors;
+  colors.window =
+      ratio(end, desktop(QPalette::Window)) >= kWindowRatio ? desktop(QPalette::Window) : own.window;
+  colors.primary = ratio(desktop(QPalette::WindowText), colors.window) >= kPrimaryRatio
+                       ? desktop(QPalette::WindowText)
+                       : own.primary;
+  const auto shade = [&](double opacity) { return over(colors.window, end, opacity); };
+  colors.fill = shade(0.05);
+  colors.control = shade(dark ? 0.11 : 0.07);
+  colors.separator = shade(dark ? 0.14 : 0.11);
+  colors.groove = shade(dark ? 0.20 : 0.15);
+  colors.menu = dark ? shade(0.06) : over(colors.window, Qt::white, 0.6);
+  colors.handle = dark ? shade(0.84) : QColor(Qt::white);
+
+  const Reading reading{colors.window, colors.fill};
+  const auto readAsText = [&](const QColor& color) {
+    return std::min(reading.worst(color), reading.paused(color)) >= PanelColors::textRatio;
+  };
+  const auto seenOnWindow = [&](const QColor& color) {
+    return reading.paused(color) >= PanelColors::symbolRatio;
+  };
+  colors.secondary = towards(shade(0.55), end, [&](const QColor& color) {
+    return readAsText(color) && reading.badge(color) >= PanelColors::textRatio;
+  });
+  colors.tertiary = towards(shade(0.35), end, seenOnWindow);
+  colors.orange = towards(own.orange, end, readAsText);
+  colors.red = towards(own.red, end, readAsText);
   colors.green = own.green;
   colors.yellow = own.yellow;
+
+  const QColor accent = accentColor(appearance, desktop(QPalette::Highlight), own.blue);
+  colors.accent = towards(accent, end, readAsText);
+  colors.tint = towards(accent, end, seenOnWindow);
+  colors.onAccent = Qt::white;
+  colors.prominent = towards(accent, Qt::black, [&](const QColor& color) {
+    return ratio(color, colors.onAccent) >= PanelColors::textRatio;
+  });
   return colors;
 }
 

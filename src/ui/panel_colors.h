@@ -7,21 +7,20 @@
 
 namespace sonvel {
 
-/// What the panel is drawn in. Text has a contrast of 4.5 to 1 wherever the panel shows it, symbols one of 3
-/// to 1, also on `fill` and in a paused row, which is drawn at `pausedOpacity`.
+/// What the panel is drawn in. Where the panel shows them, also on the card and in a paused row, text has a
+/// contrast of 4.5 to 1 and symbols have one of 3 to 1.
 struct PanelColors {
   static constexpr double textRatio = 4.5;
   static constexpr double symbolRatio = 3.0;
-  static constexpr double fillOpacity = 0.15; ///< of the secondary colour in a badge and a meter's track
-  static constexpr double pausedOpacity = 0.9;
 
   QColor window;
   QColor primary;   ///< text
   QColor secondary; ///< text that steps back
   QColor tertiary;  ///< symbols that step back further
   QColor accent;    ///< text and symbols in the user's colour
-  QColor onAccent;  ///< text on `prominent`
-  QColor prominent; ///< the button that is to be pressed
+  QColor tint;      ///< the filled part of a slider, in the user's colour
+  QColor prominent; ///< the button to press, in the user's colour
+  QColor onAccent;  ///< text on that
   QColor separator;
   QColor fill;    ///< behind the card
   QColor control; ///< a button

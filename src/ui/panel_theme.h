@@ -23,6 +23,7 @@ class PanelTheme final : public QObject {
   Q_PROPERTY(QColor secondary READ secondary NOTIFY colorsChanged)
   Q_PROPERTY(QColor tertiary READ tertiary NOTIFY colorsChanged)
   Q_PROPERTY(QColor accent READ accent NOTIFY colorsChanged)
+  Q_PROPERTY(QColor tint READ tint NOTIFY colorsChanged)
   Q_PROPERTY(QColor onAccent READ onAccent NOTIFY colorsChanged)
   Q_PROPERTY(QColor prominent READ prominent NOTIFY colorsChanged)
   Q_PROPERTY(QColor separator READ separator NOTIFY colorsChanged)
@@ -66,6 +67,8 @@ class PanelTheme final : public QObject {
   QColor tertiary() const { return colors_.tertiary; }
 
   QColor accent() const { return colors_.accent; }
+
+  QColor tint() const { return colors_.tint; }
 
   QColor onAccent() const { return colors_.onAccent; }
 
