@@ -7,6 +7,7 @@
 #include "platform/simulated/manual_clock.h"
 #include "platform/simulated/simulated_audio.h"
 #include "ui/panel_theme.h"
+#include "ui/symbols/symbol_image_provider.h"
 #include "ui/views.h"
 
 #include <QDir>
@@ -31,10 +32,10 @@ struct FixedAppearance final : DesktopAppearance {
   Appearance appearance;
 };
 
-/// Round spots in the colour that is asked for.
-class Spots final : public QQuickImageProvider {
+/// Stands for every application.
+class PlainIcons final : public QQuickImageProvider {
  public:
-  Spots()
+  PlainIcons()
       : QQuickImageProvider(QQuickImageProvider::Image) {}
 
   QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override {
@@ -43,8 +44,7 @@ class Spots final : public QQuickImageProvider {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    const QColor color("#" + id.section('/', -1));
-    painter.setBrush(color.isValid() ? color : QColor("#5b8def"));
+    painter.setBrush(id.endsWith("/0") ? QColor(0x5b8def) : QColor(0x7f8aa0));
     painter.drawRoundedRect(QRectF(QPointF(), requestedSize), requestedSize.width() / 4.0,
                             requestedSize.width() / 4.0);
     *size = requestedSize;
@@ -132,8 +132,8 @@ void draw(const QString& path, bool isDark, int consent, bool hasRows) {
   PanelTheme theme(appearance);
   QQmlEngine engine;
   theme.install(engine);
-  engine.addImageProvider("symbol", std::make_unique<Spots>().release());
-  engine.addImageProvider("app-icon", std::make_unique<Spots>().release());
+  engine.addImageProvider(SymbolImageProvider::kID, std::make_unique<SymbolImageProvider>().release());
+  engine.addImageProvider("app-icon", std::make_unique<PlainIcons>().release());
   QQuickView view(&engine, nullptr);
   view.setInitialProperties({{"model", QVariant::fromValue(machine.model())}, {"serverNotice", QString()}});
   view.setSource(rootPanelURL());
