@@ -18,7 +18,7 @@ QNetworkRequest networkRequest(const FetchRequest& request) {
   network.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-  network.setMaximumRedirectsAllowed(kMaximumRedirects);
+  network.setMaximumRedirectsAllowed(kMaximumRedirects + 1); // ours is counted first
   network.setRawHeader("User-Agent", "Sonvel");
   // Named by us, an encoding is not undone on the way: what is counted and kept is what was sent.
   network.setRawHeader("Accept-Encoding", "identity");
@@ -99,6 +99,7 @@ bool Fetch::readArrived() {
 
 void Fetch::follow(const QUrl& address) {
   if (!isAllowed(address, request_.policy)) return end(UpdateFailure::insecureRedirect);
+  if (++redirects_ > kMaximumRedirects) return end(UpdateFailure::tooManyRedirects);
   restartStallTimer();
   emit reply_->redirectAllowed();
 }

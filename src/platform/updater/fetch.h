@@ -59,6 +59,7 @@ class Fetch {
   std::unique_ptr<Timer> stallTimer_;
   std::unique_ptr<Timer> totalTimer_;
   qint64 receivedBytes_ = 0;
+  int redirects_ = 0;
 };
 
 } // namespace sonvel::updater
