@@ -10,15 +10,14 @@ constexpr qint64 kReadBufferBytes = 256 * 1024;
 constexpr int kMaximumRedirects = 5;
 constexpr int kStatusOk = 200;
 
-QNetworkRequest networkRequest(const FetchRequest& request) {
-  QNetworkRequest network(request.address);
-  network.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
+QNetworkRequest networkRequest(const QUrl& address) {
+  QNetworkRequest network(address);
+  network.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
   network.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
   network.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
   network.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-  network.setMaximumRedirectsAllowed(kMaximumRedirects + 1); // ours is counted first
   network.setRawHeader("User-Agent", "Sonvel");
   // Named by us, an encoding is not undone on the way: what is counted and kept is what was sent.
   network.setRawHeader("Accept-Encoding", "identity");
@@ -31,17 +30,15 @@ UpdateFailure failureOf(QNetworkReply::NetworkError error) {
     return UpdateFailure::insecureConnection;
   case QNetworkReply::RemoteHostClosedError:
     return UpdateFailure::interrupted;
-  case QNetworkReply::TooManyRedirectsError:
-    return UpdateFailure::tooManyRedirects;
-  case QNetworkReply::InsecureRedirectError:
-  case QNetworkReply::ProtocolUnknownError:
-  case QNetworkReply::ProtocolInvalidOperationError:
-    return UpdateFailure::insecureRedirect;
   default:
     // Below this value are faults of the connection and of proxies, above it refusals of the server.
     return error < QNetworkReply::ContentAccessDenied ? UpdateFailure::noNetwork
                                                       : UpdateFailure::serverRefused;
   }
+}
+
+int statusOf(const QNetworkReply& reply) {
+  return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
 /// A reply that is no longer wanted, which may be in the middle of a signal.
@@ -54,7 +51,8 @@ void dropReply(QNetworkReply* reply) {
 } // namespace
 
 Fetch::Fetch(QNetworkAccessManager& network, Clock& clock, const FetchRequest& request, Sink sink, Done done)
-    : clock_(clock)
+    : network_(network)
+    , clock_(clock)
     , request_(request)
     , sink_(std::move(sink))
     , done_(std::move(done))
@@ -63,22 +61,20 @@ Fetch::Fetch(QNetworkAccessManager& network, Clock& clock, const FetchRequest& r
     relay_.bind([this] { end(UpdateFailure::insecureDownload); })();
     return;
   }
-  reply_.reset(network.get(networkRequest(request_)));
-  reply_->setReadBufferSize(kReadBufferBytes);
-  connectReply();
+  get(request_.address);
   totalTimer_ = clock_.callAfter(request_.totalTimeout, relay_.bind([this] { end(UpdateFailure::tooSlow); }));
-  restartStallTimer();
 }
 
 Fetch::~Fetch() = default;
 
-void Fetch::connectReply() {
+void Fetch::get(const QUrl& address) {
+  reply_.reset(network_.get(networkRequest(address)));
   QNetworkReply* reply = reply_.get();
+  reply->setReadBufferSize(kReadBufferBytes);
   QObject::connect(reply, &QNetworkReply::readyRead, reply, [this] { readArrived(); });
-  QObject::connect(reply, &QNetworkReply::redirected, reply,
-                   [this](const QUrl& address) { follow(address); });
   QObject::connect(
       reply, &QNetworkReply::finished, reply, [this] { finishReply(); }, Qt::QueuedConnection);
+  restartStallTimer();
 }
 
 void Fetch::restartStallTimer() {
@@ -88,7 +84,7 @@ void Fetch::restartStallTimer() {
 /// False once that has ended the fetch, which may be gone then.
 bool Fetch::readArrived() {
   // What an answer with another status says is not what was asked for.
-  if (reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() != kStatusOk) return true;
+  if (statusOf(*reply_) != kStatusOk) return true;
   restartStallTimer();
   const QByteArray piece = reply_->readAll();
   receivedBytes_ += piece.size();
@@ -98,16 +94,16 @@ bool Fetch::readArrived() {
 }
 
 void Fetch::follow(const QUrl& address) {
-  if (!isAllowed(address, request_.policy)) return end(UpdateFailure::insecureRedirect);
   if (++redirects_ > kMaximumRedirects) return end(UpdateFailure::tooManyRedirects);
-  restartStallTimer();
-  emit reply_->redirectAllowed();
+  if (!isAllowed(address, request_.policy)) return end(UpdateFailure::insecureRedirect);
+  get(address);
 }
 
 void Fetch::finishReply() {
   if (reply_->error() != QNetworkReply::NoError) return end(failureOf(reply_->error()));
-  if (reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() != kStatusOk)
-    return end(UpdateFailure::serverRefused);
+  const QUrl target = reply_->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+  if (!target.isEmpty()) return follow(reply_->url().resolved(target));
+  if (statusOf(*reply_) != kStatusOk) return end(UpdateFailure::serverRefused);
   if (reply_->bytesAvailable() > 0 && !readArrived()) return;
   end(std::nullopt);
 }

@@ -43,13 +43,14 @@ class Fetch {
   Fetch& operator=(const Fetch&) = delete;
 
  private:
-  void connectReply();
+  void get(const QUrl& address);
   void restartStallTimer();
   bool readArrived();
   void follow(const QUrl& address);
   void finishReply();
   void end(Failure failure);
 
+  QNetworkAccessManager& network_;
   Clock& clock_;
   FetchRequest request_;
   Sink sink_;

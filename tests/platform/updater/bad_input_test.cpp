@@ -82,7 +82,8 @@ std::vector<BadInput> badFeeds() {
          world.serveFeed("<rss><channel>" + QByteArray("<!-- more -->").repeated(kFiftyMegabytes / 13));
        },
        checking, UpdateFailure::feedTooLarge},
-      {"longText", [](World& world) { world.serveFeed("<rss><title>" + QByteArray(70'000, 'x')); }, checking,
+      {"longText",
+       [](World& world) { world.serveFeed("<rss><title>" + QByteArray(70'000, 'x') + "</title>"); }, checking,
        UpdateFailure::feedTooLarge},
       {"manyItems",
        [](World& world) { world.serveFeed("<rss><channel>" + QByteArray("<item/>").repeated(2'000)); },

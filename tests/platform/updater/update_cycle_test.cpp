@@ -97,6 +97,19 @@ TEST_P(UpdateCycleTest, offersWhatTheChannelAndTheSystemAllow) {
   }
 }
 
+TEST_P(UpdateCycleTest, followsSafeRedirects) {
+  UpdaterWorld world(security());
+  world.server().set("/real", {.body = UpdaterWorld::feedOf({world.goodItem()})});
+  world.server().setRedirect("/second", world.server().url("/third").toString());
+  world.server().setRedirect("/third", "real");
+  world.server().setRedirect("/appcast.xml", "/second");
+  world.advanceTo(UpdateStage::available);
+  world.server().set("/file", {.body = world.newFile});
+  world.server().setRedirect("/update", "/file");
+  world.cycle().proceed();
+  EXPECT_TRUE(world.waitFor(UpdateStage::ready));
+}
+
 TEST_P(UpdateCycleTest, checksOfTheScheduleShowOnlyWhatCanBeTaken) {
   UpdaterWorld world(security());
   world.serveFeed("this is no feed");
