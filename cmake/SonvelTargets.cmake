@@ -38,14 +38,19 @@ function(sonvel_program name)
 endfunction()
 
 # sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [PROPERTIES ...])
-# A GoogleTest program, each of whose tests ctest runs and counts on its own.
+# A GoogleTest program, each of whose tests ctest runs and counts on its own. A test that listens to a real sound
+# server (label sound or session) has the machine to itself: without real-time rights, another's load is heard.
 function(sonvel_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBS;LABELS;PROPERTIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_link_libraries(${name} PRIVATE sonvel_options ${arg_LIBS} GTest::gmock GTest::gtest_main)
+  set(is_alone FALSE)
+  if("sound" IN_LIST arg_LABELS OR "session" IN_LIST arg_LABELS)
+    set(is_alone TRUE)
+  endif()
   gtest_discover_tests(${name}
       TEST_PREFIX "${name}."
       DISCOVERY_MODE PRE_TEST
-      PROPERTIES TIMEOUT 120 LABELS "${arg_LABELS}" ${arg_PROPERTIES})
+      PROPERTIES TIMEOUT 120 RUN_SERIAL ${is_alone} LABELS "${arg_LABELS}" ${arg_PROPERTIES})
 endfunction()

@@ -12,7 +12,8 @@
 namespace sonvel {
 
 /// The implementations for a real desktop, joined: PipeWire for sound, the session's desktop entries and the
-/// process table for who plays it. Connects to the sound server when it is made, as PipeWireHardware does.
+/// process table for who plays it. Connects to the sound server when it is made, as PipeWireHardware does,
+/// and lets this process open as many files as it may.
 class DesktopAudio {
  public:
   DesktopAudio();

@@ -37,6 +37,18 @@ template <class T> class Actor final : public Executor {
     return Reply<R>(std::move(state));
   }
 
+  /// Runs `function` with the object and an answer, a callable that takes an R, on the actor's thread. The
+  /// reply comes when the answer is called, on any thread, once; other calls may run until then.
+  template <class R, class F> Reply<R> callForAnswer(F&& function) {
+    auto state = std::make_shared<detail::ReplyState<R>>(thread_);
+    auto callable = std::make_shared<std::decay_t<F>>(std::forward<F>(function));
+    thread_->post([object = object_.get(), state, callable] {
+      std::invoke(*callable, *object,
+                  [state](R value) { state->completeWith([&] { return std::move(value); }); });
+    });
+    return Reply<R>(std::move(state));
+  }
+
   void post(std::function<void()> work) override { thread_->post(std::move(work)); }
 
   bool isCurrent() const override { return thread_->isCurrent(); }

@@ -22,6 +22,8 @@ struct ChannelMetrics {
   bool operator==(const ChannelMetrics&) const = default;
 };
 
+class CaptureProbe;
+
 /// Owns every tap, aggregate device and IOProc of the program: one session for each application that is
 /// controlled, by its process object.
 ///
@@ -32,6 +34,9 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   /// Makes no call of the audio system. The retrying of failed teardowns enters through `executor` at the
   /// times of `clock`. The environment's referents and the clock outlive the controller.
   HardwareController(AudioEnvironment environment, Clock& clock, std::weak_ptr<Executor> executor);
+  ~HardwareController();
+  HardwareController(const HardwareController&) = delete;
+  HardwareController& operator=(const HardwareController&) = delete;
 
   // Channels.
 
@@ -81,6 +86,14 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   /// What to tell the user while a failed teardown is being retried; none when everything is restored.
   std::optional<std::string> restorationFailure() const;
 
+  /// What a probe gives: whether it heard something, none if nothing played that it could listen to.
+  using ProbeAnswer = std::function<void(std::optional<bool>)>;
+
+  /// Listens for 600 ms to the first application that plays, which goes on to be heard as before, and calls
+  /// `answer` once, as work of the executor. Meanwhile the controller is free for other calls. False also if
+  /// listening can't be set up, or if the controller ends before it is over.
+  void probeCapture(ProbeAnswer answer);
+
   // The audio system, reached in turn with everything else.
 
   std::vector<AudioApp> audibleApps() const;
@@ -104,6 +117,20 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   void scheduleTeardownRetry();
   void retryTeardown();
   void finishTeardownRetry();
+  void finishProbe(std::uint64_t number);
+
+  /// A probe that is listening.
+  struct ListeningProbe {
+    ListeningProbe(std::unique_ptr<CaptureProbe> captureProbe, std::unique_ptr<Timer> timer,
+                   ProbeAnswer onAnswer);
+    ~ListeningProbe();
+    ListeningProbe(ListeningProbe&&) noexcept = default;
+    ListeningProbe& operator=(ListeningProbe&&) noexcept = default;
+
+    std::unique_ptr<CaptureProbe> probe;
+    std::unique_ptr<Timer> wake;
+    ProbeAnswer answer;
+  };
 
   const AudioEnvironment environment_;
   Clock& clock_;
@@ -115,6 +142,8 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   std::map<AudioObjectID, std::unique_ptr<TapSession>> sessions_; ///< by the application's objectID
   std::unique_ptr<Timer> teardownRetryTask_;                      ///< present while the retrying goes on
   std::optional<std::string> restorationFailure_;
+  std::map<std::uint64_t, ListeningProbe> listeningProbes_; ///< by number
+  std::uint64_t lastProbe_ = 0;
 };
 
 } // namespace sonvel

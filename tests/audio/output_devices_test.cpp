@@ -8,10 +8,8 @@ namespace sonvel {
 namespace {
 
 using simulated::Call;
-using simulated::DeviceScript;
 using simulated::VolumeControl;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 using Volumes = std::map<std::uint32_t, VolumeControl>;
 

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 
 namespace sonvel::contract {
@@ -62,6 +63,8 @@ class AudioSystemUnderTest {
 struct BackEnd {
   std::string name;
   std::function<std::unique_ptr<AudioSystemUnderTest>()> make;
+
+  friend std::ostream& operator<<(std::ostream& out, const BackEnd& backEnd) { return out << backEnd.name; }
 };
 
 } // namespace sonvel::contract

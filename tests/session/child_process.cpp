@@ -54,7 +54,8 @@ void becomeChild(const Command& command, pid_t parent) noexcept {
     if (getppid() != parent) _exit(127);
   }
 
-  setpgid(0, 0); // so that an interrupt from the terminal reaches us alone, who end the rest in order
+  // Never our group, so that an interrupt from the terminal reaches us alone, who end the rest in order.
+  if (setpgid(0, command.group) != 0) setpgid(0, 0);
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -64,7 +65,6 @@ void becomeChild(const Command& command, pid_t parent) noexcept {
   redirect(command.input, STDIN_FILENO, O_RDONLY);
   if (command.output >= 0) redirect(command.output, STDOUT_FILENO, O_WRONLY);
   if (command.error >= 0) redirect(command.error, STDERR_FILENO, O_WRONLY);
-  if (command.lifeline >= 0) fcntl(command.lifeline, F_SETFD, 0);
 }
 
 [[noreturn]] void reportAndExit(int report) noexcept {

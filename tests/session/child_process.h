@@ -20,7 +20,7 @@ struct Command {
   int output = -1;
   int error = -1;
   bool outlivesUs = false; // not ended by the kernel when we end
-  int lifeline = -1;       // kept open across exec, so that its reader learns when the process has ended
+  pid_t group = 0;         // the process group to join, 0: one of its own
 };
 
 /// A process of ours that never outlives us: it is ended by the destructor, and by the kernel when the thread

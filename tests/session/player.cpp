@@ -3,6 +3,7 @@
 #include "session/tone_file.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace sonvel::session {
 
@@ -26,6 +27,20 @@ std::string propertyObject(const std::map<std::string, std::string>& properties)
   return object + "}";
 }
 
+// It sets role and target itself, over what the other properties say.
+std::vector<std::string> pwPlayArguments(const std::string& file,
+                                         std::map<std::string, std::string> properties) {
+  std::vector<std::string> arguments;
+  for (const auto& [name, option] :
+       {std::pair{"media.role", "--media-role"}, {"target.object", "--target"}}) {
+    const auto property = properties.extract(name);
+    if (!property.empty()) arguments.insert(arguments.end(), {option, property.mapped()});
+  }
+  if (!properties.empty()) arguments.insert(arguments.end(), {"--properties", propertyObject(properties)});
+  arguments.push_back(file);
+  return arguments;
+}
+
 std::string programName(PlayerKind kind) {
   switch (kind) {
   case PlayerKind::pwPlay:
@@ -42,8 +57,7 @@ std::vector<std::string> argumentsFor(PlayerKind kind, const std::string& file,
                                       const PlayerOptions& options) {
   switch (kind) {
   case PlayerKind::pwPlay:
-    if (options.properties.empty()) return {file};
-    return {"--properties", propertyObject(options.properties), file};
+    return pwPlayArguments(file, options.properties);
   case PlayerKind::paplay:
     return {file};
   case PlayerKind::ffplay:

@@ -1,5 +1,6 @@
 #include "session/private_session.h"
 
+#include "session/eventually.h"
 #include "session/session_files.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
 
 namespace sonvel::session {
@@ -70,10 +70,10 @@ Environment makeEnvironment(const SessionFolders& folders, const SessionOptions&
                              {"PULSE_RUNTIME_PATH", (folders.runtime / "pulse").string()},
                              {"DISABLE_RTKIT", "y"}};
   for (const char* unwanted :
-       {"DISPLAY", "WAYLAND_DISPLAY", "PIPEWIRE_REMOTE", "PIPEWIRE_RUNTIME_DIR", "PIPEWIRE_CORE", "PIPEWIRE_CONFIG_DIR",
-        "PIPEWIRE_CONFIG_NAME", "PIPEWIRE_NODE", "PIPEWIRE_LATENCY", "PIPEWIRE_RATE", "PIPEWIRE_QUANTUM",
-        "PIPEWIRE_PROPS", "PULSE_SINK", "PULSE_PROP", "PULSE_COOKIE", "PULSE_CLIENTCONFIG",
-        "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "DBUS_STARTER_ADDRESS"})
+       {"DISPLAY", "WAYLAND_DISPLAY", "PIPEWIRE_REMOTE", "PIPEWIRE_RUNTIME_DIR", "PIPEWIRE_CORE",
+        "PIPEWIRE_CONFIG_DIR", "PIPEWIRE_CONFIG_NAME", "PIPEWIRE_NODE", "PIPEWIRE_LATENCY", "PIPEWIRE_RATE",
+        "PIPEWIRE_QUANTUM", "PIPEWIRE_PROPS", "PULSE_SINK", "PULSE_PROP", "PULSE_COOKIE",
+        "PULSE_CLIENTCONFIG", "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID", "DBUS_STARTER_ADDRESS"})
     environment[unwanted] = std::nullopt;
   return environment;
 }
@@ -92,14 +92,17 @@ bool serves(const fs::path& path) {
   return accepted;
 }
 
-bool waitUntil(const std::function<bool()>& holds, Clock::time_point deadline) {
-  constexpr std::chrono::milliseconds between{5};
-  while (!holds()) {
-    if (Clock::now() > deadline) return false;
-    std::this_thread::sleep_for(between);
-  }
-  return true;
-}
+// Sleeps until its input ends. Told the session's process group first and "done" at last; without that last
+// word we are gone, and it ends what is left in the group before it removes the folder.
+constexpr const char* kKeeper = R"(
+read -r group
+if ! read -r done && [ -n "$group" ]; then
+  kill -s KILL -- "-$group"
+  tries=0
+  while kill -s 0 -- "-$group" && [ $tries -lt 20 ]; do tries=$((tries + 1)); sleep 0.01; done
+fi 2>/dev/null
+rm -rf -- "$1"
+)";
 
 } // namespace
 
@@ -125,25 +128,29 @@ PrivateSession::~PrivateSession() {
   endAll();
 }
 
-/// The keeper is what removes the folder if we can't: it sleeps until all holders of the lifeline, we and the
-/// daemons, have ended.
 void PrivateSession::startKeeper() {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  lifeline_ = ends[1];
-  keeper_ =
-      ChildProcess({.program = "/bin/sh",
-                    .arguments = {"sh", "-c", R"(read -r _; rm -rf -- "$1")", "keeper", folder_.string()},
-                    .input = ends[0],
-                    .outlivesUs = true});
+  keeperInput_ = ends[1];
+  keeper_ = ChildProcess({.program = "/bin/sh",
+                          .arguments = {"sh", "-c", kKeeper, "keeper", folder_.string()},
+                          .environment = {{"PATH", "/usr/bin:/bin"}},
+                          .input = ends[0],
+                          .outlivesUs = true});
   close(ends[0]);
+}
+
+void PrivateSession::tellKeeper(const std::string& line) const noexcept {
+  const std::string text = line + "\n";
+  [[maybe_unused]] const ssize_t written = write(keeperInput_, text.data(), text.size());
 }
 
 void PrivateSession::startBus() {
   const SessionFolders folders(folder_);
   bus_ = launch("dbus-daemon",
                 {"--nofork", "--nopidfile", "--config-file=" + (folders.config / "bus.conf").string()});
-  if (!waitUntil([&] { return serves(folders.runtime / "bus"); }, Clock::now() + kPatience))
+  tellKeeper(std::to_string(bus_.pid()));
+  if (!eventually([&] { return serves(folders.runtime / "bus"); }, kPatience))
     throw std::runtime_error("no D-Bus: " + contentsOf(folders.logs / "dbus-daemon"));
 }
 
@@ -163,7 +170,7 @@ Command PrivateSession::command(const std::string& program, std::vector<std::str
   return {.program = program,
           .arguments = std::move(arguments),
           .environment = environment_,
-          .lifeline = lifeline_};
+          .group = bus_.pid()};
 }
 
 void PrivateSession::start(Daemon daemon) {
@@ -171,22 +178,22 @@ void PrivateSession::start(Daemon daemon) {
   waitUntilReady(daemon);
 }
 
-void PrivateSession::waitUntilReady(Daemon daemon) const {
-  const auto deadline = Clock::now() + kPatience;
-  bool ready = false;
+void PrivateSession::waitUntilReady(Daemon daemon) {
+  const bool ready =
+      eventually([&] { return isReady(daemon) || !process(daemon).running(); }, kPatience) && isReady(daemon);
+  if (!ready) throw std::runtime_error(std::string(nameOf(daemon)) + " is not ready: " + log(daemon));
+}
+
+bool PrivateSession::isReady(Daemon daemon) const {
   switch (daemon) {
   case Daemon::pipewire:
-    ready = waitUntil([&] { return serves(socketPath()); }, deadline) &&
-            waitForGraph([](const Graph& graph) { return graph.node("Headphones") != nullptr; }, kPatience);
-    break;
+    return serves(socketPath()) && graph().node("Headphones") != nullptr;
   case Daemon::wireplumber:
-    ready = waitForGraph([](const Graph& graph) { return !graph.defaultSink().empty(); }, kPatience);
-    break;
+    return !graph().defaultSink().empty();
   case Daemon::pulse:
-    ready = waitUntil([&] { return serves(SessionFolders(folder_).runtime / "pulse/native"); }, deadline);
-    break;
+    return serves(SessionFolders(folder_).runtime / "pulse/native");
   }
-  if (!ready) throw std::runtime_error(std::string(nameOf(daemon)) + " is not ready: " + log(daemon));
+  return false;
 }
 
 void PrivateSession::endAll() noexcept {
@@ -194,8 +201,12 @@ void PrivateSession::endAll() noexcept {
     process(daemon).signal(SIGCONT);
     process(daemon).end();
   }
-  bus_.end();
-  if (lifeline_ >= 0) close(lifeline_);
+  if (bus_.pid() > 0) ::kill(-bus_.pid(), SIGKILL); // the bus leads the group of all that ran in the session
+  bus_.kill();
+  if (keeperInput_ >= 0) {
+    tellKeeper("done");
+    close(keeperInput_);
+  }
   keeper_.wait();
   std::error_code ignored;
   fs::remove_all(folder_, ignored);

@@ -87,17 +87,19 @@ class PrivateSession {
 
  private:
   void startKeeper();
+  void tellKeeper(const std::string& line) const noexcept;
   void startBus();
   void start(Daemon daemon);
-  void waitUntilReady(Daemon daemon) const;
+  void waitUntilReady(Daemon daemon);
+  [[nodiscard]] bool isReady(Daemon daemon) const;
   void endAll() noexcept;
   [[nodiscard]] ChildProcess launch(const std::string& name, std::vector<std::string> arguments) const;
   [[nodiscard]] ChildProcess& process(Daemon daemon) noexcept;
 
   std::filesystem::path folder_;
   Environment environment_;
-  int lifeline_ = -1; // held by every process of the session: its other end tells when all have ended
-  ChildProcess keeper_;
+  int keeperInput_ = -1;
+  ChildProcess keeper_; // removes the folder, also when we can't
   ChildProcess bus_;
   std::array<ChildProcess, 3> daemons_;
 };

@@ -57,6 +57,15 @@ void ControlledSound::setOutput(const AudioApp& app, std::optional<std::string> 
   with([&](HardwareController& controller) { controller.setOutput(outputUID, app.objectID); });
 }
 
+std::optional<bool> ControlledSound::probe() {
+  return controller_
+      ->callForAnswer<std::optional<bool>>(
+          [](HardwareController& controller, HardwareController::ProbeAnswer answer) {
+            controller.probeCapture(std::move(answer));
+          })
+      .get();
+}
+
 bool ControlledSound::remove(const AudioApp& app) {
   const auto result =
       with([&](HardwareController& controller) { return controller.removeChannel(app.objectID); });

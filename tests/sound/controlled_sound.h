@@ -36,6 +36,9 @@ class ControlledSound {
   void setMuted(const AudioApp& app, bool isMuted);
   void setOutput(const AudioApp& app, std::optional<std::string> outputUID);
 
+  /// As the controller's probe answers.
+  std::optional<bool> probe();
+
   /// Whether all of it was restored.
   bool remove(const AudioApp& app);
 

@@ -110,4 +110,24 @@ TEST(Handover, OthersOnTheDeviceLoseNothing) {
   EXPECT_EQ(faultyFrames(hearUntilSettled(speakers, mark), kAmplitude), 0);
 }
 
+TEST(Handover, ProbeHearsAndIsNotHeard) {
+  const PrivateSession session;
+  ControlledSound sound(session);
+  EXPECT_EQ(sound.probe(), std::nullopt);
+
+  ToneClient client(session);
+  constexpr double kAmplitude = 0.5;
+  client.open("counter", {.signal = Signal::counter, .tone = {.amplitude = kAmplitude}});
+  const Listener speakers(session, "Speakers");
+  ASSERT_TRUE(sound.findApp(client.pid()));
+  const auto mark = speakers.mark();
+  EXPECT_EQ(sound.probe(), true);
+  EXPECT_EQ(faultyFrames(hearUntilSettled(speakers, mark), kAmplitude), 0);
+  EXPECT_FALSE(holdsAnythingOfOurs(session.graph()));
+
+  client.setAmplitude("counter", 0.0);
+  ASSERT_TRUE(speakers.waitForExactZeros(100ms));
+  EXPECT_EQ(sound.probe(), false);
+}
+
 } // namespace sonvel::sound

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -79,6 +80,45 @@ TEST(Survival, RestartOfTheServerLeavesNothingToUndoAndAllToBeDoneAgain) {
   const Listener speakers(session, "Speakers");
   tapped.sound.add(*app, 0.5F);
   EXPECT_TRUE(speakers.waitForTone(scaled(kTone, 0.5), kToleranceDB));
+}
+
+TEST(Survival, WhatTheServerLosesIsMadeAgain) {
+  const PrivateSession session;
+  const TappedTone tapped(session);
+  for (const std::string name : {"sonvel-aggregate", "sonvel-tap"}) {
+    SCOPED_TRACE(name);
+    GraphConnection connection(session.socketPath());
+    const auto deadline = std::chrono::steady_clock::now() + 5s;
+    const Graph graph = connection.snapshot(deadline);
+    const auto lost = std::ranges::find_if(graph.objects, [&](const GraphObject& object) {
+      return object.property("node.name").starts_with(name);
+    });
+    ASSERT_NE(lost, graph.objects.end());
+    const auto serial = lost->property("object.serial");
+    connection.destroy(lost->id);
+    ASSERT_TRUE(connection.waitFor(
+        [&](const Graph& now) {
+          const GraphObject* node = now.node(lost->property("node.name"));
+          return node == nullptr || node->property("object.serial") != serial;
+        },
+        deadline));
+    EXPECT_TRUE(tapped.listener->waitForTone(scaled(kTone, 0.5), kToleranceDB));
+  }
+}
+
+TEST(Survival, StreamThatEndsInATapLeavesNothing) {
+  // What stayed under its ID would send the next stream of that ID, anyone's, into the tap.
+  const PrivateSession session;
+  TappedTone tapped(session);
+  tapped.client.stop();
+  EXPECT_TRUE(session.waitForGraph([](const Graph& graph) {
+    return std::ranges::none_of(graph.metadata, [](const MetadataEntry& entry) {
+      return entry.value.starts_with("sonvel") || entry.key.starts_with("sonvel");
+    });
+  }));
+  ToneClient stranger(session);
+  stranger.open("stranger", {.tone = kTone});
+  EXPECT_TRUE(tapped.listener->waitForTone(kTone, kToleranceDB));
 }
 
 TEST(Survival, DeadOrHangingServerIsAnsweredInTime) {

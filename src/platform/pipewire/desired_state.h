@@ -19,7 +19,8 @@ struct DesiredTap {
   std::string description;
   std::set<ProcessKey> processes;
   bool isMuted = false;
-  bool hasNode = false; ///< only a muted tap has one: an unmuted tap is read straight from the streams
+  bool hasNode = false;   ///< only a muted tap has one: an unmuted tap is read straight from the streams
+  bool isLeaving = false; ///< it is forgotten as soon as its node has gone
 };
 
 /// A started IOProc as it should be: filter between taps and a device.

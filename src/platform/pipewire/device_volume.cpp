@@ -14,7 +14,8 @@ namespace sonvel::pipewire {
 namespace {
 
 /// The output of a card that a node plays through; null if it is not one of a card.
-const Route* routeOf(const Graph& graph, const Node& node) {
+template <class AnyGraph>
+auto routeOf(AnyGraph& graph, const Node& node) -> decltype(&graph.cards.at(0).routes[0]) {
   const auto card = node.card ? graph.cards.find(*node.card) : graph.cards.end();
   if (card == graph.cards.end() || !node.cardProfileDevice) return nullptr;
   const auto route = std::ranges::find(card->second.routes, *node.cardProfileDevice, &Route::profileDevice);
@@ -68,7 +69,7 @@ void setDeviceVolumes(Graph& graph, GraphMonitor& monitor, GlobalID device,
   spa_pod_builder builder{};
   spa_pod_builder_init(&builder, memory.data(), static_cast<std::uint32_t>(memory.size()));
   Node& node = graph.nodes.at(device);
-  if (const Route* route = routeOf(graph, node)) {
+  if (Route* route = routeOf(graph, node)) {
     spa_pod_frame frame{};
     spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_ParamRoute, SPA_PARAM_Route);
     spa_pod_builder_add(&builder, SPA_PARAM_ROUTE_index, SPA_POD_Int(route->index), SPA_PARAM_ROUTE_device,
@@ -77,7 +78,8 @@ void setDeviceVolumes(Graph& graph, GraphMonitor& monitor, GlobalID device,
     buildProps(builder, volumes);
     spa_pod_builder_add(&builder, SPA_PARAM_ROUTE_save, SPA_POD_Bool(true), 0);
     const auto* param = static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &frame));
-    pw_device_set_param(monitor.card(*node.card), SPA_PARAM_Route, 0, param);
+    pw_device_set_param(monitor.card(node.card.value_or(0)), SPA_PARAM_Route, 0, param);
+    route->channelVolumes = volumes; // until the card tells what it made of it
   } else {
     pw_node_set_param(monitor.node(device), SPA_PARAM_Props, 0, buildProps(builder, volumes));
     // A sink that has never run takes the value without telling anyone; until it tells, this is what it is.

@@ -18,6 +18,7 @@ enum class NodeKind { other, outputStream, sink, source };
 enum class PortDirection { in, out };
 
 struct Client {
+  std::uint64_t serial = 0; ///< never used again
   AudioClient facts;
   bool isKnown = false;        ///< its properties have arrived
   bool isSoundServer = false;  ///< the server's own helper, or this program

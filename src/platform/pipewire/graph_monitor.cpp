@@ -71,7 +71,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
   auto* registry = fromProxy<pw_registry>(registry_);
   const auto is = [type](const char* wanted) { return std::strcmp(type, wanted) == 0; };
   if (is(PW_TYPE_INTERFACE_Client)) {
-    graph_.clients[id] = {};
+    graph_.clients[id] = {.serial = numberOf(properties, PW_KEY_OBJECT_SERIAL).value_or(0)};
     watches_[id] = std::make_unique<ClientWatch>(registry, id, graph_, changed_);
   } else if (is(PW_TYPE_INTERFACE_Node)) {
     graph_.nodes[id] = readNode(properties);
@@ -138,6 +138,7 @@ void GraphMonitor::write(GlobalID subject, const MetadataWrite& write) {
 }
 
 void GraphMonitor::destroy(GlobalID id) {
+  graph_.links.erase(id); // its ID may be another's before the answer comes: it must not be asked for twice
   pw_registry_destroy(fromProxy<pw_registry>(registry_), id);
 }
 

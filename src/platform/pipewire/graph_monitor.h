@@ -31,8 +31,8 @@ class GraphMonitor {
   /// nothing while there is no metadata.
   void write(GlobalID subject, const MetadataWrite& write);
 
-  /// Removes any object of the server, by its ID.
-  void destroy(GlobalID id);
+  /// Removes a link, whoever made it, from the server and at once from the graph.
+  void destroy(GlobalID link);
 
  private:
   class Watch;

@@ -75,6 +75,11 @@ void GraphMonitor::ClientWatch::told(const pw_client_info* info) {
   client.facts.applicationID = textOf(properties, PW_KEY_APP_ID);
   client.facts.applicationName = textOf(properties, PW_KEY_APP_NAME);
   client.facts.processBinary = textOf(properties, PW_KEY_APP_PROCESS_BINARY);
+  // The session manager and the server's helpers play nothing of an application's, and neither do we.
+  const auto& binary = client.facts.processBinary;
+  client.isSoundServer = client.vouchedPID == getpid() || binary == "pipewire" ||
+                         binary == "pipewire-pulse" || binary == "wireplumber" ||
+                         (client.isPulseConnection && client.facts.processID == client.vouchedPID);
   changed_();
 }
 

@@ -3,9 +3,12 @@
 #include <spawn.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
-#include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -13,6 +16,8 @@
 namespace sonvel::pipewire {
 
 namespace {
+
+constexpr std::chrono::milliseconds kPatience{1000};
 
 std::string programPath() {
   std::error_code error;
@@ -28,7 +33,10 @@ pid_t spawn(const std::string& program, const std::string& argument, int input) 
   posix_spawn_file_actions_adddup2(&files, input, STDIN_FILENO);
   posix_spawnattr_t attributes{};
   posix_spawnattr_init(&attributes);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+  sigset_t none;
+  sigemptyset(&none);
+  posix_spawnattr_setsigmask(&attributes, &none);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK);
   std::string name = "sonvel-guardian";
   std::string prefix = argument;
   std::array<char*, 3> arguments{name.data(), prefix.data(), nullptr};
@@ -40,26 +48,33 @@ pid_t spawn(const std::string& program, const std::string& argument, int input) 
   return process;
 }
 
+/// Waits for the end of a child, but not for ever; then it has been reaped.
+void waitForEnd(pid_t process, std::chrono::milliseconds patience) {
+  const auto descriptor = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+  pollfd ending{.fd = descriptor, .events = POLLIN, .revents = 0};
+  if (descriptor >= 0) poll(&ending, 1, static_cast<int>(patience.count()));
+  waitpid(process, nullptr, WNOHANG);
+  if (descriptor >= 0) close(descriptor);
+}
+
 } // namespace
 
 Guardian::Guardian(const std::string& tapNamePrefix) {
   std::array<int, 2> ends{-1, -1};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) return;
-  process_ = spawn(programPath(), tapNamePrefix, ends[0]);
-  close(ends[0]);
-  lifeline_ = ends[1];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
+  process_ = spawn(programPath(), tapNamePrefix, ends[1]);
+  close(ends[1]);
+  lifeline_ = ends[0];
 }
 
 Guardian::~Guardian() {
   if (lifeline_ >= 0) close(lifeline_);
+  if (process_ > 0) waitForEnd(process_, kPatience);
 }
 
 void Guardian::dismiss() noexcept {
-  if (process_ <= 0) return;
   constexpr char kAllIsWell = '\n';
-  if (write(lifeline_, &kAllIsWell, 1) != 1) ::kill(process_, SIGTERM);
-  waitpid(process_, nullptr, 0);
-  process_ = -1;
+  if (lifeline_ >= 0) send(lifeline_, &kAllIsWell, 1, MSG_NOSIGNAL);
 }
 
 } // namespace sonvel::pipewire

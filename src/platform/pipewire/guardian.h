@@ -14,13 +14,14 @@ class Guardian {
   /// begin so. Does not block.
   explicit Guardian(const std::string& tapNamePrefix);
 
-  /// Lets it do its work, if it was not told before that there is none. Does not block then.
+  /// Lets it do its work, if it was not told before that there is none, and waits a second at most for its
+  /// end.
   ~Guardian();
 
   Guardian(const Guardian&) = delete;
   Guardian& operator=(const Guardian&) = delete;
 
-  /// Tells it that all was given back, and waits for its end.
+  /// Tells it that all was given back.
   void dismiss() noexcept;
 
  private:

@@ -23,6 +23,7 @@ PipeWireHardware::Session::Session(const ApplicationIdentity& appIdentity)
     , devices(ids)
     , runName(std::to_string(getpid()) + "-" +
               std::to_string(LoopThread::SteadyClock::now().time_since_epoch().count()) + "-") {
+  loop.start();
   const LoopThread::Lock lock(loop);
   server = std::make_unique<ServerConnection>(
       loop, graph,
@@ -33,12 +34,17 @@ PipeWireHardware::Session::Session(const ApplicationIdentity& appIdentity)
 }
 
 PipeWireHardware::Session::~Session() {
+  giveAllBack();
+  loop.stop(); // from here on nothing is called back
+}
+
+void PipeWireHardware::Session::giveAllBack() {
   const LoopThread::Lock lock(loop);
   const auto deadline = deadlineFromNow();
   for (auto& [id, session] : reconciler.desired().sessions)
     session.isStopping = true;
   for (auto& [id, tap] : reconciler.desired().taps)
-    tap.hasNode = false;
+    tap.isLeaving = true;
   reconciler.schedule();
   const OSStatus released = waitFor(lock, deadline, [this] { return reconciler.ownsNothing(); });
   const bool isConfirmed = syncWithServer(lock, deadline) == kNoError;
@@ -62,7 +68,8 @@ OSStatus PipeWireHardware::Session::waitFor(const LoopThread::Lock& lock, LoopTh
   return server->isReady() ? status::kUnspecified : status::kNotRunning;
 }
 
-OSStatus PipeWireHardware::Session::stop(const LoopThread::Lock& lock, IOProcID ioProc) {
+OSStatus PipeWireHardware::Session::stop(const LoopThread::Lock& lock, LoopThread::Deadline deadline,
+                                         IOProcID ioProc) {
   DesiredState& desired = reconciler.desired();
   const auto session = desired.sessions.find(ioProc);
   if (session == desired.sessions.end()) return kNoError;
@@ -75,7 +82,7 @@ OSStatus PipeWireHardware::Session::stop(const LoopThread::Lock& lock, IOProcID 
       found->second.hasNode = false;
   }
   reconciler.schedule();
-  const OSStatus outcome = waitFor(lock, deadlineFromNow(), [&] { return !reconciler.hasFilter(ioProc); });
+  const OSStatus outcome = waitFor(lock, deadline, [&] { return !reconciler.hasFilter(ioProc); });
   if (outcome == status::kUnspecified) return outcome;
   desired.sessions.erase(ioProc); // a server that has gone has lost it
   reconciler.dropBlock(ioProc);

@@ -16,14 +16,10 @@ namespace sonvel::pipewire {
 /// are called with it held.
 class PipeWireHardware::Session {
  public:
-  struct IOProc {
-    IOProcBlock block;
-  };
-
   struct Aggregate {
     AggregateDeviceDescription description;
     std::set<AudioObjectID> taps;
-    std::map<IOProcID, IOProc> ioProcs;
+    std::map<IOProcID, IOProcBlock> ioProcs;
   };
 
   explicit Session(const ApplicationIdentity& identity);
@@ -41,8 +37,11 @@ class PipeWireHardware::Session {
   OSStatus waitFor(const LoopThread::Lock& lock, LoopThread::Deadline deadline,
                    const std::function<bool()>& isTrue);
 
+  /// Takes all of ours out of the graph, as far as the server lets us, and ends the connection.
+  void giveAllBack();
+
   /// Takes a started IOProc out of the graph. Its block runs no more when this gives kNoError.
-  OSStatus stop(const LoopThread::Lock& lock, IOProcID ioProc);
+  OSStatus stop(const LoopThread::Lock& lock, LoopThread::Deadline deadline, IOProcID ioProc);
 
   /// What a call for aggregate devices alone gives for any other object.
   OSStatus statusOfNoAggregate(AudioObjectID object) const;
@@ -66,7 +65,6 @@ class PipeWireHardware::Session {
   ObjectIDs ids;
   ObjectTable processes;
   ObjectTable devices;
-  std::map<AudioObjectID, TapDescription> taps;
   std::map<AudioObjectID, Aggregate> aggregates;
   IOProcID lastIOProc = 0;
   const std::string runName; ///< in the name of every node of ours; no other run has the same

@@ -1,5 +1,7 @@
 #include "platform/pipewire/io_filter.h"
 
+#include <cstdio>
+
 namespace sonvel::pipewire {
 
 namespace {
@@ -7,7 +9,10 @@ namespace {
 constexpr std::array<const char*, kStereo> kChannels{"FL", "FR"};
 
 /// Since 1.0 it is the node that says it must not keep a device awake, before that its links did.
-constexpr bool kNodesCanBePassive = PW_MAJOR >= 1;
+bool nodesCanBePassive() {
+  int major = 0;
+  return std::sscanf(pw_get_library_version(), "%d", &major) == 1 && major >= 1;
+}
 
 } // namespace
 
@@ -17,7 +22,7 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
   cycle_.block = std::move(block);
   pw_properties* properties = pw_properties_new(PW_KEY_NODE_NAME, name.c_str(), PW_KEY_NODE_DESCRIPTION,
                                                 description.c_str(), PW_KEY_NODE_VIRTUAL, "true", nullptr);
-  if (kNodesCanBePassive) pw_properties_set(properties, PW_KEY_NODE_PASSIVE, "true");
+  if (nodesCanBePassive()) pw_properties_set(properties, PW_KEY_NODE_PASSIVE, "true");
   filter_.reset(pw_filter_new(core, name.c_str(), properties)); // takes the properties
   if (!filter_) {
     isBroken_ = true;
@@ -29,10 +34,10 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
     made.process = [](void* self, spa_io_position* position) {
       runIOCycle(&static_cast<IOFilter*>(self)->cycle_, position);
     };
-    made.state_changed = [](void* self, pw_filter_state, pw_filter_state state, const char*) {
-      if (state != PW_FILTER_STATE_ERROR) return;
-      static_cast<IOFilter*>(self)->isBroken_ = true;
-      static_cast<IOFilter*>(self)->changed_();
+    made.state_changed = [](void* self, pw_filter_state old, pw_filter_state state, const char*) {
+      // A filter whose node the server has removed is not told of an error: it is unconnected again.
+      const bool isLost = state == PW_FILTER_STATE_UNCONNECTED && old != PW_FILTER_STATE_UNCONNECTED;
+      if (state == PW_FILTER_STATE_ERROR || isLost) static_cast<IOFilter*>(self)->broke();
     };
     return made;
   }();
@@ -42,6 +47,18 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
     cycle_.outputPorts.at(side) = addPort(PW_DIRECTION_OUTPUT, kChannels.at(side));
   }
   isBroken_ = pw_filter_connect(filter_.get(), PW_FILTER_FLAG_RT_PROCESS, nullptr, 0) < 0;
+}
+
+IOFilter::~IOFilter() {
+  isClosing_ = true;
+  // The real-time thread must have let go before the listener does.
+  if (filter_) pw_filter_disconnect(filter_.get());
+}
+
+void IOFilter::broke() {
+  if (isClosing_) return;
+  isBroken_ = true;
+  changed_();
 }
 
 void* IOFilter::addPort(pw_direction direction, const char* channel) {

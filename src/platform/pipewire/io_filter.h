@@ -16,17 +16,23 @@ class IOFilter {
   IOFilter(pw_core* core, const std::string& name, const std::string& description, IOProcBlock block,
            std::function<void()> changed);
 
+  ~IOFilter();
+  IOFilter(const IOFilter&) = delete;
+  IOFilter& operator=(const IOFilter&) = delete;
+
   bool isBroken() const noexcept { return isBroken_; }
 
   /// Grows with each cycle, wrapping. Any thread.
   std::uint32_t cycles() const noexcept { return cycle_.cycles.load(std::memory_order_acquire); }
 
  private:
+  void broke();
   void* addPort(pw_direction direction, const char* channel);
 
   IOCycle cycle_;
   std::function<void()> changed_;
   bool isBroken_ = false;
+  bool isClosing_ = false;
   FilterHandle filter_;
   Hook hook_;
 };

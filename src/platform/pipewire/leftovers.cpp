@@ -9,6 +9,7 @@ bool sweepLeftovers(const std::string& tapNamePrefix, std::chrono::milliseconds 
   const auto deadline = LoopThread::SteadyClock::now() + patience;
   LoopThread loop;
   Graph graph;
+  loop.start();
   const LoopThread::Lock lock(loop);
   ServerConnection server(loop, graph, {.changed = [&] { loop.signal(); }, .lost = [] {}});
   if (!lock.waitUntil(deadline, [&] { return server.isReady(); })) return false;

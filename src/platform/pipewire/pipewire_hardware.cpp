@@ -51,18 +51,20 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
     session_->reconciler.schedule();
     return outcome;
   }
-  session_->taps.emplace(id, description);
   tap = id;
   return kNoError;
 }
 
 OSStatus PipeWireHardware::destroyProcessTap(AudioObjectID tap) {
   const Lock lock(session_->loop);
-  if (session_->taps.erase(tap) == 0) return status::kBadObject;
-  session_->reconciler.desired().taps.erase(tap);
+  const auto desired = session_->reconciler.desired().taps.find(tap);
+  if (desired == session_->reconciler.desired().taps.end()) return status::kBadObject;
+  desired->second.isLeaving = true;
   session_->reconciler.schedule();
-  session_->waitFor(lock, deadlineFromNow(),
-                    [&] { return !session_->reconciler.tapNodeState(tap).has_value(); });
+  const OSStatus outcome = session_->waitFor(
+      lock, deadlineFromNow(), [&] { return !session_->reconciler.tapNodeState(tap).has_value(); });
+  if (outcome == status::kUnspecified) return outcome;
+  session_->reconciler.desired().taps.erase(tap); // a server that has gone has lost it
   return kNoError;
 }
 
@@ -93,8 +95,10 @@ OSStatus PipeWireHardware::destroyAggregateDevice(AudioObjectID device) {
   const Lock lock(session_->loop);
   const auto aggregate = session_->aggregates.find(device);
   if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
-  for (const auto& [ioProc, installed] : aggregate->second.ioProcs)
-    if (const OSStatus outcome = session_->stop(lock, ioProc); outcome != kNoError) return outcome;
+  const auto deadline = deadlineFromNow();
+  const std::map<IOProcID, IOProcBlock> installed = aggregate->second.ioProcs;
+  for (const auto& [ioProc, block] : installed)
+    if (const OSStatus outcome = session_->stop(lock, deadline, ioProc); outcome != kNoError) return outcome;
   session_->aggregates.erase(device);
   return kNoError;
 }
@@ -107,7 +111,7 @@ OSStatus PipeWireHardware::createIOProcID(AudioObjectID device, const IOQueue& /
   if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
   if (!block) return status::kIllegalOperation;
   ioProc = ++session_->lastIOProc;
-  aggregate->second.ioProcs.emplace(ioProc, Session::IOProc{std::move(block)});
+  aggregate->second.ioProcs.emplace(ioProc, std::move(block));
   return kNoError;
 }
 
@@ -116,8 +120,11 @@ OSStatus PipeWireHardware::destroyIOProcID(AudioObjectID device, IOProcID ioProc
   const auto aggregate = session_->aggregates.find(device);
   if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
   if (!aggregate->second.ioProcs.contains(ioProc)) return status::kBadObject;
-  if (const OSStatus outcome = session_->stop(lock, ioProc); outcome != kNoError) return outcome;
-  aggregate->second.ioProcs.erase(ioProc);
+  if (const OSStatus outcome = session_->stop(lock, deadlineFromNow(), ioProc); outcome != kNoError)
+    return outcome;
+  // Others may have called while this one waited.
+  if (const auto left = session_->aggregates.find(device); left != session_->aggregates.end())
+    left->second.ioProcs.erase(ioProc);
   return kNoError;
 }
 
@@ -134,7 +141,7 @@ OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
   for (const auto tap : aggregate->second.taps)
     if (const auto found = desired.taps.find(tap); found != desired.taps.end())
       found->second.hasNode = found->second.isMuted;
-  session_->reconciler.setBlock(ioProc, installed->second.block);
+  session_->reconciler.setBlock(ioProc, installed->second);
   const AggregateDeviceDescription& description = aggregate->second.description;
   desired.sessions[ioProc] = {.filterName = session_->uniqueName("sonvel-aggregate-"),
                               .description = description.name,
@@ -149,14 +156,17 @@ OSStatus PipeWireHardware::deviceStop(AudioObjectID device, IOProcID ioProc) {
   const auto aggregate = session_->aggregates.find(device);
   if (aggregate == session_->aggregates.end()) return session_->statusOfNoAggregate(device);
   if (!aggregate->second.ioProcs.contains(ioProc)) return status::kBadObject;
-  return session_->stop(lock, ioProc);
+  return session_->stop(lock, deadlineFromNow(), ioProc);
 }
 
 std::vector<AudioClient> PipeWireHardware::audioClients() const {
   const Lock lock(session_->loop);
-  std::vector<AudioClient> clients;
+  std::map<std::uint64_t, AudioClient> bySerial; // in the order of arrival
   for (const auto& [id, client] : session_->graph.clients)
-    if (processKeyOf(session_->graph, id)) clients.push_back(client.facts);
+    if (processKeyOf(session_->graph, id)) bySerial[client.serial] = client.facts;
+  std::vector<AudioClient> clients;
+  for (auto& [serial, client] : bySerial)
+    clients.push_back(std::move(client));
   return clients;
 }
 

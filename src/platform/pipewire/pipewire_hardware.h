@@ -22,7 +22,8 @@ class PipeWireHardware final : public AudioHardware, public AudioClients {
  public:
   /// Connects to the server that the environment names, and waits up to two seconds for it. Without one all
   /// calls give kNotRunning until one comes. `identity` must outlive this object and is asked for the bundle
-  /// identifier of processes. Throws std::runtime_error if the machine has no thread left.
+  /// identifier of processes. Throws std::runtime_error if the machine has no thread
+  /// left or the library can't be set up.
   explicit PipeWireHardware(const ApplicationIdentity& identity);
 
   /// Gives every stream back, waiting up to two seconds for it.

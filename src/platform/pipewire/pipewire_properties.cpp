@@ -1,6 +1,8 @@
 #include "platform/pipewire/device_volume.h"
 #include "platform/pipewire/hardware_session.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace sonvel::pipewire {
@@ -64,7 +66,7 @@ class PipeWireHardware::PropertyReader {
   bool objectExists() const {
     return object_ == kSystemObject || session_.clientOf(object_) != nullptr ||
            session_.aggregates.contains(object_) || session_.deviceNode(object_) ||
-           session_.taps.contains(object_);
+           session_.reconciler.desired().taps.contains(object_);
   }
 
  private:
@@ -114,9 +116,13 @@ class PipeWireHardware::PropertyReader {
 OSStatus PipeWireHardware::getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
                                                std::uint32_t& sizeBytes) {
   const Lock lock(session_->loop);
-  // Lists are asked for rarely and must be true: a program that has just come is in them.
-  if (const OSStatus outcome = session_->syncWithServer(lock, deadlineFromNow()); outcome != kNoError)
-    return outcome;
+  // The two lists must be true: a program that has just come is in them.
+  const bool isSystemList =
+      address.selector == property::kProcessObjectList || address.selector == property::kDevices;
+  if (!session_->server->isReady()) return status::kNotRunning;
+  if (isSystemList)
+    if (const OSStatus outcome = session_->syncWithServer(lock, deadlineFromNow()); outcome != kNoError)
+      return outcome;
   PropertyReader reader(*session_, object, address);
   const auto data = reader.data();
   if (!data) return reader.objectExists() ? status::kUnknownProperty : status::kBadObject;
@@ -187,7 +193,10 @@ OSStatus PipeWireHardware::setPropertyData(AudioObjectID object, const PropertyA
   float scalar = 0.0F;
   if (data.size() != sizeof scalar) return status::kBadPropertySize;
   std::memcpy(&scalar, data.data(), sizeof scalar);
+  if (!std::isfinite(scalar)) return status::kIllegalOperation;
+  scalar = std::clamp(scalar, 0.0F, 1.0F);
   const auto device = session_->deviceNode(object);
+  if (!device) return status::kBadObject;
   const auto volumes = withVolumeScalar(deviceVolumes(session_->graph, *device), address.element, scalar);
   setDeviceVolumes(session_->graph, *session_->server->monitor(), *device, volumes);
   return session_->syncWithServer(lock, deadlineFromNow());

@@ -9,7 +9,7 @@ std::optional<ProcessKey> processKeyOf(const Graph& graph, GlobalID client) {
   const AudioClient& facts = found->second.facts;
   if (facts.sandboxAppID) return "application " + *facts.sandboxAppID;
   if (facts.processID > 0) return "process " + std::to_string(facts.processID);
-  return "client " + std::to_string(client);
+  return "client " + std::to_string(found->second.serial);
 }
 
 std::optional<ProcessKey> processKeyOfStream(const Graph& graph, const Node& stream) {

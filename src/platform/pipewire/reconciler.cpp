@@ -121,7 +121,7 @@ void Reconciler::purge(bool alsoFailed) {
     anyFailed |= entry.second->isBroken() && !alsoFailed;
     return entry.second->isBroken() && alsoFailed;
   });
-  if (anyFailed) retry_.arm(kRetryFailedAfter);
+  if (anyFailed) retry_.armOnce(kRetryFailedAfter);
 }
 
 void Reconciler::reconcile() {
@@ -131,8 +131,8 @@ void Reconciler::reconcile() {
       lookForStrandedStreams();
       apply(planEdits(graph_, desired_, owned()));
     } else {
-      releaseServerObjects(); // the session manager took the streams' links with it: nobody is heard through
-                              // us
+      // The session manager took the streams' links with it: nobody is heard through us.
+      releaseServerObjects();
     }
   }
   loop_.signal();
@@ -147,15 +147,23 @@ bool Reconciler::isSessionManagerReady() {
   }
   if (!managerReadyAt_) managerReadyAt_ = wasNewServer ? now : now + kManagerSettles;
   if (now >= *managerReadyAt_) return true;
-  retry_.arm(kRetryFailedAfter);
+  retry_.armOnce(kRetryFailedAfter);
   return false;
 }
 
 void Reconciler::lookForStrandedStreams() {
+  std::set<std::uint64_t> present;
   std::set<std::uint64_t> unlinked;
-  for (const auto& [id, node] : graph_.nodes)
-    if (moved_.contains(node.serial) && graph_.hasMetadata && !feedsAnything(graph_, id))
-      unlinked.insert(node.serial);
+  for (const auto& [id, node] : graph_.nodes) {
+    present.insert(node.serial);
+    if (moved_.contains(node.serial) && !feedsAnything(graph_, id)) unlinked.insert(node.serial);
+  }
+  std::erase_if(moved_, [&](std::uint64_t serial) { return !present.contains(serial); });
+  std::erase_if(stranded_, [&](std::uint64_t serial) { return !present.contains(serial); });
+  for (const auto& [id, link] : graph_.links) // somebody else does it again
+    if (const auto node = graph_.nodes.find(link.outputNode);
+        node != graph_.nodes.end() && !links_.contains({link.outputPort, link.inputPort}))
+      stranded_.erase(node->second.serial);
   const auto now = LoopThread::SteadyClock::now();
   std::erase_if(unlinkedSince_, [&](const auto& entry) { return !unlinked.contains(entry.first); });
   bool someWait = false;
@@ -164,7 +172,7 @@ void Reconciler::lookForStrandedStreams() {
     if (now - since >= kStrandedAfter) stranded_.insert(serial);
     someWait |= !stranded_.contains(serial);
   }
-  if (someWait) retry_.arm(kRetryFailedAfter);
+  if (someWait) retry_.armOnce(kRetryFailedAfter);
 }
 
 void Reconciler::apply(const Plan& plan) {

@@ -1,7 +1,9 @@
 #include "platform/pipewire/server_connection.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
-#include <csignal>
+#include <stdexcept>
 
 namespace sonvel::pipewire {
 
@@ -23,6 +25,7 @@ ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, Listener list
   const SignalsBlocked blocked; // the context starts the real-time thread
   pw_properties* properties = pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr);
   context_.reset(pw_context_new(loop.loop(), properties, 0));
+  if (!context_) throw std::runtime_error("the sound library could not be set up");
   connect();
 }
 
@@ -32,7 +35,7 @@ ServerConnection::~ServerConnection() {
 }
 
 void ServerConnection::connect() {
-  if (core_ || !context_) return;
+  if (core_) return;
   pw_properties* properties =
       pw_properties_new(PW_KEY_APP_NAME, "Sonvel", PW_KEY_APP_ID, "com.quellmarsh.sonvel",
                         PW_KEY_MEDIA_CATEGORY, "Manager", PW_KEY_MEDIA_TYPE, "Audio", nullptr);
@@ -80,8 +83,10 @@ void ServerConnection::toldDone(int sequence) {
 }
 
 void ServerConnection::toldError(std::uint32_t id, int result) {
-  // The core must not be taken down in the middle of its own event.
-  if (id == PW_ID_CORE && result == -EPIPE) dropped_.signal();
+  // After one of these nothing comes over the connection any more. The core must not be taken down in the
+  // middle of its own event.
+  constexpr std::array kLost{-EPIPE, -ECONNRESET, -EPROTO, -EBADMSG, -ENOTCONN};
+  if (id == PW_ID_CORE && std::ranges::find(kLost, result) != kLost.end()) dropped_.signal();
 }
 
 bool ServerConnection::roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline) {

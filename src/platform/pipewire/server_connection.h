@@ -17,6 +17,7 @@ class ServerConnection {
     std::function<void()> lost;    ///< destroy everything that was made through core(), now
   };
 
+  /// Throws std::runtime_error if the library can't be set up; a missing server is only waited for.
   ServerConnection(LoopThread& loop, Graph& graph, Listener listener);
   ~ServerConnection();
   ServerConnection(const ServerConnection&) = delete;

@@ -19,6 +19,9 @@ struct MetadataWrite {
 /// The name of the tap that a stream is sent to, ours or one of a run that was killed; empty if to none.
 std::string targetTapOf(const Graph& graph, GlobalID stream);
 
+/// Whether something of ours is left on a stream that is sent to no tap.
+bool hasLeftover(const Graph& graph, GlobalID stream);
+
 /// The node that a stream's user had chosen for it, else the default sink; none if that is not there.
 std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream);
 

@@ -12,7 +12,6 @@
 namespace sonvel::desktop {
 namespace {
 
-using testing::ElementsAre;
 namespace fs = std::filesystem;
 
 std::string statusLine(const std::string& name, int parent, long startTime) {

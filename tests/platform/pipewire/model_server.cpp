@@ -222,7 +222,15 @@ void ModelServer::finishStops() {
 
 // What the session manager does.
 
+void ModelServer::chooseDefaultSink() {
+  graph.defaultSinkName.clear();
+  if (!graph.hasMetadata) return;
+  for (const auto* name : {kHeadphones, kSpeakers})
+    if (graph.nodeNamed(name)) graph.defaultSinkName = name;
+}
+
 void ModelServer::manage() {
+  chooseDefaultSink();
   if (isManaging_) return;
   isManaging_ = true;
   later([this] {

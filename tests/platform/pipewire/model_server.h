@@ -54,7 +54,7 @@ class ModelServer {
   IOProcID wantSession(const std::set<AudioObjectID>& taps, const std::string& device);
   void wantStop(IOProcID session);
 
-  void dropTap(AudioObjectID tap) { desired.taps.erase(tap); }
+  void dropTap(AudioObjectID tap) { desired.taps.at(tap).isLeaving = true; }
 
   Plan plan() const { return planEdits(graph, desired, owned); }
 
@@ -97,10 +97,12 @@ class ModelServer {
   void route(const StreamRouting& routing);
   void finishStops();
 
+  void chooseDefaultSink();
   void manage();
   void relink(GlobalID stream);
   std::optional<GlobalID> targetOf(GlobalID stream) const;
 
+  bool isReadByOthers(AudioObjectID tap, IOProcID session) const;
   void expectNothingIsHeardOf(const Plan& plan) const;
   bool reachesASink(const std::string& tapName) const;
   bool ownLinksCarry(GlobalID outputNode, GlobalID inputNode) const;

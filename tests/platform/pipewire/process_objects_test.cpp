@@ -25,6 +25,8 @@ TEST(ProcessKey, JoinsWhatIsOneProcessAndNothingElse) {
   graph.clients[8].facts.sandboxAppID = "org.example.Game";
   EXPECT_EQ(processKeyOf(graph, 1), processKeyOf(graph, 2));
   EXPECT_EQ(processKeyOf(graph, 6), processKeyOf(graph, 7));
+  graph.clients[4].serial = 40;
+  graph.clients[5].serial = 50;
   std::set<std::optional<ProcessKey>> keys;
   for (const GlobalID client : {1U, 3U, 4U, 5U, 6U, 8U})
     keys.insert(processKeyOf(graph, client));

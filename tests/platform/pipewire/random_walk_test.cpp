@@ -154,7 +154,8 @@ class Walk {
   /// Where a stream is to be heard in the end, out of what its user and its session want.
   std::string placeOf(GlobalID stream) const {
     const MetadataValue* target = server_.graph.metadataOf(stream, "target.object");
-    const std::string ownPlace = target == nullptr ? ModelServer::kSpeakers : target->value;
+    const bool hasOwnPlace = target != nullptr && target->value != "-1"; // that is: follow the default
+    std::string ownPlace = hasOwnPlace ? target->value : ModelServer::kSpeakers;
     const auto pid = server_.graph.clients.at(*server_.graph.nodes.at(stream).client).facts.processID;
     const auto running = sessions_.find(pid);
     if (running == sessions_.end() || !server_.desired.sessions.contains(running->second.session) ||

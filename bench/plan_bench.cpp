@@ -1,0 +1,34 @@
+// How long a look at the whole graph takes when nothing is missing, which is what most events find.
+#include "platform/pipewire/model_server.h"
+
+#include <benchmark/benchmark.h>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+void planNothing(benchmark::State& state) {
+  ModelServer server;
+  for (int i = 0; i < state.range(0); ++i) {
+    const std::int32_t pid = 1000 + i;
+    server.addStream(pid);
+    server.wantSession({server.wantTap(pid)}, ModelServer::kSpeakers);
+  }
+  server.settle(100'000);
+  for ([[maybe_unused]] const auto _ :
+       state) // NOLINT(clang-analyzer-deadcode.DeadStores): as the library wants it
+    benchmark::DoNotOptimize(server.plan());
+}
+
+BENCHMARK(planNothing)
+    ->ArgName("sessions")
+    ->Arg(1)
+    ->Arg(10)
+    ->Arg(25)
+    ->Arg(50)
+    ->Arg(100)
+    ->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+} // namespace sonvel::pipewire

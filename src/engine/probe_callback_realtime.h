@@ -1,0 +1,12 @@
+#pragma once
+
+#include "engine/mix_metrics.h"
+#include "platform/audio_types.h"
+
+namespace sonvel {
+
+/// Runs one cycle of a capture probe: counts it, and keeps the largest absolute sample of all cycles so far.
+/// Plays nothing. Real-time safe.
+void probeCycle(MixMetrics& metrics, const AudioBufferList& input) noexcept;
+
+} // namespace sonvel

@@ -1,0 +1,92 @@
+#include "model/channel_list.h"
+
+#include <algorithm>
+
+namespace sonvel {
+
+namespace {
+
+auto hasKey(std::string_view stableKey) {
+  return [stableKey](const ChannelList::Row& row) { return row->stableKey() == stableKey; };
+}
+
+} // namespace
+
+ChannelList::Row ChannelList::rowWithKey(std::string_view stableKey) const {
+  const auto found = std::ranges::find_if(rows_, hasKey(stableKey));
+  return found != rows_.end() ? *found : nullptr;
+}
+
+bool ChannelList::contains(const ChannelState& row) const {
+  return std::ranges::any_of(rows_, [&](const Row& other) { return other.get() == &row; });
+}
+
+void ChannelList::append(Row row) {
+  const int index = rowCount();
+  beginInsertRows({}, index, index);
+  rows_.push_back(std::move(row));
+  endInsertRows();
+}
+
+void ChannelList::removeRowsWithKey(std::string_view stableKey) {
+  const std::string key(stableKey); // which may belong to a row that goes
+  for (;;) {
+    const auto found = std::ranges::find_if(rows_, hasKey(key));
+    if (found == rows_.end()) return;
+    const auto index = static_cast<int>(found - rows_.begin());
+    beginRemoveRows({}, index, index);
+    rows_.erase(found);
+    endRemoveRows();
+  }
+}
+
+void ChannelList::sort(const Order& comesBefore) {
+  auto sorted = rows_;
+  std::ranges::stable_sort(sorted, [&](const Row& a, const Row& b) { return comesBefore(*a, *b); });
+  const auto indexIn = [](const std::vector<Row>& rows, const Row& row) {
+    return static_cast<std::size_t>(std::ranges::find(rows, row) - rows.begin());
+  };
+  for (std::size_t i = 0; i < sorted.size();) {
+    if (rows_[i] == sorted[i]) {
+      ++i;
+      continue;
+    }
+    // Either the row that belongs here comes up, or the one that is here goes down: whichever has further to
+    // go.
+    const auto from = indexIn(rows_, sorted[i]);
+    const auto to = indexIn(sorted, rows_[i]);
+    if (to > from)
+      move(i, to);
+    else
+      move(from, i);
+  }
+}
+
+void ChannelList::move(std::size_t from, std::size_t to) {
+  const auto source = static_cast<int>(from);
+  const auto destination =
+      static_cast<int>(from < to ? to + 1 : to); // the row before which it comes to stand
+  beginMoveRows({}, source, source, {}, destination);
+  const auto first = rows_.begin();
+  const auto at = [first](std::size_t index) { return first + static_cast<std::ptrdiff_t>(index); };
+  if (from < to)
+    std::rotate(at(from), at(from + 1), at(to + 1));
+  else
+    std::rotate(at(to), at(from), at(from + 1));
+  endMoveRows();
+}
+
+int ChannelList::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+}
+
+QVariant ChannelList::data(const QModelIndex& index, int role) const {
+  if (role != ChannelRole || !hasIndex(index.row(), index.column())) return {};
+  return QVariant::fromValue(rows_[static_cast<std::size_t>(index.row())].get());
+}
+
+QHash<int, QByteArray> ChannelList::roleNames() const {
+  return {{ChannelRole, "channel"}};
+}
+
+} // namespace sonvel

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "model/channel_state.h"
+
+#include <QAbstractListModel>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace sonvel {
+
+/// The rows in the order in which they are shown. It tells views of insertions, removals and moves and is
+/// never reset, so that a view keeps the row that a user holds while the rows around it change. Main thread.
+class ChannelList final : public QAbstractListModel {
+  Q_OBJECT
+
+ public:
+  using Row = std::shared_ptr<ChannelState>;
+  using Order = std::function<bool(const ChannelState&, const ChannelState&)>; ///< a strict weak one
+
+  enum Role { ChannelRole = Qt::UserRole }; ///< "channel": the ChannelState, owned by this program
+
+  const std::vector<Row>& rows() const noexcept { return rows_; }
+
+  /// The first row with that key; null if there is none.
+  Row rowWithKey(std::string_view stableKey) const;
+
+  /// Whether this very row is in the list.
+  bool contains(const ChannelState& row) const;
+
+  void append(Row row);
+
+  /// Removes every row with that key. The others keep their order.
+  void removeRowsWithKey(std::string_view stableKey);
+
+  /// Moves as few rows as will do. Equal rows keep their order.
+  void sort(const Order& comesBefore);
+
+  using QAbstractListModel::sort;
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QHash<int, QByteArray> roleNames() const override;
+
+ private:
+  void move(std::size_t from, std::size_t to);
+
+  std::vector<Row> rows_;
+};
+
+} // namespace sonvel

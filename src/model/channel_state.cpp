@@ -1,0 +1,82 @@
+#include "model/channel_state.h"
+
+namespace sonvel {
+
+namespace {
+
+QVariant toVariant(const std::optional<std::string>& text) {
+  return text ? QVariant(QString::fromStdString(*text)) : QVariant();
+}
+
+} // namespace
+
+std::string stableKey(const AudioApp& app) {
+  return app.parentBundleID.value_or(app.bundleID);
+}
+
+ChannelState::ChannelState(AudioApp app, int gainPercent, bool muted, std::optional<std::string> outputUID)
+    : stableKey_(sonvel::stableKey(app))
+    , app_(std::move(app))
+    , gainPercent_(gainPercent)
+    , muted_(muted)
+    , outputUID_(std::move(outputUID)) {}
+
+void ChannelState::setApp(AudioApp app) {
+  app_ = std::move(app);
+  Q_EMIT appChanged();
+}
+
+void ChannelState::setGainPercent(int percent) {
+  gainPercent_ = percent;
+  Q_EMIT gainPercentChanged();
+}
+
+void ChannelState::setMuted(bool muted) {
+  muted_ = muted;
+  Q_EMIT mutedChanged();
+}
+
+void ChannelState::setLevel(float level) {
+  level_ = level;
+  Q_EMIT levelChanged();
+}
+
+void ChannelState::setActive(bool active) {
+  active_ = active;
+  Q_EMIT activeChanged();
+}
+
+void ChannelState::setPlaying(bool isPlaying) {
+  isPlaying_ = isPlaying;
+  Q_EMIT isPlayingChanged();
+}
+
+void ChannelState::setOutputUID(std::optional<std::string> uid) {
+  outputUID_ = std::move(uid);
+  Q_EMIT outputUIDChanged();
+}
+
+void ChannelState::setLastError(std::optional<std::string> error) {
+  lastError_ = std::move(error);
+  Q_EMIT lastErrorChanged();
+}
+
+void ChannelState::setZeroStreak(int polls) {
+  zeroStreak_ = polls;
+  Q_EMIT zeroStreakChanged();
+}
+
+void ChannelState::setIdleTicks(int reconciliations) {
+  idleTicks_ = reconciliations;
+  Q_EMIT idleTicksChanged();
+}
+
+QVariant ChannelState::outputUIDText() const {
+  return toVariant(outputUID_);
+}
+
+QVariant ChannelState::lastErrorText() const {
+  return toVariant(lastError_);
+}
+
+} // namespace sonvel

@@ -1,0 +1,128 @@
+#pragma once
+
+#include "audio/audio_app.h"
+
+#include <QObject>
+#include <QVariant>
+#include <memory>
+
+namespace sonvel {
+
+/// What applications share that are one to the user: that of the parent where there is one.
+std::string stableKey(const AudioApp& app);
+
+/// One row: an application that plays or has played, and what the user chose for it. Every write of a
+/// property is announced, also of an equal value. Held by a shared_ptr. Main thread.
+class ChannelState final : public QObject, public std::enable_shared_from_this<ChannelState> {
+  Q_OBJECT
+  Q_PROPERTY(QString stableKey READ stableKeyText CONSTANT)
+  Q_PROPERTY(sonvel::AudioApp app READ app WRITE setApp NOTIFY appChanged)
+  Q_PROPERTY(QString name READ name NOTIFY appChanged)
+  Q_PROPERTY(quint32 objectID READ objectID NOTIFY appChanged)
+  Q_PROPERTY(int gainPercent READ gainPercent WRITE setGainPercent NOTIFY gainPercentChanged)
+  Q_PROPERTY(bool muted READ muted WRITE setMuted NOTIFY mutedChanged)
+  Q_PROPERTY(float level READ level WRITE setLevel NOTIFY levelChanged)
+  Q_PROPERTY(bool active READ active WRITE setActive NOTIFY activeChanged)
+  Q_PROPERTY(bool isPlaying READ isPlaying WRITE setPlaying NOTIFY isPlayingChanged)
+  Q_PROPERTY(QVariant outputUID READ outputUIDText NOTIFY outputUIDChanged)
+  Q_PROPERTY(QVariant lastError READ lastErrorText NOTIFY lastErrorChanged)
+  Q_PROPERTY(int zeroStreak READ zeroStreak WRITE setZeroStreak NOTIFY zeroStreakChanged)
+  Q_PROPERTY(int idleTicks READ idleTicks WRITE setIdleTicks NOTIFY idleTicksChanged)
+
+ public:
+  explicit ChannelState(AudioApp app, int gainPercent = 100, bool muted = false,
+                        std::optional<std::string> outputUID = std::nullopt);
+
+  /// The row's identity, and the key of its remembered settings.
+  const std::string& stableKey() const noexcept { return stableKey_; }
+
+  const std::string& id() const noexcept { return stableKey_; }
+
+  /// The process that the row stands for now; always one of the row's key.
+  const AudioApp& app() const noexcept { return app_; }
+
+  void setApp(AudioApp app);
+
+  QString name() const { return QString::fromStdString(app_.name); }
+
+  /// By which the controller knows the channel.
+  AudioObjectID objectID() const noexcept { return app_.objectID; }
+
+  /// 100 is unity gain; not clamped here.
+  int gainPercent() const noexcept { return gainPercent_; }
+
+  void setGainPercent(int percent);
+
+  bool muted() const noexcept { return muted_; }
+
+  void setMuted(bool muted);
+
+  /// Where the meter stands, 0.0 to 1.0.
+  float level() const noexcept { return level_; }
+
+  void setLevel(float level);
+
+  /// Whether the application's tap has been started and not been taken away.
+  bool active() const noexcept { return active_; }
+
+  void setActive(bool active);
+
+  /// False once the row is paused.
+  bool isPlaying() const noexcept { return isPlaying_; }
+
+  void setPlaying(bool isPlaying);
+
+  /// The device that the user chose; none follows the system's default.
+  const std::optional<std::string>& outputUID() const noexcept { return outputUID_; }
+
+  void setOutputUID(std::optional<std::string> uid);
+
+  /// Why the tap could not be started or moved, in one line; none after a success.
+  const std::optional<std::string>& lastError() const noexcept { return lastError_; }
+
+  void setLastError(std::optional<std::string> error);
+
+  /// Polls in a row at which the tap was silent although the application plays.
+  int zeroStreak() const noexcept { return zeroStreak_; }
+
+  void setZeroStreak(int polls);
+
+  /// Reconciliations in a row at which the application did not play.
+  int idleTicks() const noexcept { return idleTicks_; }
+
+  void setIdleTicks(int reconciliations);
+
+  // For views; what is absent is undefined.
+
+  QString stableKeyText() const { return QString::fromStdString(stableKey_); }
+
+  QVariant outputUIDText() const;
+  QVariant lastErrorText() const;
+
+ Q_SIGNALS:
+  void appChanged();
+  void gainPercentChanged();
+  void mutedChanged();
+  void levelChanged();
+  void activeChanged();
+  void isPlayingChanged();
+  void outputUIDChanged();
+  void lastErrorChanged();
+  void zeroStreakChanged();
+  void idleTicksChanged();
+
+ private:
+  const std::string stableKey_;
+  AudioApp app_;
+  int gainPercent_;
+  bool muted_;
+  float level_ = 0.0F;
+  bool active_ = false;
+  bool isPlaying_ = true;
+  std::optional<std::string> outputUID_;
+  std::optional<std::string> lastError_;
+  int zeroStreak_ = 0;
+  int idleTicks_ = 0;
+};
+
+} // namespace sonvel

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "engine/executor.h"
+#include "platform/clock.h"
+
+#include <coroutine>
+#include <stop_token>
+
+namespace sonvel {
+
+/// A wait for time to pass, to be awaited once by a coroutine of the main thread, which goes on there. A
+/// cancelled wait ends at once; that is no error.
+class ClockSleep {
+ public:
+  /// The clock and the executor outlive the wait.
+  ClockSleep(Clock& clock, Executor& mainThread, Clock::Duration duration, std::stop_token cancellation);
+
+  bool await_ready() const noexcept { return cancellation_.stop_requested(); }
+
+  void await_suspend(std::coroutine_handle<> waiter);
+
+  void await_resume() const noexcept {}
+
+ private:
+  struct Wait;
+
+  Clock& clock_;
+  Executor& mainThread_;
+  Clock::Duration duration_;
+  std::stop_token cancellation_;
+  std::shared_ptr<Wait> wait_; ///< owned by the sleeping coroutine alone
+};
+
+} // namespace sonvel

@@ -1,0 +1,46 @@
+#include "model/qt_executor.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QThread>
+#include <memory>
+
+namespace sonvel {
+
+QtExecutor::~QtExecutor() {
+  while (runNext())
+    continue;
+}
+
+void QtExecutor::post(std::function<void()> work) {
+  // One event for each piece, so that the loop's other events get their turn between two of them. It is made
+  // before the lock is taken, which orders it before its end for those who can't look into Qt's own queue.
+  auto wake = std::make_unique<QEvent>(QEvent::User);
+  {
+    const std::scoped_lock lock(mutex_);
+    work_.push_back(std::move(work));
+  }
+  QCoreApplication::postEvent(this, wake.release());
+}
+
+void QtExecutor::customEvent(QEvent*) {
+  runNext();
+}
+
+bool QtExecutor::isCurrent() const {
+  return thread() == QThread::currentThread();
+}
+
+bool QtExecutor::runNext() {
+  std::function<void()> work;
+  {
+    const std::scoped_lock lock(mutex_);
+    if (work_.empty()) return false;
+    work = std::move(work_.front());
+    work_.pop_front();
+  }
+  work();
+  return true;
+}
+
+} // namespace sonvel

@@ -1,0 +1,121 @@
+#include "engine/controller_test.h"
+#include "engine/probe_callback_realtime.h"
+
+#include <array>
+#include <limits>
+#include <utility>
+
+namespace sonvel {
+
+namespace {
+
+using namespace std::chrono_literals;
+using simulated::Call;
+
+class Probe : public ControllerTest {
+ protected:
+  /// Begins to probe; the answer comes into `answer_`.
+  void begin() {
+    controller_->probeCapture([this](std::optional<bool> answer) { answers_.push_back(answer); });
+  }
+
+  void listen() {
+    audio_.runCycle();
+    advance(600ms);
+  }
+
+  std::vector<std::optional<bool>> answers_;
+};
+
+} // namespace
+
+TEST_F(Probe, TellsWhetherTheFirstApplicationIsHeardAndLeavesItAsItIs) {
+  struct Case {
+    float sample;
+    int cycles;
+    bool expected;
+  };
+
+  for (const auto& [sample, cycles, expected] :
+       {Case{0.2F, 1, true}, Case{-0.2F, 3, true}, Case{0.0F, 3, false}, Case{0.2F, 0, false}}) {
+    SCOPED_TRACE(testing::Message() << sample << " for " << cycles << " cycles");
+    const auto app = playingApp(87, sample);
+    begin();
+    for (int cycle = 0; cycle < cycles; ++cycle)
+      EXPECT_EQ(heard("speakers"), sample);
+    advance(599ms);
+    EXPECT_TRUE(answers_.empty());
+    advance(1ms);
+    EXPECT_EQ(std::exchange(answers_, {}), std::vector<std::optional<bool>>{expected});
+    EXPECT_TRUE(audio_.isClean());
+    audio_.removeProcess(app.objectID);
+  }
+}
+
+TEST_F(Probe, KeepsTheLargestSampleOfAllCyclesAndCountsNoneThatIsNoNumber) {
+  MixMetrics metrics;
+  std::array samples{0.1F, std::numeric_limits<float>::quiet_NaN(), -0.7F, 0.0F};
+  std::array buffers{AudioBuffer{}, AudioBuffer{.channelCount = 1, .sizeBytes = 15, .data = samples.data()}};
+  probeCycle(metrics, {buffers});
+  samples.fill(0.2F);
+  probeCycle(metrics, {buffers});
+  EXPECT_EQ(metrics.inPeak(), 0.7F);
+  EXPECT_EQ(metrics.cycles(), 2);
+}
+
+TEST_F(Probe, NobodyToListenToIsNoAnswerAndTouchesNothing) {
+  begin();
+  EXPECT_EQ(answers_, std::vector<std::optional<bool>>{std::nullopt});
+  EXPECT_TRUE(changes().empty());
+}
+
+TEST_F(Probe, ListensToTheFirstApplicationAlone) {
+  playingApp(87, 0.0F, 512);
+  playingApp(88, 0.5F, 513);
+  begin();
+  listen();
+  EXPECT_EQ(answers_, std::vector<std::optional<bool>>{false});
+}
+
+TEST_F(Probe, EveryFailingStepIsUndoneInOrder) {
+  struct Case {
+    Call failing;
+    std::vector<Call> undone;
+  };
+
+  const std::vector<Call> nothing;
+  for (const auto& [failing, undone] :
+       {Case{Call::createProcessTap, nothing}, Case{Call::createAggregateDevice, {Call::destroyProcessTap}},
+        Case{Call::createIOProcID, {Call::destroyAggregateDevice, Call::destroyProcessTap}},
+        Case{Call::deviceStart,
+             {Call::destroyIOProcID, Call::destroyAggregateDevice, Call::destroyProcessTap}}}) {
+    SCOPED_TRACE(static_cast<int>(failing));
+    for (const OSStatus status : {-50, kNoError}) {
+      if (status == kNoError && failing == Call::deviceStart)
+        continue; // it makes no object that could be missing
+      playingApp(0);
+      audio_.fail({.call = failing, .status = status});
+      audio_.clearLog();
+      begin();
+      EXPECT_EQ(answers_, std::vector<std::optional<bool>>{false});
+      const auto calls = changes();
+      const auto failed = std::ranges::find(calls, failing);
+      EXPECT_EQ(std::vector<Call>(std::next(failed), calls.end()), undone);
+      EXPECT_TRUE(audio_.isClean());
+      answers_.clear();
+    }
+  }
+}
+
+TEST_F(Probe, OthersAreServedMeanwhileAndItsEndIsAnswered) {
+  const auto app = playingApp(87);
+  begin();
+  addChannel(app);
+  EXPECT_TRUE(controller_->isControlled(app.objectID));
+  EXPECT_TRUE(controller_->removeChannel(app.objectID)->restored());
+  controller_.reset();
+  EXPECT_EQ(answers_, std::vector<std::optional<bool>>{false});
+  EXPECT_TRUE(audio_.isClean());
+}
+
+} // namespace sonvel

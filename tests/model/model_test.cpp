@@ -1,0 +1,247 @@
+#include "model/model_test.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <algorithm>
+
+namespace sonvel {
+
+namespace {
+
+/// The application object that an event loop needs, and a locale whose order of names is known.
+class QtEnvironment final : public testing::Environment {
+ public:
+  void SetUp() override {
+    QLocale::setDefault(QLocale("en_US"));
+    application_.emplace(argumentCount_, arguments_.data());
+  }
+
+  void TearDown() override { application_.reset(); }
+
+ private:
+  std::string name_ = "model_test";
+  std::array<char*, 2> arguments_{name_.data(), nullptr};
+  int argumentCount_ = 1;
+  std::optional<QCoreApplication> application_;
+};
+
+const auto* const kQtEnvironment =
+    testing::AddGlobalTestEnvironment(std::make_unique<QtEnvironment>().release());
+
+std::atomic<ScriptedConsent*> theConsent = nullptr;
+
+} // namespace
+
+// ScriptedConsent
+
+ScriptedConsent::ScriptedConsent() {
+  theConsent = this;
+}
+
+ScriptedConsent::~ScriptedConsent() {
+  theConsent = nullptr;
+}
+
+void ScriptedConsent::setPreflight(std::optional<int> value) {
+  const std::scoped_lock lock(mutex_);
+  preflight_ = value;
+}
+
+void ScriptedConsent::setRequestable(bool isRequestable) {
+  const std::scoped_lock lock(mutex_);
+  isRequestable_ = isRequestable;
+}
+
+std::size_t ScriptedConsent::openRequests() const {
+  const std::scoped_lock lock(mutex_);
+  return requests_.size();
+}
+
+void ScriptedConsent::answer(bool isGranted) {
+  std::function<void(bool)> completion;
+  {
+    const std::scoped_lock lock(mutex_);
+    completion = std::move(requests_.at(0));
+    requests_.erase(requests_.begin());
+  }
+  std::thread([completion = std::move(completion), isGranted] { completion(isGranted); }).join();
+}
+
+std::optional<LibraryHandle> ScriptedConsent::open(const char*, int) {
+  return LibraryHandle{1};
+}
+
+DynamicLibraries::Function ScriptedConsent::symbol(LibraryHandle, const char* name) {
+  const std::scoped_lock lock(mutex_);
+  if (name == std::string("TCCAccessPreflight") && preflight_)
+    return reinterpret_cast<Function>(&ScriptedConsent::preflight);
+  if (name == std::string("TCCAccessRequest") && isRequestable_)
+    return reinterpret_cast<Function>(&ScriptedConsent::request);
+  return nullptr;
+}
+
+int ScriptedConsent::preflight(const char*, const void*) {
+  auto& self = *theConsent.load();
+  const std::scoped_lock lock(self.mutex_);
+  return self.preflight_.value_or(2);
+}
+
+void ScriptedConsent::request(const char*, const void*, std::function<void(bool)> completion) {
+  auto& self = *theConsent.load();
+  const std::scoped_lock lock(self.mutex_);
+  self.requests_.push_back(std::move(completion));
+}
+
+// CountingExecutor
+
+void CountingExecutor::post(std::function<void()> work) {
+  ++pending_;
+  executor_.post([this, work = std::move(work)]() mutable {
+    work();
+    work = nullptr; // what it holds is released as part of it
+    --pending_;
+  });
+}
+
+// MixerInspector
+
+std::map<std::string, MixerInspector::Settings> MixerInspector::remembered(const MixerViewModel& model) {
+  std::map<std::string, Settings> remembered;
+  for (const auto& [key, settings] : model.rememberedSettings_)
+    remembered[key] = {settings.gainPercent, settings.muted};
+  return remembered;
+}
+
+std::set<AudioObjectID> MixerInspector::audibleIDs(const MixerViewModel& model) {
+  return {model.audibleIDs_.begin(), model.audibleIDs_.end()};
+}
+
+bool MixerInspector::isPolling(const MixerViewModel& model) {
+  return model.pollTask_ && !model.pollTask_->isCancelled();
+}
+
+// HeldCall
+
+HeldCall::HeldCall(simulated::SimulatedAudio& audio, WhichCall which)
+    : audio_(audio)
+    , before_(which.after) {
+  audio_.setCallHook([this, which](simulated::Call made, AudioObjectID object) {
+    if (made != which.call || (which.object && *which.object != object) || before_-- != 0) return;
+    isHeld_ = true;
+    gate_.acquire();
+    isHeld_ = false;
+  });
+}
+
+HeldCall::~HeldCall() {
+  audio_.setCallHook(nullptr);
+}
+
+// MixerTest
+
+MixerTest::MixerTest() {
+  audio_.addDevice({.uid = "speakers", .name = "Speakers", .volumes = {{kElementMain, {0.5F}}}});
+  audio_.addDevice({.uid = "headset", .name = "Headset"});
+  actor_ = std::make_shared<Actor<HardwareController>>(
+      AudioEnvironment{audio_, processes_, bundle_, applications_}, std::ref(clock_));
+  model_ = std::make_shared<MixerViewModel>(
+      MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
+}
+
+/// Whatever a test has left under way comes to its end, and with it the model.
+MixerTest::~MixerTest() {
+  const std::weak_ptr weakModel = model_;
+  model_.reset();
+  audio_.clearFailures();
+  EXPECT_TRUE(settle());
+  clock_.advance(kMonitorInterval);
+  EXPECT_TRUE(settle());
+  EXPECT_TRUE(weakModel.expired()) << "something holds the model for ever";
+  EXPECT_EQ(clock_.pendingCount(), 0U) << "something waits for ever";
+}
+
+AudioObjectID MixerTest::play(const std::string& name, const std::string& bundleID, float sample) {
+  const auto pid = nextPid_++;
+  applications_.addApplication({.processID = pid, .bundleIdentifier = bundleID, .localizedName = name});
+  return audio_.addProcess(
+      {.pid = pid, .bundleID = bundleID, .streams = {simulated::constantSignal(sample, sample)}});
+}
+
+AudioObjectID MixerTest::restart(AudioObjectID process, const std::string& name,
+                                 const std::string& bundleID) {
+  audio_.removeProcess(process);
+  return play(name, bundleID);
+}
+
+bool MixerTest::settle() {
+  for (;;) {
+    // What the model has asked of the actor is done when this is, and the replies are posted.
+    actor_->call([](HardwareController&) {}).get();
+    if (mainThread_.pending() == 0) return true;
+    if (!pumpUntil([this] { return mainThread_.pending() == 0; })) return false;
+  }
+}
+
+bool MixerTest::pumpUntil(const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + kDeadline;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    QCoreApplication::processEvents();
+  }
+  return true;
+}
+
+void MixerTest::pump() {
+  EXPECT_TRUE(pumpUntil([this] { return mainThread_.pending() == 0; }));
+}
+
+void MixerTest::openPanel() {
+  model_->onAppear();
+  ASSERT_TRUE(settle());
+}
+
+void MixerTest::pass(Clock::Duration duration) {
+  clock_.advance(duration);
+  ASSERT_TRUE(settle());
+}
+
+void MixerTest::passTicks(int count) {
+  for (int i = 0; i < count; ++i)
+    pass(kTick);
+}
+
+float MixerTest::heard(const std::string& deviceUID) {
+  audio_.runCycle(64);
+  const auto frames = audio_.heard(deviceUID);
+  return frames.empty() ? 0.0F : frames.back().left;
+}
+
+ChannelState* MixerTest::row(const std::string& stableKey) const {
+  const auto row = model_->channels()->rowWithKey(stableKey);
+  if (!row) ADD_FAILURE() << "no row " << stableKey;
+  return row.get();
+}
+
+std::vector<std::string> MixerTest::rowNames() const {
+  std::vector<std::string> names;
+  for (const auto& row : model_->channels()->rows())
+    names.push_back(row->app().name);
+  return names;
+}
+
+std::vector<AudioObjectID> MixerTest::controlled() {
+  return actor_->call(&HardwareController::controlledAppIDs).get();
+}
+
+long MixerTest::reads(std::uint32_t selector) const {
+  return std::ranges::count_if(audio_.log(), [=](const auto& call) {
+    return call.address.selector == selector && call.call != simulated::Call::getPropertyDataSize &&
+           call.call != simulated::Call::setPropertyData && call.call != simulated::Call::isPropertySettable;
+  });
+}
+
+long MixerTest::calls(simulated::Call call) const {
+  return std::ranges::count(audio_.log(), call, &simulated::LoggedCall::call);
+}
+
+} // namespace sonvel

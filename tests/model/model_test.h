@@ -1,0 +1,143 @@
+#pragma once
+
+#include "model/mixer_view_model.h"
+#include "model/qt_executor.h"
+#include "model/scripted_desktop.h"
+#include "platform/simulated/desktop.h"
+#include "platform/simulated/manual_clock.h"
+#include "platform/simulated/simulated_audio.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <semaphore>
+
+namespace sonvel {
+
+using namespace std::chrono_literals;
+
+/// Only against hanging: nothing that works waits for it.
+inline constexpr auto kDeadline = 60s;
+
+inline constexpr auto kTick = 120ms;             ///< of the polling
+inline constexpr auto kReconciliationTicks = 10; ///< from one to the next
+inline constexpr auto kMonitorInterval = 5s;
+
+/// Counts the work that another executor has still to run. Any thread.
+class CountingExecutor final : public Executor {
+ public:
+  explicit CountingExecutor(Executor& executor)
+      : executor_(executor) {}
+
+  void post(std::function<void()> work) override;
+
+  bool isCurrent() const override { return executor_.isCurrent(); }
+
+  int pending() const noexcept { return pending_; }
+
+ private:
+  Executor& executor_;
+  std::atomic<int> pending_ = 0;
+};
+
+/// Reads what the model shows to no view.
+class MixerInspector {
+ public:
+  using Settings = std::pair<int, bool>; ///< percent and mute
+
+  static std::map<std::string, Settings> remembered(const MixerViewModel& model);
+  static std::set<AudioObjectID> audibleIDs(const MixerViewModel& model);
+  static bool isPolling(const MixerViewModel& model);
+};
+
+/// Which call to hold.
+struct WhichCall {
+  simulated::Call call = simulated::Call::createProcessTap;
+  std::optional<AudioObjectID> object = {}; ///< only calls on this object
+  int after = 0;                            ///< how many such calls pass before
+};
+
+/// Holds one call on the thread that makes it, so that a test can act meanwhile. One at a time.
+class HeldCall {
+ public:
+  HeldCall(simulated::SimulatedAudio& audio, WhichCall which);
+  ~HeldCall();
+  HeldCall(const HeldCall&) = delete;
+  HeldCall& operator=(const HeldCall&) = delete;
+
+  bool isHeld() const noexcept { return isHeld_; }
+
+  void release() { gate_.release(); }
+
+ private:
+  simulated::SimulatedAudio& audio_;
+  std::atomic<bool> isHeld_ = false;
+  std::atomic<int> before_; ///< how many calls are to pass yet; negative when it is over
+  std::binary_semaphore gate_{0};
+};
+
+/// The model with a real actor on a simulated machine: two output devices, "speakers" (the default, with a
+/// volume) and "headset", a clock that stands still, and permission to capture.
+class MixerTest : public testing::Test {
+ protected:
+  MixerTest();
+  ~MixerTest() override;
+
+  /// An application starts to play the same sample for ever.
+  AudioObjectID play(const std::string& name, const std::string& bundleID, float sample = 0.25F);
+
+  /// As the same application with another process.
+  AudioObjectID restart(AudioObjectID process, const std::string& name, const std::string& bundleID);
+
+  /// Pumps the event loop until nothing is left to do before time passes. False if it takes too long.
+  [[nodiscard]] bool settle();
+
+  /// Pumps the event loop until `condition` holds, which another thread may bring about.
+  [[nodiscard]] bool pumpUntil(const std::function<bool()>& condition);
+
+  /// Lets the event loop run what is posted, without waiting for the actor.
+  void pump();
+
+  void openPanel();
+  void pass(Clock::Duration duration);
+  void passTicks(int count);
+
+  /// Time for exactly one reconciliation of the polling loop.
+  void passReconciliation() { passTicks(kReconciliationTicks); }
+
+  /// Runs an I/O cycle; what the device makes audible on the left.
+  float heard(const std::string& deviceUID = "speakers");
+
+  ChannelState* row(const std::string& stableKey) const;
+  std::vector<std::string> rowNames() const;
+  std::vector<AudioObjectID> controlled();
+
+  /// How many calls of the log read the property.
+  long reads(std::uint32_t selector) const;
+
+  long calls(simulated::Call call) const;
+
+  std::map<std::string, MixerInspector::Settings> remembered() const {
+    return MixerInspector::remembered(*model_);
+  }
+
+  simulated::SimulatedAudio audio_;
+  simulated::SimulatedProcesses processes_;
+  simulated::SimulatedBundle bundle_{"com.quellmarsh.sonvel"};
+  simulated::SimulatedApplications applications_;
+  simulated::ManualClock clock_;
+  ScriptedConsent consent_;
+  AudioPermission permission_{consent_};
+  MemoryPreferences preferences_;
+  CountedUpdates updates_;
+  QtExecutor qtExecutor_;
+  CountingExecutor mainThread_{qtExecutor_};
+  std::shared_ptr<Actor<HardwareController>> actor_;
+  std::shared_ptr<MixerViewModel> model_;
+
+ private:
+  std::int32_t nextPid_ = 500;
+};
+
+} // namespace sonvel
