@@ -22,6 +22,7 @@ struct WrittenAddress {
 std::optional<WrittenAddress> writtenAddress(std::string_view text) {
   const std::size_t colon = text.find(':');
   if (colon == std::string_view::npos || text.substr(colon + 1, 2) != "//") return std::nullopt;
+  if (text.find('#') != text.rfind('#')) return std::nullopt; // QUrl would let the second one pass
   const std::string_view rest = text.substr(colon + 3);
   std::string_view host = rest.substr(0, rest.find_first_of("/?#"));
   if (const std::size_t user = host.rfind('@'); user != std::string_view::npos) host.remove_prefix(user + 1);

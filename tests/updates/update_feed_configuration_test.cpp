@@ -66,6 +66,7 @@ TEST(UpdateFeedConfiguration, acceptsSafeFeedsOnly) {
       {"updates.example/appcast.xml", false, invalid("updates.example/appcast.xml")},
       {"https://updates.example/a b", false, invalid("https://updates.example/a b")},
       {"https://[::1/", false, invalid("https://[::1/")},
+      {"https://updates.example/#a#b", false, invalid("https://updates.example/#a#b")},
       {"not an address", false, invalid("not an address")},
   };
   for (const Case& one : cases)
