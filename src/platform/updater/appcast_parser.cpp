@@ -2,6 +2,9 @@
 
 #include "platform/updater/release_notes.h"
 
+#include <QXmlStreamReader>
+#include <optional>
+
 namespace sonvel::updater {
 namespace {
 
@@ -23,67 +26,66 @@ qint64 decodedLength(const QString& text) {
   return isNumber && length > 0 ? length : 0;
 }
 
-} // namespace
-
-AppcastParser::AppcastParser() {
-  // The prefix is what counts in these feeds, whatever it is bound to.
-  xml_.setNamespaceProcessing(false);
-}
-
-bool AppcastParser::add(const QByteArray& piece) {
-  if (failed_) return false;
-  xml_.addData(piece);
-  return readTokens();
-}
-
-std::optional<Appcast> AppcastParser::finish() {
-  if (!failed_ && !ended_) fail(Fault::notXml);
-  if (failed_) return std::nullopt;
-  return items_;
-}
-
-bool AppcastParser::readTokens() {
-  while (!xml_.atEnd()) {
-    const QXmlStreamReader::TokenType token = xml_.readNext();
-    if (token == QXmlStreamReader::Invalid) break;
-    if (!readToken(token)) return false;
+/// Goes through a feed once.
+class Reader {
+ public:
+  explicit Reader(const QByteArray& feed)
+      : xml_(feed) {
+    // The prefix is what counts in these feeds, whatever it is bound to.
+    xml_.setNamespaceProcessing(false);
   }
-  if (!xml_.hasError() || xml_.error() == QXmlStreamReader::PrematureEndOfDocumentError) return true;
-  return fail(Fault::notXml);
-}
 
-bool AppcastParser::readToken(QXmlStreamReader::TokenType token) {
+  std::variant<Appcast, AppcastFault> read() {
+    while (!fault_ && !xml_.atEnd())
+      readToken(xml_.readNext());
+    if (!fault_ && xml_.hasError()) fault_ = AppcastFault::notXml;
+    if (fault_) return *fault_;
+    return items_;
+  }
+
+ private:
+  void readToken(QXmlStreamReader::TokenType token);
+  void begin();
+  void end();
+  void appendText(QStringView text);
+  void readEnclosure(const QXmlStreamAttributes& attributes);
+
+  QXmlStreamReader xml_;
+  QList<QString> path_; ///< the names of the open elements
+  QString text_;        ///< of the innermost open element
+  AppcastItem item_;
+  Appcast items_;
+  std::optional<AppcastFault> fault_;
+};
+
+void Reader::readToken(QXmlStreamReader::TokenType token) {
   switch (token) {
   case QXmlStreamReader::DTD:
   case QXmlStreamReader::EntityReference:
-    return fail(Fault::documentType);
+    fault_ = AppcastFault::documentType;
+    return;
   case QXmlStreamReader::StartElement:
     return begin();
   case QXmlStreamReader::EndElement:
-    end();
-    return true;
+    return end();
   case QXmlStreamReader::Characters:
     return appendText(xml_.text());
-  case QXmlStreamReader::EndDocument:
-    ended_ = true;
-    return true;
   default:
-    return true;
+    return;
   }
 }
 
-bool AppcastParser::begin() {
+void Reader::begin() {
   path_.append(xml_.qualifiedName().toString());
   text_.clear();
-  if (path_.size() > kMaximumDepth || items_.size() >= kMaximumItems) return fail(Fault::tooLarge);
-  if (path_.size() == 1 && path_.front() != QLatin1String("rss")) return fail(Fault::notFeed);
+  if (path_.size() > kMaximumDepth || items_.size() >= kMaximumItems) fault_ = AppcastFault::tooLarge;
+  if (path_.size() == 1 && path_.front() != QLatin1String("rss")) fault_ = AppcastFault::notFeed;
   if (path_.size() == kItemDepth) item_ = {};
   if (path_.size() == kItemDepth + 1 && path_.back() == QLatin1String("enclosure"))
     readEnclosure(xml_.attributes());
-  return true;
 }
 
-void AppcastParser::end() {
+void Reader::end() {
   const QString name = path_.takeLast();
   const QString text = text_.trimmed();
   text_.clear();
@@ -99,22 +101,24 @@ void AppcastParser::end() {
   if (name == QLatin1String("description")) item_.notes = plainNotes(text);
 }
 
-bool AppcastParser::appendText(QStringView text) {
-  if (text_.size() + text.size() > kMaximumTextCharacters) return fail(Fault::tooLarge);
+void Reader::appendText(QStringView text) {
+  if (text_.size() + text.size() > kMaximumTextCharacters) fault_ = AppcastFault::tooLarge;
   text_.append(text);
-  return true;
 }
 
-void AppcastParser::readEnclosure(const QXmlStreamAttributes& attributes) {
+void Reader::readEnclosure(const QXmlStreamAttributes& attributes) {
   item_.address = QUrl(attributes.value(QLatin1String("url")).toString().trimmed(), QUrl::StrictMode);
   item_.length = decodedLength(attributes.value(QLatin1String("length")).toString());
   item_.signature = decodedSignature(attributes.value(QLatin1String("sparkle:edSignature")).toString());
+  if (item_.version.isEmpty()) item_.version = attributes.value(QLatin1String("sparkle:version")).toString();
+  if (item_.shortVersion.isEmpty())
+    item_.shortVersion = attributes.value(QLatin1String("sparkle:shortVersionString")).toString();
 }
 
-bool AppcastParser::fail(Fault fault) {
-  failed_ = true;
-  fault_ = fault;
-  return false;
+} // namespace
+
+std::variant<Appcast, AppcastFault> readAppcast(const QByteArray& feed) {
+  return Reader(feed).read();
 }
 
 } // namespace sonvel::updater

@@ -8,21 +8,24 @@ AppcastUpdater::AppcastUpdater(const UpdaterEnvironment& environment, const Upda
                                std::weak_ptr<const UpdaterDelegate> delegate,
                                const MakeUpdateSurface& makeSurface)
     : delegate_(std::move(delegate))
-    , cycle_(environment, QUrl(QString::fromStdString(source.feedURL), QUrl::StrictMode),
-             PublicKey::fromBase64(source.publicKey), [this] { return allowedChannels(); })
+    , cycle_(
+          environment, QUrl(QString::fromStdString(source.feedURL), QUrl::StrictMode),
+          PublicKey::fromBase64(source.publicKey), [this] { return allowedChannels(); },
+          [this](bool succeeded) { noteCheck(succeeded); })
     , schedule_(environment.clock, environment.preferences, environment.calendarTime,
                 [this] { cycle_.check(UpdateCycle::Asker::schedule); })
-    , surface_(makeSurface(cycle_)) {
+    , surface_(makeSurface ? makeSurface(cycle_) : nullptr) {
   DownloadFolder::sweep(environment.downloadFolder);
   if (environment.installation.kind == Installation::Kind::singleFile)
     forgetPreviousProgram(environment.installation.program);
-  QObject::connect(&cycle_, &UpdateCycle::checkEnded, &cycle_, [this](bool succeeded) {
-    if (succeeded) schedule_.noteDone();
-  });
 }
 
 void AppcastUpdater::checkForUpdates() {
   cycle_.check(UpdateCycle::Asker::user);
+}
+
+void AppcastUpdater::noteCheck(bool succeeded) {
+  if (succeeded) schedule_.noteDone();
 }
 
 std::set<std::string> AppcastUpdater::allowedChannels() const {

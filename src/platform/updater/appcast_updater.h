@@ -4,22 +4,12 @@
 #include "platform/updater/daily_schedule.h"
 #include "platform/updater/update_cycle.h"
 
-#include <functional>
 #include <memory>
 
 namespace sonvel::updater {
 
-/// Where the user sees an update and says what becomes of it.
-class UpdateSurface {
- public:
-  virtual ~UpdateSurface() = default;
-};
-
-/// Makes a surface for a cycle, which lives longer.
-using MakeUpdateSurface = std::function<std::unique_ptr<UpdateSurface>(UpdateCycle&)>;
-
-/// An updater over an appcast feed. When it starts, the program has started: it forgets the program of
-/// before.
+/// An updater over an appcast feed, without a surface if `makeSurface` is empty. When it starts, the program
+/// has started: it forgets the program of before.
 class AppcastUpdater final : public Updater {
  public:
   AppcastUpdater(const UpdaterEnvironment& environment, const UpdateSource& source,
@@ -31,6 +21,7 @@ class AppcastUpdater final : public Updater {
 
  private:
   std::set<std::string> allowedChannels() const;
+  void noteCheck(bool succeeded);
 
   std::weak_ptr<const UpdaterDelegate> delegate_;
   UpdateCycle cycle_;

@@ -1,5 +1,7 @@
 #include "platform/updater/feed_check.h"
 
+#include "platform/updater/appcast_parser.h"
+
 #include <utility>
 
 namespace sonvel::updater {
@@ -18,15 +20,15 @@ FetchRequest feedRequest(const QUrl& feed) {
           .totalTimeout = kTotalTimeout};
 }
 
-UpdateFailure failureOf(AppcastParser::Fault fault) {
+UpdateFailure failureOf(AppcastFault fault) {
   switch (fault) {
-  case AppcastParser::Fault::notFeed:
+  case AppcastFault::notFeed:
     return UpdateFailure::feedNotFeed;
-  case AppcastParser::Fault::documentType:
+  case AppcastFault::documentType:
     return UpdateFailure::feedWithEntities;
-  case AppcastParser::Fault::tooLarge:
+  case AppcastFault::tooLarge:
     return UpdateFailure::feedTooLarge;
-  case AppcastParser::Fault::notXml:
+  case AppcastFault::notXml:
     break;
   }
   return UpdateFailure::feedUnreadable;
@@ -37,22 +39,24 @@ UpdateFailure failureOf(AppcastParser::Fault fault) {
 FeedCheck::FeedCheck(QNetworkAccessManager& network, Clock& clock, const QUrl& feed, Done done)
     : done_(std::move(done))
     , fetch_(
-          network, clock, feedRequest(feed), [this](const QByteArray& piece) { return take(piece); },
+          network, clock, feedRequest(feed),
+          [this](const QByteArray& piece) -> std::optional<UpdateFailure> {
+            feed_.append(piece);
+            return std::nullopt;
+          },
           [this](std::optional<UpdateFailure> failure) { finish(failure); }) {}
-
-std::optional<UpdateFailure> FeedCheck::take(const QByteArray& piece) {
-  if (parser_.add(piece)) return std::nullopt;
-  return failureOf(parser_.fault());
-}
 
 void FeedCheck::finish(std::optional<UpdateFailure> failure) {
   Outcome outcome;
-  if (failure)
+  if (failure) {
     outcome = *failure;
-  else if (const auto appcast = parser_.finish())
-    outcome = *appcast;
-  else
-    outcome = failureOf(parser_.fault());
+  } else {
+    auto read = readAppcast(feed_);
+    if (const auto* fault = std::get_if<AppcastFault>(&read))
+      outcome = failureOf(*fault);
+    else
+      outcome = std::get<Appcast>(std::move(read));
+  }
   const Done done = std::move(done_); // it may destroy this object
   done(outcome);
 }

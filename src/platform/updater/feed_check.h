@@ -1,8 +1,9 @@
 #pragma once
 
-#include "platform/updater/appcast_parser.h"
+#include "platform/updater/appcast.h"
 #include "platform/updater/fetch.h"
 
+#include <QByteArray>
 #include <QNetworkAccessManager>
 #include <functional>
 #include <variant>
@@ -21,10 +22,9 @@ class FeedCheck {
   FeedCheck(QNetworkAccessManager& network, Clock& clock, const QUrl& feed, Done done);
 
  private:
-  std::optional<UpdateFailure> take(const QByteArray& piece);
   void finish(std::optional<UpdateFailure> failure);
 
-  AppcastParser parser_;
+  QByteArray feed_; ///< what has arrived of it
   Done done_;
   Fetch fetch_;
 };

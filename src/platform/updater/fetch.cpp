@@ -83,8 +83,11 @@ void Fetch::restartStallTimer() {
 
 /// False once that has ended the fetch, which may be gone then.
 bool Fetch::readArrived() {
-  // What an answer with another status says is not what was asked for.
-  if (statusOf(*reply_) != kStatusOk) return true;
+  // What an answer with another status says is not what was asked for, however much it is.
+  if (statusOf(*reply_) != kStatusOk) {
+    reply_->skip(reply_->bytesAvailable());
+    return true;
+  }
   restartStallTimer();
   const QByteArray piece = reply_->readAll();
   receivedBytes_ += piece.size();

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/clock.h"
+#include "platform/update_session.h"
 #include "platform/updater/address_policy.h"
 #include "platform/updater/relay.h"
-#include "platform/updater/update_failure.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>

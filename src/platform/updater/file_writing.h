@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/update_session.h"
 #include "platform/updater/file_descriptor.h"
-#include "platform/updater/update_failure.h"
 
 #include <QByteArray>
 #include <filesystem>

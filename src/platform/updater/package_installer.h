@@ -1,6 +1,7 @@
 #pragma once
 
-#include "platform/updater/update_failure.h"
+#include "platform/update_session.h"
+#include "platform/updater/program_file.h"
 #include "platform/updater/verification.h"
 
 #include <filesystem>
@@ -21,8 +22,9 @@ class PackageInstaller {
 };
 
 /// A package of this system's kinds, written to `folder` from verified bytes; none of any other kind
-/// (wrongKindOfFile), or the failure to write it. Any thread; blocks.
-std::variant<std::filesystem::path, UpdateFailure> writePackage(const std::filesystem::path& folder,
-                                                                const VerifiedUpdate& update);
+/// (wrongKindOfFile), or the failure to write it. If it was called off by then, `folder` is gone and nobody
+/// wants the result. Any thread; blocks.
+std::variant<std::filesystem::path, UpdateFailure>
+writePackage(const std::filesystem::path& folder, const VerifiedUpdate& update, PointOfNoReturn& point);
 
 } // namespace sonvel::updater

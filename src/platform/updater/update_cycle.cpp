@@ -29,13 +29,14 @@ failureOfChange(const std::variant<VerifiedUpdate, UpdateFailure>& verification)
 } // namespace
 
 UpdateCycle::UpdateCycle(const UpdaterEnvironment& environment, QUrl feed, std::optional<PublicKey> key,
-                         AllowedChannels allowedChannels)
+                         AllowedChannels allowedChannels, CheckEnded checkEnded)
     : environment_(environment)
     , feed_(std::move(feed))
     , key_(key)
     , allowedChannels_(std::move(allowedChannels))
+    , checkEnded_(std::move(checkEnded))
     , relay_(std::make_unique<Relay>()) {
-  state_.installedVersion = environment_.installedVersion;
+  state_.installedVersion = environment_.installedVersion.toStdString();
   state_.isPackage = environment_.installation.kind == Installation::Kind::package;
 }
 
@@ -44,13 +45,10 @@ UpdateCycle::~UpdateCycle() {
 }
 
 void UpdateCycle::check(Asker asker) {
-  if (asker == Asker::user && state_.isVisible) emit attentionWanted();
+  if (asker == Asker::user && state_.isVisible && observer_ != nullptr) observer_->updateAttentionWanted();
   if (isBusyWithUpdate(state_.stage)) return;
   state_.isVisible = state_.isVisible || asker == Asker::user;
-  if (state_.stage == UpdateStage::checking) {
-    emit stateChanged();
-    return;
-  }
+  if (state_.stage == UpdateStage::checking) return tellChange();
   // What the user reads stays until they close it or ask for more.
   if (asker == Asker::schedule && state_.isVisible) return;
   discardWork();
@@ -74,16 +72,20 @@ void UpdateCycle::proceed() {
 }
 
 void UpdateCycle::cancel() {
-  if (point_ && !point_->callOff()) return;
+  if (state_.stage == UpdateStage::restarting || (point_ && !point_->callOff())) return;
   discardWork();
   state_.isVisible = false;
   enter(UpdateStage::idle);
 }
 
+void UpdateCycle::tellChange() {
+  if (observer_ != nullptr) observer_->updateStateChanged();
+}
+
 void UpdateCycle::enter(UpdateStage stage) {
   state_.stage = stage;
   if (stage != UpdateStage::failed) state_.failure.reset();
-  emit stateChanged();
+  tellChange();
 }
 
 void UpdateCycle::fail(UpdateFailure failure) {
@@ -96,7 +98,7 @@ void UpdateCycle::showChoice(const FeedCheck::Outcome& outcome) {
   const FeedCheck::Outcome result = outcome; // the check goes with what it told
   feedCheck_.reset();
   const Appcast* appcast = std::get_if<Appcast>(&result);
-  emit checkEnded(appcast != nullptr);
+  if (checkEnded_) checkEnded_(appcast != nullptr);
   if (appcast == nullptr) return fail(std::get<UpdateFailure>(result));
 
   const auto installed = ProgramVersion::parse(environment_.installedVersion);
@@ -112,8 +114,8 @@ void UpdateCycle::offer(const AppcastItem& item) {
   // A faulty offer is the feed's matter: nobody is asked to take it first.
   if (const auto fault = faultOf(item, policyOfFeed(feed_))) return fail(*fault);
   item_ = item;
-  state_.offeredVersion = item.shortVersion;
-  state_.notes = item.notes;
+  state_.offeredVersion = item.shortVersion.toStdString();
+  state_.notes = item.notes.toStdString();
   state_.totalBytes = item.length;
   state_.receivedBytes = 0;
   state_.isVisible = true;
@@ -123,7 +125,7 @@ void UpdateCycle::offer(const AppcastItem& item) {
 void UpdateCycle::download() {
   const auto progress = [this](qint64 receivedBytes) {
     state_.receivedBytes = receivedBytes;
-    emit stateChanged();
+    tellChange();
   };
   download_ = std::make_unique<UpdateDownload>(
       network_, environment_.clock, environment_.downloadFolder, item_, policyOfFeed(feed_), progress,
@@ -134,7 +136,6 @@ void UpdateCycle::download() {
 void UpdateCycle::verify(std::optional<UpdateFailure> failure) {
   if (failure) return fail(*failure);
   if (!key_) return fail(UpdateFailure::wrongSignature);
-  enter(UpdateStage::verifying);
   relay_->runAside<std::optional<UpdateFailure>>(
       [file = download_->file(), expected = expectation(), key = *key_]() -> std::optional<UpdateFailure> {
         const Verification verification = verifyFile(file, expected, key);
@@ -145,34 +146,35 @@ void UpdateCycle::verify(std::optional<UpdateFailure> failure) {
         if (wrong) return fail(*wrong);
         enter(UpdateStage::ready);
       });
+  enter(UpdateStage::verifying);
 }
 
 void UpdateCycle::install() {
-  enter(UpdateStage::installing);
   const auto verifyAgain = [file = download_->file(), expected = expectation(), key = *key_] {
     return verifyFile(file, expected, key);
   };
+  point_ = std::make_shared<PointOfNoReturn>();
   if (state_.isPackage) {
     using Package = std::variant<std::filesystem::path, UpdateFailure>;
     const std::filesystem::path folder = download_->file().parent_path();
     relay_->runAside<Package>(
-        [verifyAgain, folder]() -> Package {
+        [verifyAgain, folder, point = point_]() -> Package {
           const Verification verification = verifyAgain();
           if (const auto changed = failureOfChange(verification)) return *changed;
-          return writePackage(folder, std::get<VerifiedUpdate>(verification));
+          return writePackage(folder, std::get<VerifiedUpdate>(verification), *point);
         },
         [this](const Package& package) { finishPackage(package); });
-    return;
+  } else {
+    relay_->runAside<std::optional<UpdateFailure>>(
+        [verifyAgain, program = environment_.installation.program,
+         point = point_]() -> std::optional<UpdateFailure> {
+          const Verification verification = verifyAgain();
+          if (const auto changed = failureOfChange(verification)) return *changed;
+          return replaceProgram(program, std::get<VerifiedUpdate>(verification), *point);
+        },
+        [this](std::optional<UpdateFailure> failure) { finishProgram(failure); });
   }
-  point_ = std::make_shared<PointOfNoReturn>();
-  relay_->runAside<std::optional<UpdateFailure>>(
-      [verifyAgain, program = environment_.installation.program,
-       point = point_]() -> std::optional<UpdateFailure> {
-        const Verification verification = verifyAgain();
-        if (const auto changed = failureOfChange(verification)) return *changed;
-        return replaceProgram(program, std::get<VerifiedUpdate>(verification), *point);
-      },
-      [this](std::optional<UpdateFailure> failure) { finishProgram(failure); });
+  enter(UpdateStage::installing);
 }
 
 void UpdateCycle::finishProgram(std::optional<UpdateFailure> failure) {

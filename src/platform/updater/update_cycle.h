@@ -1,16 +1,16 @@
 #pragma once
 
+#include "platform/update_session.h"
 #include "platform/updater/feed_check.h"
 #include "platform/updater/program_file.h"
 #include "platform/updater/relay.h"
 #include "platform/updater/update_choice.h"
 #include "platform/updater/update_download.h"
-#include "platform/updater/update_state.h"
 #include "platform/updater/updater_environment.h"
 #include "platform/updater/verification.h"
 
 #include <QNetworkAccessManager>
-#include <QObject>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -19,45 +19,40 @@ namespace sonvel::updater {
 
 /// One way from a check to an installed update, again and again. Whatever goes wrong ends in stage failed
 /// with nothing installed and no file left, and the next check starts anew. Main thread.
-class UpdateCycle final : public QObject {
-  Q_OBJECT
-
+class UpdateCycle final : public UpdateSession {
  public:
   /// Who wants a check.
   enum class Asker { user, schedule };
 
   using AllowedChannels = std::function<std::set<std::string>()>;
 
+  /// A check has come to its end; `succeeded` says whether the feed could be read.
+  using CheckEnded = std::function<void(bool succeeded)>;
+
   /// `key` is none where the source's can't be read, and then nothing passes.
   UpdateCycle(const UpdaterEnvironment& environment, QUrl feed, std::optional<PublicKey> key,
-              AllowedChannels allowedChannels);
+              AllowedChannels allowedChannels, CheckEnded checkEnded = {});
   ~UpdateCycle() override;
 
-  const UpdateState& state() const noexcept { return state_; }
+  UpdateCycle(const UpdateCycle&) = delete;
+  UpdateCycle& operator=(const UpdateCycle&) = delete;
+
+  const UpdateState& state() const noexcept override { return state_; }
 
   /// Starts a check, unless an update is already on its way; the user sees it from now on if they ask.
   void check(Asker asker);
 
-  /// The user takes what is offered: downloads what is available, installs what is ready, checks again after
-  /// a failure. Nothing in the other stages.
-  void proceed();
+  void proceed() override;
 
-  /// The user wants none of it: stops what runs, deletes what was downloaded, and is idle again. An
-  /// installation that has passed the point of no return ends first.
-  void cancel();
+  /// An installation that has passed the point of no return ends first.
+  void cancel() override;
 
- signals:
-  void stateChanged();
-
-  /// The user asked again for what they see already.
-  void attentionWanted();
-
-  /// A check has come to its end; `succeeded` says whether the feed could be read.
-  void checkEnded(bool succeeded);
+  void setObserver(UpdateObserver* observer) noexcept override { observer_ = observer; }
 
  private:
   using Verification = std::variant<VerifiedUpdate, UpdateFailure>;
 
+  void tellChange();
   void enter(UpdateStage stage);
   void fail(UpdateFailure failure);
   void showChoice(const FeedCheck::Outcome& outcome);
@@ -75,6 +70,8 @@ class UpdateCycle final : public QObject {
   QUrl feed_;
   std::optional<PublicKey> key_;
   AllowedChannels allowedChannels_;
+  CheckEnded checkEnded_;
+  UpdateObserver* observer_ = nullptr;
   UpdateState state_;
   AppcastItem item_;
   QNetworkAccessManager network_;

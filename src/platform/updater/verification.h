@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/updater/update_failure.h"
+#include "platform/update_session.h"
 
 #include <QByteArray>
 #include <array>

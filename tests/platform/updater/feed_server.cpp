@@ -57,6 +57,7 @@ FeedServer::FeedServer(const std::optional<QSslConfiguration>& security)
     : isSecure_(security.has_value())
     , server_(makeServer(security)) {
   EXPECT_TRUE(server_->listen(QHostAddress::LocalHost));
+  port_ = server_->serverPort();
   QObject::connect(server_.get(), &QTcpServer::pendingConnectionAvailable, server_.get(), [this] {
     while (QTcpSocket* socket = server_->nextPendingConnection())
       serve(socket);
@@ -71,10 +72,14 @@ void FeedServer::shutDown() {
   server_->close();
 }
 
+void FeedServer::comeBack() {
+  EXPECT_TRUE(server_->listen(QHostAddress::LocalHost, port_));
+}
+
 QUrl FeedServer::url(const QString& path) const {
   return QUrl(QStringLiteral("%1://localhost:%2%3")
                   .arg(isSecure_ ? QStringLiteral("https") : QStringLiteral("http"))
-                  .arg(server_->serverPort())
+                  .arg(port_)
                   .arg(path));
 }
 

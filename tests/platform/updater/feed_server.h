@@ -39,6 +39,9 @@ class FeedServer {
   /// Takes no connections from now on.
   void shutDown();
 
+  /// Takes them again, at the same address.
+  void comeBack();
+
   QUrl url(const QString& path) const;
 
   /// How many requests for `path` have come.
@@ -49,6 +52,7 @@ class FeedServer {
   void answer(QTcpSocket* socket, const QString& path);
 
   bool isSecure_;
+  quint16 port_ = 0;
   std::unique_ptr<QTcpServer> server_;
   QHash<QString, Answer> answers_;
   QHash<QString, int> requestCounts_;

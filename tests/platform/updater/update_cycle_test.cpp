@@ -13,6 +13,21 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
+class RecordingObserver final : public UpdateObserver {
+ public:
+  explicit RecordingObserver(std::function<void()> changed = [] {})
+      : changed_(std::move(changed)) {}
+
+  void updateStateChanged() override { changed_(); }
+
+  void updateAttentionWanted() override { ++attentionWanted; }
+
+  int attentionWanted = 0;
+
+ private:
+  std::function<void()> changed_;
+};
+
 /// Whether the feed comes over TLS, or over plain HTTP from a local host as under development.
 class UpdateCycleTest : public testing::TestWithParam<bool> {
  protected:
@@ -31,12 +46,12 @@ TEST_P(UpdateCycleTest, takesAnUpdateFromTheCheckToTheRestart) {
   EXPECT_TRUE(state.isVisible);
   EXPECT_EQ(state.installedVersion, "1.0");
   EXPECT_EQ(state.offeredVersion, "1.1");
-  EXPECT_EQ(state.notes, QStringLiteral("What is new:\n\n\u2022 more"));
+  EXPECT_EQ(state.notes, "What is new:\n\n\u2022 more");
   EXPECT_EQ(world.server().requestCount("/update"), 0) << "nothing is downloaded before the user takes it";
 
   std::vector<qint64> progress;
-  QObject::connect(&world.cycle(), &UpdateCycle::stateChanged, &world.cycle(),
-                   [&] { progress.push_back(state.receivedBytes); });
+  RecordingObserver observer([&] { progress.push_back(state.receivedBytes); });
+  world.cycle().setObserver(&observer);
   world.cycle().proceed();
   ASSERT_TRUE(world.waitFor(UpdateStage::ready));
   EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end()));
@@ -58,7 +73,7 @@ TEST_P(UpdateCycleTest, offersWhatTheChannelAndTheSystemAllow) {
     QList<FeedItem> items;
     std::set<std::string> channels;
     UpdateStage stage;
-    QString version;
+    std::string version;
   };
 
   UpdaterWorld world(security());
@@ -88,8 +103,8 @@ TEST_P(UpdateCycleTest, offersWhatTheChannelAndTheSystemAllow) {
     world.serveFeed(UpdaterWorld::feedOf(one.items));
     world.allowedChannels = one.channels;
     world.cycle().check(UpdateCycle::Asker::user);
-    ASSERT_TRUE(world.waitFor(one.stage)) << one.version.toStdString();
-    if (!one.version.isEmpty()) {
+    ASSERT_TRUE(world.waitFor(one.stage)) << one.version;
+    if (!one.version.empty()) {
       EXPECT_EQ(world.cycle().state().offeredVersion, one.version);
     }
     EXPECT_TRUE(world.cycle().state().isVisible);
@@ -183,12 +198,12 @@ TEST_P(UpdateCycleTest, isCancelledDuringInstallationWhollyOrNotAtAll) {
 
 TEST_P(UpdateCycleTest, aSecondWishBringsTheFirstToTheFront) {
   UpdaterWorld world(security());
-  int wanted = 0;
-  QObject::connect(&world.cycle(), &UpdateCycle::attentionWanted, &world.cycle(), [&] { ++wanted; });
+  RecordingObserver observer;
+  world.cycle().setObserver(&observer);
   world.advanceTo(UpdateStage::ready);
-  EXPECT_EQ(wanted, 0);
+  EXPECT_EQ(observer.attentionWanted, 0);
   world.cycle().check(UpdateCycle::Asker::user);
-  EXPECT_EQ(wanted, 1);
+  EXPECT_EQ(observer.attentionWanted, 1);
   EXPECT_EQ(world.stage(), UpdateStage::ready);
   EXPECT_EQ(world.server().requestCount("/appcast.xml"), 1);
 }
@@ -206,6 +221,24 @@ TEST(UpdateCycleOfAPackage, handsTheVerifiedPackageOver) {
   EXPECT_EQ(world.quitRequests, 0);
 
   world.packages.finished();
+  EXPECT_THAT(world.downloads(), IsEmpty());
+}
+
+TEST(UpdateCycleOfAPackage, isCancelledWhollyOrNotAtAll) {
+  UpdaterWorld world(testCertificates().trusted(), Installation::Kind::package);
+  world.newFile = "!<arch>\ndebian-binary" + QByteArray(1'000'000, 'p');
+  world.serveGood();
+  world.advanceTo(UpdateStage::installing);
+  world.cycle().cancel();
+  ASSERT_TRUE(waitUntil([&] { return world.stage() != UpdateStage::installing; }));
+  QThreadPool::globalInstance()->waitForDone();
+  if (world.stage() == UpdateStage::handedOver) {
+    EXPECT_THAT(world.packages.packages, SizeIs(1));
+    world.packages.finished();
+  } else {
+    EXPECT_EQ(world.stage(), UpdateStage::idle);
+    EXPECT_THAT(world.packages.packages, IsEmpty());
+  }
   EXPECT_THAT(world.downloads(), IsEmpty());
 }
 

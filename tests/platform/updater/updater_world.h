@@ -2,6 +2,7 @@
 
 #include "platform/desktop/temporary_folder.h"
 #include "platform/simulated/manual_clock.h"
+#include "platform/updater/appcast_updater.h"
 #include "platform/updater/event_wait.h"
 #include "platform/updater/feed_server.h"
 #include "platform/updater/signing.h"
