@@ -22,8 +22,8 @@ class DesktopAppearance {
  public:
   virtual ~DesktopAppearance() = default;
 
-  /// As it was last heard of. Does not wait; all defaults until the desktop has answered, or if it has no such
-  /// settings.
+  /// As it was last heard of. Does not wait; all defaults until the desktop has answered, or if it has no
+  /// such settings.
   virtual Appearance current() const = 0;
 
   /// Calls `changed`, on the main thread and at the latest soon after, each time `current` gives something

@@ -23,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPatience{10};
+constexpr std::chrono::seconds kPatience{20};
 constexpr int kAddedSinkPriority = 500; // below Speakers and Headphones, so that it takes nothing over
 constexpr std::uint32_t kWholeGraph = 0;
 

@@ -77,7 +77,7 @@ class PrivateSession {
   [[nodiscard]] Graph graph() const;
   /// Blocks until the graph is as wanted; false after the time given.
   [[nodiscard]] bool waitForGraph(const std::function<bool(const Graph&)>& wanted,
-                                  std::chrono::milliseconds within = std::chrono::seconds{5}) const;
+                                  std::chrono::milliseconds within = std::chrono::seconds{20}) const;
 
   /// WirePlumber's memory of streams (volumes, targets) as it stands on disk; empty when there is none yet.
   /// It is written a second after a change.

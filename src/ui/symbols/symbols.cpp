@@ -1,0 +1,59 @@
+#include "ui/symbols/symbols.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QPainter>
+#include <QPixmap>
+#include <QSvgRenderer>
+#include <algorithm>
+
+namespace sonvel {
+namespace {
+
+/// Trays ask for 16 to 24 pixels, times up to 3 on dense screens.
+constexpr auto kIconSizesInPixels = {16, 20, 22, 24, 32, 36, 40, 44, 48, 64, 72};
+
+/// The drawing in opaque `color`; empty if there is none.
+QByteArray drawing(const QString& name, const QColor& color) {
+  QFile file(QStringLiteral(":/sonvel/symbols/%1.svg").arg(name));
+  if (!file.open(QIODevice::ReadOnly)) {
+    qWarning("There is no symbol \"%s\".", qUtf8Printable(name));
+    return {};
+  }
+  return file.readAll().replace("currentColor", color.name(QColor::HexRgb).toLatin1());
+}
+
+QRectF squareIn(QSize size) {
+  const int side = std::min(size.width(), size.height());
+  return QRectF((size.width() - side) / 2.0, (size.height() - side) / 2.0, side, side);
+}
+
+} // namespace
+
+QImage symbolImage(const QString& name, const QColor& color, QSize sizeInPixels) {
+  const auto svg = drawing(name, color);
+  if (svg.isEmpty() || sizeInPixels.isEmpty()) return {};
+
+  QImage image(sizeInPixels, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QSvgRenderer renderer(svg);
+  QPainter painter(&image);
+  renderer.render(&painter, squareIn(sizeInPixels));
+  if (color.alpha() < 255) { // all at once: where strokes overlap nothing may show
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+    painter.fillRect(image.rect(), QColor(0, 0, 0, color.alpha()));
+  }
+  return image;
+}
+
+QIcon symbolIcon(const QString& name, const QColor& color) {
+  QIcon icon;
+  for (const int side : kIconSizesInPixels) {
+    const auto image = symbolImage(name, color, QSize(side, side));
+    if (image.isNull()) return {};
+    icon.addPixmap(QPixmap::fromImage(image));
+  }
+  return icon;
+}
+
+} // namespace sonvel
