@@ -1,6 +1,6 @@
-#include "platform/updater/update_failure.h"
+#include "ui/updates/update_words.h"
 
-namespace sonvel::updater {
+namespace sonvel {
 namespace {
 
 const char* sentenceText(UpdateFailure failure) {
@@ -55,10 +55,128 @@ const char* sentenceText(UpdateFailure failure) {
   return "This desktop has no package installer that takes the update, so it was not installed.";
 }
 
+/// "Sonvel 1.1".
+QString named(const std::string& version) {
+  return QStringLiteral("Sonvel ") + QString::fromStdString(version);
+}
+
+QString sizeText(std::int64_t bytes, const QLocale& locale) {
+  return locale.formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+QString text(const char* latin) {
+  return QString::fromLatin1(latin);
+}
+
+UpdateWords offerWords(const UpdateState& state, const QLocale& locale) {
+  return {.heading = text("%1 is available").arg(named(state.offeredVersion)),
+          .detail =
+              text("You have version %1. The download is %2.")
+                  .arg(QString::fromStdString(state.installedVersion), sizeText(state.totalBytes, locale)),
+          .acceptLabel = text("Download"),
+          .dismissLabel = text("Not Now"),
+          .symbol = UpdateSymbol::offer};
+}
+
+UpdateWords downloadWords(const UpdateState& state, const QLocale& locale) {
+  return {.heading = text("Downloading %1").arg(named(state.offeredVersion)),
+          .detail = text("Nothing is installed before you say so."),
+          .progressText =
+              text("%1 of %2").arg(sizeText(state.receivedBytes, locale), sizeText(state.totalBytes, locale)),
+          .dismissLabel = text("Cancel"),
+          .hasProgress = true};
+}
+
+UpdateWords readyWords(const UpdateState& state) {
+  return {
+      .heading = text("%1 is ready to install").arg(named(state.offeredVersion)),
+      .detail =
+          state.isPackage
+              ? text("It is complete and signed by its maker. The desktop's package installer takes it "
+                     "from here and may ask for your password.")
+              : text("It is complete and signed by its maker. Sonvel returns every application's sound to "
+                     "normal, quits and starts again."),
+      .acceptLabel = state.isPackage ? text("Install") : text("Install and Relaunch"),
+      .dismissLabel = text("Cancel"),
+      .symbol = UpdateSymbol::offer};
+}
+
+UpdateWords handedOverWords(const UpdateState& state) {
+  return {.heading = text("The package installer has the update"),
+          .detail = text("Finish the installation of %1 there, then quit Sonvel and open it again.")
+                        .arg(named(state.offeredVersion)),
+          .acceptLabel = text("OK"),
+          .symbol = UpdateSymbol::installed};
+}
+
+UpdateWords failureWords(const UpdateState& state) {
+  return {.heading = text("Sonvel couldn't be updated"),
+          .detail = state.failure ? sentenceOf(*state.failure) : QString(),
+          .acceptLabel = text("Try Again"),
+          .dismissLabel = text("Close"),
+          .symbol = UpdateSymbol::failed};
+}
+
 } // namespace
 
 QString sentenceOf(UpdateFailure failure) {
-  return QString::fromLatin1(sentenceText(failure));
+  return text(sentenceText(failure));
 }
 
-} // namespace sonvel::updater
+std::optional<double> fractionOf(const UpdateState& state) {
+  if (state.stage != UpdateStage::downloading || state.totalBytes <= 0) return std::nullopt;
+  return static_cast<double>(state.receivedBytes) / static_cast<double>(state.totalBytes);
+}
+
+UpdateWords wordsOf(const UpdateState& state, const QLocale& locale) {
+  switch (state.stage) {
+  case UpdateStage::idle:
+    return {};
+  case UpdateStage::checking:
+    return {.heading = text("Looking for a new version"),
+            .detail = text("You have %1.").arg(named(state.installedVersion)),
+            .dismissLabel = text("Cancel"),
+            .hasProgress = true};
+  case UpdateStage::upToDate:
+    return {
+        .heading = text("Sonvel is up to date"),
+        .detail =
+            text("Version %1 is the newest there is.").arg(QString::fromStdString(state.installedVersion)),
+        .acceptLabel = text("OK"),
+        .symbol = UpdateSymbol::upToDate};
+  case UpdateStage::needsNewerSystem:
+    return {.heading = text("The new version needs a newer system"),
+            .detail = text("There is a newer version of Sonvel, but it doesn't run on this system. You keep "
+                           "version %1.")
+                          .arg(QString::fromStdString(state.installedVersion)),
+            .acceptLabel = text("OK"),
+            .symbol = UpdateSymbol::offer};
+  case UpdateStage::available:
+    return offerWords(state, locale);
+  case UpdateStage::downloading:
+    return downloadWords(state, locale);
+  case UpdateStage::verifying:
+    return {.heading = text("Verifying %1").arg(named(state.offeredVersion)),
+            .detail = text("Checking that it is complete and signed by its maker."),
+            .dismissLabel = text("Cancel"),
+            .hasProgress = true};
+  case UpdateStage::ready:
+    return readyWords(state);
+  case UpdateStage::installing:
+    return {.heading = text("Installing %1").arg(named(state.offeredVersion)),
+            .detail = text("This takes a moment."),
+            .dismissLabel = text("Cancel"),
+            .hasProgress = true};
+  case UpdateStage::restarting:
+    return {.heading = text("%1 is installed").arg(named(state.offeredVersion)),
+            .detail = text("Sonvel quits now and starts again as the new version."),
+            .symbol = UpdateSymbol::installed};
+  case UpdateStage::handedOver:
+    return handedOverWords(state);
+  case UpdateStage::failed:
+    break;
+  }
+  return failureWords(state);
+}
+
+} // namespace sonvel
