@@ -25,6 +25,8 @@ class DesktopAudio {
 
   AudioHardware& hardware() noexcept { return hardware_; }
 
+  AudioServer& server() noexcept { return hardware_.server(); }
+
   Clock& clock() noexcept { return clock_; }
 
  private:
