@@ -111,7 +111,7 @@ PrivateSession::PrivateSession(const SessionOptions& options)
   try {
     const SessionFolders folders(folder_);
     startKeeper();
-    writeSessionFiles(folders, options.quantum);
+    writeSessionFiles(folders, options.quantum, options.accessArguments);
     environment_ = makeEnvironment(folders, options);
     startBus();
     for (const Daemon daemon : {Daemon::pipewire, Daemon::wireplumber, Daemon::pulse})

@@ -51,6 +51,7 @@ std::optional<DesktopEntry> readEntry(const std::string& path, std::string id,
   return DesktopEntry{
       .id = std::move(id),
       .name = textOrEmpty(g_app_info_get_name(app)),
+      .path = path,
       .launch = parseLaunchCommand(textOrEmpty(g_app_info_get_commandline(app)), programFolders),
       .isShown = g_desktop_app_info_get_nodisplay(info.get()) == FALSE,
       .isTerminalEmulator = isTerminalEmulator(*info),

@@ -14,6 +14,7 @@ namespace sonvel::desktop {
 struct DesktopEntry {
   std::string id = {};   ///< without ".desktop"
   std::string name = {}; ///< in the user's language
+  std::string path = {}; ///< of the file that it was read from
   LaunchCommand launch = {};
   bool isShown = true;             ///< in the desktop's menus
   bool isTerminalEmulator = false; ///< it runs other programs

@@ -1,6 +1,6 @@
 // A small program that updates itself as Sonvel does, with a user who takes what is offered. What it is and
 // sees it appends to the file "log" in the folder that SONVEL_TEST_FOLDER names.
-#include "app/desktop_updates.h"
+#include "app/app_updates.h"
 #include "platform/desktop/program_bundle.h"
 #include "platform/desktop/steady_clock.h"
 #include "platform/updater/memory_preferences.h"
@@ -31,6 +31,12 @@ class Log {
 
  private:
   QFile file_;
+};
+
+struct PlainAppearance final : DesktopAppearance {
+  Appearance current() const override { return {}; }
+
+  void onChange(std::function<void()>) override {}
 };
 
 /// Reads the window's words and presses Return on whatever can be taken.
@@ -92,12 +98,13 @@ void run(QGuiApplication& application, const QString& folder, updater::Relaunch&
   desktop::SteadyClock clock;
   updater::MemoryPreferences preferences;
   const desktop::ProgramBundle bundle((folder + QStringLiteral("/information.json")).toStdString());
-  DesktopUpdates updates({.bundle = bundle,
-                          .clock = clock,
-                          .preferences = preferences,
-                          .relaunch = relaunch,
-                          .appearance = [] { return Appearance(); },
-                          .requestQuit = [] { QCoreApplication::quit(); }});
+  const PlainAppearance appearance;
+  AppUpdates updates({.bundle = bundle,
+                      .clock = clock,
+                      .preferences = preferences,
+                      .appearance = appearance,
+                      .relaunch = relaunch,
+                      .requestQuit = [] { QCoreApplication::quit(); }});
   User user(log);
   updates.checkForUpdates();
   QTimer::singleShot(std::chrono::minutes(1), &application, [] { QCoreApplication::exit(1); });

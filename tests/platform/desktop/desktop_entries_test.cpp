@@ -50,6 +50,7 @@ TEST_F(DesktopEntriesTest, ReadsWhatIsInstalled) {
   EXPECT_EQ(*table->find("player"),
             (DesktopEntry{.id = "player",
                           .name = "Player",
+                          .path = folder_.path("system/player.desktop"),
                           .launch = {.program = program, .isScript = false, .arguments = {"--menu"}}}));
   ASSERT_NE(table->find("sub-tool"), nullptr);
   EXPECT_FALSE(table->find("sub-tool")->isShown);

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/application_icons.h"
+#include "platform/running_applications.h"
+
+#include <QIcon>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace sonvel {
+
+/// The icons of the applications in the list, each looked up once: an icon that was found, or what stands for
+/// one that was not, is kept for good. Main thread, when the application object exists.
+class AppIconCache {
+ public:
+  /// Both must outlive this object.
+  AppIconCache(const RunningApplications& running, const ApplicationIcons& icons);
+
+  /// The icon for an application's row. Helpers of one parent share the parent's. A null icon only if not
+  /// even a generic one can be had. May read files the first time.
+  QIcon icon(const std::optional<std::string>& bundleID, const std::optional<std::string>& parentBundleID,
+             std::int32_t pid);
+
+ private:
+  QIcon find(const std::optional<std::string>& bundleID, const std::optional<std::string>& parentBundleID,
+             std::int32_t pid) const;
+  QIcon runningIcon(const std::string& bundleIdentifier) const;
+  QIcon runningIcon(std::int32_t pid) const;
+
+  const RunningApplications& running_;
+  const ApplicationIcons& icons_;
+  std::unordered_map<std::string, QIcon> cached_;
+};
+
+} // namespace sonvel
