@@ -4,6 +4,7 @@
 
 #include <glib.h>
 
+#include <functional>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -53,6 +54,26 @@ void keepDamaged(const fs::path& file) {
   if (error) fs::copy_file(file, kept, error);
 }
 
+/// Puts the file as it is, changed, in its place.
+bool store(const fs::path& file, const std::function<void(GKeyFile*)>& change) {
+  std::error_code error;
+  const fs::path link = fs::weakly_canonical(file, error); // who keeps the file elsewhere keeps the link
+  const fs::path target = error ? file : link;
+  KeyFile keys(g_key_file_new());
+  if (load(keys.get(), target) == Condition::damaged) {
+    keepDamaged(target);
+    keys.reset(g_key_file_new());
+  }
+  change(keys.get());
+  gsize sizeBytes = 0;
+  const std::unique_ptr<char, Release<g_free>> text(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
+  fs::create_directories(target.parent_path(), error);
+  const auto replaceOnDisk =
+      static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE);
+  return text && g_file_set_contents_full(target.c_str(), text.get(), static_cast<gssize>(sizeBytes),
+                                          replaceOnDisk, kForTheUserAlone, nullptr) != FALSE;
+}
+
 } // namespace
 
 SettingsPreferences::SettingsPreferences()
@@ -70,22 +91,22 @@ bool SettingsPreferences::boolForKey(const std::string& key) const {
 }
 
 bool SettingsPreferences::setBool(bool value, const std::string& key) {
-  std::error_code error;
-  const fs::path link = fs::weakly_canonical(file_, error); // who keeps the file elsewhere keeps the link
-  const fs::path target = error ? file_ : link;
-  KeyFile keys(g_key_file_new());
-  if (load(keys.get(), target) == Condition::damaged) {
-    keepDamaged(target);
-    keys.reset(g_key_file_new());
-  }
-  g_key_file_set_boolean(keys.get(), kGroup, key.c_str(), value ? TRUE : FALSE);
-  gsize sizeBytes = 0;
-  const std::unique_ptr<char, Release<g_free>> text(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
-  fs::create_directories(target.parent_path(), error);
-  const auto replaceOnDisk =
-      static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE);
-  return text && g_file_set_contents_full(target.c_str(), text.get(), static_cast<gssize>(sizeBytes),
-                                          replaceOnDisk, kForTheUserAlone, nullptr) != FALSE;
+  return store(file_, [&](GKeyFile* keys) {
+    g_key_file_set_boolean(keys, kGroup, key.c_str(), value ? TRUE : FALSE);
+  });
+}
+
+std::optional<std::string> SettingsPreferences::stringForKey(const std::string& key) const {
+  const KeyFile keys(g_key_file_new());
+  if (load(keys.get(), file_) != Condition::sound) return std::nullopt;
+  const std::unique_ptr<char, Release<g_free>> value(
+      g_key_file_get_string(keys.get(), kGroup, key.c_str(), nullptr));
+  return value ? std::optional<std::string>(value.get()) : std::nullopt;
+}
+
+bool SettingsPreferences::setString(const std::string& value, const std::string& key) {
+  return store(file_,
+               [&](GKeyFile* keys) { g_key_file_set_string(keys, kGroup, key.c_str(), value.c_str()); });
 }
 
 } // namespace sonvel::desktop

@@ -34,12 +34,13 @@ void UpdateWindow::updateAttentionWanted() {
   view_->requestActivate();
 }
 
-/// The window's own close button cancels; whether that closes it is the session's to say.
+/// Closing cancels. It is never refused, not even where there is nothing to cancel any more: a window that
+/// doesn't close keeps the whole program from quitting.
 bool UpdateWindow::eventFilter(QObject* watched, QEvent* event) {
   if (watched != view_.get() || event->type() != QEvent::Close) return false;
-  event->ignore();
   presenter_->dismiss();
-  return true;
+  close();
+  return false;
 }
 
 void UpdateWindow::open() {

@@ -14,7 +14,8 @@ namespace sonvel {
 class UpdatePresenter;
 
 /// The small window in which the user sees an update. There is one while the session is visible and none
-/// otherwise; closing it is what the session takes as cancelled. Main thread.
+/// otherwise. Closing it cancels; where that is too late, it comes back when there is something new to see.
+/// Main thread.
 class UpdateWindow final : public QObject, public UpdateSurface, private UpdateObserver {
   Q_OBJECT
 

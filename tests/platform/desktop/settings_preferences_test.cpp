@@ -76,6 +76,17 @@ TEST(SettingsPreferences, WhatIsStoredIsOnDiskForEveryone) {
   EXPECT_TRUE(preferences.boolForKey(kOtherKey));
 }
 
+TEST(SettingsPreferences, TextsComeBackAsTheyWere) {
+  const TemporaryFolder folder;
+  SettingsPreferences preferences(folder.path("sonvel.conf"));
+  EXPECT_EQ(preferences.stringForKey(kKey), std::nullopt);
+  for (const std::string value : {"", "1800000000", " blanks ", "a=b;c\\n", "two\nlines", "\u00fc"}) {
+    EXPECT_TRUE(preferences.setString(value, kKey));
+    EXPECT_TRUE(preferences.setBool(true, kOtherKey));
+    EXPECT_EQ(SettingsPreferences(preferences.file()).stringForKey(kKey), value);
+  }
+}
+
 TEST(SettingsPreferences, AreInTheUsersConfigurationFolder) {
   const TemporaryFolder folder;
   EXPECT_TRUE(holdsElsewhere([&] {

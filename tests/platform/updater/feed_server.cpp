@@ -89,14 +89,14 @@ void FeedServer::serve(QTcpSocket* socket) {
     if (request->endsWith("\r\n\r\n")) return;
     request->append(socket->readAll());
     if (!request->endsWith("\r\n\r\n")) return;
-    answer(socket, QString::fromLatin1(request->split(' ').value(1)));
+    reply(socket, QString::fromLatin1(request->split(' ').value(1)));
   };
   QObject::connect(socket, &QTcpSocket::readyRead, socket, read);
   QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
   read();
 }
 
-void FeedServer::answer(QTcpSocket* socket, const QString& path) {
+void FeedServer::reply(QTcpSocket* socket, const QString& path) {
   ++requestCounts_[path];
   const Answer answer = answers_.value(path, {.status = 404, .body = "<html>nothing here</html>"});
   const qint64 length = answer.announcedLength.value_or(answer.body.size() * answer.repeats);

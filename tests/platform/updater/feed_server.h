@@ -44,12 +44,15 @@ class FeedServer {
 
   QUrl url(const QString& path) const;
 
+  /// What there is for `path`.
+  Answer answer(const QString& path) const { return answers_.value(path); }
+
   /// How many requests for `path` have come.
   int requestCount(const QString& path) const { return requestCounts_.value(path); }
 
  private:
   void serve(QTcpSocket* socket);
-  void answer(QTcpSocket* socket, const QString& path);
+  void reply(QTcpSocket* socket, const QString& path);
 
   bool isSecure_;
   quint16 port_ = 0;

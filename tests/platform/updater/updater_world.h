@@ -5,33 +5,15 @@
 #include "platform/updater/appcast_updater.h"
 #include "platform/updater/event_wait.h"
 #include "platform/updater/feed_server.h"
+#include "platform/updater/memory_preferences.h"
 #include "platform/updater/signing.h"
 #include "platform/updater/update_cycle.h"
 
 #include <QDir>
 #include <QFile>
-#include <map>
 #include <vector>
 
 namespace sonvel::updater {
-
-struct MemoryPreferences final : Preferences {
-  bool boolForKey(const std::string& key) const override { return texts.contains(key); }
-
-  bool setBool(bool, const std::string&) override { return false; }
-
-  std::optional<std::string> stringForKey(const std::string& key) const override {
-    const auto found = texts.find(key);
-    return found == texts.end() ? std::nullopt : std::optional(found->second);
-  }
-
-  bool setString(const std::string& value, const std::string& key) override {
-    texts[key] = value;
-    return true;
-  }
-
-  std::map<std::string, std::string> texts;
-};
 
 struct RecordingPackageInstaller final : PackageInstaller {
   bool install(const std::filesystem::path& package, std::function<void()> whenDone) override {
