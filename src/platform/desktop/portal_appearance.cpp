@@ -36,7 +36,7 @@ std::optional<std::uint32_t> accentColorFrom(const QVariant& value) {
 
   std::uint32_t color = 0;
   for (const double channel : channels) {
-    if (!(channel >= 0 && channel <= 1)) return std::nullopt;
+    if (!std::isfinite(channel) || channel < 0 || channel > 1) return std::nullopt;
     color = color << 8 | static_cast<std::uint32_t>(std::lround(channel * 255));
   }
   return color;

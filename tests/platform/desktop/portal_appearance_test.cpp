@@ -11,6 +11,7 @@
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QDeadlineTimer>
+#include <limits>
 
 namespace sonvel::desktop {
 namespace {
@@ -172,6 +173,7 @@ TEST_F(PortalAppearanceTest, IsReadAndThenFollowed) {
       {kAppearance, "accent-color", color(0, 1, 0.5), Appearance{Scheme::dark, 0x00ff80, true}},
       {kAppearance, "accent-color", color(0, 1.1, 0.5), Appearance{Scheme::dark, {}, true}},
       {kAppearance, "accent-color", color(-1, -1, -1), {}},
+      {kAppearance, "accent-color", color(std::numeric_limits<double>::quiet_NaN(), 0, 0), {}},
       {kAppearance, "accent-color", color(0, 0, 0), Appearance{Scheme::dark, 0, true}},
       {kAppearance, "accent-color", "#ff0000", Appearance{Scheme::dark, {}, true}},
       {kAppearance, "reduced-motion", 1U, {}},
