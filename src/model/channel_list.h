@@ -12,7 +12,7 @@ namespace sonvel {
 
 /// The rows in the order in which they are shown. It tells views of insertions, removals and moves and is
 /// never reset, so that a view keeps the row that a user holds while the rows around it change. Main thread.
-class ChannelList final : public QAbstractListModel {
+class ChannelList : public QAbstractListModel {
   Q_OBJECT
 
  public:

@@ -1,0 +1,170 @@
+import QtQuick
+import QtQuick.Layouts
+import Sonvel
+
+// One application: what it is, how loud it is, where it is heard.
+FocusScope {
+    id: root
+
+    required property MixerViewModel model
+    required property ChannelState ch
+
+    implicitHeight: lines.implicitHeight + 4
+    opacity: ch.isPlaying ? 1 : 0.9
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: ch.name
+
+    Keys.onPressed: event => {
+        event.accepted = !event.isAutoRepeat && event.modifiers === Qt.NoModifier;
+        if (!event.accepted)
+            return;
+        if (event.key === Qt.Key_M)
+            model.toggleMute(ch);
+        else if (event.key === Qt.Key_Delete)
+            model.dismissChannel(ch);
+        else if (event.key === Qt.Key_Space && routing.visible)
+            routing.openMenu();
+        else
+            event.accepted = false;
+    }
+
+    ColumnLayout {
+        id: lines
+
+        y: 2
+        width: parent.width
+        spacing: 5
+
+        RowLayout {
+            spacing: 8
+
+            Image {
+                Layout.preferredWidth: 18
+                Layout.preferredHeight: 18
+                source: PanelText.appIcon(root.ch.app, root.ch.isPlaying)
+                sourceSize.width: 18
+                sourceSize.height: 18
+                opacity: root.ch.isPlaying ? 1 : 0.5
+            }
+
+            Item {
+                id: title
+
+                readonly property real marksWidth: marks.width > 0 ? marks.width + 8 : 0
+
+                Layout.fillWidth: true
+                implicitHeight: name.implicitHeight
+
+                PanelLabel {
+                    id: name
+
+                    anchors.left: parent.left
+                    width: Math.min(Math.ceil(implicitWidth), title.width - title.marksWidth)
+                    text: root.ch.name
+                    elide: Text.ElideRight
+                    maximumLineCount: 1
+                    color: root.ch.isPlaying ? PanelTheme.primary : PanelTheme.secondary
+                }
+
+                Row {
+                    id: marks
+
+                    anchors.left: name.right
+                    anchors.leftMargin: 8
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: 8
+
+                    SymbolImage {
+                        anchors.verticalCenter: parent.verticalCenter
+                        visible: PanelText.isBoost(root.ch.gainPercent)
+                        name: "bolt.fill"
+                        color: PanelTheme.orange
+                        size: PanelTheme.caption2.pixelSize
+                    }
+
+                    IdleBadge {
+                        visible: !root.ch.isPlaying
+                    }
+                }
+            }
+
+            NumberText {
+                Layout.preferredWidth: Math.max(30, implicitWidth)
+                value: root.ch.gainPercent
+                color: root.ch.muted ? PanelTheme.secondary : PanelTheme.primary
+            }
+
+            SymbolButton {
+                symbol: "xmark.circle.fill"
+                symbolColor: PanelTheme.tertiary
+                symbolSize: 12
+                help: "Remove from list"
+                Accessible.name: PanelText.removeLabel(root.ch.name)
+                onClicked: root.model.dismissChannel(root.ch)
+            }
+        }
+
+        RowLayout {
+            spacing: 8
+
+            SymbolButton {
+                Layout.preferredWidth: 16
+                symbol: root.ch.muted ? "speaker.slash.fill" : "speaker.wave.2.fill"
+                symbolColor: root.ch.muted ? PanelTheme.secondary : PanelTheme.primary
+                symbolSize: 14
+                help: PanelText.muteHelp(root.ch.muted)
+                Accessible.name: PanelText.muteLabel(root.ch.muted, root.ch.name)
+                onClicked: root.model.toggleMute(root.ch)
+            }
+
+            PanelSlider {
+                Layout.fillWidth: true
+                focus: true
+                from: 0
+                to: 200
+                stepSize: 1
+                modelValue: root.ch.gainPercent
+                opacity: root.ch.muted ? 0.4 : 1
+                Accessible.name: PanelText.volumeLabel(root.ch.name)
+                Accessible.description: "Adjusts this app's output volume"
+                onChosen: value => root.model.setGain(PanelText.wholePercent(value), root.ch)
+            }
+        }
+
+        MeterBar {
+            Layout.fillWidth: true
+            level: root.ch.muted ? 0 : root.ch.level
+            opacity: root.ch.active ? 1 : 0.25
+        }
+
+        RowLayout {
+            spacing: 6
+
+            ErrorText {
+                Layout.fillWidth: true
+                visible: root.ch.lastError !== undefined
+                error: root.ch.lastError ?? ""
+            }
+
+            PanelLabel {
+                Layout.fillWidth: true
+                visible: root.ch.lastError === undefined && !root.ch.isPlaying
+                text: "Paused — keeps this volume when it plays again"
+                font: PanelTheme.caption
+                color: PanelTheme.secondary
+                wrapMode: Text.Wrap
+            }
+
+            RoutingMenu {
+                id: routing
+
+                Layout.alignment: Qt.AlignVCenter
+                Layout.maximumWidth: root.ch.lastError !== undefined ? 130 : lines.width
+                visible: root.ch.isPlaying
+                model: root.model
+                ch: root.ch
+            }
+        }
+    }
+}

@@ -1,0 +1,37 @@
+import QtQuick
+import Sonvel
+
+// What went wrong with an application's sound, read as one.
+Column {
+    id: root
+
+    required property string error
+
+    spacing: 2
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: PanelText.spokenError(title.text, error)
+
+    Text {
+        id: title
+
+        width: parent.width
+        text: "Audio control error"
+        elide: Text.ElideRight
+        renderType: Text.NativeRendering
+        horizontalAlignment: Text.AlignLeft
+        font: PanelTheme.caption
+        color: PanelTheme.red
+    }
+
+    Text {
+        width: parent.width
+        text: root.error
+        textFormat: Text.PlainText
+        renderType: Text.NativeRendering
+        horizontalAlignment: Text.AlignLeft
+        wrapMode: Text.Wrap
+        font: PanelTheme.caption
+        color: PanelTheme.red
+    }
+}

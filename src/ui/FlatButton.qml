@@ -1,0 +1,19 @@
+import QtQuick
+import Sonvel
+
+// Words to press, with nothing around them.
+PanelButton {
+    id: root
+
+    font: PanelTheme.caption
+    verticalPadding: 2
+
+    contentItem: Text {
+        text: root.text
+        textFormat: Text.PlainText
+        renderType: Text.NativeRendering
+        font: root.font
+        color: root.hovered || root.visualFocus ? PanelTheme.primary : PanelTheme.secondary
+        opacity: root.pressed ? 0.5 : 1
+    }
+}

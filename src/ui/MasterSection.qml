@@ -1,0 +1,58 @@
+import QtQuick
+import QtQuick.Layouts
+import Sonvel
+
+// The volume of the default output device.
+ColumnLayout {
+    id: root
+
+    required property MixerViewModel model
+
+    spacing: 6
+
+    SectionLabel {
+        text: "OUTPUT"
+    }
+
+    RowLayout {
+        spacing: 10
+
+        SymbolImage {
+            Layout.preferredWidth: 18
+            name: "hifispeaker.fill"
+            color: PanelTheme.secondary
+            size: 15
+        }
+
+        PanelLabel {
+            id: title
+
+            text: "System Output"
+        }
+
+        PanelSlider {
+            Layout.fillWidth: true
+            from: 0
+            to: 1
+            stepSize: 0.01
+            modelValue: root.model.masterVolume
+            enabled: root.model.masterSupported
+            Accessible.name: title.text
+            onChosen: value => root.model.setMaster(value)
+        }
+
+        NumberText {
+            Layout.preferredWidth: Math.max(30, implicitWidth)
+            value: PanelText.masterPercent(root.model.masterVolume)
+        }
+    }
+
+    PanelLabel {
+        Layout.fillWidth: true
+        visible: !root.model.masterSupported
+        text: "This output device has no adjustable master volume."
+        font: PanelTheme.caption
+        color: PanelTheme.secondary
+        wrapMode: Text.Wrap
+    }
+}

@@ -1,0 +1,39 @@
+import QtQuick
+import QtQuick.Templates as T
+import Sonvel
+
+// The outputs that an application can be heard at.
+PanelMenu {
+    id: root
+
+    required property MixerViewModel model
+    required property ChannelState ch
+
+    PanelMenuItem {
+        text: "Follow System Output"
+        symbol: root.ch.outputUID === undefined ? "checkmark" : ""
+        onTriggered: root.model.setOutput(undefined, root.ch)
+    }
+
+    T.MenuSeparator {
+        implicitHeight: 9
+        verticalPadding: 4
+        horizontalPadding: 8
+        contentItem: Rectangle {
+            color: PanelTheme.separator
+        }
+    }
+
+    Repeater {
+        model: root.model.outputDevices
+
+        PanelMenuItem {
+            required property var modelData
+            readonly property OutputMenu outputs: menu as OutputMenu
+
+            text: modelData.name
+            symbol: outputs && modelData.uid === outputs.ch.outputUID ? "checkmark" : "hifispeaker"
+            onTriggered: outputs.model.setOutput(modelData.uid, outputs.ch)
+        }
+    }
+}

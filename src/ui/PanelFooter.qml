@@ -1,0 +1,50 @@
+import QtQuick
+import QtQuick.Layouts
+import Sonvel
+
+// What concerns all applications, and what is to be said of them.
+ColumnLayout {
+    id: root
+
+    required property MixerViewModel model
+    required property string statusLine
+
+    signal quitRequested()
+
+    spacing: 9
+
+    Flow {
+        Layout.fillWidth: true
+        spacing: 8
+
+        BorderedButton {
+            text: "Reset all"
+            symbol: "arrow.uturn.backward"
+            onClicked: root.model.resetAllVolumes()
+        }
+
+        BorderedButton {
+            text: "Everything → Speakers"
+            symbol: "hifispeaker"
+            onClicked: root.model.everythingToSystemOutput()
+        }
+    }
+
+    PanelLabel {
+        Layout.fillWidth: true
+        visible: text !== ""
+        text: root.statusLine
+        font: PanelTheme.caption2
+        color: PanelTheme.secondary
+        wrapMode: Text.Wrap
+        maximumLineCount: 2
+        elide: Text.ElideRight
+    }
+
+    MenuBarActionRow {
+        Layout.fillWidth: true
+        updatesAvailable: root.model.updatesAvailable
+        onCheckForUpdates: root.model.checkForUpdates()
+        onQuit: root.quitRequested()
+    }
+}

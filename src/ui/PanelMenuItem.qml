@@ -1,0 +1,46 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Sonvel
+
+T.MenuItem {
+    id: root
+
+    required property string symbol
+    readonly property color textColor: highlighted ? PanelTheme.onAccent : PanelTheme.primary
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    horizontalPadding: 8
+    verticalPadding: 5
+    font: PanelTheme.body
+
+    Accessible.role: Accessible.MenuItem
+    Accessible.name: text
+
+    contentItem: RowLayout {
+        spacing: 7
+
+        SymbolImage {
+            name: root.symbol
+            color: root.textColor
+            size: root.font.pixelSize
+        }
+
+        Text {
+            Layout.fillWidth: true
+            text: root.text
+            textFormat: Text.PlainText
+            renderType: Text.NativeRendering
+            horizontalAlignment: Text.AlignLeft
+            elide: Text.ElideRight
+            font: root.font
+            color: root.textColor
+        }
+    }
+
+    background: Rectangle {
+        radius: 4
+        color: root.highlighted ? PanelTheme.prominent : "transparent"
+    }
+}

@@ -1,0 +1,126 @@
+import QtQuick
+import QtQuick.Layouts
+import Sonvel
+
+// The panel. It is there from the opening of its window to the closing, and the model is told so.
+Rectangle {
+    id: root
+
+    required property MixerViewModel model
+    required property string serverNotice
+
+    signal quitRequested()
+    signal settingsRequested(url settings)
+
+    implicitWidth: 360
+    implicitHeight: header.height + 2 + Math.max(320, Math.min(460, scrollArea.contentHeight)) + footer.height
+    color: PanelTheme.window
+
+    LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
+
+    Component.onCompleted: model.onAppear()
+    Component.onDestruction: model.onDisappear()
+
+    Item {
+        id: header
+
+        width: parent.width
+        height: title.implicitHeight + 20
+
+        RowLayout {
+            id: title
+
+            anchors.fill: parent
+            anchors.leftMargin: 12
+            anchors.rightMargin: 12
+            spacing: 8
+
+            SymbolImage {
+                name: "slider.vertical.3"
+                size: 16
+            }
+
+            PanelLabel {
+                Layout.fillWidth: true
+                text: "Sonvel"
+                font: PanelTheme.headline
+            }
+        }
+    }
+
+    Rectangle {
+        id: upperDivider
+
+        anchors.top: header.bottom
+        width: parent.width
+        height: 1
+        color: PanelTheme.separator
+    }
+
+    PanelScrollArea {
+        id: scrollArea
+
+        anchors.top: upperDivider.bottom
+        anchors.bottom: lowerDivider.top
+        width: parent.width
+        contentHeight: sections.implicitHeight + 24
+
+        ColumnLayout {
+            id: sections
+
+            x: 12
+            y: 12
+            width: scrollArea.width - 24
+            spacing: 14
+
+            PermissionCard {
+                Layout.fillWidth: true
+                visible: !root.model.permissionGranted
+                model: root.model
+                onSettingsRequested: settings => root.settingsRequested(settings)
+            }
+
+            MasterSection {
+                Layout.fillWidth: true
+                visible: root.model.permissionGranted
+                model: root.model
+            }
+
+            AppsSection {
+                id: apps
+
+                Layout.fillWidth: true
+                model: root.model
+            }
+        }
+    }
+
+    Rectangle {
+        id: lowerDivider
+
+        anchors.bottom: footer.top
+        width: parent.width
+        height: 1
+        color: PanelTheme.separator
+    }
+
+    Item {
+        id: footer
+
+        anchors.bottom: parent.bottom
+        width: parent.width
+        height: actions.implicitHeight + 24
+
+        PanelFooter {
+            id: actions
+
+            x: 12
+            y: 12
+            width: parent.width - 24
+            model: root.model
+            statusLine: PanelText.statusLine(root.serverNotice, root.model.status, apps.count)
+            onQuitRequested: root.quitRequested()
+        }
+    }
+}

@@ -1,0 +1,6 @@
+import Sonvel
+
+PanelLabel {
+    font: PanelTheme.sectionLabel
+    color: PanelTheme.secondary
+}

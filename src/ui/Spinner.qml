@@ -1,0 +1,44 @@
+import QtQuick
+import Sonvel
+
+// Eight dots that fade around a circle, for as long as something is awaited.
+Item {
+    id: root
+
+    required property bool running
+    property color color: PanelTheme.primary
+
+    implicitWidth: 12
+    implicitHeight: 12
+
+    Repeater {
+        model: 8
+
+        Item {
+            id: spoke
+
+            required property int index
+            readonly property Spinner spinner: parent as Spinner
+
+            anchors.fill: parent
+            rotation: index * 45
+
+            Rectangle {
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: 2.5
+                height: width
+                radius: width / 2
+                color: spoke.spinner?.color ?? "transparent"
+                opacity: 0.25 + 0.75 * spoke.index / 7
+            }
+        }
+    }
+
+    RotationAnimation on rotation {
+        running: root.running && root.visible && PanelTheme.animates
+        from: 0
+        to: 360
+        duration: 900
+        loops: Animation.Infinite
+    }
+}

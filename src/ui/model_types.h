@@ -1,0 +1,43 @@
+#pragma once
+
+// The types of the model as the views know them. The model itself knows no view.
+
+#include "model/mixer_view_model.h"
+
+#include <qqml.h>
+
+namespace sonvel {
+
+struct MixerViewModelForViews {
+  Q_GADGET
+  QML_FOREIGN(sonvel::MixerViewModel)
+  QML_NAMED_ELEMENT(MixerViewModel)
+  QML_UNCREATABLE("The program has one.")
+};
+
+struct ChannelListForViews {
+  Q_GADGET
+  QML_FOREIGN(sonvel::ChannelList)
+  QML_ANONYMOUS
+};
+
+struct ChannelStateForViews {
+  Q_GADGET
+  QML_FOREIGN(sonvel::ChannelState)
+  QML_NAMED_ELEMENT(ChannelState)
+  QML_UNCREATABLE("The model makes the rows.")
+};
+
+struct AudioAppForViews {
+  Q_GADGET
+  QML_FOREIGN(sonvel::AudioApp)
+  QML_VALUE_TYPE(audioApp)
+};
+
+struct AudioCaptureStatusForViews {
+  Q_GADGET
+  QML_FOREIGN(sonvel::AudioCaptureStatus)
+  QML_VALUE_TYPE(audioCaptureStatus)
+};
+
+} // namespace sonvel
