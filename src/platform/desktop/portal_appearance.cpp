@@ -1,12 +1,8 @@
 #include "platform/desktop/portal_appearance.h"
 
+#include "platform/desktop/portal_settings.h"
+
 #include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusServiceWatcher>
-#include <QDBusVariant>
-#include <QObject>
 #include <array>
 #include <cmath>
 #include <utility>
@@ -14,19 +10,8 @@
 namespace sonvel::desktop {
 namespace {
 
-constexpr QLatin1String kService("org.freedesktop.portal.Desktop");
-constexpr QLatin1String kPath("/org/freedesktop/portal/desktop");
-constexpr QLatin1String kInterface("org.freedesktop.portal.Settings");
-
 constexpr QLatin1String kAppearanceGroup("org.freedesktop.appearance");
 constexpr QLatin1String kGnomeGroup("org.gnome.desktop.interface");
-
-/// Some portals wrap a value once more than they should.
-QVariant unwrapped(QVariant value) {
-  while (value.metaType() == QMetaType::fromType<QDBusVariant>())
-    value = value.value<QDBusVariant>().variant();
-  return value;
-}
 
 Appearance::ColorScheme colorSchemeFrom(const QVariant& value) {
   switch (value.toUInt()) {
@@ -51,7 +36,7 @@ std::optional<std::uint32_t> accentColorFrom(const QVariant& value) {
 
   std::uint32_t color = 0;
   for (const double channel : channels) {
-    if (!(channel >= 0 && channel <= 1)) return std::nullopt;
+    if (!std::isfinite(channel) || channel < 0 || channel > 1) return std::nullopt;
     color = color << 8 | static_cast<std::uint32_t>(std::lround(channel * 255));
   }
   return color;
@@ -64,8 +49,7 @@ struct Settings {
   bool reducesMotion = false;
   bool hasNoAnimations = false; ///< the older setting for the same wish
 
-  void apply(const QString& group, const QString& key, const QVariant& wrapped) {
-    const auto value = unwrapped(wrapped);
+  void apply(const QString& group, const QString& key, const QVariant& value) {
     if (group == kAppearanceGroup && key == QLatin1String("color-scheme"))
       colorScheme = colorSchemeFrom(value);
     else if (group == kAppearanceGroup && key == QLatin1String("accent-color"))
@@ -76,6 +60,12 @@ struct Settings {
       hasNoAnimations = value.metaType() == QMetaType::fromType<bool>() && !value.toBool();
   }
 
+  void apply(const PortalSettings::Groups& groups) {
+    for (auto group = groups.begin(); group != groups.end(); ++group)
+      for (auto item = group->begin(); item != group->end(); ++item)
+        apply(group.key(), item.key(), item.value());
+  }
+
   Appearance appearance() const {
     return {.colorScheme = colorScheme,
             .accentColor = accentColor,
@@ -83,84 +73,45 @@ struct Settings {
   }
 };
 
-std::optional<Settings> settingsFrom(const QDBusMessage& reply) {
-  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("a{sa{sv}}"))
-    return std::nullopt;
-  Settings settings;
-  const auto groups = qdbus_cast<QMap<QString, QVariantMap>>(reply.arguments().constFirst());
-  for (auto group = groups.begin(); group != groups.end(); ++group)
-    for (auto item = group->begin(); item != group->end(); ++item)
-      settings.apply(group.key(), item.key(), item.value());
-  return settings;
-}
-
 } // namespace
 
-class PortalAppearance::Listener final : public QObject {
-  Q_OBJECT
-
+class PortalAppearance::Follower {
  public:
-  explicit Listener(const QDBusConnection& bus)
-      : bus_(bus)
-      , watcher_(kService, bus, QDBusServiceWatcher::WatchForRegistration) {
-    connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, this, &Listener::readAll);
-    qRegisterMetaType<QDBusVariant>(); // Qt looks the slot's types up by name
-    bus_.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
-                 SLOT(settingChanged(QString, QString, QDBusVariant)));
-    readAll();
-  }
+  explicit Follower(const QDBusConnection& bus)
+      : portal_(bus, {kAppearanceGroup, kGnomeGroup},
+                {.all = [this](const auto& groups) { become(Settings(), groups); },
+                 .one = [this](const auto&... setting) { become(settings_, setting...); }}) {}
 
   Appearance current() const { return settings_.appearance(); }
 
   void onChange(std::function<void()> changed) { changed_ = std::move(changed); }
 
- private Q_SLOTS:
-
-  void settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
-    auto settings = settings_;
-    settings.apply(group, key, value.variant());
-    become(settings);
-  }
-
  private:
-  void readAll() {
-    auto call = QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("ReadAll"));
-    call << QStringList{kAppearanceGroup, kGnomeGroup};
-    answer_ = std::make_unique<QDBusPendingCallWatcher>(bus_.asyncCall(call));
-    connect(answer_.get(), &QDBusPendingCallWatcher::finished, this, [this] {
-      if (const auto settings = settingsFrom(answer_->reply())) become(*settings);
-    });
-  }
-
-  void become(const Settings& settings) {
-    const auto before = current();
-    settings_ = settings;
+  template <typename... News> void become(Settings settings, const News&... news) {
+    settings.apply(news...);
+    const auto before = std::exchange(settings_, settings).appearance();
     if (current() != before && changed_) changed_();
   }
 
-  QDBusConnection bus_;
-  QDBusServiceWatcher watcher_;
-  std::unique_ptr<QDBusPendingCallWatcher> answer_; ///< to the latest question
   Settings settings_;
   std::function<void()> changed_;
+  PortalSettings portal_;
 };
 
 PortalAppearance::PortalAppearance()
     : PortalAppearance(QDBusConnection::sessionBus()) {}
 
 PortalAppearance::PortalAppearance(const QDBusConnection& bus)
-    : listener_(std::make_unique<Listener>(bus)) {}
+    : follower_(std::make_unique<Follower>(bus)) {}
 
 PortalAppearance::~PortalAppearance() = default;
 
 Appearance PortalAppearance::current() const {
-  return listener_->current();
+  return follower_->current();
 }
 
 void PortalAppearance::onChange(std::function<void()> changed) {
-  listener_->onChange(std::move(changed));
+  follower_->onChange(std::move(changed));
 }
 
 } // namespace sonvel::desktop
-
-#include "portal_appearance.moc"

@@ -28,8 +28,8 @@ class PortalAppearance final : public DesktopAppearance {
   void onChange(std::function<void()> changed) override;
 
  private:
-  class Listener;
-  const std::unique_ptr<Listener> listener_;
+  class Follower;
+  const std::unique_ptr<Follower> follower_;
 };
 
 } // namespace sonvel::desktop
