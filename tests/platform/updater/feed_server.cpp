@@ -103,7 +103,7 @@ void FeedServer::reply(QTcpSocket* socket, const QString& path) {
   socket->write("HTTP/1.1 " + QByteArray::number(answer.status) + " Answer\r\n" + answer.headers);
   if (length >= 0) socket->write("Content-Length: " + QByteArray::number(length) + "\r\n");
   socket->write("Connection: close\r\n\r\n");
-  std::make_unique<Sender>(socket, answer).release(); // the socket's child
+  static_cast<void>(std::make_unique<Sender>(socket, answer).release()); // the socket's child
 }
 
 } // namespace sonvel::updater
