@@ -1,6 +1,8 @@
 #include "panel/virtual_display.h"
 
 #include <array>
+#include <cerrno>
+#include <fcntl.h>
 #include <poll.h>
 #include <stdexcept>
 #include <system_error>
@@ -27,11 +29,11 @@ std::string readNumber(int descriptor) {
 
 VirtualDisplay::VirtualDisplay() {
   std::array<int, 2> ends{};
-  if (pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  server_ = session::ChildProcess(
-      {.program = "Xvfb",
-       .arguments = {"-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"},
-       .output = ends[1]});
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+  server_ = session::ChildProcess({.program = "Xvfb",
+                                   .arguments = {"Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24",
+                                                 "-nolisten", "tcp", "-noreset"},
+                                   .output = ends[1]});
   close(ends[1]);
   const auto number = readNumber(ends[0]);
   close(ends[0]);

@@ -36,6 +36,8 @@ class ControlledSound {
   void setMuted(const AudioApp& app, bool isMuted);
   void setOutput(const AudioApp& app, std::optional<std::string> outputUID);
 
+  AudioServer& server() noexcept { return audio_->server(); }
+
   /// As the controller's probe answers.
   std::optional<bool> probe();
 

@@ -14,8 +14,8 @@
 namespace sonvel::ui {
 
 /// The icon in the desktop's tray (a StatusNotifierItem), with a menu for desktops that show nothing else. It
-/// comes whenever the desktop begins to show such icons. Its title is QCoreApplication::applicationName(). Main
-/// thread, with a QApplication.
+/// comes whenever the desktop begins to show such icons. Its title is QCoreApplication::applicationName().
+/// Main thread, with a QApplication.
 class TrayIcon final : public QObject {
   Q_OBJECT
 
