@@ -64,11 +64,11 @@ ColumnLayout {
 
             // The keyboard goes on with the row that comes to stand there.
             onItemRemoved: (index, item) => {
-                const next = rows.itemAt(Math.min(index, rows.count - 1));
+                const next = rows.itemAt(Math.min(index, rows.count - 1)) as ChannelRow;
                 if (!item.activeFocus || !next)
                     return;
                 const control = root.Window.activeFocusItem as T.Control;
-                next.forceActiveFocus(control?.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason);
+                next.takeFocus(control?.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason);
             }
         }
     }

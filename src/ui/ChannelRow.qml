@@ -9,6 +9,10 @@ FocusScope {
     required property MixerViewModel model
     required property ChannelState ch
 
+    function takeFocus(reason: int) {
+        volume.forceActiveFocus(reason);
+    }
+
     implicitHeight: lines.implicitHeight + 4
     opacity: ch.isPlaying ? 1 : 0.9
 
@@ -119,6 +123,8 @@ FocusScope {
             }
 
             PanelSlider {
+                id: volume
+
                 Layout.fillWidth: true
                 focus: true
                 from: 0
@@ -133,6 +139,7 @@ FocusScope {
         }
 
         MeterBar {
+            objectName: "meter"
             Layout.fillWidth: true
             level: root.ch.muted ? 0 : root.ch.level
             opacity: root.ch.active ? 1 : 0.25

@@ -1,20 +1,34 @@
 import QtQuick
 import Sonvel
 
-// A level from 0 to 1 on a track; what is beyond is cut. It falls smoothly from one reading to the next.
+// A level from 0 to 1 on a track; what is beyond is cut. It rises fast and falls
+// slowly, from one reading to the next.
 Item {
     id: root
 
     required property real level
     readonly property real fraction: PanelText.meterFraction(level)
-    property real shown: fraction
+    property real shown: 0
     readonly property bool mirrored: LayoutMirroring.enabled
 
     implicitHeight: 3
 
-    Behavior on shown {
-        enabled: PanelTheme.animates
-        SmoothedAnimation { velocity: 2.5; duration: 240 }
+    onFractionChanged: {
+        glide.stop();
+        if (!PanelTheme.animates) {
+            shown = fraction;
+            return;
+        }
+        glide.to = fraction;
+        glide.duration = fraction > shown ? 80 : 300;
+        glide.start();
+    }
+
+    NumberAnimation {
+        id: glide
+
+        target: root
+        property: "shown"
     }
 
     Rectangle {

@@ -16,6 +16,7 @@ PanelMenu {
     }
 
     T.MenuSeparator {
+        Accessible.role: Accessible.Separator
         implicitHeight: 9
         verticalPadding: 4
         horizontalPadding: 8

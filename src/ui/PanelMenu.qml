@@ -8,8 +8,14 @@ T.Menu {
 
     readonly property real maximumWidth: (T.Overlay.overlay ? T.Overlay.overlay.width : 360) - 2 * margins
     readonly property real maximumHeight: (T.Overlay.overlay ? T.Overlay.overlay.height : 360) - 2 * margins
+    readonly property real widest: {
+        let widest = 0;
+        for (let i = 0; i < count; ++i)
+            widest = Math.max(widest, itemAt(i).implicitWidth);
+        return widest;
+    }
 
-    width: Math.min(Math.max(160, contentWidth + leftPadding + rightPadding), maximumWidth)
+    width: Math.min(Math.max(160, Math.ceil(widest) + leftPadding + rightPadding), maximumWidth)
     height: Math.min(contentItem.implicitHeight + topPadding + bottomPadding, maximumHeight)
     margins: 6
     padding: 4

@@ -9,6 +9,8 @@ T.Slider {
 
     required property real modelValue
     property real pageStep: (to - from) / 10
+    readonly property real minimumValue: from // as assistive technologies know it
+    readonly property real maximumValue: to
     property bool following: false
     property bool ready: false
     property real shownPosition: visualPosition

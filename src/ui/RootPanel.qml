@@ -61,6 +61,7 @@ Rectangle {
     PanelScrollArea {
         id: scrollArea
 
+        objectName: "scrollArea"
         anchors.top: upperDivider.bottom
         anchors.bottom: lowerDivider.top
         width: parent.width

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import QtQuick.Templates as T
 import Sonvel
 
 // Where an application is heard, and the menu to choose it from.
@@ -10,8 +11,12 @@ PanelButton {
     required property ChannelState ch
     readonly property bool routed: ch.outputUID !== undefined
     readonly property color labelColor: routed ? PanelTheme.accent : PanelTheme.secondary
+    property T.Control opener: null
+    property bool openedByKey: false
 
     function openMenu() {
+        opener = Window.activeFocusItem as T.Control;
+        openedByKey = opener?.visualFocus ?? false;
         menuLoader.setSource("OutputMenu.qml", { model: root.model, ch: root.ch });
         (menuLoader.item as OutputMenu).open();
     }
@@ -25,7 +30,6 @@ PanelButton {
     font: PanelTheme.caption2
     verticalPadding: 1
 
-    Accessible.role: Accessible.ButtonMenu
     Accessible.name: PanelText.outputLabel(ch.name)
     Accessible.description: text
 
@@ -66,6 +70,7 @@ PanelButton {
 
         function onClosed() {
             root.closeMenu();
+            root.opener?.forceActiveFocus(root.openedByKey ? Qt.TabFocusReason : Qt.OtherFocusReason);
         }
     }
 }

@@ -1,4 +1,7 @@
-// Draws the panel in its states: panel_pictures FOLDER. Twice as large with QT_SCALE_FACTOR=2.
+// Draws the panel in its states: panel_pictures FOLDER
+//
+// Twice as large with QT_SCALE_FACTOR=2, from right to left with -reverse behind the folder, in another font
+// with PANEL_FONT and PANEL_FONT_POINTS.
 
 #include "model/mixer_view_model.h"
 #include "model/qt_executor.h"
@@ -18,6 +21,7 @@
 #include <QQuickImageProvider>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QTest>
 #include <QTimer>
 
 namespace {
@@ -124,11 +128,34 @@ class Machine {
   std::int32_t nextPid_ = 500;
 };
 
-void draw(const QString& path, bool isDark, int consent, bool hasRows) {
+enum class State { rows, focus, menu, empty, denied, waiting };
+
+constexpr std::array kStates{std::pair{State::rows, "rows"},     std::pair{State::focus, "focus"},
+                             std::pair{State::menu, "menu"},     std::pair{State::empty, "empty"},
+                             std::pair{State::denied, "denied"}, std::pair{State::waiting, "waiting"}};
+
+int consentFor(State state) {
+  return state == State::denied ? 1 : state == State::waiting ? 2 : 0;
+}
+
+/// Brings the keyboard to the slider of the first row.
+void focusSlider(QQuickView& view) {
+  for (int i = 0; i < 4; ++i)
+    QTest::keyClick(&view, Qt::Key_Tab);
+}
+
+/// Opens the menu of the first row by the keyboard.
+void openMenu(QQuickView& view) {
+  focusSlider(view);
+  QTest::keyClick(&view, Qt::Key_Space);
+  QTest::keyClick(&view, Qt::Key_Down);
+}
+
+void draw(const QString& path, bool isDark, State state) {
   FixedAppearance appearance;
   appearance.appearance.colorScheme = isDark ? Appearance::ColorScheme::dark : Appearance::ColorScheme::light;
-  Machine machine(consent);
-  if (hasRows) machine.addRows();
+  Machine machine(consentFor(state));
+  if (state == State::rows || state == State::focus || state == State::menu) machine.addRows();
   PanelTheme theme(appearance);
   QQmlEngine engine;
   theme.install(engine);
@@ -137,11 +164,16 @@ void draw(const QString& path, bool isDark, int consent, bool hasRows) {
   QQuickView view(&engine, nullptr);
   view.setInitialProperties({{"model", QVariant::fromValue(machine.model())}, {"serverNotice", QString()}});
   view.setSource(rootPanelURL());
+  view.setResizeMode(QQuickView::SizeRootObjectToView);
   view.show();
+  view.requestActivate();
   machine.pass();
   machine.setRows();
   machine.pass();
   view.resize(360, static_cast<int>(view.rootObject()->implicitHeight()));
+  if (state == State::focus) focusSlider(view);
+  if (state == State::menu) openMenu(view);
+  if (state == State::waiting) machine.model()->requestPermission();
   wait(600);
   if (!view.grabWindow().save(path)) qWarning("cannot write %s", qPrintable(path));
 }
@@ -152,13 +184,13 @@ int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_QUICK_BACKEND", "software");
   QGuiApplication application(argc, argv);
-  QGuiApplication::setFont(QFont(qEnvironmentVariable("PANEL_FONT", "DejaVu Sans"), 10));
+  QGuiApplication::setFont(QFont(qEnvironmentVariable("PANEL_FONT", "DejaVu Sans"),
+                                 qEnvironmentVariableIntValue("PANEL_FONT_POINTS") > 0
+                                     ? qEnvironmentVariableIntValue("PANEL_FONT_POINTS")
+                                     : 10));
   const QDir folder(argc > 1 ? argv[1] : ".");
   registerViews();
-  for (const bool isDark : {false, true}) {
-    const QString scheme = isDark ? "dark" : "light";
-    draw(folder.filePath("rows-" + scheme + ".png"), isDark, 0, true);
-    draw(folder.filePath("empty-" + scheme + ".png"), isDark, 0, false);
-    draw(folder.filePath("card-" + scheme + ".png"), isDark, 1, false);
-  }
+  for (const bool isDark : {false, true})
+    for (const auto& [state, name] : kStates)
+      draw(folder.filePath(QString(name) + (isDark ? "-dark.png" : "-light.png")), isDark, state);
 }
