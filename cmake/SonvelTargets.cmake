@@ -39,7 +39,8 @@ endfunction()
 
 # sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [PROPERTIES ...])
 # A GoogleTest program, each of whose tests ctest runs and counts on its own. A test that listens to a real sound
-# server (label sound or session) has the machine to itself: without real-time rights, another's load is heard.
+# server (label sound or session) has the machine to itself, and a second try: without real-time rights, another's load
+# is heard.
 function(sonvel_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBS;LABELS;PROPERTIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
@@ -48,6 +49,7 @@ function(sonvel_test name)
   set(is_alone FALSE)
   if("sound" IN_LIST arg_LABELS OR "session" IN_LIST arg_LABELS)
     set(is_alone TRUE)
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${PROJECT_SOURCE_DIR}/scripts/lib/twice")
   endif()
   gtest_discover_tests(${name}
       TEST_PREFIX "${name}."

@@ -25,6 +25,14 @@ class DesktopAudio {
 
   AudioHardware& hardware() noexcept { return hardware_; }
 
+  AudioServer& server() noexcept { return hardware_.server(); }
+
+  const BundleInformation& bundle() const noexcept { return bundle_; }
+
+  const RunningApplications& applications() const noexcept { return applications_; }
+
+  const desktop::DesktopEntries& entries() const noexcept { return entries_; }
+
   Clock& clock() noexcept { return clock_; }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace sonvel {
@@ -16,6 +17,12 @@ class Preferences {
 
   /// Stores `value` under `key`, on disk before it returns. False if it could not be stored.
   virtual bool setBool(bool value, const std::string& key) = 0;
+
+  /// The text under `key`. None if there is none, or it can't be read. Reading never changes what is stored.
+  virtual std::optional<std::string> stringForKey(const std::string& key) const = 0;
+
+  /// Stores `value` under `key`, on disk before it returns. False if it could not be stored.
+  virtual bool setString(const std::string& value, const std::string& key) = 0;
 };
 
 } // namespace sonvel

@@ -81,7 +81,7 @@ class PipeWireUnderTest final : public AudioSystemUnderTest {
   }
 
   bool waitUntil(const std::function<bool()>& isSo) override {
-    const auto deadline = std::chrono::steady_clock::now() + 5s;
+    const auto deadline = std::chrono::steady_clock::now() + 20s;
     while (!isSo()) {
       if (std::chrono::steady_clock::now() > deadline) return false;
       std::this_thread::sleep_for(2ms);
@@ -113,7 +113,7 @@ class PipeWireUnderTest final : public AudioSystemUnderTest {
   session::Recording hear(const std::string& deviceUID) {
     const auto& ear = *ears_.at(deviceUID);
     const auto mark = ear.mark();
-    EXPECT_TRUE(ear.waitForFrames(mark, kReadingFrames, 5s));
+    EXPECT_TRUE(ear.waitForFrames(mark, kReadingFrames, 20s));
     auto heard = ear.since(mark);
     heard.left.resize(kReadingFrames);
     heard.right.resize(kReadingFrames);

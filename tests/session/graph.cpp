@@ -130,6 +130,14 @@ class GraphConnection::Implementation {
 
   void destroy(std::uint32_t id) { pw_registry_destroy(registry_, id); }
 
+  void setPermissions(std::uint32_t client, std::uint32_t object, std::uint32_t mask) {
+    auto* proxy = static_cast<pw_client*>(
+        pw_registry_bind(registry_, client, PW_TYPE_INTERFACE_Client, PW_VERSION_CLIENT, 0));
+    const pw_permission permission = PW_PERMISSION_INIT(object, mask);
+    pw_client_update_permissions(proxy, 1, &permission);
+    pw_proxy_destroy(proxyOf(proxy));
+  }
+
   void setMetadata(std::string_view name, std::uint32_t subject, const std::string& key,
                    const std::string& type, const std::string& value) {
     const auto found =
@@ -242,6 +250,10 @@ void GraphConnection::createAdapter(const std::map<std::string, std::string>& pr
 
 void GraphConnection::destroy(std::uint32_t id) {
   implementation_->destroy(id);
+}
+
+void GraphConnection::setPermissions(std::uint32_t client, std::uint32_t object, std::uint32_t mask) {
+  implementation_->setPermissions(client, object, mask);
 }
 
 void GraphConnection::setMetadata(std::string_view name, std::uint32_t subject, const std::string& key,

@@ -21,6 +21,8 @@ struct GraphObject {
   [[nodiscard]] std::string_view property(const std::string& key) const;
 };
 
+inline constexpr std::uint32_t kEveryObject = 0xffffffff;
+
 struct MetadataEntry {
   std::string metadata; // the name of the metadata object: "default", "settings" ...
   std::uint32_t subject = 0;
@@ -64,6 +66,9 @@ class GraphConnection {
   /// Creates a node by the server's "adapter" factory. It stays when this connection ends.
   void createAdapter(const std::map<std::string, std::string>& properties);
   void destroy(std::uint32_t id);
+  /// Sets what another client may do with one object, or with all that have no mask of their own
+  /// (kEveryObject); a mask of bits as in PipeWire's permission.h.
+  void setPermissions(std::uint32_t client, std::uint32_t object, std::uint32_t mask);
   /// Writes into the metadata object of this name; an empty value removes the key.
   void setMetadata(std::string_view name, std::uint32_t subject, const std::string& key,
                    const std::string& type, const std::string& value);

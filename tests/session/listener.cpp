@@ -17,7 +17,7 @@ namespace sonvel::session {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::seconds kPatience{20};
 constexpr std::uint32_t kNone = SPA_ID_INVALID;
 
 struct Channel {

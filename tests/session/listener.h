@@ -36,7 +36,7 @@ class Listener {
   using Milliseconds = std::chrono::milliseconds;
 
   /// Returns when the first samples have come (Wake::passive: when it is linked); throws std::runtime_error
-  /// when that takes longer than 5 seconds.
+  /// when that takes longer than 20 seconds.
   Listener(const PrivateSession& session, const std::string& sink, Wake wake = Wake::keepRunning);
   ~Listener();
   Listener(const Listener&) = delete;
@@ -54,11 +54,11 @@ class Listener {
                                      std::size_t frames = kAnalysedFrames) const;
   /// Blocks until both channels carry this tone, in frames heard after the call; false after the time given.
   [[nodiscard]] bool waitForTone(Tone tone, double toleranceDB,
-                                 Milliseconds within = std::chrono::seconds{5}) const;
+                                 Milliseconds within = std::chrono::seconds{20}) const;
   /// Blocks until so much exact silence was heard after the call in both channels; false after the time
   /// given.
   [[nodiscard]] bool waitForExactZeros(Milliseconds duration,
-                                       Milliseconds within = std::chrono::seconds{5}) const;
+                                       Milliseconds within = std::chrono::seconds{20}) const;
 
   /// How often samples were lost since the start.
   [[nodiscard]] std::uint64_t losses() const;

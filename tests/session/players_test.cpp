@@ -80,7 +80,7 @@ TEST_F(ToneClientTest, CountsWithoutAFault) {
   ToneClient client(session_);
   client.open("counter", {.signal = Signal::counter, .tone = {.amplitude = 0.7}});
   const std::uint64_t mark = speakers_.mark();
-  ASSERT_TRUE(speakers_.waitForFrames(mark, 48000 * 2, 5s));
+  ASSERT_TRUE(speakers_.waitForFrames(mark, 48000 * 2, 20s));
   const Recording heard = speakers_.since(mark);
   EXPECT_TRUE(heard.complete);
   EXPECT_GT(*std::ranges::max_element(heard.left), 0.69F);
@@ -92,7 +92,7 @@ TEST_F(ToneClientTest, PlaysImpulsesByTheClockOfTheGraph) {
   ToneClient client(session_);
   client.open("impulses", {.signal = Signal::impulses, .tone = {.amplitude = 0.9}, .period = 10000});
   const std::uint64_t mark = speakers_.mark();
-  ASSERT_TRUE(speakers_.waitForFrames(mark, 48000 * 2, 5s));
+  ASSERT_TRUE(speakers_.waitForFrames(mark, 48000 * 2, 20s));
   const Recording heard = speakers_.since(mark);
   const std::vector<std::size_t> impulses = impulsePositions(heard.left, 0.8F);
   ASSERT_GE(impulses.size(), 7U);
@@ -142,11 +142,11 @@ TEST(Listener, TellsWhenTheSinkWasGone) {
   PrivateSession session;
   const Listener speakers(session, "Speakers");
   const std::uint64_t mark = speakers.mark();
-  ASSERT_TRUE(speakers.waitForFrames(mark, 1, 5s));
+  ASSERT_TRUE(speakers.waitForFrames(mark, 1, 20s));
   session.removeSink("Speakers");
   EXPECT_TRUE(eventually([&] { return !speakers.linked(); }));
   session.addSink("Speakers", "Speakers");
-  ASSERT_TRUE(speakers.waitForFrames(speakers.mark(), 4096, 5s));
+  ASSERT_TRUE(speakers.waitForFrames(speakers.mark(), 4096, 20s));
   EXPECT_TRUE(speakers.linked());
   EXPECT_EQ(speakers.losses(), 1U);
   EXPECT_FALSE(speakers.since(mark).complete);

@@ -23,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPatience{10};
+constexpr std::chrono::seconds kPatience{20};
 constexpr int kAddedSinkPriority = 500; // below Speakers and Headphones, so that it takes nothing over
 constexpr std::uint32_t kWholeGraph = 0;
 
@@ -111,7 +111,7 @@ PrivateSession::PrivateSession(const SessionOptions& options)
   try {
     const SessionFolders folders(folder_);
     startKeeper();
-    writeSessionFiles(folders, options.quantum);
+    writeSessionFiles(folders, options.quantum, options.accessArguments);
     environment_ = makeEnvironment(folders, options);
     startBus();
     for (const Daemon daemon : {Daemon::pipewire, Daemon::wireplumber, Daemon::pulse})

@@ -18,6 +18,8 @@ struct SessionOptions {
   int quantum = 1024; // frames of each graph cycle; fixed, whatever clients ask for
   /// Directories of desktop entries and the like for XDG_DATA_DIRS, before the system's own.
   std::vector<std::filesystem::path> dataDirectories;
+  /// Arguments of the server's access module, as its configuration has them: who may do what.
+  std::string accessArguments{};
 };
 
 /// A sound system of our own, apart from the desktop's: D-Bus, PipeWire, WirePlumber and the PulseAudio
@@ -77,7 +79,7 @@ class PrivateSession {
   [[nodiscard]] Graph graph() const;
   /// Blocks until the graph is as wanted; false after the time given.
   [[nodiscard]] bool waitForGraph(const std::function<bool(const Graph&)>& wanted,
-                                  std::chrono::milliseconds within = std::chrono::seconds{5}) const;
+                                  std::chrono::milliseconds within = std::chrono::seconds{20}) const;
 
   /// WirePlumber's memory of streams (volumes, targets) as it stands on disk; empty when there is none yet.
   /// It is written a second after a change.

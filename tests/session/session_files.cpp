@@ -1,6 +1,7 @@
 #include "session/session_files.h"
 
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace sonvel::session {
@@ -47,6 +48,18 @@ std::string pipewireConfiguration(int quantum) {
          sinkObject("Speakers", 1500) + sinkObject("Headphones", 1000) + "]\n";
 }
 
+// The system's configuration with arguments for its access module: what is set in a file of its own comes too
+// late for a module.
+std::string configurationWithAccess(const std::string& arguments) {
+  std::ifstream file("/usr/share/pipewire/pipewire.conf");
+  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  const std::string start = "args = {";
+  const auto module = text.find("{ name = libpipewire-module-access");
+  const auto place = module == std::string::npos ? module : text.find(start, module);
+  if (place == std::string::npos) throw std::runtime_error("the system's pipewire.conf has no access module");
+  return text.insert(place + start.size(), "\n" + arguments + "\n");
+}
+
 // A session bus with no folder of services: nothing starts that we didn't start.
 std::string busConfiguration(const fs::path& runtime) {
   return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
@@ -78,7 +91,7 @@ SessionFolders::SessionFolders(const fs::path& root)
     , programs(root / "bin")
     , tones(root / "tones") {}
 
-void writeSessionFiles(const SessionFolders& folders, int quantum) {
+void writeSessionFiles(const SessionFolders& folders, int quantum, const std::string& accessArguments) {
   for (const fs::path& folder : {folders.runtime, folders.config, folders.state, folders.data, folders.cache,
                                  folders.home, folders.logs, folders.programs, folders.tones})
     fs::create_directories(folder);
@@ -86,6 +99,8 @@ void writeSessionFiles(const SessionFolders& folders, int quantum) {
 
   writeFile(folders.config / "bus.conf", busConfiguration(folders.runtime));
   writeFile(folders.config / "pipewire/pipewire.conf.d/50-session.conf", pipewireConfiguration(quantum));
+  if (!accessArguments.empty())
+    writeFile(folders.config / "pipewire/pipewire.conf", configurationWithAccess(accessArguments));
   writeFile(folders.config / "wireplumber/main.lua.d/51-no-hardware.lua",
             "alsa_monitor.enabled = false\n"
             "v4l2_monitor.enabled = false\n"

@@ -22,8 +22,9 @@ struct SessionFolders {
 };
 
 /// Makes the folders, and the configuration that sets the daemons of a session apart from a desktop's: fixed
-/// quantum, the first sinks, no hardware, no services that the bus starts by itself.
-void writeSessionFiles(const SessionFolders& folders, int quantum);
+/// quantum, the first sinks, no hardware, no services that the bus starts by itself, and `accessArguments`
+/// for the server's access module.
+void writeSessionFiles(const SessionFolders& folders, int quantum, const std::string& accessArguments);
 
 /// What makes a null sink of this name, for PipeWire's "adapter" factory.
 [[nodiscard]] std::map<std::string, std::string> sinkProperties(const std::string& name,

@@ -13,7 +13,7 @@ namespace sonvel::session {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::seconds kPatience{20};
 
 const char* nameOf(Signal signal) noexcept {
   switch (signal) {

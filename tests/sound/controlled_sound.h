@@ -14,7 +14,7 @@
 namespace sonvel::sound {
 
 /// Waits for what another process brings about; false if it takes longer than `within`.
-bool waitUntil(const std::function<bool()>& isSo, std::chrono::milliseconds within = std::chrono::seconds{5});
+bool waitUntil(const std::function<bool()>& isSo, std::chrono::milliseconds within = std::chrono::seconds{20});
 
 /// Whether a graph holds a node, link or entry of ours.
 bool holdsAnythingOfOurs(const session::Graph& graph);
@@ -35,6 +35,8 @@ class ControlledSound {
   void setGain(const AudioApp& app, float gain);
   void setMuted(const AudioApp& app, bool isMuted);
   void setOutput(const AudioApp& app, std::optional<std::string> outputUID);
+
+  AudioServer& server() noexcept { return audio_->server(); }
 
   /// As the controller's probe answers.
   std::optional<bool> probe();

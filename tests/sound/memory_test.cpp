@@ -48,7 +48,7 @@ class Memory : public testing::Test {
   void write(std::uint32_t stream, const std::string& key, const std::string& type,
              const std::string& value) {
     GraphConnection connection(session_.socketPath());
-    const auto deadline = std::chrono::steady_clock::now() + 5s;
+    const auto deadline = std::chrono::steady_clock::now() + 20s;
     static_cast<void>(connection.snapshot(deadline)); // finds the metadata
     connection.setMetadata("default", stream, key, type, value);
     EXPECT_TRUE(connection.waitFor(

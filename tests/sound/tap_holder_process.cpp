@@ -36,14 +36,22 @@ TapHolder::TapHolder(const session::PrivateSession& session, float gain) {
   close(toChild[0]);
   close(fromChild[1]);
   input_ = toChild[1];
-  const std::string line = readLine(fromChild[0]);
-  close(fromChild[0]);
-  if (std::sscanf(line.c_str(), "holding %d", &held_) != 1)
-    throw std::runtime_error("tap-holder says: " + line);
+  output_ = fromChild[0];
+  held_ = take();
 }
 
 TapHolder::~TapHolder() {
   if (input_ >= 0) close(input_);
+  close(output_);
+}
+
+int TapHolder::ask(const std::string& request) {
+  const std::string line = request + '\n';
+  if (write(input_, line.data(), line.size()) < 0) throw std::runtime_error("tap-holder has gone");
+  const std::string answer = readLine(output_);
+  int number = 0;
+  if (std::sscanf(answer.c_str(), "%d", &number) != 1) throw std::runtime_error("tap-holder says: " + answer);
+  return number;
 }
 
 int TapHolder::finish() {

@@ -13,6 +13,11 @@ struct UnrefObject {
 /// Owns one reference to a GObject.
 template <typename T> using GObjectPtr = std::unique_ptr<T, UnrefObject>;
 
+/// Frees what GLib gave with the function that its kind needs.
+template <auto release> struct Release {
+  template <typename T> void operator()(T* object) const noexcept { release(object); }
+};
+
 struct FreeStrings {
   void operator()(gchar** strings) const noexcept { g_strfreev(strings); }
 };

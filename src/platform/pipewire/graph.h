@@ -84,6 +84,7 @@ struct Graph {
   std::map<GlobalID, Card> cards;
   std::map<GlobalID, MetadataEntries> metadata; ///< by subject
   bool hasMetadata = false;                     ///< the session manager is there
+  bool isServerHidden = false;                  ///< the server has withdrawn itself from us
   std::string defaultSinkName;                  ///< empty for none
 
   /// The node with that name of the newest serial, as a name can be in two nodes while one replaces the

@@ -87,6 +87,8 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
     graph_.hasMetadata = true;
     metadataID_ = id;
     watches_[id] = std::make_unique<MetadataWatch>(registry, id, graph_, changed_);
+  } else if (is(PW_TYPE_INTERFACE_Core)) {
+    graph_.isServerHidden = false;
   } else {
     return;
   }
@@ -95,6 +97,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
 
 void GraphMonitor::removed(GlobalID id) {
   watches_.erase(id);
+  if (id == PW_ID_CORE) graph_.isServerHidden = true;
   graph_.clients.erase(id);
   graph_.nodes.erase(id);
   graph_.ports.erase(id);

@@ -27,6 +27,9 @@ class GraphMonitor {
   pw_device* card(GlobalID id) const;
   pw_metadata* metadata() const;
 
+  /// The object behind metadata().
+  std::optional<GlobalID> metadataID() const noexcept { return metadataID_; }
+
   /// Writes metadata on a subject, and into the graph at once: the server's own answer comes later. Does
   /// nothing while there is no metadata.
   void write(GlobalID subject, const MetadataWrite& write);

@@ -68,13 +68,18 @@ Guardian::Guardian(const std::string& tapNamePrefix) {
 }
 
 Guardian::~Guardian() {
-  if (lifeline_ >= 0) close(lifeline_);
+  begin();
   if (process_ > 0) waitForEnd(process_, kPatience);
 }
 
 void Guardian::dismiss() noexcept {
   constexpr char kAllIsWell = '\n';
   if (lifeline_ >= 0) send(lifeline_, &kAllIsWell, 1, MSG_NOSIGNAL);
+}
+
+void Guardian::begin() noexcept {
+  if (lifeline_ >= 0) close(lifeline_);
+  lifeline_ = -1;
 }
 
 } // namespace sonvel::pipewire

@@ -24,6 +24,12 @@ class Guardian {
   /// Tells it that all was given back.
   void dismiss() noexcept;
 
+  /// Lets it do its work now, as if this process had died. Does not wait for it.
+  void begin() noexcept;
+
+  /// Whether it watches no more.
+  bool hasBegun() const noexcept { return lifeline_ < 0; }
+
  private:
   pid_t process_ = -1;
   int lifeline_ = -1;

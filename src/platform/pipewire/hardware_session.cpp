@@ -26,9 +26,17 @@ PipeWireHardware::Session::Session(const ApplicationIdentity& appIdentity)
   loop.start();
   const LoopThread::Lock lock(loop);
   server = std::make_unique<ServerConnection>(
-      loop, graph,
+      loop, graph, state,
       ServerConnection::Listener{.changed = [this] { reconciler.schedule(); },
-                                 .lost = [this] { reconciler.forgetServerObjects(); }});
+                                 .lost = [this] { reconciler.forgetServerObjects(); },
+                                 .granted =
+                                     [this] {
+                                       if (!reconciler.desired().taps.empty()) ensureGuardian();
+                                     },
+                                 .withdrawn =
+                                     [this] {
+                                       if (guardian) guardian->begin();
+                                     }});
   reconciler.setServer(server.get());
   lock.waitUntil(deadlineFromNow(), [this] { return server->isReady() || server->core() == nullptr; });
 }
@@ -36,6 +44,10 @@ PipeWireHardware::Session::Session(const ApplicationIdentity& appIdentity)
 PipeWireHardware::Session::~Session() {
   giveAllBack();
   loop.stop(); // from here on nothing is called back
+}
+
+void PipeWireHardware::Session::ensureGuardian() {
+  if (!guardian || guardian->hasBegun()) guardian = std::make_unique<Guardian>(kTapNamePrefix + runName);
 }
 
 void PipeWireHardware::Session::giveAllBack() {
@@ -113,6 +125,7 @@ std::vector<AudioObjectID> PipeWireHardware::Session::deviceObjects() {
   for (const auto& [id, node] : graph.nodes)
     if (node.kind == NodeKind::sink || node.kind == NodeKind::source) bySerial[node.serial] = node.name;
   std::vector<AudioObjectID> objects;
+  objects.reserve(bySerial.size() + aggregates.size());
   for (const auto& [serial, name] : bySerial)
     objects.push_back(devices.idOf(name));
   for (const auto& [id, aggregate] : aggregates)

@@ -37,6 +37,9 @@ class PipeWireHardware::Session {
   OSStatus waitFor(const LoopThread::Lock& lock, LoopThread::Deadline deadline,
                    const std::function<bool()>& isTrue);
 
+  /// Has what is done to other programs' streams watched over.
+  void ensureGuardian();
+
   /// Takes all of ours out of the graph, as far as the server lets us, and ends the connection.
   void giveAllBack();
 
@@ -61,6 +64,7 @@ class PipeWireHardware::Session {
   LoopThread loop;
   Graph graph;
   Reconciler reconciler;
+  ServerState state;
   std::unique_ptr<ServerConnection> server;
   ObjectIDs ids;
   ObjectTable processes;

@@ -11,8 +11,9 @@ bool sweepLeftovers(const std::string& tapNamePrefix, std::chrono::milliseconds 
   Graph graph;
   loop.start();
   const LoopThread::Lock lock(loop);
-  ServerConnection server(loop, graph, {.changed = [&] { loop.signal(); }, .lost = [] {}});
-  if (!lock.waitUntil(deadline, [&] { return server.isReady(); })) return false;
+  ServerState state;
+  ServerConnection server(loop, graph, state, {.changed = [&] { loop.signal(); }, .lost = [] {}});
+  if (!lock.waitUntil(deadline, [&] { return server.isReady() && server.mayHaveTaps(); })) return false;
   for (const auto& [id, node] : graph.nodes)
     if (targetTapOf(graph, id).starts_with(tapNamePrefix))
       for (const auto& write : writesBack(graph, id))

@@ -21,6 +21,7 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
   const Lock lock(session_->loop);
   const auto deadline = deadlineFromNow();
   if (!session_->server->isReady()) return status::kNotRunning;
+  if (!session_->server->mayHaveTaps()) return status::kIllegalOperation;
   DesiredTap desired{.nodeName = session_->uniqueName(kTapNamePrefix),
                      .description = description.name,
                      .processes = {},
@@ -31,8 +32,7 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
     if (!process) return status::kBadObject;
     desired.processes.insert(*process);
   }
-  if (!session_->guardian && desired.hasNode)
-    session_->guardian = std::make_unique<Guardian>(kTapNamePrefix + session_->runName);
+  if (desired.hasNode) session_->ensureGuardian();
   const AudioObjectID id = session_->ids.next();
   auto& taps = session_->reconciler.desired().taps;
   const bool hasNode = desired.hasNode;
@@ -135,6 +135,7 @@ OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
   const auto installed = aggregate->second.ioProcs.find(ioProc);
   if (installed == aggregate->second.ioProcs.end()) return status::kBadObject;
   if (!session_->server->isReady()) return status::kNotRunning;
+  if (!session_->server->mayHaveTaps()) return status::kIllegalOperation;
   DesiredState& desired = session_->reconciler.desired();
   if (const auto running = desired.sessions.find(ioProc); running != desired.sessions.end())
     return running->second.isStopping ? status::kIllegalOperation : kNoError;
@@ -165,9 +166,14 @@ std::vector<AudioClient> PipeWireHardware::audioClients() const {
   for (const auto& [id, client] : session_->graph.clients)
     if (processKeyOf(session_->graph, id)) bySerial[client.serial] = client.facts;
   std::vector<AudioClient> clients;
+  clients.reserve(bySerial.size());
   for (auto& [serial, client] : bySerial)
     clients.push_back(std::move(client));
   return clients;
+}
+
+AudioServer& PipeWireHardware::server() noexcept {
+  return session_->state;
 }
 
 } // namespace sonvel::pipewire

@@ -3,6 +3,7 @@
 #include "platform/application_identity.h"
 #include "platform/audio_clients.h"
 #include "platform/audio_hardware.h"
+#include "platform/audio_server.h"
 
 #include <memory>
 
@@ -18,6 +19,10 @@ namespace sonvel::pipewire {
 /// takes its streams when its IOProc has started and returns them when it stops, each between two cycles.
 ///
 /// A stream that asked never to be moved stays where it is, and is heard there unaltered.
+///
+/// While the server restricts us no tap can be made and no IOProc started: both give kIllegalOperation. When
+/// it takes our rights away, the connection is dropped, with which the server takes back all that was made
+/// here; destroying it then has nothing left to do. Six seconds later the connection is made again.
 class PipeWireHardware final : public AudioHardware, public AudioClients {
  public:
   /// Connects to the server that the environment names, and waits up to two seconds for it. Without one all
@@ -55,6 +60,9 @@ class PipeWireHardware final : public AudioHardware, public AudioClients {
   OSStatus deviceStop(AudioObjectID device, IOProcID ioProc) override;
 
   std::vector<AudioClient> audioClients() const override;
+
+  /// The connection and what the server lets us do. Lives as long as this object.
+  AudioServer& server() noexcept;
 
  private:
   class Session;

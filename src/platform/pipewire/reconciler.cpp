@@ -126,7 +126,7 @@ void Reconciler::purge(bool alsoFailed) {
 
 void Reconciler::reconcile() {
   purge(false);
-  if (server_ != nullptr && server_->isReady()) {
+  if (server_ != nullptr && server_->isReady() && server_->mayHaveTaps()) {
     if (isSessionManagerReady()) {
       lookForStrandedStreams();
       apply(planEdits(graph_, desired_, owned()));

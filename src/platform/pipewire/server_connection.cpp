@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <stdexcept>
+#include <utility>
 
 namespace sonvel::pipewire {
 
@@ -11,14 +12,23 @@ namespace {
 
 constexpr std::chrono::milliseconds kRetryDelay{300};
 
+// Who looks every five seconds whether we have our rights has to see that we had lost them, even if we get
+// them back as soon as we ask.
+constexpr std::chrono::milliseconds kStaysAway{6000};
+
 // The registry answers the first with the objects, the second with what each of them has to tell.
 constexpr int kSyncsUntilReady = 2;
 
+bool isAboutRights(int result) noexcept {
+  return result == -EACCES || result == -EPERM;
+}
+
 } // namespace
 
-ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, Listener listener)
+ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, ServerState& state, Listener listener)
     : loop_(loop)
     , graph_(graph)
+    , state_(state)
     , listener_(std::move(listener))
     , dropped_(loop.loop(), [this] { disconnect(); })
     , retry_(loop.loop(), [this] { connect(); }) {
@@ -30,6 +40,7 @@ ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, Listener list
 }
 
 ServerConnection::~ServerConnection() {
+  rightsWatch_.reset();
   monitor_.reset();
   coreHook_.remove();
 }
@@ -41,6 +52,7 @@ void ServerConnection::connect() {
                         PW_KEY_MEDIA_CATEGORY, "Manager", PW_KEY_MEDIA_TYPE, "Audio", nullptr);
   core_.reset(pw_context_connect(context_.get(), properties, 0));
   if (!core_) {
+    if (isAboutRights(-errno)) state_.setRights(AudioServer::Rights::restricted);
     retry_.arm(kRetryDelay);
     return;
   }
@@ -56,7 +68,9 @@ void ServerConnection::connect() {
     return made;
   }();
   pw_core_add_listener(core_.get(), coreHook_.get(), &events, this);
-  monitor_ = std::make_unique<GraphMonitor>(core_.get(), graph_, listener_.changed);
+  monitor_ = std::make_unique<GraphMonitor>(core_.get(), graph_, [this] { graphChanged(); });
+  rightsWatch_ = std::make_unique<RightsWatch>(loop_.loop(), core_.get(), *monitor_,
+                                               [this](bool mayHaveTaps) { toldRights(mayHaveTaps); });
   syncsLeft_ = kSyncsUntilReady;
   readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
 }
@@ -64,19 +78,29 @@ void ServerConnection::connect() {
 void ServerConnection::disconnect() {
   if (!core_) return;
   listener_.lost();
+  rightsWatch_.reset();
   monitor_.reset();
   coreHook_.remove();
   core_.reset();
   isReady_ = false;
+  mayHaveTaps_ = false;
+  const bool wasWithdrawn = std::exchange(isWithdrawn_, false);
+  const bool wasRefused = std::exchange(isRefused_, false);
+  if (state_.connection() == AudioServer::Connection::connected)
+    state_.setConnection(AudioServer::Connection::lost);
+  if (wasWithdrawn) listener_.withdrawn();
   listener_.changed();
-  retry_.arm(kRetryDelay);
+  retry_.arm(wasWithdrawn || wasRefused ? kStaysAway : kRetryDelay);
 }
 
 void ServerConnection::toldDone(int sequence) {
   lastDone_ = sequence;
   if (!isReady_ && sequence == readyAt_) {
     isReady_ = --syncsLeft_ == 0;
-    if (!isReady_) readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+    if (isReady_)
+      state_.setConnection(AudioServer::Connection::connected);
+    else
+      readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
     listener_.changed();
   }
   loop_.signal();
@@ -87,6 +111,36 @@ void ServerConnection::toldError(std::uint32_t id, int result) {
   // middle of its own event.
   constexpr std::array kLost{-EPIPE, -ECONNRESET, -EPROTO, -EBADMSG, -ENOTCONN};
   if (id == PW_ID_CORE && std::ranges::find(kLost, result) != kLost.end()) dropped_.signal();
+  if (!isAboutRights(result)) return;
+  if (id == PW_ID_CORE && !isReady_)
+    refused();
+  else if (rightsWatch_)
+    rightsWatch_->ask();
+}
+
+void ServerConnection::refused() {
+  state_.setRights(AudioServer::Rights::restricted);
+  isRefused_ = true;
+  dropped_.signal();
+}
+
+void ServerConnection::toldRights(bool mayHaveTaps) {
+  if (isWithdrawn_) return;
+  const bool couldHaveTaps = std::exchange(mayHaveTaps_, mayHaveTaps);
+  state_.setRights(mayHaveTaps ? AudioServer::Rights::granted : AudioServer::Rights::restricted);
+  if (mayHaveTaps == couldHaveTaps) return;
+  if (mayHaveTaps) {
+    listener_.granted();
+    listener_.changed();
+  } else {
+    isWithdrawn_ = true;
+    dropped_.signal();
+  }
+}
+
+void ServerConnection::graphChanged() {
+  if (graph_.isServerHidden) toldRights(false);
+  listener_.changed();
 }
 
 bool ServerConnection::roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline) {

@@ -2,6 +2,8 @@
 
 #include "platform/pipewire/graph_monitor.h"
 #include "platform/pipewire/loop_thread.h"
+#include "platform/pipewire/rights_watch.h"
+#include "platform/pipewire/server_state.h"
 
 #include <functional>
 #include <memory>
@@ -10,21 +12,30 @@ namespace sonvel::pipewire {
 
 /// The connection to the sound server: made again, for as long as it takes, whenever it is lost. All calls
 /// with the loop's lock held.
+///
+/// A server that takes the right to have taps from us loses us as a client: what we could no longer undo, it
+/// undoes then. Some seconds later we come back, and are told anew what we may do.
 class ServerConnection {
  public:
   struct Listener {
-    std::function<void()> changed; ///< the graph has changed
-    std::function<void()> lost;    ///< destroy everything that was made through core(), now
+    std::function<void()> changed;           ///< the graph has changed
+    std::function<void()> lost;              ///< destroy everything that was made through core(), now
+    std::function<void()> granted = [] {};   ///< taps can be had from now on
+    std::function<void()> withdrawn = [] {}; ///< they can't any more, and the connection has been dropped
   };
 
-  /// Throws std::runtime_error if the library can't be set up; a missing server is only waited for.
-  ServerConnection(LoopThread& loop, Graph& graph, Listener listener);
+  /// Throws std::runtime_error if the library can't be set up; a missing server is only waited for. `state`
+  /// is kept up to date.
+  ServerConnection(LoopThread& loop, Graph& graph, ServerState& state, Listener listener);
   ~ServerConnection();
   ServerConnection(const ServerConnection&) = delete;
   ServerConnection& operator=(const ServerConnection&) = delete;
 
   /// There is a server, and the graph holds all that it had when we came.
   bool isReady() const noexcept { return isReady_; }
+
+  /// It lets us make and move what taps need.
+  bool mayHaveTaps() const noexcept { return mayHaveTaps_; }
 
   /// Null while there is no server.
   pw_core* core() const noexcept { return core_.get(); }
@@ -41,9 +52,13 @@ class ServerConnection {
   void disconnect();
   void toldDone(int sequence);
   void toldError(std::uint32_t id, int result);
+  void toldRights(bool mayHaveTaps);
+  void graphChanged();
+  void refused();
 
   LoopThread& loop_;
   Graph& graph_;
+  ServerState& state_;
   Listener listener_;
   LoopEvent dropped_;
   LoopTimer retry_;
@@ -51,10 +66,14 @@ class ServerConnection {
   CoreHandle core_;
   Hook coreHook_;
   std::unique_ptr<GraphMonitor> monitor_;
+  std::unique_ptr<RightsWatch> rightsWatch_;
   int lastDone_ = 0;
   int readyAt_ = 0;   ///< the sequence whose answer makes the graph complete
   int syncsLeft_ = 0; ///< before that, how many answers bring objects that must be asked in turn
   bool isReady_ = false;
+  bool mayHaveTaps_ = false;
+  bool isWithdrawn_ = false; ///< the connection is only there to be dropped
+  bool isRefused_ = false;   ///< as above
 };
 
 } // namespace sonvel::pipewire

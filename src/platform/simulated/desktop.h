@@ -42,16 +42,26 @@ class SimulatedApplications final : public RunningApplications {
   std::vector<RunningApplication> applications_;
 };
 
-/// A bundle whose identifier is given.
+/// A bundle whose identifier and information are given.
 class SimulatedBundle final : public BundleInformation {
  public:
-  explicit SimulatedBundle(std::optional<std::string> identifier)
-      : identifier_(std::move(identifier)) {}
+  using Information = std::map<std::string, InfoObject, std::less<>>;
+
+  explicit SimulatedBundle(std::optional<std::string> identifier, Information information = {})
+      : identifier_(std::move(identifier))
+      , information_(std::move(information)) {}
 
   std::optional<std::string> bundleIdentifier() const override { return identifier_; }
 
+  std::optional<InfoObject> objectForInfoKey(std::string_view key) const override {
+    const auto found = information_.find(key);
+    if (found == information_.end()) return std::nullopt;
+    return found->second;
+  }
+
  private:
   const std::optional<std::string> identifier_;
+  const Information information_;
 };
 
 } // namespace sonvel::simulated

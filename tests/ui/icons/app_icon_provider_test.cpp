@@ -7,7 +7,7 @@
 
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <cmath>
+#include <memory>
 #include <thread>
 
 namespace sonvel {
@@ -47,15 +47,14 @@ class AppIconProviderTest : public testing::Test {
 
 TEST_F(AppIconProviderTest, TakesItsIdFromQmlAsItWasEncodedThere) {
   QQmlEngine engine;
-  engine.addImageProvider(AppIconProvider::kID,
-                          new AppIconProvider(cache_)); // NOLINT(cppcoreguidelines-owning-memory)
+  engine.addImageProvider(AppIconProvider::kID, std::make_unique<AppIconProvider>(cache_).release());
   const auto show = [&](const char* own, const char* parent) {
     QQmlComponent component(&engine);
-    component.setData(
-        QByteArray("import QtQuick\nImage { sourceSize: Qt.size(18, 18); source: 'image://app-icon/42/'"
-                   " + encodeURIComponent('") +
-            own + "') + '/' + encodeURIComponent('" + parent + "') + '/70' }",
-        {});
+    component.setData(QByteArray("import QtQuick\nImage { sourceSize: Qt.size(18, "
+                                 "18); source: 'image://app-icon/42/'"
+                                 " + encodeURIComponent('") +
+                          own + "') + '/' + encodeURIComponent('" + parent + "') + '/70' }",
+                      {});
     const std::unique_ptr<QObject> image(component.create());
     ASSERT_NE(image, nullptr) << qPrintable(component.errorString());
     EXPECT_EQ(image->property("status").toInt(), 1) << "not ready";

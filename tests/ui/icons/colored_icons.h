@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/desktop/temporary_folder.h"
-#include "ui/gui_application.h"
 
 #include <QIcon>
 #include <QImage>
@@ -13,8 +12,6 @@ namespace sonvel {
 /// A folder with pictures of one colour each, which tell where an icon came from.
 class ColoredIcons {
  public:
-  ColoredIcons() { guiApplication(); }
-
   /// Writes a PNG picture of that colour. Returns its path.
   std::string write(const std::string& relative, const char* color, QSize size = {32, 32}) const {
     auto path = folder_.write(relative, "");

@@ -1,4 +1,3 @@
-#include "ui/gui_application.h"
 #include "ui/symbols/symbol_image_provider.h"
 #include "ui/symbols/symbols.h"
 
@@ -54,8 +53,6 @@ bool touchesBorder(const QImage& image) {
 
 class Symbols : public testing::Test {
  protected:
-  Symbols() { guiApplication(); }
-
   const QColor orange_{"#ff9500"};
 };
 

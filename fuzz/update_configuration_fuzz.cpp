@@ -1,0 +1,61 @@
+#include "expect.h"
+#include "platform/updater/address_policy.h"
+#include "updates/update_feed_configuration.h"
+
+#include <QByteArray>
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+namespace sonvel {
+namespace {
+
+using fuzz::expect;
+using Text = std::optional<std::string>;
+
+constexpr unsigned kAllowsLocalhost = 1;
+
+void expectSafe(const UpdateFeedConfiguration& configuration, bool allowsLocalhost) {
+  using updater::AddressPolicy;
+  const QUrl handedOver(QString::fromStdString(configuration.feedURL.toEncoded().toStdString()),
+                        QUrl::StrictMode);
+  expect(handedOver == configuration.feedURL, "the updater gets the address that was checked");
+  expect(updater::isAllowed(handedOver,
+                            allowsLocalhost ? AddressPolicy::httpsOrLocalhost : AddressPolicy::httpsOnly),
+         "the updater may talk to the feed");
+  expect(QByteArray::fromBase64(QByteArray::fromStdString(configuration.publicKey)).size() == 32,
+         "a key has 32 bytes");
+}
+
+void check(const Text& feed, const Text& key, const Text& channel, bool allowsLocalhost) {
+  try {
+    const UpdateFeedConfiguration configuration(feed, key, channel, allowsLocalhost);
+    expectSafe(configuration, allowsLocalhost);
+    expect(configuration == UpdateFeedConfiguration(
+                                configuration.feedURL.toEncoded().toStdString(), configuration.publicKey,
+                                std::string(rawValue(configuration.channel)), allowsLocalhost),
+           "what passed once passes again");
+  } catch (const UpdateConfigurationError& error) {
+    expect(!error.errorDescription().empty(), "a failure has words");
+    expect(error.payload().empty() || feed || channel, "a failure carries what it is about");
+  }
+}
+
+} // namespace
+} // namespace sonvel
+
+/// A byte whose lowest bit allows local hosts, then feed, key and channel with bars between them. A text that
+/// the input ends before is absent.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  std::string_view rest(reinterpret_cast<const char*>(data + 1), size - 1);
+  std::array<sonvel::Text, 3> texts;
+  for (sonvel::Text& text : texts) {
+    const std::size_t bar = rest.find('|');
+    text = std::string(rest.substr(0, bar));
+    if (bar == std::string_view::npos) break;
+    rest.remove_prefix(bar + 1);
+  }
+  sonvel::check(texts[0], texts[1], texts[2], (data[0] & sonvel::kAllowsLocalhost) != 0);
+  return 0;
+}

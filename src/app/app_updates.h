@@ -1,0 +1,42 @@
+#pragma once
+
+#include "model/update_checking.h"
+#include "platform/appearance.h"
+#include "platform/bundle_information.h"
+#include "platform/clock.h"
+#include "platform/preferences.h"
+#include "platform/updater/appcast_updater.h"
+#include "platform/updater/desktop_package_installer.h"
+#include "platform/updater/relaunch.h"
+#include "updates/sparkle_update_controller.h"
+
+#include <functional>
+
+namespace sonvel {
+
+/// The program's updates as the model knows them, with everything that they need of the program. Main thread.
+class AppUpdates final : public UpdateChecking {
+ public:
+  /// What the updates need of the program; the referents outlive them.
+  struct Environment {
+    const BundleInformation& bundle;
+    Clock& clock;
+    Preferences& preferences;
+    const DesktopAppearance& appearance; ///< of the updater's window
+    updater::Relaunch& relaunch;       ///< is told of a new version, and performed when the program has ended
+    std::function<void()> requestQuit; ///< asks the program to end for that
+  };
+
+  explicit AppUpdates(const Environment& environment);
+
+  bool isAvailable() const override { return controller_.isAvailable(); }
+
+  void checkForUpdates() override { controller_.checkForUpdates(); }
+
+ private:
+  updater::DesktopPackageInstaller packageInstaller_;
+  updater::AppcastUpdaterProvider provider_;
+  SparkleUpdateController controller_;
+};
+
+} // namespace sonvel

@@ -1,0 +1,68 @@
+// The program `sonvel`.
+
+#include "app/single_instance.h"
+#include "app/sonvel_app.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <cstdio>
+#include <exception>
+#include <optional>
+
+namespace {
+
+enum ExitCode { kFailed = 1, kNoAnswer = 2 };
+
+int run(std::optional<sonvel::SonvelApp>& app, sonvel::updater::Relaunch& relaunch) {
+  try {
+    app.emplace(relaunch);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "sonvel: %s\n", error.what());
+    return kFailed;
+  }
+  const int exitCode = app->run();
+  app.reset();
+  return exitCode;
+}
+
+int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
+  std::optional<sonvel::SonvelApp> app;
+  sonvel::SingleInstance instance({.showPanel = [&] { return app && app->showPanel(); },
+                                   .quit =
+                                       [&] {
+                                         if (app) app->terminate();
+                                       }});
+  switch (instance.acquire()) {
+    using enum sonvel::SingleInstance::Outcome;
+  case toldTheFirst:
+    return EXIT_SUCCESS;
+  case firstDoesNotAnswer:
+    std::fputs("sonvel: another Sonvel runs in this session and does not answer\n", stderr);
+    return kNoAnswer;
+  case first:
+  case noBus:
+    return run(app, relaunch);
+  }
+  return kFailed;
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+  QApplication application(argumentCount, arguments);
+  QApplication::setApplicationName(QStringLiteral("Sonvel"));
+  QApplication::setApplicationVersion(QStringLiteral(SONVEL_VERSION));
+  QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
+  QApplication::setQuitOnLastWindowClosed(false);
+
+  QCommandLineParser parser;
+  parser.setApplicationDescription(QStringLiteral("A volume for every application that plays sound."));
+  parser.addHelpOption();
+  parser.addVersionOption();
+  parser.process(application);
+
+  sonvel::updater::Relaunch relaunch;
+  const int exitCode = runAsOnlyOne(relaunch);
+  relaunch.perform();
+  return exitCode;
+}

@@ -1,0 +1,66 @@
+#include "app/panel_host.h"
+
+#include "ui/icons/app_icon_provider.h"
+#include "ui/icons/icon_themes.h"
+#include "ui/symbols/symbol_image_provider.h"
+#include "ui/symbols/symbols.h"
+#include "ui/views.h"
+
+#include <QDesktopServices>
+#include <QQmlEngine>
+#include <QQuickItem>
+
+namespace sonvel {
+
+PanelHost::PanelHost(MixerViewModel& model, DesktopAudio& audio, DesktopAppearance& appearance,
+                     Executor& mainThread, std::function<void()> quit)
+    : quit_(std::move(quit))
+    , theme_(appearance)
+    , applicationIcons_(audio.entries())
+    , icons_(audio.applications(), applicationIcons_)
+    , notice_(audio.server(), mainThread,
+              [this](const QString& text) {
+                if (root_) root_->setProperty("serverNotice", text);
+              })
+    , tray_(symbolIcon(QStringLiteral("slider.vertical.3"), theme_.primary()))
+    , window_(content(model), audio.clock())
+    , presence_(
+          window_, [this] { return tray_.geometry(); }, quit_) {
+  completeIconThemes();
+  registerViews();
+  QObject::connect(&tray_, &ui::TrayIcon::clicked, &presence_, &ui::PanelPresence::clickIcon);
+  QObject::connect(&tray_, &ui::TrayIcon::openChosen, &presence_, &ui::PanelPresence::show);
+  QObject::connect(&tray_, &ui::TrayIcon::quitChosen, &presence_, quit_);
+  QObject::connect(&tray_, &ui::TrayIcon::shownChanged, &presence_, &ui::PanelPresence::setTrayShown);
+  if (const auto isShown = tray_.isShown()) presence_.setTrayShown(*isShown);
+}
+
+ui::PanelContent PanelHost::content(MixerViewModel& model) {
+  return {.source = rootPanelURL(),
+          .properties = {{"model", QVariant::fromValue(&model)}, {"serverNotice", QString()}},
+          .prepareEngine = [this](QQmlEngine& engine) { prepareEngine(engine); },
+          .ready = [this](QQuickItem& root) { connectRoot(root); }};
+}
+
+void PanelHost::prepareEngine(QQmlEngine& engine) {
+  theme_.install(engine);
+  engine.addImageProvider(SymbolImageProvider::kID, std::make_unique<SymbolImageProvider>().release());
+  engine.addImageProvider(AppIconProvider::kID, std::make_unique<AppIconProvider>(icons_).release());
+}
+
+void PanelHost::connectRoot(QQuickItem& root) {
+  root_ = &root;
+  root.setProperty("serverNotice", notice_.text());
+  connect(&root, SIGNAL(quitRequested()), this, SLOT(onQuitRequested()));
+  connect(&root, SIGNAL(settingsRequested(QUrl)), this, SLOT(onSettingsRequested(QUrl)));
+}
+
+void PanelHost::onQuitRequested() {
+  quit_();
+}
+
+void PanelHost::onSettingsRequested(const QUrl& settings) {
+  QDesktopServices::openUrl(settings);
+}
+
+} // namespace sonvel

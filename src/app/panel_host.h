@@ -1,0 +1,53 @@
+#pragma once
+
+#include "app/desktop_audio.h"
+#include "app/server_notice.h"
+#include "model/mixer_view_model.h"
+#include "platform/desktop/desktop_application_icons.h"
+#include "platform/desktop/portal_appearance.h"
+#include "ui/icons/app_icon_cache.h"
+#include "ui/panel_theme.h"
+#include "ui/shell/panel_presence.h"
+#include "ui/shell/panel_window.h"
+#include "ui/shell/tray_icon.h"
+
+#include <QPointer>
+
+namespace sonvel {
+
+/// The panel on the desktop: its views, with all that they need, in a window behind a tray icon. Main thread,
+/// with a QApplication.
+class PanelHost final : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Shows the icon, or the window where there is no tray. `quit` is called when the user wants the program
+  /// to end. The others outlive this object.
+  PanelHost(MixerViewModel& model, DesktopAudio& audio, DesktopAppearance& appearance, Executor& mainThread,
+            std::function<void()> quit);
+
+  /// Shows the panel to a user who asked for it by other means than its icon.
+  void show() { presence_.show(); }
+
+  void close() { window_.close(); }
+
+ private:
+  ui::PanelContent content(MixerViewModel& model);
+  void prepareEngine(QQmlEngine& engine);
+  void connectRoot(QQuickItem& root);
+
+  Q_SLOT void onQuitRequested();
+  Q_SLOT void onSettingsRequested(const QUrl& settings);
+
+  const std::function<void()> quit_;
+  PanelTheme theme_;
+  desktop::DesktopApplicationIcons applicationIcons_;
+  AppIconCache icons_;
+  QPointer<QQuickItem> root_; ///< while the panel is open
+  ServerNotice notice_;
+  ui::TrayIcon tray_;
+  ui::PanelWindow window_;
+  ui::PanelPresence presence_;
+};
+
+} // namespace sonvel

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QObject>
+#include <QString>
+#include <functional>
+
+namespace sonvel {
+
+/// A client of the desktop's session manager (org.gnome.SessionManager, which other desktops offer as well),
+/// so that the end of the session waits until this process is done. Without such a manager it does nothing.
+/// The main thread alone.
+class SessionManagerClient final : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Registers without waiting. `endSession` is called from the event loop when the session ends.
+  SessionManagerClient(std::function<void()> endSession, QDBusConnection bus);
+  ~SessionManagerClient() override;
+  SessionManagerClient(const SessionManagerClient&) = delete;
+  SessionManagerClient& operator=(const SessionManagerClient&) = delete;
+
+  /// Answers a session manager that waits since `endSession`; does nothing when none does.
+  void tellDone();
+
+ private:
+  Q_SLOT void onQueryEndSession(uint flags);
+  Q_SLOT void onEndSession(uint flags);
+  Q_SLOT void onStop();
+
+  void listenAt(const QString& path);
+  [[nodiscard]] QDBusMessage agreement() const;
+
+  std::function<void()> endSession_;
+  QDBusConnection bus_;
+  QString path_; // of our object at the session manager, empty: not registered
+  bool isAwaited_ = false;
+};
+
+} // namespace sonvel

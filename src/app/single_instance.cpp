@@ -1,0 +1,104 @@
+#include "app/single_instance.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDBusServiceWatcher>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QTimer>
+#include <utility>
+
+namespace sonvel {
+
+namespace {
+
+const QString kService = QStringLiteral("com.quellmarsh.sonvel");
+const QString kPath = QStringLiteral("/com/quellmarsh/sonvel");
+const QString kInterface = QStringLiteral("com.quellmarsh.sonvel");
+const QString kLeavingError = QStringLiteral("com.quellmarsh.sonvel.Error.Leaving");
+
+} // namespace
+
+/// The object that others call.
+class SingleInstance::Service : public QObject, protected QDBusContext {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "com.quellmarsh.sonvel")
+
+ public:
+  explicit Service(Requests requests)
+      : requests_(std::move(requests)) {}
+
+  // The names are those of the interface.
+  Q_SCRIPTABLE void ShowPanel() { // NOLINT(readability-identifier-naming)
+    if (!requests_.showPanel()) sendErrorReply(kLeavingError, QStringLiteral("Sonvel is about to end"));
+  }
+
+  Q_SCRIPTABLE void Quit() { requests_.quit(); } // NOLINT(readability-identifier-naming)
+
+ private:
+  Requests requests_;
+};
+
+SingleInstance::SingleInstance(Requests requests, QDBusConnection bus)
+    : bus_(std::move(bus))
+    , service_(std::make_unique<Service>(std::move(requests))) {}
+
+SingleInstance::~SingleInstance() {
+  if (!isFirst_) return;
+  bus_.interface()->unregisterService(kService);
+  bus_.unregisterObject(kPath);
+}
+
+SingleInstance::Outcome SingleInstance::acquire() {
+  if (!bus_.isConnected()) return Outcome::noBus;
+
+  const QDeadlineTimer deadline(kPatience);
+  do {
+    if (takeName()) return Outcome::first;
+    switch (askFirst(std::chrono::milliseconds(deadline.remainingTime()))) {
+    case Answer::shown:
+      return Outcome::toldTheFirst;
+    case Answer::none:
+      return Outcome::firstDoesNotAnswer;
+    case Answer::leaving:
+      waitForName(std::chrono::milliseconds(deadline.remainingTime()));
+    }
+  } while (!deadline.hasExpired());
+  return Outcome::firstDoesNotAnswer;
+}
+
+// The object is there before the name is, so that nobody finds the one without the other.
+bool SingleInstance::takeName() {
+  bus_.registerObject(kPath, service_.get(), QDBusConnection::ExportScriptableInvokables);
+  const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus_.interface()->registerService(
+      kService, QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);
+  isFirst_ = reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered;
+  if (!isFirst_) bus_.unregisterObject(kPath);
+  return isFirst_;
+}
+
+SingleInstance::Answer SingleInstance::askFirst(std::chrono::milliseconds within) {
+  QDBusMessage request =
+      QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("ShowPanel"));
+  request.setAutoStartService(false);
+  const QDBusMessage reply = bus_.call(request, QDBus::Block, static_cast<int>(within.count()));
+  if (reply.type() == QDBusMessage::ReplyMessage) return Answer::shown;
+
+  // It may have ended since it was asked, with our question unread.
+  const bool isGone = !bus_.interface()->isServiceRegistered(kService).value();
+  return isGone || reply.errorName() == kLeavingError ? Answer::leaving : Answer::none;
+}
+
+void SingleInstance::waitForName(std::chrono::milliseconds within) {
+  QEventLoop loop;
+  const QDBusServiceWatcher watcher(kService, bus_, QDBusServiceWatcher::WatchForUnregistration);
+  QObject::connect(&watcher, &QDBusServiceWatcher::serviceUnregistered, &loop, &QEventLoop::quit);
+  QTimer::singleShot(within, &loop, &QEventLoop::quit);
+  if (bus_.interface()->isServiceRegistered(kService).value()) loop.exec();
+}
+
+} // namespace sonvel
+
+#include "single_instance.moc"

@@ -1,0 +1,51 @@
+#include "app/sonvel_app.h"
+
+#include <QCoreApplication>
+
+namespace sonvel {
+
+SonvelApp::SonvelApp(updater::Relaunch& relaunch)
+    : consent_(audio_.server())
+    , permission_(consent_)
+    , updates_(
+          {audio_.bundle(), audio_.clock(), preferences_, appearance_, relaunch, [this] { terminate(); }})
+    , hardware_(std::make_shared<Actor<HardwareController>>(audio_.environment(), audio_.clock()))
+    , delegate_(std::make_shared<AppDelegate>(
+          MixerDependencies{hardware_, mainThread_, audio_.clock(), permission_, preferences_, updates_}))
+    , quitRequests_([this] { terminate(); }) {
+  panel_.emplace(delegate_->model(), audio_, appearance_, mainThread_, [this] { terminate(); });
+}
+
+SonvelApp::~SonvelApp() {
+  panel_.reset();
+  const auto model = delegate_->weakModel();
+  delegate_.reset();
+  // Each task that is still at work holds the model, and what it waits for answers in bounded time.
+  while (!model.expired())
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+int SonvelApp::run() {
+  return QCoreApplication::exec();
+}
+
+bool SonvelApp::showPanel() {
+  if (isTerminating_) return false;
+  panel_->show();
+  return true;
+}
+
+void SonvelApp::terminate() {
+  isTerminating_ = true;
+  panel_->close();
+  if (delegate_->applicationShouldTerminate(*this) == TerminateReply::now)
+    replyToApplicationShouldTerminate(true);
+}
+
+void SonvelApp::replyToApplicationShouldTerminate(bool mayTerminate) {
+  if (!mayTerminate) return;
+  quitRequests_.tellDone();
+  QCoreApplication::exit(EXIT_SUCCESS);
+}
+
+} // namespace sonvel

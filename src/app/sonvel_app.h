@@ -1,0 +1,56 @@
+#pragma once
+
+#include "app/app_delegate.h"
+#include "app/app_updates.h"
+#include "app/desktop_audio.h"
+#include "app/panel_host.h"
+#include "app/quit_requests.h"
+#include "model/qt_executor.h"
+#include "platform/desktop/consent_library.h"
+#include "platform/desktop/settings_preferences.h"
+
+#include <optional>
+
+namespace sonvel {
+
+/// The program: chooses the implementations, joins them, and keeps them from its start to its end. One for
+/// the life of the process. Main thread, with a QApplication.
+class SonvelApp final : private TerminatingApplication {
+ public:
+  /// Makes everything and shows the tray icon. `relaunch`, which outlives this object, is told when a new
+  /// version is to start after it. Throws std::runtime_error if sound can't be set up at all.
+  explicit SonvelApp(updater::Relaunch& relaunch);
+
+  /// Lets everything go that is still at work, and waits for it.
+  ~SonvelApp() override;
+
+  SonvelApp(const SonvelApp&) = delete;
+  SonvelApp& operator=(const SonvelApp&) = delete;
+
+  /// Runs until somebody asks to end and every application has its own output back. The exit code.
+  int run();
+
+  /// False when the program is about to end.
+  bool showPanel();
+
+  /// Asks the program to end. Returns at once; a second time changes nothing.
+  void terminate();
+
+ private:
+  void replyToApplicationShouldTerminate(bool mayTerminate) override;
+
+  DesktopAudio audio_;
+  desktop::ConsentLibrary consent_;
+  AudioPermission permission_;
+  desktop::SettingsPreferences preferences_;
+  desktop::PortalAppearance appearance_;
+  QtExecutor mainThread_;
+  AppUpdates updates_;
+  std::shared_ptr<Actor<HardwareController>> hardware_;
+  std::shared_ptr<AppDelegate> delegate_;
+  std::optional<PanelHost> panel_;
+  QuitRequests quitRequests_;
+  bool isTerminating_ = false;
+};
+
+} // namespace sonvel

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/audio_server.h"
+
+#include <mutex>
+
+namespace sonvel::simulated {
+
+/// A connection to a sound server that does what a script says: at first there is none, and it has told
+/// nothing. Any thread. The callback runs on the thread that changes something.
+class SimulatedServer final : public AudioServer {
+ public:
+  void setRights(Rights rights);
+  void setConnection(Connection connection);
+
+  Rights rights() const override;
+  Connection connection() const override;
+  void onChange(std::function<void()> callback) override;
+
+ private:
+  template <class Value> void set(Value& value, Value wanted);
+
+  mutable std::mutex mutex_; ///< guards the next two
+  Rights rights_ = Rights::unknown;
+  Connection connection_ = Connection::connecting;
+  std::mutex callbackMutex_; ///< held while the callback runs
+  std::function<void()> callback_;
+};
+
+} // namespace sonvel::simulated

@@ -1,0 +1,49 @@
+#include "ui/shell/panel_presence.h"
+
+#include "ui/shell/panel_window.h"
+
+#include <utility>
+
+namespace sonvel::ui {
+
+PanelPresence::PanelPresence(PanelWindow& window, std::function<QRect()> iconGeometry,
+                             std::function<void()> quit, std::chrono::milliseconds trayPatience)
+    : window_(window)
+    , iconGeometry_(std::move(iconGeometry))
+    , quit_(std::move(quit)) {
+  missing_.setSingleShot(true);
+  missing_.setInterval(trayPatience);
+  connect(&missing_, &QTimer::timeout, this, &PanelPresence::standIn);
+  connect(&window_, &PanelWindow::plainWindowClosedByUser, this, [this] {
+    if (!isTrayShown_) quit_();
+  });
+}
+
+void PanelPresence::setTrayShown(bool isShown) {
+  isTrayShown_ = isShown;
+  if (isShown) {
+    missing_.stop();
+  } else if (!missing_.isActive()) {
+    missing_.start();
+  }
+}
+
+void PanelPresence::clickIcon() {
+  window_.toggle(iconGeometry_());
+}
+
+void PanelPresence::show() {
+  if (!isTrayShown_) {
+    standIn();
+  } else {
+    window_.open(window_.style().value_or(PanelWindow::Style::panel), iconGeometry_());
+  }
+}
+
+// A panel without an icon would leave nothing behind when it closes.
+void PanelPresence::standIn() {
+  missing_.stop();
+  window_.open(PanelWindow::Style::plainWindow);
+}
+
+} // namespace sonvel::ui

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QObject>
+#include <QRect>
+#include <QTimer>
+#include <chrono>
+#include <functional>
+#include <optional>
+
+namespace sonvel::ui {
+
+class PanelWindow;
+
+/// Sees to it that the user always finds the panel: at the tray icon while there is one, as a plain window
+/// while there is none, whose closing then ends the program. Main thread.
+class PanelPresence final : public QObject {
+ public:
+  /// For how long a tray may be missing, at login or while the desktop restarts it, before a window stands
+  /// in.
+  static constexpr std::chrono::milliseconds kTrayPatience{3000};
+
+  /// `iconGeometry` says where the tray icon is, empty when nobody knows; `quit` asks the program to quit.
+  /// The window outlives it.
+  PanelPresence(PanelWindow& window, std::function<QRect()> iconGeometry, std::function<void()> quit,
+                std::chrono::milliseconds trayPatience = kTrayPatience);
+
+  /// What is known of the tray icon now. The first call begins the program's presence.
+  void setTrayShown(bool isShown);
+
+  /// The icon was clicked.
+  void clickIcon();
+
+  /// The user wants to see the panel, by another start of the program or the icon's menu.
+  void show();
+
+ private:
+  void standIn();
+
+  PanelWindow& window_;
+  std::function<QRect()> iconGeometry_;
+  std::function<void()> quit_;
+  QTimer missing_;
+  bool isTrayShown_ = false;
+};
+
+} // namespace sonvel::ui

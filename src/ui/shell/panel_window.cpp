@@ -1,0 +1,206 @@
+#include "ui/shell/panel_window.h"
+
+#include "ui/shell/panel_placement.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLoggingCategory>
+#include <QPalette>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QScreen>
+#include <algorithm>
+#include <cmath>
+#include <malloc.h>
+#include <utility>
+
+namespace sonvel::ui {
+
+namespace {
+
+QList<ScreenArea> screenAreas() {
+  QList<ScreenArea> areas;
+  for (const QScreen* screen : QGuiApplication::screens())
+    areas.append({.geometry = screen->geometry(), .available = screen->availableGeometry()});
+  return areas;
+}
+
+/// Whether the window is this one or one of its own, such as a dialog.
+bool belongsTo(const QWindow* window, const QWindow* owner) {
+  while (window != nullptr && window != owner)
+    window = window->transientParent();
+  return window == owner && owner != nullptr;
+}
+
+int upwards(double length) {
+  return static_cast<int>(std::ceil(length));
+}
+
+} // namespace
+
+/// Tells what the user does to the window as a whole.
+class PanelWindow::Window final : public QQuickWindow {
+ public:
+  std::function<void()> onClose;
+  std::function<void()> onEscape;
+
+ private:
+  void keyPressEvent(QKeyEvent* event) override {
+    event->ignore(); // unless the content takes it
+    QQuickWindow::keyPressEvent(event);
+    if (event->key() == Qt::Key_Escape && !event->isAccepted() && onEscape) onEscape();
+  }
+
+  void closeEvent(QCloseEvent* /*event*/) override {
+    if (onClose) onClose();
+  }
+};
+
+/// All that is there while the panel is open.
+struct PanelWindow::Shown {
+  QQmlEngine engine; // outlives what it made
+  Window window;
+  QQuickItem* root = nullptr; // the window's
+  Style style = Style::panel;
+  bool wasActive = false;
+  QRect icon;
+  QPoint pointer;
+};
+
+PanelWindow::PanelWindow(PanelContent content, const Clock& clock)
+    : content_(std::move(content))
+    , clock_(clock) {
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &PanelWindow::onFocusWindowChanged);
+}
+
+PanelWindow::~PanelWindow() = default;
+
+QQuickWindow* PanelWindow::window() const noexcept {
+  return shown_ ? &shown_->window : nullptr;
+}
+
+std::optional<PanelWindow::Style> PanelWindow::style() const noexcept {
+  return shown_ ? std::optional(shown_->style) : std::nullopt;
+}
+
+bool PanelWindow::open(Style style, const QRect& icon) {
+  if (shown_ && shown_->style != style) close();
+  const bool isNew = !shown_;
+  if (isNew) {
+    leaving_.reset(); // before the new comes, so that the model hears both in this order
+    shown_ = make(style);
+    if (!shown_) return false;
+    shown_->icon = icon;
+    shown_->pointer = QCursor::pos();
+    fit();
+    follow(*shown_->root);
+  }
+  shown_->window.show();
+  shown_->window.raise();
+  shown_->window.requestActivate();
+  if (isNew) Q_EMIT opened();
+  return true;
+}
+
+void PanelWindow::toggle(const QRect& icon) {
+  const auto lostFocus = std::exchange(lostFocus_, std::nullopt);
+  if (isOpen()) {
+    closeByUser();
+  } else if (!lostFocus || clock_.now() - *lostFocus > kClickDuration) {
+    open(Style::panel, icon);
+  }
+}
+
+void PanelWindow::close() {
+  if (!shown_) return;
+  shown_->root->disconnect(this);
+  shown_->window.onClose = nullptr;
+  shown_->window.onEscape = nullptr;
+  shown_->window.hide();
+  leaving_ = std::move(shown_); // one of its parts may be what closes it
+  QMetaObject::invokeMethod(this, &PanelWindow::destroyLeaving, Qt::QueuedConnection);
+  Q_EMIT closed();
+}
+
+// An engine kept for the next opening holds a megabyte more and saves milliseconds; another megabyte comes
+// back from the allocator.
+void PanelWindow::destroyLeaving() {
+  leaving_.reset();
+  malloc_trim(0);
+}
+
+void PanelWindow::closeByUser() {
+  const bool isPlain = style() == Style::plainWindow;
+  close();
+  if (isPlain) Q_EMIT plainWindowClosedByUser();
+}
+
+std::unique_ptr<PanelWindow::Shown> PanelWindow::make(Style style) {
+  auto shown = std::make_unique<Shown>();
+  shown->style = style;
+  if (content_.prepareEngine) content_.prepareEngine(shown->engine);
+  QQmlComponent component(&shown->engine, content_.source);
+  std::unique_ptr<QObject> object(
+      component.isReady() ? component.createWithInitialProperties(content_.properties) : nullptr);
+  auto* const root = qobject_cast<QQuickItem*>(object.get());
+  if (root == nullptr) {
+    qWarning("The panel has no content: %s", qPrintable(component.errorString()));
+    return nullptr;
+  }
+
+  Window& window = shown->window;
+  shown->root = root;
+  root->setParent(&window);
+  root->setParentItem(window.contentItem());
+  static_cast<void>(object.release()); // the window's now
+
+  connect(&window, &QWindow::widthChanged, root, [root](int width) { root->setWidth(width); });
+  connect(&window, &QWindow::heightChanged, root, [root](int height) { root->setHeight(height); });
+  window.setTitle(QStringLiteral("Sonvel"));
+  window.setColor(QGuiApplication::palette().color(QPalette::Window));
+  if (style == Style::panel) window.setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+  window.onClose = [this] { closeByUser(); };
+  window.onEscape = [this] {
+    if (shown_->style == Style::panel) closeByUser();
+  };
+  if (content_.ready) content_.ready(*root);
+  return shown;
+}
+
+void PanelWindow::follow(QQuickItem& root) {
+  connect(&root, &QQuickItem::implicitHeightChanged, this, &PanelWindow::fit);
+  connect(&root, &QQuickItem::implicitWidthChanged, this, &PanelWindow::fit);
+}
+
+// As large as the content, as far as the screen goes. A panel stays in its place: it grows away from the bar.
+void PanelWindow::fit() {
+  QQuickItem& root = *shown_->root;
+  Window& window = shown_->window;
+  const QSize wanted(upwards(root.implicitWidth()), upwards(root.implicitHeight()));
+  if (shown_->style == Style::panel) {
+    window.setGeometry(panelGeometry(screenAreas(), shown_->icon, shown_->pointer, wanted));
+  } else {
+    // The window manager may make it lower, to have room for the frame.
+    const QSize size = wanted.boundedTo(window.screen()->availableSize());
+    window.setMinimumSize({size.width(), 0});
+    window.setMaximumSize(size);
+    window.resize(size);
+  }
+  root.setSize(window.size());
+}
+
+void PanelWindow::onFocusWindowChanged(const QObject* focused) {
+  if (style() != Style::panel) return;
+  const bool isActive = belongsTo(qobject_cast<const QWindow*>(focused), &shown_->window);
+  // A window manager that never lets it have the focus doesn't take the panel away thereby.
+  if (std::exchange(shown_->wasActive, shown_->wasActive || isActive) && !isActive) {
+    lostFocus_ = clock_.now();
+    closeByUser();
+  }
+}
+
+} // namespace sonvel::ui

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/bundle_information.h"
+#include "platform/updater.h"
+
+#include <memory>
+
+namespace sonvel {
+
+class SonvelSparkleChannelDelegate;
+
+/// The program's updates: on for a build that carries a valid update configuration, off for the whole run for
+/// every other. Main thread.
+class SparkleUpdateController {
+ public:
+  /// Starts an updater of `updaters` if `bundle` has a valid configuration, and asks `updaters` for nothing
+  /// otherwise. Both are used in this call only.
+  SparkleUpdateController(const BundleInformation& bundle, UpdaterProvider& updaters);
+  ~SparkleUpdateController();
+  SparkleUpdateController(const SparkleUpdateController&) = delete;
+  SparkleUpdateController& operator=(const SparkleUpdateController&) = delete;
+
+  bool isAvailable() const noexcept { return updater_ != nullptr; }
+
+  /// A check that the user wants; the updater shows how it goes. Does nothing where updates are off.
+  void checkForUpdates();
+
+ private:
+  std::shared_ptr<const SonvelSparkleChannelDelegate> channelDelegate_; ///< the updater holds it weakly
+  std::unique_ptr<Updater> updater_;
+};
+
+} // namespace sonvel

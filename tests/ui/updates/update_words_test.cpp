@@ -1,0 +1,58 @@
+#include "ui/updates/update_colors.h"
+#include "ui/updates/update_states.h"
+#include "ui/updates/update_words.h"
+
+#include <gtest/gtest.h>
+
+#include <QRegularExpression>
+#include <set>
+
+namespace sonvel {
+namespace {
+
+TEST(UpdateWords, sayOneSentenceForEachFailure) {
+  const QRegularExpression oneSentence(QStringLiteral("^[A-Z][^.!?]{20,110}\\.$"));
+  std::set<QString> sentences;
+  for (int failure = 0; failure <= static_cast<int>(kLastFailure); ++failure) {
+    const QString sentence = sentenceOf(static_cast<UpdateFailure>(failure));
+    EXPECT_TRUE(oneSentence.match(sentence).hasMatch()) << sentence.toStdString();
+    EXPECT_TRUE(sentences.insert(sentence).second) << sentence.toStdString();
+  }
+}
+
+TEST(UpdateWords, areThereInEveryStage) {
+  for (const auto& [name, state] : visibleStates()) {
+    const UpdateWords words = wordsOf(state, QLocale::c());
+    EXPECT_FALSE(words.heading.isEmpty() || words.detail.isEmpty()) << name;
+    EXPECT_TRUE(words.detail.endsWith(QLatin1Char('.'))) << name;
+    EXPECT_FALSE((words.heading + words.detail + words.progressText).contains(QLatin1Char('%'))) << name;
+    const bool isLeaving = state.stage == UpdateStage::restarting;
+    EXPECT_EQ(words.acceptLabel.isEmpty() && words.dismissLabel.isEmpty(), isLeaving) << name;
+  }
+}
+
+TEST(UpdateWords, countADownload) {
+  UpdateState state{.stage = UpdateStage::downloading, .receivedBytes = 5'300'000, .totalBytes = 12'400'000};
+  EXPECT_EQ(wordsOf(state, QLocale::c()).progressText, QStringLiteral("5.3 MB of 12.4 MB"));
+  EXPECT_DOUBLE_EQ(fractionOf(state).value_or(-1), 5.3 / 12.4);
+  state.stage = UpdateStage::verifying;
+  EXPECT_EQ(fractionOf(state), std::nullopt);
+}
+
+TEST(UpdateColors, canBeRead) {
+  for (const auto scheme : {Appearance::ColorScheme::light, Appearance::ColorScheme::dark}) {
+    for (const std::optional<std::uint32_t> accent :
+         {std::optional<std::uint32_t>(), {0xffd60a}, {0x101010}}) {
+      const UpdateColors colors = updateColors({.colorScheme = scheme, .accentColor = accent}, QPalette());
+      for (const auto& [text, surface] :
+           {std::pair(colors.primary, colors.window), std::pair(colors.secondary, colors.window),
+            std::pair(colors.primary, colors.well), std::pair(colors.primary, colors.control),
+            std::pair(colors.onAccent, colors.accent)})
+        EXPECT_GE(contrastRatio(text, surface), 4.5)
+            << text.name().toStdString() << " on " << surface.name().toStdString();
+    }
+  }
+}
+
+} // namespace
+} // namespace sonvel
