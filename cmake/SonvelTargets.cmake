@@ -51,8 +51,12 @@ function(sonvel_test name)
     set(is_alone TRUE)
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${PROJECT_SOURCE_DIR}/scripts/lib/twice")
   endif()
+  set(labels "")
+  if(arg_LABELS)
+    set(labels LABELS "${arg_LABELS}") # an empty value would take the next property's name for its own
+  endif()
   gtest_discover_tests(${name}
       TEST_PREFIX "${name}."
       DISCOVERY_MODE PRE_TEST
-      PROPERTIES TIMEOUT 120 RUN_SERIAL ${is_alone} LABELS "${arg_LABELS}" ${arg_PROPERTIES})
+      PROPERTIES TIMEOUT 120 RUN_SERIAL ${is_alone} ${labels} ${arg_PROPERTIES})
 endfunction()

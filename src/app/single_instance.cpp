@@ -1,7 +1,8 @@
 #include "app/single_instance.h"
 
+#include "app/single_instance_service.h"
+
 #include <QDBusConnectionInterface>
-#include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDBusServiceWatcher>
@@ -17,33 +18,12 @@ namespace {
 const QString kService = QStringLiteral("com.quellmarsh.sonvel");
 const QString kPath = QStringLiteral("/com/quellmarsh/sonvel");
 const QString kInterface = QStringLiteral("com.quellmarsh.sonvel");
-const QString kLeavingError = QStringLiteral("com.quellmarsh.sonvel.Error.Leaving");
 
 } // namespace
 
-/// The object that others call.
-class SingleInstance::Service : public QObject, protected QDBusContext {
-  Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "com.quellmarsh.sonvel")
-
- public:
-  explicit Service(Requests requests)
-      : requests_(std::move(requests)) {}
-
-  // The names are those of the interface.
-  Q_SCRIPTABLE void ShowPanel() { // NOLINT(readability-identifier-naming)
-    if (!requests_.showPanel()) sendErrorReply(kLeavingError, QStringLiteral("Sonvel is about to end"));
-  }
-
-  Q_SCRIPTABLE void Quit() { requests_.quit(); } // NOLINT(readability-identifier-naming)
-
- private:
-  Requests requests_;
-};
-
-SingleInstance::SingleInstance(Requests requests, QDBusConnection bus)
+SingleInstance::SingleInstance(InstanceRequests requests, QDBusConnection bus)
     : bus_(std::move(bus))
-    , service_(std::make_unique<Service>(std::move(requests))) {}
+    , service_(std::make_unique<SingleInstanceService>(std::move(requests))) {}
 
 SingleInstance::~SingleInstance() {
   if (!isFirst_) return;
@@ -88,7 +68,8 @@ SingleInstance::Answer SingleInstance::askFirst(std::chrono::milliseconds within
 
   // It may have ended since it was asked, with our question unread.
   const bool isGone = !bus_.interface()->isServiceRegistered(kService).value();
-  return isGone || reply.errorName() == kLeavingError ? Answer::leaving : Answer::none;
+  return isGone || reply.errorName() == QLatin1String(SingleInstanceService::kLeavingError) ? Answer::leaving
+                                                                                            : Answer::none;
 }
 
 void SingleInstance::waitForName(std::chrono::milliseconds within) {
@@ -100,5 +81,3 @@ void SingleInstance::waitForName(std::chrono::milliseconds within) {
 }
 
 } // namespace sonvel
-
-#include "single_instance.moc"

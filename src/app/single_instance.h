@@ -7,6 +7,14 @@
 
 namespace sonvel {
 
+class SingleInstanceService;
+
+/// What others ask of the first. Called from the event loop, after SingleInstance::acquire() has returned.
+struct InstanceRequests {
+  std::function<bool()> showPanel; ///< false when this process is about to end: the other takes its place
+  std::function<void()> quit;      ///< starts to quit; needn't wait until all is done
+};
+
 /// Sees to it that one Sonvel runs in a session: the first holds the name `com.quellmarsh.sonvel` on the
 /// session's bus, and a later one asks it to show its panel. The main thread alone.
 ///
@@ -20,16 +28,10 @@ class SingleInstance {
     noBus,              ///< nobody can tell; this process is to run
   };
 
-  /// What others ask of the first. Called from the event loop, after acquire() has returned.
-  struct Requests {
-    std::function<bool()> showPanel; ///< false when this process is about to end: the other takes its place
-    std::function<void()> quit;      ///< starts to quit; needn't wait until all is done
-  };
-
   /// How long acquire() waits for an answer of the first.
   static constexpr std::chrono::milliseconds kPatience{2000};
 
-  explicit SingleInstance(Requests requests, QDBusConnection bus = QDBusConnection::sessionBus());
+  explicit SingleInstance(InstanceRequests requests, QDBusConnection bus = QDBusConnection::sessionBus());
   /// Gives the name back.
   ~SingleInstance();
   SingleInstance(const SingleInstance&) = delete;
@@ -40,7 +42,6 @@ class SingleInstance {
   [[nodiscard]] Outcome acquire();
 
  private:
-  class Service;
   enum class Answer { shown, leaving, none };
 
   [[nodiscard]] bool takeName();
@@ -48,7 +49,7 @@ class SingleInstance {
   void waitForName(std::chrono::milliseconds within);
 
   QDBusConnection bus_;
-  std::unique_ptr<Service> service_;
+  std::unique_ptr<SingleInstanceService> service_;
   bool isFirst_ = false;
 };
 

@@ -6,7 +6,7 @@
 
 namespace sonvel {
 
-class Updater;
+class StandardUpdater;
 
 /// Asked by an updater which releases this build may be offered.
 class UpdaterDelegate {
@@ -14,15 +14,15 @@ class UpdaterDelegate {
   virtual ~UpdaterDelegate() = default;
 
   /// The channels whose items may be offered, besides those that name no channel. Any thread; does not wait.
-  virtual std::set<std::string> allowedChannels(const Updater& updater) const = 0;
+  virtual std::set<std::string> allowedChannels(const StandardUpdater& updater) const = 0;
 };
 
 /// Checks a feed of releases, and downloads, verifies and installs the one that the user takes. It checks by
 /// itself once a day for as long as it exists, and remembers over the program's end when it did last. What it
 /// finds and what goes wrong it tells the user in a window of its own.
-class Updater {
+class StandardUpdater {
  public:
-  virtual ~Updater() = default;
+  virtual ~StandardUpdater() = default;
 
   /// Looks for an update at once because the user wants it to: the window comes up and says how it ends,
   /// whatever the outcome. Returns before the check has begun. Main thread.
@@ -47,8 +47,8 @@ class UpdaterProvider {
 
   /// An updater that has started. It asks `delegate` before every choice and does not keep it alive; once it
   /// is gone, only items without a channel are offered. Never null; does not wait. Main thread.
-  virtual std::unique_ptr<Updater> startUpdater(const UpdateSource& source,
-                                                std::weak_ptr<const UpdaterDelegate> delegate) = 0;
+  virtual std::unique_ptr<StandardUpdater> startUpdater(const UpdateSource& source,
+                                                        std::weak_ptr<const UpdaterDelegate> delegate) = 0;
 };
 
 } // namespace sonvel

@@ -12,7 +12,7 @@ class SonvelSparkleChannelDelegate final : public UpdaterDelegate {
   explicit SonvelSparkleChannelDelegate(std::set<std::string> allowedChannels)
       : allowedChannels_(std::move(allowedChannels)) {}
 
-  std::set<std::string> allowedChannels(const Updater&) const override { return allowedChannels_; }
+  std::set<std::string> allowedChannels(const StandardUpdater&) const override { return allowedChannels_; }
 
  private:
   const std::set<std::string> allowedChannels_;

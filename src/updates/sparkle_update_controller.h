@@ -27,7 +27,7 @@ class SparkleUpdateController {
 
  private:
   std::shared_ptr<const SonvelSparkleChannelDelegate> channelDelegate_; ///< the updater holds it weakly
-  std::unique_ptr<Updater> updater_;
+  std::unique_ptr<StandardUpdater> updater_;
 };
 
 } // namespace sonvel

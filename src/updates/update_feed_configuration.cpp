@@ -41,7 +41,7 @@ bool isSecure(const WrittenAddress& address, bool allowInsecureLocalhost) {
 QUrl checkedFeedURL(const std::optional<std::string>& feedURLText, bool allowInsecureLocalhost) {
   const std::string text = trimmed(feedURLText);
   if (text.empty()) throw UpdateConfigurationError::missingFeedURL();
-  const QUrl url(QString::fromStdString(text), QUrl::StrictMode);
+  QUrl url(QString::fromStdString(text), QUrl::StrictMode);
   const std::optional<WrittenAddress> address = writtenAddress(text);
   if (!url.isValid() || url.host().isEmpty() || !address || !isSecure(*address, allowInsecureLocalhost))
     throw UpdateConfigurationError::invalidFeedURL(text);
@@ -49,7 +49,7 @@ QUrl checkedFeedURL(const std::optional<std::string>& feedURLText, bool allowIns
 }
 
 std::string checkedPublicKey(const std::optional<std::string>& publicKeyText) {
-  const std::string text = trimmed(publicKeyText);
+  std::string text = trimmed(publicKeyText);
   if (text.empty()) throw UpdateConfigurationError::missingPublicKey();
   // The decoder would let missing padding pass.
   const auto key = QByteArray::fromBase64Encoding(QByteArray::fromStdString(text),

@@ -16,8 +16,8 @@ const QString kItemPath = QStringLiteral("/StatusNotifierItem");
 const QString kItemInterface = QStringLiteral("org.kde.StatusNotifierItem");
 const QString kMenuInterface = QStringLiteral("com.canonical.dbusmenu");
 
-QVariantList call(QDBusConnection bus, const QString& service, const QString& path, const QString& interface,
-                  const QString& method, const QVariantList& arguments) {
+QVariantList call(const QDBusConnection& bus, const QString& service, const QString& path,
+                  const QString& interface, const QString& method, const QVariantList& arguments) {
   QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
   message.setArguments(arguments);
   return bus.call(message, QDBus::Block, 5000).arguments();

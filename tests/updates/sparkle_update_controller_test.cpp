@@ -10,7 +10,7 @@ namespace {
 
 using simulated::SimulatedBundle;
 
-class CountingUpdater final : public Updater {
+class CountingUpdater final : public StandardUpdater {
  public:
   explicit CountingUpdater(int& checks)
       : checks_(checks) {}
@@ -22,8 +22,8 @@ class CountingUpdater final : public Updater {
 };
 
 struct RecordingProvider final : UpdaterProvider {
-  std::unique_ptr<Updater> startUpdater(const UpdateSource& source,
-                                        std::weak_ptr<const UpdaterDelegate> asked) override {
+  std::unique_ptr<StandardUpdater> startUpdater(const UpdateSource& source,
+                                                std::weak_ptr<const UpdaterDelegate> asked) override {
     started.push_back(source);
     delegate = std::move(asked);
     return std::make_unique<CountingUpdater>(checks);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr qsizetype kMaximumDepth = 32;
 constexpr qsizetype kMaximumItems = 1'000;
-constexpr qsizetype kMaximumTextCharacters = 64 * 1024;
+constexpr qsizetype kMaximumTextCharacters = 64LL * 1024;
 constexpr qsizetype kItemDepth = 3; // rss, channel, item
 constexpr qsizetype kSignatureBytes = 64;
 

@@ -37,8 +37,9 @@ AppcastUpdaterProvider::AppcastUpdaterProvider(UpdaterEnvironment environment, M
     : environment_(std::move(environment))
     , makeSurface_(std::move(makeSurface)) {}
 
-std::unique_ptr<Updater> AppcastUpdaterProvider::startUpdater(const UpdateSource& source,
-                                                              std::weak_ptr<const UpdaterDelegate> delegate) {
+std::unique_ptr<StandardUpdater>
+AppcastUpdaterProvider::startUpdater(const UpdateSource& source,
+                                     std::weak_ptr<const UpdaterDelegate> delegate) {
   return std::make_unique<AppcastUpdater>(environment_, source, std::move(delegate), makeSurface_);
 }
 

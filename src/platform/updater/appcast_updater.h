@@ -10,7 +10,7 @@ namespace sonvel::updater {
 
 /// An updater over an appcast feed, without a surface if `makeSurface` is empty. When it starts, the program
 /// has started: it forgets the program of before.
-class AppcastUpdater final : public Updater {
+class AppcastUpdater final : public StandardUpdater {
  public:
   AppcastUpdater(const UpdaterEnvironment& environment, const UpdateSource& source,
                  std::weak_ptr<const UpdaterDelegate> delegate, const MakeUpdateSurface& makeSurface);
@@ -34,8 +34,8 @@ class AppcastUpdaterProvider final : public UpdaterProvider {
  public:
   AppcastUpdaterProvider(UpdaterEnvironment environment, MakeUpdateSurface makeSurface);
 
-  std::unique_ptr<Updater> startUpdater(const UpdateSource& source,
-                                        std::weak_ptr<const UpdaterDelegate> delegate) override;
+  std::unique_ptr<StandardUpdater> startUpdater(const UpdateSource& source,
+                                                std::weak_ptr<const UpdaterDelegate> delegate) override;
 
  private:
   UpdaterEnvironment environment_;

@@ -6,7 +6,7 @@
 namespace sonvel::updater {
 namespace {
 
-constexpr qint64 kReadBufferBytes = 256 * 1024;
+constexpr qint64 kReadBufferBytes = 256LL * 1024;
 constexpr int kMaximumRedirects = 5;
 constexpr int kStatusOk = 200;
 

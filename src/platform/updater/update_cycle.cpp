@@ -150,6 +150,7 @@ void UpdateCycle::verify(std::optional<UpdateFailure> failure) {
 }
 
 void UpdateCycle::install() {
+  if (!key_) return fail(UpdateFailure::wrongSignature);
   const auto verifyAgain = [file = download_->file(), expected = expectation(), key = *key_] {
     return verifyFile(file, expected, key);
   };

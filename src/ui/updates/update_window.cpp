@@ -7,7 +7,7 @@
 #include <QQuickView>
 
 /// Made by the build from the types and files of the module.
-void qml_register_types_SonvelUpdates();
+void qml_register_types_SonvelUpdates(); // NOLINT(readability-identifier-naming)
 
 namespace sonvel {
 

@@ -99,11 +99,12 @@ void FeedServer::serve(QTcpSocket* socket) {
 void FeedServer::reply(QTcpSocket* socket, const QString& path) {
   ++requestCounts_[path];
   const Answer answer = answers_.value(path, {.status = 404, .body = "<html>nothing here</html>"});
-  const qint64 length = answer.announcedLength.value_or(answer.body.size() * answer.repeats);
+  const qint64 length =
+      answer.announcedLength ? *answer.announcedLength : answer.body.size() * answer.repeats;
   socket->write("HTTP/1.1 " + QByteArray::number(answer.status) + " Answer\r\n" + answer.headers);
   if (length >= 0) socket->write("Content-Length: " + QByteArray::number(length) + "\r\n");
   socket->write("Connection: close\r\n\r\n");
-  std::make_unique<Sender>(socket, answer).release(); // the socket's child
+  static_cast<void>(std::make_unique<Sender>(socket, answer).release()); // the socket's child
 }
 
 } // namespace sonvel::updater

@@ -32,7 +32,7 @@ class FeedServer {
  public:
   explicit FeedServer(const std::optional<QSslConfiguration>& security = std::nullopt);
 
-  void set(const QString& path, Answer answer) { answers_.insert(path, std::move(answer)); }
+  void set(const QString& path, const Answer& answer) { answers_.insert(path, answer); }
 
   void setRedirect(const QString& path, const QString& target);
 

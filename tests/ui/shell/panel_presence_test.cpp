@@ -16,7 +16,6 @@ namespace sonvel::ui {
 namespace {
 
 using std::chrono::milliseconds;
-using ::testing::Eq;
 using ::testing::Optional;
 using Style = PanelWindow::Style;
 

@@ -23,7 +23,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::Journal;
 using Style = PanelWindow::Style;
 

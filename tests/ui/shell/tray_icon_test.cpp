@@ -16,7 +16,6 @@ namespace sonvel::ui {
 namespace {
 
 using testing::LineProcess;
-using ::testing::Optional;
 using testing::PrivateBus;
 using testing::TrayHost;
 using ::testing::UnorderedElementsAre;

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "app/single_instance.h"
+
+#include <QDBusContext>
+#include <QObject>
+#include <utility>
+
+namespace sonvel {
+
+/// The object of the first that others call on the bus.
+class SingleInstanceService final : public QObject, protected QDBusContext {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "com.quellmarsh.sonvel")
+
+ public:
+  /// The D-Bus error that says that this process is about to end.
+  static constexpr const char* kLeavingError = "com.quellmarsh.sonvel.Error.Leaving";
+
+  explicit SingleInstanceService(InstanceRequests requests)
+      : requests_(std::move(requests)) {}
+
+  // The names are those of the interface.
+  Q_SCRIPTABLE void ShowPanel() { // NOLINT(readability-identifier-naming)
+    if (!requests_.showPanel()) sendErrorReply(kLeavingError, QStringLiteral("Sonvel is about to end"));
+  }
+
+  Q_SCRIPTABLE void Quit() { requests_.quit(); } // NOLINT(readability-identifier-naming)
+
+ private:
+  InstanceRequests requests_;
+};
+
+} // namespace sonvel
