@@ -18,6 +18,7 @@ T.AbstractButton {
     Accessible.role: Accessible.Button
     Accessible.name: text
     Accessible.description: help
+    Accessible.onPressAction: root.clicked()
 
     Keys.onReturnPressed: root.clicked()
     Keys.onEnterPressed: root.clicked()
