@@ -8,7 +8,7 @@ build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-
                 libatspi2.0-dev)
 session_packages=(dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
                   xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
-lint_packages=(git clang-16 clang-tidy-16 clang-format-16 python3 binutils)
+lint_packages=(git clang-16 libclang-rt-16-dev clang-tidy-16 clang-format-16 python3 binutils)
 
 # install_packages PACKAGE...: quick when all are there.
 install_packages() {

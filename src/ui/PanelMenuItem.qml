@@ -17,6 +17,10 @@ T.MenuItem {
 
     Accessible.role: Accessible.MenuItem
     Accessible.name: text
+    Accessible.onPressAction: {
+        root.triggered();
+        root.menu.dismiss();
+    }
 
     contentItem: RowLayout {
         spacing: 7

@@ -73,7 +73,12 @@ bool Control::setValue(double value) const {
 
 bool Control::press() const {
   const auto action = own(atspi_accessible_get_action_iface(accessible_.get()));
-  return action && atspi_action_do_action(action.get(), 0, nullptr) != 0;
+  if (!action) return false;
+  const int count = atspi_action_get_n_actions(action.get(), nullptr);
+  for (int index = 0; index < count; ++index)
+    if (ownText(atspi_action_get_action_name(action.get(), index, nullptr)) == "Press")
+      return atspi_action_do_action(action.get(), index, nullptr) != 0;
+  return false;
 }
 
 bool Control::grabFocus() const {
@@ -119,12 +124,6 @@ std::optional<Control> AssistiveTechnology::find(const std::string& application,
                                                  std::chrono::milliseconds within) const {
   return find(
       application, [&](const Control& control) { return control.name() == name; }, within);
-}
-
-session::ChildProcess startAccessibilityBus(const session::Environment& environment) {
-  return session::ChildProcess({.program = "/usr/libexec/at-spi-bus-launcher",
-                                .arguments = {"--launch-immediately"},
-                                .environment = environment});
 }
 
 } // namespace sonvel::testing

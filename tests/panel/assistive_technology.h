@@ -1,7 +1,5 @@
 #pragma once
 
-#include "session/child_process.h"
-
 #include <atspi/atspi.h>
 #include <chrono>
 #include <functional>
@@ -30,6 +28,7 @@ class Control {
   [[nodiscard]] std::vector<Control> children() const;
 
   bool setValue(double value) const;
+  /// False as well when it can't be pressed.
   bool press() const;
   bool grabFocus() const;
 
@@ -54,8 +53,5 @@ class AssistiveTechnology {
                                             std::chrono::milliseconds within = std::chrono::seconds{
                                                 20}) const;
 };
-
-/// The accessibility bus of a session, which its D-Bus has no services for. It ends with this object.
-session::ChildProcess startAccessibilityBus(const session::Environment& environment);
 
 } // namespace sonvel::testing

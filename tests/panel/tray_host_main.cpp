@@ -1,16 +1,21 @@
-// A desktop's tray for scripts, on the session bus of its environment. Says "item <bus name> <title>" for
-// each icon that comes and "gone <bus name>" for each that goes. Takes lines: "activate" clicks on the first
-// icon, "choose <label>" chooses from its menu, "describe" says what it is. Ends with its input.
+// A desktop's tray and settings for scripts, on the session bus of its environment. Says "item <bus name>
+// <title>" for each icon that comes and "gone <bus name>" for each that goes. Takes lines: "activate" clicks
+// on the first icon, "choose <label>" chooses from its menu, "describe" says what it is, "scheme dark" and
+// "scheme light" set the colour scheme, "no tray" and "tray" take the tray away and bring it back. Ends with
+// its input.
+#include "panel/desktop_settings.h"
 #include "panel/tray_host.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <unistd.h>
 
 namespace {
 
+using sonvel::testing::DesktopSettings;
 using sonvel::testing::TrayHost;
 
 void say(const QString& line) {
@@ -24,7 +29,7 @@ void describe(const TrayHost& host, const QString& item) {
   say("menu " + host.menu(item).join(", "));
 }
 
-void obey(const TrayHost& host, const QString& line) {
+void obeyTray(const TrayHost& host, const QString& line) {
   const QString choose = QStringLiteral("choose ");
   if (host.items().isEmpty()) {
     say("no item");
@@ -39,16 +44,44 @@ void obey(const TrayHost& host, const QString& line) {
   }
 }
 
+/// The part of a desktop that this program is.
+class Desktop {
+ public:
+  Desktop() { showTray(); }
+
+  void obey(const QString& line) {
+    if (line.startsWith(QStringLiteral("scheme "))) {
+      settings_.setDark(line.endsWith(QStringLiteral("dark")));
+    } else if (line == "no tray") {
+      tray_.reset();
+    } else if (line == "tray") {
+      showTray();
+    } else if (tray_) {
+      obeyTray(*tray_, line);
+    } else {
+      say("no tray");
+    }
+  }
+
+ private:
+  void showTray() {
+    tray_.emplace(QDBusConnection::sessionBus());
+    QObject::connect(&*tray_, &TrayHost::StatusNotifierItemRegistered, &*tray_, [this](const QString& item) {
+      say("item " + item + " " + tray_->property(item, "Title").toString());
+    });
+    QObject::connect(&*tray_, &TrayHost::StatusNotifierItemUnregistered, &*tray_,
+                     [](const QString& item) { say("gone " + item); });
+  }
+
+  DesktopSettings settings_{QDBusConnection::sessionBus()};
+  std::optional<TrayHost> tray_;
+};
+
 } // namespace
 
 int main(int argc, char** argv) {
   const QCoreApplication application(argc, argv);
-  const TrayHost host(QDBusConnection::sessionBus());
-  QObject::connect(&host, &TrayHost::StatusNotifierItemRegistered, &application, [&](const QString& item) {
-    say("item " + item + " " + host.property(item, "Title").toString());
-  });
-  QObject::connect(&host, &TrayHost::StatusNotifierItemUnregistered, &application,
-                   [](const QString& item) { say("gone " + item); });
+  Desktop desktop;
   say("ready");
 
   std::string unread;
@@ -60,7 +93,7 @@ int main(int argc, char** argv) {
     } else if (letter != '\n') {
       unread += letter;
     } else {
-      obey(host, QString::fromStdString(std::exchange(unread, {})));
+      desktop.obey(QString::fromStdString(std::exchange(unread, {})));
     }
   });
   return QCoreApplication::exec();

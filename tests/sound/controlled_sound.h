@@ -14,7 +14,8 @@
 namespace sonvel::sound {
 
 /// Waits for what another process brings about; false if it takes longer than `within`.
-bool waitUntil(const std::function<bool()>& isSo, std::chrono::milliseconds within = std::chrono::seconds{20});
+bool waitUntil(const std::function<bool()>& isSo,
+               std::chrono::milliseconds within = std::chrono::seconds{20});
 
 /// Whether a graph holds a node, link or entry of ours.
 bool holdsAnythingOfOurs(const session::Graph& graph);
