@@ -1,7 +1,7 @@
 #include "ui/views.h"
 
 /// Made by the build from the types and files of the module.
-void qml_register_types_Sonvel();
+void qml_register_types_Sonvel(); // NOLINT(readability-identifier-naming): named by the build
 
 namespace sonvel {
 

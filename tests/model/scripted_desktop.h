@@ -55,7 +55,17 @@ class MemoryPreferences final : public Preferences {
     return true;
   }
 
+  std::optional<std::string> stringForKey(const std::string& key) const override {
+    return texts.contains(key) ? std::optional(texts.at(key)) : std::nullopt;
+  }
+
+  bool setString(const std::string& value, const std::string& key) override {
+    texts[key] = value;
+    return true;
+  }
+
   std::map<std::string, bool> values;
+  std::map<std::string, std::string> texts;
 };
 
 /// Counts what it is asked for.

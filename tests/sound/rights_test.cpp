@@ -1,5 +1,6 @@
 #include "audio/audio_permission.h"
 #include "platform/desktop/consent_library.h"
+#include "session/access_manager.h"
 #include "session/listener.h"
 #include "session/player.h"
 #include "session/tone_client.h"
@@ -22,54 +23,11 @@ using namespace std::chrono_literals;
 
 constexpr double kToleranceDB = 0.05;
 constexpr Tone kTone{.frequency = 1000, .amplitude = 0.4};
-constexpr std::uint32_t kServer = 0;
 constexpr std::uint32_t kLookOnly = PW_PERM_R | PW_PERM_X;
 
 Tone scaled(Tone tone, double gain) {
   return {.frequency = tone.frequency, .amplitude = tone.amplitude * gain};
 }
-
-/// What is given or taken.
-enum class Of { everything, server, metadata };
-
-/// A manager who decides what our connection may do.
-class Manager {
- public:
-  explicit Manager(const PrivateSession& session)
-      : connection_(session.socketPath()) {}
-
-  void let(Of what, std::uint32_t mask) {
-    const Graph graph = connection_.snapshot(deadline());
-    const auto ours = std::ranges::find_if(graph.objects, [](const GraphObject& candidate) {
-      return candidate.type == "Client" && candidate.property("application.name") == "Sonvel";
-    });
-    ASSERT_NE(ours, graph.objects.end());
-    connection_.setPermissions(ours->id, objectOf(what, graph), mask);
-    static_cast<void>(connection_.snapshot(deadline())); // it has been done
-  }
-
-  /// As mixers move a stream.
-  void route(std::uint32_t stream, const std::string& sink) {
-    const Graph graph = connection_.snapshot(deadline());
-    connection_.setMetadata("default", stream, "target.object", "Spa:Id",
-                            std::string(graph.node(sink)->property("object.serial")));
-    static_cast<void>(connection_.snapshot(deadline()));
-  }
-
- private:
-  static std::uint32_t objectOf(Of what, const Graph& graph) {
-    if (what == Of::everything) return kEveryObject;
-    if (what == Of::server) return kServer;
-    return std::ranges::find_if(
-               graph.objects,
-               [](const GraphObject& object) { return object.property("metadata.name") == "default"; })
-        ->id;
-  }
-
-  static GraphConnection::Deadline deadline() { return std::chrono::steady_clock::now() + 5s; }
-
-  GraphConnection connection_;
-};
 
 SessionOptions withAccess(const std::string& list) {
   return {.accessArguments = "access." + list + " = [ \"tap-holder\" ]"};
@@ -107,7 +65,7 @@ struct Controlled {
   static constexpr std::array kKinds{PlayerKind::pwPlay, PlayerKind::paplay, PlayerKind::ffplay};
 
   const PrivateSession session;
-  Manager manager{session};
+  AccessManager manager{session};
   std::array<std::unique_ptr<Player>, kTones.size()> players;
   ToneClient moved{session};
   const Listener speakers{session, "Speakers"};
@@ -117,7 +75,7 @@ struct Controlled {
 
 struct Withdrawal {
   const char* name;
-  Of what;
+  AccessTo what;
   std::uint32_t mask;
 };
 
@@ -137,7 +95,7 @@ TEST(Rights, RestrictingServerDeniesUntilItGrants) {
   EXPECT_TRUE(speakers.waitForTone(kTone, kToleranceDB));
   EXPECT_FALSE(holdsAnythingOfOurs(session.graph()));
 
-  Manager(session).let(Of::everything, PW_PERM_ALL);
+  AccessManager(session).let(AccessTo::everything, PW_PERM_ALL);
   EXPECT_TRUE(waitUntil([&] { return holder.status() == 0; }, 2s));
   EXPECT_EQ(holder.take(), 1);
   EXPECT_TRUE(speakers.waitForTone(scaled(kTone, 0.5), kToleranceDB));
@@ -198,16 +156,16 @@ TEST_P(Withdrawn, LeavesEachAtItsOwnOutputAndIsOverWhenRightsAreGivenAgain) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rights, Withdrawn,
-                         testing::Values(Withdrawal{"TheServer", Of::server, 0},
-                                         Withdrawal{"AllButLooking", Of::everything, kLookOnly},
-                                         Withdrawal{"TheMetadata", Of::metadata, kLookOnly}),
+                         testing::Values(Withdrawal{"TheServer", AccessTo::server, 0},
+                                         Withdrawal{"AllButLooking", AccessTo::everything, kLookOnly},
+                                         Withdrawal{"TheMetadata", AccessTo::metadata, kLookOnly}),
                          [](const auto& instance) { return instance.param.name; });
 
 TEST(Rights, WithdrawnFromWhomTearsNothingDownAreTakenUpAgain) {
   Controlled controlled;
   controlled.take();
   ASSERT_TRUE(controlled.isHeard(0.25, 5s));
-  controlled.manager.let(Of::everything, kLookOnly);
+  controlled.manager.let(AccessTo::everything, kLookOnly);
   EXPECT_TRUE(controlled.isHeard(1.0, 6s));
   EXPECT_TRUE(controlled.isHeard(0.25, 10s));
 }

@@ -143,6 +143,19 @@ TEST_F(ChannelRowTest, AValueSetByAnAssistiveTechnologyCountsAsADrag) {
   EXPECT_EQ(model_->masterVolume(), 0.8);
 }
 
+TEST_F(ChannelRowTest, APressByAnAssistiveTechnologyCountsAsAClick) {
+  openWith({"Alpha"});
+  const auto press = [this](const QString& name) {
+    find(QAccessible::Button, name)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  };
+  press("Mute Alpha");
+  EXPECT_TRUE(row("org.Alpha")->muted());
+  press("Output for Alpha");
+  EXPECT_EQ(names(QAccessible::MenuItem).size(), 3);
+  const auto* headset = find(QAccessible::MenuItem, "Headset");
+  EXPECT_NE(headset, nullptr);
+}
+
 TEST_F(ChannelRowTest, AMeterIsFilledByItsLevel) {
   openWith({"Alpha"});
   auto* meter = itemNamed("meter");
