@@ -12,6 +12,14 @@
 
 namespace sonvel {
 
+namespace {
+
+QIcon trayPicture(const PanelTheme& theme) {
+  return symbolIcon(QStringLiteral("slider.vertical.3"), theme.primary());
+}
+
+} // namespace
+
 PanelHost::PanelHost(MixerViewModel& model, DesktopAudio& audio, DesktopAppearance& appearance,
                      Executor& mainThread, std::function<void()> quit)
     : quit_(std::move(quit))
@@ -22,12 +30,14 @@ PanelHost::PanelHost(MixerViewModel& model, DesktopAudio& audio, DesktopAppearan
               [this](const QString& text) {
                 if (root_) root_->setProperty("serverNotice", text);
               })
-    , tray_(symbolIcon(QStringLiteral("slider.vertical.3"), theme_.primary()))
+    , tray_(trayPicture(theme_))
     , window_(content(model), audio.clock())
     , presence_(
           window_, [this] { return tray_.geometry(); }, quit_) {
   completeIconThemes();
   registerViews();
+  QObject::connect(&theme_, &PanelTheme::colorsChanged, &tray_,
+                   [this] { tray_.setIcon(trayPicture(theme_)); });
   QObject::connect(&tray_, &ui::TrayIcon::clicked, &presence_, &ui::PanelPresence::clickIcon);
   QObject::connect(&tray_, &ui::TrayIcon::openChosen, &presence_, &ui::PanelPresence::show);
   QObject::connect(&tray_, &ui::TrayIcon::quitChosen, &presence_, quit_);

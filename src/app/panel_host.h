@@ -29,7 +29,8 @@ class PanelHost final : public QObject {
   /// Shows the panel to a user who asked for it by other means than its icon.
   void show() { presence_.show(); }
 
-  void close() { window_.close(); }
+  /// Closes the panel for good: the program is about to end.
+  void end() { presence_.end(); }
 
  private:
   ui::PanelContent content(MixerViewModel& model);

@@ -1,6 +1,7 @@
 #include "app/sonvel_app.h"
 
 #include <QCoreApplication>
+#include <utility>
 
 namespace sonvel {
 
@@ -17,6 +18,7 @@ SonvelApp::SonvelApp(updater::Relaunch& relaunch)
 }
 
 SonvelApp::~SonvelApp() {
+  isTerminating_ = true; // who asks now, while the loop below runs, finds the rest of it gone
   panel_.reset();
   const auto model = delegate_->weakModel();
   delegate_.reset();
@@ -36,8 +38,8 @@ bool SonvelApp::showPanel() {
 }
 
 void SonvelApp::terminate() {
-  isTerminating_ = true;
-  panel_->close();
+  if (std::exchange(isTerminating_, true)) return;
+  panel_->end();
   if (delegate_->applicationShouldTerminate(*this) == TerminateReply::now)
     replyToApplicationShouldTerminate(true);
 }

@@ -50,7 +50,7 @@ class SonvelApp final : private TerminatingApplication {
   std::shared_ptr<AppDelegate> delegate_;
   std::optional<PanelHost> panel_;
   QuitRequests quitRequests_;
-  bool isTerminating_ = false;
+  bool isTerminating_ = false; ///< and the panel has ended
 };
 
 } // namespace sonvel

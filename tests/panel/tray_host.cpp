@@ -4,7 +4,9 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusServiceWatcher>
+#include <QImage>
 #include <QMap>
+#include <QtEndian>
 
 namespace sonvel::testing {
 
@@ -42,6 +44,25 @@ QMap<QString, int> menuEntries(const QDBusConnection& bus, const QString& item, 
   const QVariantList layout = call(bus, item, path, kMenuInterface, "GetLayout", {0, -1, QStringList()});
   if (layout.size() == 2) readEntries(layout.at(1).value<QDBusArgument>(), entries);
   return entries;
+}
+
+// a(iiay): width, height and pixels, alpha first. The last of them.
+QImage readPictures(const QDBusArgument& pictures) {
+  QImage last;
+  pictures.beginArray();
+  while (!pictures.atEnd()) {
+    int width = 0;
+    int height = 0;
+    QByteArray pixels;
+    pictures.beginStructure();
+    pictures >> width >> height >> pixels;
+    pictures.endStructure();
+    last = QImage(width, height, QImage::Format_ARGB32);
+    for (int y = 0; y < height; ++y)
+      qFromBigEndian<quint32>(pixels.constData() + qsizetype{4} * y * width, width, last.scanLine(y));
+  }
+  pictures.endArray();
+  return last;
 }
 
 } // namespace
@@ -82,18 +103,14 @@ QString TrayHost::toolTipTitle(const QString& item) const {
   QString title;
   toolTip.beginStructure();
   toolTip >> icon;
-  toolTip.beginArray();
-  while (!toolTip.atEnd()) {
-    int width = 0;
-    int height = 0;
-    QByteArray pixels;
-    toolTip.beginStructure();
-    toolTip >> width >> height >> pixels;
-    toolTip.endStructure();
-  }
-  toolTip.endArray();
+  readPictures(toolTip);
   toolTip >> title;
   return title;
+}
+
+QColor TrayHost::color(const QString& item) const {
+  const QImage picture = readPictures(property(item, "IconPixmap").value<QDBusArgument>());
+  return picture.isNull() ? QColor() : picture.pixelColor(picture.rect().center());
 }
 
 void TrayHost::activate(const QString& item) const {

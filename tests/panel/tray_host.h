@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
@@ -36,6 +37,8 @@ class TrayHost : public QObject {
   // What a desktop asks of an icon; these block until it has answered.
   [[nodiscard]] QVariant property(const QString& item, const QString& name) const;
   [[nodiscard]] QString toolTipTitle(const QString& item) const;
+  /// The colour in the middle of its picture.
+  [[nodiscard]] QColor color(const QString& item) const;
   void activate(const QString& item) const;
   /// The labels of its menu.
   [[nodiscard]] QStringList menu(const QString& item) const;

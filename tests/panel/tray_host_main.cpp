@@ -26,6 +26,7 @@ void describe(const TrayHost& host, const QString& item) {
   say("id " + host.property(item, "Id").toString());
   say("title " + host.property(item, "Title").toString());
   say("tooltip " + host.toolTipTitle(item));
+  say("color " + host.color(item).name());
   say("menu " + host.menu(item).join(", "));
 }
 

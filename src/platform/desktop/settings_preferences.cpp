@@ -18,6 +18,7 @@ namespace fs = std::filesystem;
 constexpr auto kGroup = "Preferences";
 constexpr int kForTheUserAlone = 0600;
 
+using Text = std::unique_ptr<char, Release<g_free>>;
 using KeyFile = std::unique_ptr<GKeyFile, Release<g_key_file_unref>>;
 
 /// The library's own answer would be that of the first time that anyone in this process asked.
@@ -34,7 +35,7 @@ Condition load(GKeyFile* keys, const fs::path& file) {
   gsize sizeBytes = 0;
   GError* rawError = nullptr;
   g_file_get_contents(file.c_str(), &rawText, &sizeBytes, &rawError);
-  const std::unique_ptr<char, Release<g_free>> text(rawText);
+  const Text text(rawText);
   const std::unique_ptr<GError, Release<g_error_free>> error(rawError);
   if (error && g_error_matches(error.get(), G_FILE_ERROR, G_FILE_ERROR_NOENT) != FALSE)
     return Condition::missing;
@@ -60,13 +61,17 @@ bool store(const fs::path& file, const std::function<void(GKeyFile*)>& change) {
   const fs::path link = fs::weakly_canonical(file, error); // who keeps the file elsewhere keeps the link
   const fs::path target = error ? file : link;
   KeyFile keys(g_key_file_new());
-  if (load(keys.get(), target) == Condition::damaged) {
+  const Condition condition = load(keys.get(), target);
+  if (condition == Condition::damaged) {
     keepDamaged(target);
     keys.reset(g_key_file_new());
   }
-  change(keys.get());
   gsize sizeBytes = 0;
-  const std::unique_ptr<char, Release<g_free>> text(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
+  const Text before(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
+  change(keys.get());
+  const Text text(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
+  // The disk is waited for, and the same is stored over and over.
+  if (condition == Condition::sound && g_strcmp0(before.get(), text.get()) == 0) return true;
   fs::create_directories(target.parent_path(), error);
   const auto replaceOnDisk =
       static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE);
@@ -85,8 +90,7 @@ SettingsPreferences::SettingsPreferences(fs::path file)
 bool SettingsPreferences::boolForKey(const std::string& key) const {
   const KeyFile keys(g_key_file_new());
   if (load(keys.get(), file_) != Condition::sound) return false;
-  const std::unique_ptr<char, Release<g_free>> value(
-      g_key_file_get_value(keys.get(), kGroup, key.c_str(), nullptr));
+  const Text value(g_key_file_get_value(keys.get(), kGroup, key.c_str(), nullptr));
   return value && std::string_view(value.get()) == "true"; // what else stands there is damage
 }
 
@@ -99,8 +103,7 @@ bool SettingsPreferences::setBool(bool value, const std::string& key) {
 std::optional<std::string> SettingsPreferences::stringForKey(const std::string& key) const {
   const KeyFile keys(g_key_file_new());
   if (load(keys.get(), file_) != Condition::sound) return std::nullopt;
-  const std::unique_ptr<char, Release<g_free>> value(
-      g_key_file_get_string(keys.get(), kGroup, key.c_str(), nullptr));
+  const Text value(g_key_file_get_string(keys.get(), kGroup, key.c_str(), nullptr));
   return value ? std::optional<std::string>(value.get()) : std::nullopt;
 }
 

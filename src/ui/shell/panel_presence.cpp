@@ -23,21 +23,28 @@ void PanelPresence::setTrayShown(bool isShown) {
   isTrayShown_ = isShown;
   if (isShown) {
     missing_.stop();
-  } else if (!missing_.isActive()) {
+  } else if (!missing_.isActive() && !hasEnded_) {
     missing_.start();
   }
 }
 
 void PanelPresence::clickIcon() {
-  window_.toggle(iconGeometry_());
+  if (!hasEnded_) window_.toggle(iconGeometry_());
 }
 
 void PanelPresence::show() {
+  if (hasEnded_) return;
   if (!isTrayShown_) {
     standIn();
   } else {
     window_.open(window_.style().value_or(PanelWindow::Style::panel), iconGeometry_());
   }
+}
+
+void PanelPresence::end() {
+  hasEnded_ = true;
+  missing_.stop();
+  window_.close();
 }
 
 // A panel without an icon would leave nothing behind when it closes.

@@ -33,6 +33,9 @@ class PanelPresence final : public QObject {
   /// The user wants to see the panel, by another start of the program or the icon's menu.
   void show();
 
+  /// The program is about to end: closes the panel, which nothing opens from here on.
+  void end();
+
  private:
   void standIn();
 
@@ -41,6 +44,7 @@ class PanelPresence final : public QObject {
   std::function<void()> quit_;
   QTimer missing_;
   bool isTrayShown_ = false;
+  bool hasEnded_ = false;
 };
 
 } // namespace sonvel::ui

@@ -14,6 +14,11 @@ TrayIcon::TrayIcon(QIcon icon, const QDBusConnection& bus)
 
 TrayIcon::~TrayIcon() = default;
 
+void TrayIcon::setIcon(const QIcon& icon) {
+  icon_ = icon;
+  if (tray_) tray_->setIcon(icon_);
+}
+
 QRect TrayIcon::geometry() const {
   return tray_ ? tray_->geometry() : QRect();
 }

@@ -25,6 +25,8 @@ class TrayIcon final : public QObject {
   TrayIcon(const TrayIcon&) = delete;
   TrayIcon& operator=(const TrayIcon&) = delete;
 
+  void setIcon(const QIcon& icon);
+
   /// Whether it can be seen; nothing as long as that is not known, which is a moment at the start.
   [[nodiscard]] std::optional<bool> isShown() const noexcept { return hosts_.isHosted(); }
 

@@ -76,6 +76,19 @@ TEST(SettingsPreferences, WhatIsStoredIsOnDiskForEveryone) {
   EXPECT_TRUE(preferences.boolForKey(kOtherKey));
 }
 
+TEST(SettingsPreferences, WhatIsThereAlreadyIsNotWrittenAgain) {
+  const TemporaryFolder folder;
+  const std::string handWritten = "# mine\n[Preferences]\n onboarded.v1 = true\nseen=one\n";
+  SettingsPreferences preferences(folder.write("sonvel.conf", handWritten));
+  EXPECT_TRUE(preferences.setBool(true, kKey));
+  EXPECT_TRUE(preferences.setString("one", kOtherKey));
+  EXPECT_EQ(contentsOf(preferences.file()), handWritten);
+  EXPECT_TRUE(preferences.setBool(false, kKey));
+  EXPECT_TRUE(preferences.setString("two", kOtherKey));
+  EXPECT_FALSE(preferences.boolForKey(kKey));
+  EXPECT_EQ(preferences.stringForKey(kOtherKey), "two");
+}
+
 TEST(SettingsPreferences, TextsComeBackAsTheyWere) {
   const TemporaryFolder folder;
   SettingsPreferences preferences(folder.path("sonvel.conf"));

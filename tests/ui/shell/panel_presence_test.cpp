@@ -95,6 +95,20 @@ TEST_F(PanelPresenceTest, becomesAWindowWhenTheTrayGoes) {
   EXPECT_THAT(window_.style(), Optional(Style::plainWindow)); // as the user sees it
 }
 
+TEST_F(PanelPresenceTest, staysClosedWhenTheProgramEnds) {
+  PanelPresence presence = this->presence(kNone);
+  presence.setTrayShown(true);
+  presence.clickIcon();
+  presence.end();
+  EXPECT_FALSE(window_.isOpen());
+  presence.clickIcon();
+  presence.show();
+  presence.setTrayShown(false);
+  presence.show();
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(window_.isOpen());
+}
+
 TEST_F(PanelPresenceTest, bearsATrayThatRestarts) {
   PanelPresence presence = this->presence(kNone);
   presence.setTrayShown(true);

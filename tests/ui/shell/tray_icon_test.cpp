@@ -65,8 +65,10 @@ TEST_F(TrayIconTest, isNamedAndDoesWhatItIsAskedFor) {
   EXPECT_EQ(host.toolTipTitle(icon), "Sonvel");
   EXPECT_THAT(host.menu(icon), UnorderedElementsAre("Open Sonvel", "Quit"));
 
+  EXPECT_EQ(host.color(icon), QColor(Qt::blue));
   host.activate(icon);
   EXPECT_EQ(nextLine(program), "clicked");
+  EXPECT_EQ(host.color(icon), QColor(Qt::red)); // what it was given meanwhile
   ASSERT_TRUE(host.choose(icon, "Open Sonvel"));
   EXPECT_EQ(nextLine(program), "open");
   ASSERT_TRUE(host.choose(icon, "Quit"));
@@ -86,6 +88,7 @@ TEST_F(TrayIconTest, comesWithTheTrayAndGoesWithIt) {
     }));
     host->setHostRegistered(true);
     ASSERT_EQ(nextLine(program), "shown");
+    EXPECT_EQ(host->color(theIcon(*host)), QColor(round == 0 ? Qt::blue : Qt::red));
     host->activate(theIcon(*host));
     EXPECT_EQ(nextLine(program), "clicked");
     if (round == 1) {

@@ -1,0 +1,99 @@
+#include "app/server_notice.h"
+#include "model/qt_executor.h"
+#include "platform/simulated/simulated_server.h"
+
+#include <gmock/gmock.h>
+
+#include <QCoreApplication>
+#include <optional>
+#include <ostream>
+#include <thread>
+#include <vector>
+
+namespace sonvel {
+
+namespace {
+
+using Connection = AudioServer::Connection;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class ServerNoticeTest : public ::testing::Test {
+ protected:
+  // Each connection in turn, on a thread of the audio system; that thread has ended then.
+  void become(const std::vector<Connection>& connections) {
+    std::thread([&] {
+      for (const auto connection : connections)
+        server_.setConnection(connection);
+    }).join();
+  }
+
+  int argc_ = 0;
+  QCoreApplication application_{argc_, nullptr};
+  simulated::SimulatedServer server_;
+  QtExecutor mainThread_;
+  std::vector<QString> heard_;
+  std::vector<std::thread::id> threads_;
+  std::optional<ServerNotice> notice_{std::in_place, server_, mainThread_, [this](const QString& text) {
+                                        heard_.push_back(text);
+                                        threads_.push_back(std::this_thread::get_id());
+                                      }};
+};
+
+struct Words {
+  Connection connection;
+  const char* text;
+};
+
+void PrintTo(const Words& words, std::ostream* out) {
+  *out << words.text;
+}
+
+class ServerNoticeWords : public ServerNoticeTest, public ::testing::WithParamInterface<Words> {};
+
+TEST_P(ServerNoticeWords, AreThoseOfTheConnection) {
+  const auto& [connection, text] = GetParam();
+  EXPECT_EQ(serverNotice(connection), QString(text));
+  server_.setConnection(connection);
+  const ServerNotice later(server_, mainThread_, [](const QString&) { FAIL() << "nothing has changed"; });
+  EXPECT_EQ(later.text(), QString(text));
+  QCoreApplication::processEvents();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, ServerNoticeWords,
+    ::testing::Values(Words{Connection::connecting, "Waiting for the sound service to start."},
+                      Words{Connection::connected, ""},
+                      Words{Connection::lost,
+                            "The sound service has stopped. Sonvel goes on by itself when it is back."}));
+
+TEST_F(ServerNoticeTest, TellsOnTheMainThreadWhatChangedOnAnother) {
+  become({Connection::connected});
+  EXPECT_THAT(heard_, IsEmpty());
+  QCoreApplication::processEvents();
+  EXPECT_THAT(heard_, ElementsAre(QString()));
+  become({Connection::lost});
+  QCoreApplication::processEvents();
+  EXPECT_THAT(heard_, ElementsAre(QString(), serverNotice(Connection::lost)));
+  EXPECT_EQ(notice_->text(), heard_.back());
+  EXPECT_THAT(threads_, ::testing::Each(std::this_thread::get_id()));
+}
+
+TEST_F(ServerNoticeTest, TellsOnlyWhatTheUserSeesChange) {
+  become({Connection::connected, Connection::lost, Connection::connecting}); // before anybody has looked
+  server_.setRights(AudioServer::Rights::granted);
+  QCoreApplication::processEvents();
+  EXPECT_THAT(heard_, IsEmpty());
+}
+
+TEST_F(ServerNoticeTest, IsSilentAfterItsEnd) {
+  become({Connection::connected}); // is on its way
+  notice_.reset();
+  become({Connection::lost}); // finds nobody
+  QCoreApplication::processEvents();
+  EXPECT_THAT(heard_, IsEmpty());
+}
+
+} // namespace
+
+} // namespace sonvel
