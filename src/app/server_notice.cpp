@@ -2,7 +2,8 @@
 
 namespace sonvel {
 
-QString serverNotice(AudioServer::Connection connection) {
+QString serverNotice(AudioServer::Connection connection, AudioServer::Rights rights) {
+  if (rights == AudioServer::Rights::restricted) return {};
   switch (connection) {
   case AudioServer::Connection::connecting:
     return QStringLiteral("Waiting for the sound service to start.");
@@ -18,7 +19,7 @@ ServerNotice::ServerNotice(AudioServer& server, Executor& mainThread,
                            std::function<void(const QString&)> changed)
     : server_(server)
     , changed_(std::move(changed))
-    , text_(serverNotice(server.connection()))
+    , text_(serverNotice(server.connection(), server.rights()))
     , self_(std::make_shared<ServerNotice*>(this)) {
   server_.onChange([&mainThread, weak = std::weak_ptr(self_)] {
     mainThread.post([weak] {
@@ -33,7 +34,7 @@ ServerNotice::~ServerNotice() {
 }
 
 void ServerNotice::update() {
-  auto text = serverNotice(server_.connection());
+  auto text = serverNotice(server_.connection(), server_.rights());
   if (text == text_) return;
   text_ = std::move(text);
   changed_(text_);

@@ -9,8 +9,9 @@
 
 namespace sonvel {
 
-/// What the user is to know of the sound server; empty while all is well.
-QString serverNotice(AudioServer::Connection connection);
+/// What the user is to know of the sound server; empty while all is well, and when the server is there but
+/// lets nothing be done: the connection is dropped for that too, and the model tells of it.
+QString serverNotice(AudioServer::Connection connection, AudioServer::Rights rights);
 
 /// Follows the server's connection and tells the notice on the main thread.
 class ServerNotice {
