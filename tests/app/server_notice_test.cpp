@@ -15,6 +15,7 @@ namespace sonvel {
 namespace {
 
 using Connection = AudioServer::Connection;
+using Rights = AudioServer::Rights;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -53,7 +54,8 @@ class ServerNoticeWords : public ServerNoticeTest, public ::testing::WithParamIn
 
 TEST_P(ServerNoticeWords, AreThoseOfTheConnection) {
   const auto& [connection, text] = GetParam();
-  EXPECT_EQ(serverNotice(connection), QString(text));
+  EXPECT_EQ(serverNotice(connection, Rights::granted), QString(text));
+  EXPECT_EQ(serverNotice(connection, Rights::restricted), QString()) << "the model tells of that";
   server_.setConnection(connection);
   const ServerNotice later(server_, mainThread_, [](const QString&) { FAIL() << "nothing has changed"; });
   EXPECT_EQ(later.text(), QString(text));
@@ -74,7 +76,7 @@ TEST_F(ServerNoticeTest, TellsOnTheMainThreadWhatChangedOnAnother) {
   EXPECT_THAT(heard_, ElementsAre(QString()));
   become({Connection::lost});
   QCoreApplication::processEvents();
-  EXPECT_THAT(heard_, ElementsAre(QString(), serverNotice(Connection::lost)));
+  EXPECT_THAT(heard_, ElementsAre(QString(), serverNotice(Connection::lost, Rights::granted)));
   EXPECT_EQ(notice_->text(), heard_.back());
   EXPECT_THAT(threads_, ::testing::Each(std::this_thread::get_id()));
 }
