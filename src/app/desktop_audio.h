@@ -23,8 +23,6 @@ class DesktopAudio {
   /// What it refers to lives as long as this object.
   AudioEnvironment environment() { return {hardware_, processInformation_, bundle_, applications_}; }
 
-  AudioHardware& hardware() noexcept { return hardware_; }
-
   AudioServer& server() noexcept { return hardware_.server(); }
 
   const BundleInformation& bundle() const noexcept { return bundle_; }

@@ -26,10 +26,7 @@ PanelHost::PanelHost(MixerViewModel& model, DesktopAudio& audio, DesktopAppearan
     , theme_(appearance)
     , applicationIcons_(audio.entries())
     , icons_(audio.applications(), applicationIcons_)
-    , notice_(audio.server(), mainThread,
-              [this](const QString& text) {
-                if (root_) root_->setProperty("serverNotice", text);
-              })
+    , notice_(audio.server(), mainThread, [this](const QString& text) { Q_EMIT serverNoticeChanged(text); })
     , tray_(trayPicture(theme_))
     , window_(content(model), audio.clock())
     , presence_(
@@ -59,8 +56,9 @@ void PanelHost::prepareEngine(QQmlEngine& engine) {
 }
 
 void PanelHost::connectRoot(QQuickItem& root) {
-  root_ = &root;
-  root.setProperty("serverNotice", notice_.text());
+  const auto tell = [&root](const QString& text) { root.setProperty("serverNotice", text); };
+  tell(notice_.text());
+  connect(this, &PanelHost::serverNoticeChanged, &root, tell);
   connect(&root, SIGNAL(quitRequested()), this, SLOT(onQuitRequested()));
   connect(&root, SIGNAL(settingsRequested(QUrl)), this, SLOT(onSettingsRequested(QUrl)));
 }

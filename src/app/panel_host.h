@@ -11,7 +11,7 @@
 #include "ui/shell/panel_window.h"
 #include "ui/shell/tray_icon.h"
 
-#include <QPointer>
+#include <QObject>
 
 namespace sonvel {
 
@@ -32,6 +32,9 @@ class PanelHost final : public QObject {
   /// Closes the panel for good: the program is about to end.
   void end() { presence_.end(); }
 
+ Q_SIGNALS:
+  void serverNoticeChanged(const QString& text);
+
  private:
   ui::PanelContent content(MixerViewModel& model);
   void prepareEngine(QQmlEngine& engine);
@@ -44,7 +47,6 @@ class PanelHost final : public QObject {
   PanelTheme theme_;
   desktop::DesktopApplicationIcons applicationIcons_;
   AppIconCache icons_;
-  QPointer<QQuickItem> root_; ///< while the panel is open
   ServerNotice notice_;
   ui::TrayIcon tray_;
   ui::PanelWindow window_;

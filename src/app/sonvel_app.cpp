@@ -14,7 +14,8 @@ SonvelApp::SonvelApp(updater::Relaunch& relaunch)
     , delegate_(std::make_shared<AppDelegate>(
           MixerDependencies{hardware_, mainThread_, audio_.clock(), permission_, preferences_, updates_}))
     , quitRequests_([this] { terminate(); }) {
-  panel_.emplace(delegate_->model(), audio_, appearance_, mainThread_, [this] { terminate(); });
+  panel_ = std::make_unique<PanelHost>(delegate_->model(), audio_, appearance_, mainThread_,
+                                       [this] { terminate(); });
 }
 
 SonvelApp::~SonvelApp() {

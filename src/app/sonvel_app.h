@@ -9,7 +9,7 @@
 #include "platform/desktop/consent_library.h"
 #include "platform/desktop/settings_preferences.h"
 
-#include <optional>
+#include <memory>
 
 namespace sonvel {
 
@@ -48,7 +48,7 @@ class SonvelApp final : private TerminatingApplication {
   AppUpdates updates_;
   std::shared_ptr<Actor<HardwareController>> hardware_;
   std::shared_ptr<AppDelegate> delegate_;
-  std::optional<PanelHost> panel_;
+  std::unique_ptr<PanelHost> panel_;
   QuitRequests quitRequests_;
   bool isTerminating_ = false; ///< and the panel has ended
 };

@@ -1,7 +1,7 @@
 #include "app/fake_session_manager.h"
 #include "panel/line_process.h"
 #include "panel/private_bus.h"
-#include "session/eventually.h"
+#include "session/event_wait.h"
 
 #include <gmock/gmock.h>
 
@@ -19,6 +19,7 @@ namespace sonvel {
 
 namespace {
 
+using session::waitUntil;
 using ::testing::ElementsAre;
 using testing::FakeSessionManager;
 using testing::LineProcess;
@@ -31,17 +32,6 @@ class QuitRequestsTest : public ::testing::Test {
     session::Environment environment = bus_.environment();
     environment["DESKTOP_AUTOSTART_ID"] = "autostart-7";
     return {SONVEL_QUIT_REQUESTS, {mode}, environment};
-  }
-
-  // Whether it comes true while what arrives at this process is dealt with.
-  [[nodiscard]] static bool eventually(const std::function<bool()>& holds,
-                                       std::chrono::milliseconds within = std::chrono::seconds(5)) {
-    return session::eventually(
-        [&] {
-          QCoreApplication::processEvents();
-          return holds();
-        },
-        within);
   }
 
   // What the kernel tells of a process's signals, one bit each.
@@ -103,15 +93,15 @@ TEST_F(QuitRequestsTest, letsTheSessionManagerWaitUntilAllIsDone) {
   FakeSessionManager manager(bus_.connect("manager"));
   LineProcess process = start();
   ASSERT_TRUE(process.awaitLine("ready"));
-  ASSERT_TRUE(eventually([&] { return !manager.registrations().empty(); }));
+  ASSERT_TRUE(waitUntil([&] { return !manager.registrations().empty(); }));
   EXPECT_THAT(manager.registrations(), ElementsAre("com.quellmarsh.sonvel autostart-7"));
 
   // Another client may object: agreed at once, and nothing quits.
   // Asked again only where it didn't listen yet.
   const auto isAnswered = [&] { return !manager.responses().empty(); };
-  ASSERT_TRUE(eventually([&] {
+  ASSERT_TRUE(waitUntil([&] {
     manager.tellClient("QueryEndSession", {0U});
-    return eventually(isAnswered, std::chrono::milliseconds(500));
+    return waitUntil(isAnswered, std::chrono::milliseconds(500));
   }));
   const auto before = manager.responses().size();
 
@@ -123,7 +113,7 @@ TEST_F(QuitRequestsTest, letsTheSessionManagerWaitUntilAllIsDone) {
   EXPECT_EQ(manager.responses().size(), before);
 
   process.send("finish");
-  EXPECT_TRUE(eventually([&] { return manager.responses().size() == before + 1; }));
+  EXPECT_TRUE(waitUntil([&] { return manager.responses().size() == before + 1; }));
   EXPECT_TRUE(manager.responses().last());
   EXPECT_THAT(process.exitCode(), Optional(3));
 }
@@ -134,7 +124,7 @@ TEST_F(QuitRequestsTest, quitsWhenTheSessionManagerStopsIt) {
   FakeSessionManager manager(bus_.connect("manager"));
   LineProcess process = start();
   ASSERT_TRUE(process.awaitLine("ready"));
-  EXPECT_TRUE(eventually([&] {
+  EXPECT_TRUE(waitUntil([&] {
     manager.tellClient("Stop", {});
     return process.nextLine(std::chrono::milliseconds(50)) == "quit";
   }));

@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 
 namespace sonvel {
 

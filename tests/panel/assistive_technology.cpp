@@ -81,11 +81,6 @@ bool Control::press() const {
   return false;
 }
 
-bool Control::grabFocus() const {
-  const auto component = own(atspi_accessible_get_component_iface(accessible_.get()));
-  return component && atspi_component_grab_focus(component.get(), nullptr) != 0;
-}
-
 AssistiveTechnology::AssistiveTechnology() {
   // The library takes a session without a bus for an error of the program, and ends it.
   if (atspi_init() > 1) throw std::runtime_error("no accessibility bus");

@@ -30,7 +30,6 @@ class Control {
   bool setValue(double value) const;
   /// False as well when it can't be pressed.
   bool press() const;
-  bool grabFocus() const;
 
  private:
   std::shared_ptr<AtspiAccessible> accessible_;

@@ -1,5 +1,4 @@
 #include "platform/desktop/temporary_folder.h"
-#include "platform/updater/event_wait.h"
 #include "platform/updater/test_certificates.h"
 #include "platform/updater/updater_world.h"
 

@@ -1,6 +1,6 @@
+#include "panel/private_bus.h"
 #include "platform/desktop/portal_appearance.h"
-#include "platform/desktop/temporary_folder.h"
-#include "session/child_process.h"
+#include "session/event_wait.h"
 
 #include <gtest/gtest.h>
 
@@ -10,12 +10,12 @@
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QDeadlineTimer>
 #include <limits>
 
 namespace sonvel::desktop {
 namespace {
 
+using session::waitUntil;
 using Scheme = Appearance::ColorScheme;
 using SettingGroups = QMap<QString, QVariantMap>;
 
@@ -24,20 +24,6 @@ constexpr auto kPath = "/org/freedesktop/portal/desktop";
 constexpr auto kInterface = "org.freedesktop.portal.Settings";
 constexpr auto kAppearance = "org.freedesktop.appearance";
 constexpr auto kGnome = "org.gnome.desktop.interface";
-
-/// A bus without any service on it, and none that it could start.
-std::string busSettings(const std::string& address) {
-  return "<busconfig><type>session</type><listen>" + address +
-         "</listen><auth>EXTERNAL</auth>"
-         R"(<policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/>
-            <allow own="*"/></policy></busconfig>)";
-}
-
-bool eventually(const std::function<bool()>& holds) {
-  for (QDeadlineTimer deadline(5000); !holds(); QCoreApplication::processEvents(QEventLoop::AllEvents, 10))
-    if (deadline.hasExpired()) return false;
-  return true;
-}
 
 QVariant color(double red, double green, double blue) {
   QDBusArgument argument;
@@ -111,37 +97,14 @@ class FakePortal final : public QDBusVirtualObject {
   int timesAsked_ = 0;
 };
 
-class PortalAppearanceTest : public testing::Test {
+class PortalAppearanceTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto settings = folder_.write("bus.conf", busSettings(address_));
-    daemon_ = session::ChildProcess(
-        {.program = "dbus-daemon", .arguments = {"dbus-daemon", "--nofork", "--config-file=" + settings}});
-    for (const auto* name : {kPortalName, kProgramName})
-      ASSERT_TRUE(eventually([&] {
-        QDBusConnection::disconnectFromBus(name);
-        return QDBusConnection::connectToBus(QString::fromStdString(address_), name).isConnected();
-      }));
-  }
-
-  ~PortalAppearanceTest() override {
-    QDBusConnection::disconnectFromBus(kPortalName);
-    QDBusConnection::disconnectFromBus(kProgramName);
-  }
-
-  QDBusConnection portalBus() const { return QDBusConnection(kPortalName); }
-
-  QDBusConnection programBus() const { return QDBusConnection(kProgramName); }
-
-  static constexpr auto kPortalName = "portal";
-  static constexpr auto kProgramName = "program";
-
   int count_ = 0;
   char* arguments_[1] = {nullptr};
   const QCoreApplication application_{count_, arguments_};
-  const TemporaryFolder folder_;
-  const std::string address_ = "unix:path=" + folder_.path("bus");
-  session::ChildProcess daemon_;
+  testing::PrivateBus bus_;
+  const QDBusConnection portalBus_ = bus_.connect("portal");
+  const QDBusConnection programBus_ = bus_.connect("program");
 };
 
 const SettingGroups kDarkAndCalm = {
@@ -151,12 +114,12 @@ const Appearance kDarkAndCalmAppearance{
     .colorScheme = Scheme::dark, .accentColor = 0x3366ff, .prefersReducedMotion = true};
 
 TEST_F(PortalAppearanceTest, IsReadAndThenFollowed) {
-  FakePortal portal(portalBus(), kDarkAndCalm);
-  PortalAppearance appearance(programBus());
+  FakePortal portal(portalBus_, kDarkAndCalm);
+  PortalAppearance appearance(programBus_);
   EXPECT_EQ(appearance.current(), Appearance()) << "nothing is waited for";
   std::vector<Appearance> heard;
   appearance.onChange([&] { heard.push_back(appearance.current()); });
-  ASSERT_TRUE(eventually([&] { return !heard.empty(); }));
+  ASSERT_TRUE(waitUntil([&] { return !heard.empty(); }));
   ASSERT_EQ(heard.back(), kDarkAndCalmAppearance);
 
   const struct {
@@ -193,33 +156,33 @@ TEST_F(PortalAppearanceTest, IsReadAndThenFollowed) {
     portal.change(change.group, change.key, change.value);
     if (change.expected) expected.push_back(*change.expected);
   }
-  EXPECT_TRUE(eventually([&] { return heard.size() >= expected.size(); }));
+  EXPECT_TRUE(waitUntil([&] { return heard.size() >= expected.size(); }));
   EXPECT_EQ(heard, expected);
 }
 
 TEST_F(PortalAppearanceTest, IsReadWhenThePortalComesAndComesBack) {
-  PortalAppearance appearance(programBus());
+  PortalAppearance appearance(programBus_);
   {
-    const FakePortal portal(portalBus(), kDarkAndCalm);
-    EXPECT_TRUE(eventually([&] { return appearance.current() == kDarkAndCalmAppearance; }));
+    const FakePortal portal(portalBus_, kDarkAndCalm);
+    EXPECT_TRUE(waitUntil([&] { return appearance.current() == kDarkAndCalmAppearance; }));
   }
-  FakePortal portal(portalBus(), {{kAppearance, {{"color-scheme", 2U}}}});
-  EXPECT_TRUE(eventually([&] { return appearance.current() == Appearance{.colorScheme = Scheme::light}; }));
+  FakePortal portal(portalBus_, {{kAppearance, {{"color-scheme", 2U}}}});
+  EXPECT_TRUE(waitUntil([&] { return appearance.current() == Appearance{.colorScheme = Scheme::light}; }));
   portal.change(kAppearance, "color-scheme", 1U);
-  EXPECT_TRUE(eventually([&] { return appearance.current() == Appearance{.colorScheme = Scheme::dark}; }));
+  EXPECT_TRUE(waitUntil([&] { return appearance.current() == Appearance{.colorScheme = Scheme::dark}; }));
 }
 
 TEST_F(PortalAppearanceTest, IsTheDefaultsWhereThePortalSaysNothingOfUseAndFollowsItAllTheSame) {
   for (const auto behavior : {FakePortal::Behavior::isSilent, FakePortal::Behavior::givesError,
                               FakePortal::Behavior::givesNonsense, FakePortal::Behavior::givesNothing}) {
     SCOPED_TRACE(static_cast<int>(behavior));
-    FakePortal portal(portalBus(), kDarkAndCalm, behavior);
-    PortalAppearance appearance(programBus());
+    FakePortal portal(portalBus_, kDarkAndCalm, behavior);
+    PortalAppearance appearance(programBus_);
     std::vector<Appearance> heard;
     appearance.onChange([&] { heard.push_back(appearance.current()); });
-    ASSERT_TRUE(eventually([&] { return portal.timesAsked() > 0; }));
+    ASSERT_TRUE(waitUntil([&] { return portal.timesAsked() > 0; }));
     portal.change(kAppearance, "color-scheme", 1U); // comes after the answer
-    EXPECT_TRUE(eventually([&] { return !heard.empty(); }));
+    EXPECT_TRUE(waitUntil([&] { return !heard.empty(); }));
     EXPECT_EQ(heard, std::vector{Appearance{.colorScheme = Scheme::dark}});
   }
 }

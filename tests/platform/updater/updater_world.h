@@ -3,17 +3,19 @@
 #include "platform/desktop/temporary_folder.h"
 #include "platform/simulated/manual_clock.h"
 #include "platform/updater/appcast_updater.h"
-#include "platform/updater/event_wait.h"
 #include "platform/updater/feed_server.h"
 #include "platform/updater/memory_preferences.h"
 #include "platform/updater/signing.h"
 #include "platform/updater/update_cycle.h"
+#include "session/event_wait.h"
 
 #include <QDir>
 #include <QFile>
 #include <vector>
 
 namespace sonvel::updater {
+
+using session::waitUntil;
 
 struct RecordingPackageInstaller final : PackageInstaller {
   bool install(const std::filesystem::path& package, std::function<void()> whenDone) override {

@@ -1,5 +1,5 @@
 #include "platform/simulated/manual_clock.h"
-#include "session/eventually.h"
+#include "session/event_wait.h"
 #include "ui/shell/journal.h"
 #include "ui/shell/panel_presence.h"
 #include "ui/shell/panel_window.h"
@@ -26,10 +26,7 @@ class PanelPresenceTest : public ::testing::Test {
   }
 
   [[nodiscard]] bool becomes(std::optional<Style> style) {
-    return session::eventually([&] {
-      QCoreApplication::processEvents();
-      return window_.style() == style;
-    });
+    return session::waitUntil([&] { return window_.style() == style; });
   }
 
   static constexpr milliseconds kNone{0};

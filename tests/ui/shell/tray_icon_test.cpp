@@ -2,7 +2,7 @@
 #include "panel/private_bus.h"
 #include "panel/tray_host.h"
 #include "panel/virtual_display.h"
-#include "session/eventually.h"
+#include "session/event_wait.h"
 
 #include <gmock/gmock.h>
 
@@ -32,8 +32,7 @@ class TrayIconTest : public ::testing::Test {
   // The next line of the program, whose questions to the tray are answered meanwhile.
   std::string nextLine(LineProcess& program) {
     std::optional<std::string> line;
-    const bool came = session::eventually([&] {
-      QCoreApplication::processEvents();
+    const bool came = session::waitUntil([&] {
       line = program.nextLine(std::chrono::milliseconds(2));
       return line.has_value();
     });
@@ -42,10 +41,7 @@ class TrayIconTest : public ::testing::Test {
 
   // The one icon in the tray, once it is there.
   QString theIcon(const TrayHost& host) {
-    EXPECT_TRUE(session::eventually([&] {
-      QCoreApplication::processEvents();
-      return host.items().size() == 1;
-    }));
+    EXPECT_TRUE(session::waitUntil([&] { return host.items().size() == 1; }));
     return host.items().value(0);
   }
 
@@ -82,10 +78,7 @@ TEST_F(TrayIconTest, comesWithTheTrayAndGoesWithIt) {
   for (int round = 0; round < 3; ++round) {
     // A watcher alone shows nothing yet.
     auto host = std::make_unique<TrayHost>(bus_.connect("host"), false);
-    ASSERT_TRUE(session::eventually([&] {
-      QCoreApplication::processEvents();
-      return host->questions() > 0;
-    }));
+    ASSERT_TRUE(session::waitUntil([&] { return host->questions() > 0; }));
     host->setHostRegistered(true);
     ASSERT_EQ(nextLine(program), "shown");
     EXPECT_EQ(host->color(theIcon(*host)), QColor(round == 0 ? Qt::blue : Qt::red));

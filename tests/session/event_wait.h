@@ -6,11 +6,11 @@
 #include <chrono>
 #include <functional>
 
-namespace sonvel::updater {
+namespace sonvel::session {
 
-/// Lets the event loop run until `condition` holds. False if that took longer than `deadline`.
-inline bool waitUntil(const std::function<bool()>& condition,
-                      std::chrono::milliseconds deadline = std::chrono::seconds(20)) {
+/// Lets Qt's event loop run until `condition` holds. False if that took longer than `deadline`.
+[[nodiscard]] inline bool waitUntil(const std::function<bool()>& condition,
+                                    std::chrono::milliseconds deadline = std::chrono::seconds(20)) {
   QElapsedTimer elapsed;
   elapsed.start();
   QTimer waker; // an event loop without events would sleep over the deadline
@@ -23,4 +23,4 @@ inline bool waitUntil(const std::function<bool()>& condition,
   return true;
 }
 
-} // namespace sonvel::updater
+} // namespace sonvel::session
