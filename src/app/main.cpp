@@ -47,23 +47,34 @@ int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
   return kFailed;
 }
 
-} // namespace
-
-int main(int argumentCount, char** arguments) {
-  // The panel is small and mostly still: drawn without the graphics card's libraries it takes a third of the
-  // memory.
-  QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-  QApplication application(argumentCount, arguments);
-  QApplication::setApplicationName(QStringLiteral("Sonvel"));
-  QApplication::setApplicationVersion(QStringLiteral(SONVEL_VERSION));
-  QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
-  QApplication::setQuitOnLastWindowClosed(false);
-
+/// Ends the process if it was only asked something, which needs no display.
+void answerQuestions(int& argumentCount, char** arguments) {
+  const QCoreApplication application(argumentCount, arguments);
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("A volume for every application that plays sound."));
   parser.addHelpOption();
   parser.addVersionOption();
-  parser.process(application);
+  QStringList words;
+  for (int i = 0; i < argumentCount; ++i)
+    words += QString::fromLocal8Bit(arguments[i]);
+  parser.parse(words);
+  if (parser.isSet(QStringLiteral("version"))) parser.showVersion();
+  if (parser.isSet(QStringLiteral("help"))) parser.showHelp();
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+  QApplication::setApplicationName(QStringLiteral("Sonvel"));
+  QApplication::setApplicationVersion(QStringLiteral(SONVEL_VERSION));
+  answerQuestions(argumentCount, arguments);
+
+  // The panel is small and mostly still: drawn without the graphics card's libraries it takes a third of the
+  // memory.
+  QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+  const QApplication application(argumentCount, arguments);
+  QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
+  QApplication::setQuitOnLastWindowClosed(false);
 
   sonvel::updater::Relaunch relaunch;
   const int exitCode = runAsOnlyOne(relaunch);

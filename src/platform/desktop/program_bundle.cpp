@@ -8,7 +8,7 @@
 namespace sonvel::desktop {
 namespace {
 
-constexpr qint64 kMaximumInformationBytes = 64 * 1024;
+constexpr qint64 kMaximumInformationBytes = 64LL * 1024;
 
 QJsonObject readObject(const std::filesystem::path& file) {
   QFile input(file);
