@@ -7,9 +7,11 @@
 #include "session/tone_client.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -26,9 +28,10 @@ constexpr int kPlayers = 10;
 constexpr auto kMeasured = 10s;
 constexpr auto kSettling = 2s;
 constexpr int kOpenings = 20;
-constexpr auto kOurTitle = "Sonvel";
-constexpr auto kOtherTitle = "Volume Control";
+constexpr auto kOurName = "Sonvel"; // and its window's title
 constexpr auto kOther = "pavucontrol";
+constexpr auto kOtherTitle = "Volume Control";
+constexpr auto kSyllable = 100ms;
 
 void require(bool holds, const char* otherwise) {
   if (!holds) throw std::runtime_error(otherwise);
@@ -55,27 +58,30 @@ bool isTap(const GraphObject& object) {
 class PanelBench {
  public:
   void run() {
-    play();
+    startPlayers();
     require(desktop_.awaitTrayIcon(), "no icon in the tray");
-    std::printf("Sonvel is started, %d players play, none is taken over yet\n", kPlayers);
-    std::this_thread::sleep_for(kSettling);
-    printMemory("closed, not yet opened", sonvel_.pid());
+    std::printf("%d players play. Sonvel is started and has taken over none\n", kPlayers);
+    play(kSettling);
+    printMemory("Sonvel, closed, not yet opened", sonvel_.pid());
     measureWakeUps();
+    // Later it would meter none of the players: Sonvel plays them then.
+    std::printf("%s is opened\n", kOther);
+    auto other = openOther();
+    measureProcessorTime({{kOther, other.pid()}});
 
-    std::printf("The panel is opened: every player has its row\n");
-    std::printf("  from the click to the first frame, first time %6.1f ms\n", inMilliseconds(open()));
+    std::printf("The panel is opened\n");
+    std::printf("  from the click to the first frame, first time %.1f ms\n", inMilliseconds(open()));
     awaitTaps();
-    std::this_thread::sleep_for(kSettling);
-    printMemory("open", sonvel_.pid());
-    measureProcessorTime({{kOurTitle, sonvel_.pid()}});
+    play(kSettling);
+    printMemory("Sonvel, open", sonvel_.pid());
+    measureProcessorTime({{kOurName, sonvel_.pid()}, {kOther, other.pid()}});
+    std::printf("  (%s meters %d streams of these seconds)\n", kOther, metersOfOther());
 
-    std::printf("%s is opened beside it\n", kOther);
-    measureBesideTheOther();
-
-    std::printf("The panel is closed, every player stays taken over\n");
+    std::printf("The panel is closed, all players stay taken over\n");
+    other.end();
     close();
-    std::this_thread::sleep_for(kSettling);
-    printMemory("closed", sonvel_.pid());
+    play(kSettling);
+    printMemory("Sonvel, closed", sonvel_.pid());
     measureWakeUps();
     measureOpenings();
   }
@@ -83,7 +89,7 @@ class PanelBench {
  private:
   static double inMilliseconds(std::chrono::duration<double, std::milli> time) { return time.count(); }
 
-  void play() {
+  void startPlayers() {
     for (int number = 1; number <= kPlayers; ++number) {
       const std::string name = "player-" + std::to_string(number);
       desktop_.applications().install("org.example." + name, name, desktop_.sound().programPath(name),
@@ -91,6 +97,17 @@ class PanelBench {
       players_.push_back(
           std::make_unique<ToneClient>(desktop_.sound(), ToneClientOptions{.binaryName = name}));
       players_.back()->open("tone", {.tone = {.frequency = 300 * number, .amplitude = 0.05}});
+    }
+  }
+
+  /// Lets them play for so long, as loud and as soft as speech is, so that meters have something to do.
+  void play(std::chrono::nanoseconds time) {
+    std::uniform_real_distribution<double> decibels(-50.0, -20.0);
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (std::chrono::steady_clock::now() < end) {
+      for (const auto& player : players_)
+        player->setAmplitude("tone", std::pow(10.0, decibels(random_) / 20.0));
+      std::this_thread::sleep_until(std::min(end, std::chrono::steady_clock::now() + kSyllable));
     }
   }
 
@@ -106,14 +123,14 @@ class PanelBench {
   std::chrono::steady_clock::duration open() {
     const auto start = std::chrono::steady_clock::now();
     desktop_.clickTrayIcon();
-    while (!screen_.isPainted(kOurTitle))
+    while (!screen_.isPainted(kOurName))
       require(std::chrono::steady_clock::now() - start < 20s, "the panel does not open");
     return std::chrono::steady_clock::now() - start;
   }
 
   void close() {
     desktop_.clickTrayIcon();
-    require(eventually([&] { return !screen_.hasWindow(kOurTitle); }), "the panel does not close");
+    require(eventually([&] { return !screen_.hasWindow(kOurName); }), "the panel does not close");
   }
 
   struct Busy {
@@ -128,37 +145,40 @@ class PanelBench {
   };
 
   /// Of all of these over the same seconds.
-  static void measureProcessorTime(const std::vector<Mixer>& mixers) {
-    std::vector<std::chrono::duration<double>> before;
+  void measureProcessorTime(const std::vector<Mixer>& mixers) {
+    std::vector<std::chrono::nanoseconds> before;
     for (const auto& mixer : mixers)
       before.push_back(processorTimeOf(mixer.process));
     const auto start = std::chrono::steady_clock::now();
-    std::this_thread::sleep_for(kMeasured);
+    play(kMeasured);
     const auto measured = std::chrono::steady_clock::now() - start;
     for (std::size_t i = 0; i < mixers.size(); ++i)
-      std::printf("  processor time of %-12s while %d rows meter %6.2f %%\n", mixers[i].name, kPlayers,
+      std::printf("  processor time of %-12s %6.2f %%\n", mixers[i].name,
                   percent(processorTimeOf(mixers[i].process) - before[i], measured));
   }
 
-  void measureBesideTheOther() {
-    const ChildProcess other = desktop_.start(kOther);
+  ChildProcess openOther() {
+    auto other = desktop_.start(kOther);
     require(eventually([&] { return screen_.isPainted(kOtherTitle); }), "the other mixer does not open");
-    std::this_thread::sleep_for(kSettling);
-    const auto graph = desktop_.sound().graph();
-    const auto isMeter = [](const GraphObject& object) {
-      return object.type == "Node" && object.property("media.class") == "Stream/Input/Audio";
-    };
-    std::printf("  it meters %d streams\n", static_cast<int>(std::ranges::count_if(graph.objects, isMeter)));
+    play(kSettling);
     printMemory(kOther, other.pid());
-    measureProcessorTime({{kOurTitle, sonvel_.pid()}, {kOther, other.pid()}});
+    std::printf("  it meters %d streams\n", metersOfOther());
+    return other;
   }
 
-  void measureWakeUps() const {
+  int metersOfOther() {
+    const auto graph = desktop_.sound().graph();
+    return static_cast<int>(std::ranges::count_if(graph.objects, [](const GraphObject& object) {
+      return object.type == "Node" && object.property("media.class") == "Stream/Input/Audio";
+    }));
+  }
+
+  void measureWakeUps() {
     const auto before = wakeUpsOf(sonvel_.pid());
     const auto busyBefore = processorTimeOf(sonvel_.pid());
-    std::this_thread::sleep_for(kMeasured);
+    play(kMeasured);
     const std::chrono::duration<double> seconds = kMeasured;
-    std::printf("  processor time, closed %5.2f %%; wake-ups per second, closed:\n",
+    std::printf("  processor time of Sonvel, closed, %.2f %%; wake-ups per second of its threads:\n",
                 percent(processorTimeOf(sonvel_.pid()) - busyBefore, seconds));
     for (const auto& [thread, count] : wakeUpsOf(sonvel_.pid())) {
       const auto earlier = before.find(thread);
@@ -183,6 +203,7 @@ class PanelBench {
   DesktopSession desktop_{{.hasScreenReader = false}};
   ScreenWatch screen_{desktop_.displayName()};
   std::vector<std::unique_ptr<ToneClient>> players_;
+  std::mt19937 random_{1}; // the same in every run
   ChildProcess sonvel_ = desktop_.startSonvel();
 };
 

@@ -1,10 +1,11 @@
 #include "panel/process_figures.h"
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
-#include <unistd.h>
 
 namespace sonvel::testing {
 
@@ -47,26 +48,22 @@ MemoryFigures memoryOf(pid_t process) {
           .unshared = (kilobytes["Private_Clean"] + kilobytes["Private_Dirty"]) * kBytesOfKilobyte};
 }
 
-std::chrono::duration<double> processorTimeOf(pid_t process) {
-  auto file = openFile(folderOf(process) / "stat");
-  std::string line;
-  std::getline(file, line);
-  std::istringstream fields(line.substr(line.rfind(')') + 1)); // the name may hold anything
-  constexpr int kFieldsBeforeTimes = 11;
-  std::string skipped;
-  for (int field = 0; field < kFieldsBeforeTimes; ++field)
-    fields >> skipped;
-  double user = 0;
-  double kernel = 0;
-  fields >> user >> kernel;
-  return std::chrono::duration<double>((user + kernel) / static_cast<double>(sysconf(_SC_CLK_TCK)));
+// What is in /proc/<pid>/stat, but exact: that counts hundredths of seconds.
+std::chrono::nanoseconds processorTimeOf(pid_t process) {
+  clockid_t clock{};
+  timespec time{};
+  if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0)
+    throw std::runtime_error("no process " + std::to_string(process));
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 std::map<std::string, std::size_t> wakeUpsOf(pid_t process) {
   std::map<std::string, std::size_t> wakeUps;
   for (const auto& thread : fs::directory_iterator(folderOf(process) / "task")) {
     std::string name;
-    std::getline(openFile(thread.path() / "comm"), name);
+    auto file = openFile(thread.path() / "comm");
+    std::getline(file, name);
+    if (thread.path().filename() == std::to_string(process)) name = "main";
     wakeUps[name] += numbersIn(thread.path() / "status")["voluntary_ctxt_switches"];
   }
   return wakeUps;

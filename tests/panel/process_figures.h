@@ -17,10 +17,11 @@ struct MemoryFigures {
 
 [[nodiscard]] MemoryFigures memoryOf(pid_t process);
 
-/// Of all its threads, as user and in the kernel.
-[[nodiscard]] std::chrono::duration<double> processorTimeOf(pid_t process);
+/// Of all its threads, also those that have ended, as user and in the kernel.
+[[nodiscard]] std::chrono::nanoseconds processorTimeOf(pid_t process);
 
-/// How often each thread has gone to sleep by itself, and so was woken later. Threads of one name together.
+/// How often each thread has gone to sleep by itself, and so was woken later. Threads of one name together;
+/// the first thread is "main".
 [[nodiscard]] std::map<std::string, std::size_t> wakeUpsOf(pid_t process);
 
 [[nodiscard]] std::size_t openFilesOf(pid_t process);
