@@ -5,9 +5,10 @@ build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-
                 libbenchmark-dev libsndfile1-dev qt6-base-dev qcoro-qt6-dev qt6-declarative-dev qt6-svg-dev
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
                 qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window libsodium-dev
-                libatspi2.0-dev)
+                libatspi2.0-dev libxcb1-dev)
 session_packages=(dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
                   xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
+bench_packages=(pavucontrol)
 lint_packages=(git clang-16 libclang-rt-16-dev clang-tidy-16 clang-format-16 python3 binutils)
 
 # install_packages PACKAGE...: quick when all are there.

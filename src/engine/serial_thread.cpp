@@ -1,12 +1,15 @@
 #include "engine/serial_thread.h"
 
 #include <cassert>
+#include <pthread.h>
 
 namespace sonvel {
 
 SerialThread::SerialThread()
     : thread_([this] { run(); })
-    , id_(thread_.get_id()) {}
+    , id_(thread_.get_id()) {
+  pthread_setname_np(thread_.native_handle(), "sonvel-control");
+}
 
 SerialThread::~SerialThread() {
   finish();

@@ -66,21 +66,26 @@ DesktopSession::DesktopSession(DesktopOptions options)
     throw std::runtime_error("no accessibility bus");
   if (!desktop_.awaitLine("ready")) throw std::runtime_error("no tray");
   if (!options_.hasTray) desktop_.send("no tray");
-  screenReader_ = std::make_unique<AssistiveTechnology>();
+  if (options_.hasScreenReader) screenReader_ = std::make_unique<AssistiveTechnology>();
 }
 
 DesktopSession::~DesktopSession() = default;
 
 session::Environment DesktopSession::environment() const {
   auto environment = merged(sound_.environment(), display_.environment());
-  environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1";
+  if (options_.hasScreenReader) environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1";
   if (options_.scale != 1.0) environment["QT_SCALE_FACTOR"] = std::to_string(options_.scale);
   return environment;
 }
 
 session::ChildProcess DesktopSession::startSonvel() const {
-  return session::ChildProcess(
-      {.program = SONVEL_PROGRAM, .arguments = {"sonvel"}, .environment = environment()});
+  return start(SONVEL_PROGRAM);
+}
+
+session::ChildProcess DesktopSession::start(const std::string& program) const {
+  return session::ChildProcess({.program = program,
+                                .arguments = {fs::path(program).filename().string()},
+                                .environment = environment()});
 }
 
 bool DesktopSession::awaitTrayIcon() {

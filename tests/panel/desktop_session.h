@@ -34,7 +34,8 @@ class InstalledApplications {
 
 struct DesktopOptions {
   bool hasTray = true;
-  double scale = 1.0; ///< device pixels for each point
+  bool hasScreenReader = true; ///< else nothing can be asked of the screen, and programs don't speak to one
+  double scale = 1.0;          ///< device pixels for each point
   session::SessionOptions sound = {};
 };
 
@@ -51,8 +52,13 @@ class DesktopSession {
 
   [[nodiscard]] const InstalledApplications& applications() const noexcept { return applications_; }
 
+  /// Of the display's server, as in DISPLAY.
+  [[nodiscard]] const std::string& displayName() const noexcept { return display_.name(); }
+
   /// Starts Sonvel. Another one while the first runs is the second start of the program.
   [[nodiscard]] session::ChildProcess startSonvel() const;
+  /// Starts any other program.
+  [[nodiscard]] session::ChildProcess start(const std::string& program) const;
 
   /// Blocks until Sonvel's icon is in the tray; false when it doesn't come.
   [[nodiscard]] bool awaitTrayIcon();

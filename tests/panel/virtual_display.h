@@ -12,6 +12,8 @@ class VirtualDisplay {
   /// Returns when it serves; throws std::runtime_error when it doesn't within 20 seconds.
   VirtualDisplay();
 
+  [[nodiscard]] const std::string& name() const noexcept { return name_; }
+
   /// What a program needs to show its windows there.
   [[nodiscard]] session::Environment environment() const;
 

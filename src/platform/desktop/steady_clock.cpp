@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <pthread.h>
 #include <utility>
 
 namespace sonvel::desktop {
@@ -87,7 +88,9 @@ class SteadyClock::Appointment final : public Timer {
 
 SteadyClock::SteadyClock()
     : agenda_(std::make_shared<Agenda>())
-    , thread_([agenda = agenda_] { agenda->run(); }) {}
+    , thread_([agenda = agenda_] { agenda->run(); }) {
+  pthread_setname_np(thread_.native_handle(), "sonvel-clock");
+}
 
 SteadyClock::~SteadyClock() {
   assert(thread_.get_id() != std::this_thread::get_id());

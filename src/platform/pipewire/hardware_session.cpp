@@ -29,6 +29,7 @@ PipeWireHardware::Session::Session(const ApplicationIdentity& appIdentity)
       loop, graph, state,
       ServerConnection::Listener{.changed = [this] { reconciler.schedule(); },
                                  .lost = [this] { reconciler.forgetServerObjects(); },
+                                 .mayRest = [this] { return reconciler.desired().taps.empty(); },
                                  .granted =
                                      [this] {
                                        if (!reconciler.desired().taps.empty()) ensureGuardian();
@@ -47,6 +48,7 @@ PipeWireHardware::Session::~Session() {
 }
 
 void PipeWireHardware::Session::ensureGuardian() {
+  server->checkRights();
   if (!guardian || guardian->hasBegun()) guardian = std::make_unique<Guardian>(kTapNamePrefix + runName);
 }
 

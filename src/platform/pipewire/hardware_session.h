@@ -37,7 +37,7 @@ class PipeWireHardware::Session {
   OSStatus waitFor(const LoopThread::Lock& lock, LoopThread::Deadline deadline,
                    const std::function<bool()>& isTrue);
 
-  /// Has what is done to other programs' streams watched over.
+  /// Has what is done to other programs' streams, and our right to it, watched over.
   void ensureGuardian();
 
   /// Takes all of ours out of the graph, as far as the server lets us, and ends the connection.

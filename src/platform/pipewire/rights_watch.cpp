@@ -11,6 +11,9 @@ using namespace std::chrono_literals;
 // The server does not say of its own accord that permissions have changed.
 constexpr auto kTick = 1s;
 
+// Each question wakes a machine that may have nothing else to do.
+constexpr auto kRestingTick = 5s;
+
 // Where the session manager decides who may do what, it does so within this time, also when it has just been
 // started. Until then the server answers nothing.
 constexpr auto kDecisionTakes = 3s;
@@ -18,9 +21,10 @@ constexpr auto kDecisionTakes = 3s;
 } // namespace
 
 RightsWatch::RightsWatch(pw_loop* loop, pw_core* core, const GraphMonitor& monitor,
-                         std::function<void(bool)> told)
+                         std::function<void(bool)> told, std::function<bool()> mayRest)
     : monitor_(monitor)
     , told_(std::move(told))
+    , mayRest_(std::move(mayRest))
     , client_(pw_core_get_client(core))
     , tick_(loop, [this] { tick(); }) {
   static const pw_client_events events = [] {
@@ -36,10 +40,14 @@ RightsWatch::RightsWatch(pw_loop* loop, pw_core* core, const GraphMonitor& monit
   }();
   pw_client_add_listener(client_, hook_.get(), &events, this);
   ask();
-  tick_.arm(kTick);
 }
 
 void RightsWatch::ask() {
+  send();
+  tick_.arm(kTick);
+}
+
+void RightsWatch::send() {
   if (isAsked_) return; // what a server that does not answer is asked would pile up
   isAsked_ = true;
   pw_client_get_permissions(client_, 0, UINT32_MAX);
@@ -47,8 +55,8 @@ void RightsWatch::ask() {
 
 void RightsWatch::tick() {
   if (!isAnswered_ && waitsUntil_ && LoopThread::SteadyClock::now() >= *waitsUntil_) told_(false);
-  ask();
-  tick_.arm(kTick);
+  send();
+  tick_.arm(mayRest_() ? kRestingTick : kTick);
 }
 
 void RightsWatch::toldPermissions(std::span<const pw_permission> list) {

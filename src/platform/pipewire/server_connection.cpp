@@ -69,8 +69,9 @@ void ServerConnection::connect() {
   }();
   pw_core_add_listener(core_.get(), coreHook_.get(), &events, this);
   monitor_ = std::make_unique<GraphMonitor>(core_.get(), graph_, [this] { graphChanged(); });
-  rightsWatch_ = std::make_unique<RightsWatch>(loop_.loop(), core_.get(), *monitor_,
-                                               [this](bool mayHaveTaps) { toldRights(mayHaveTaps); });
+  rightsWatch_ = std::make_unique<RightsWatch>(
+      loop_.loop(), core_.get(), *monitor_, [this](bool mayHaveTaps) { toldRights(mayHaveTaps); },
+      [this] { return mayHaveTaps_ && listener_.mayRest(); });
   syncsLeft_ = kSyncsUntilReady;
   readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
 }
@@ -114,8 +115,12 @@ void ServerConnection::toldError(std::uint32_t id, int result) {
   if (!isAboutRights(result)) return;
   if (id == PW_ID_CORE && !isReady_)
     refused();
-  else if (rightsWatch_)
-    rightsWatch_->ask();
+  else
+    checkRights();
+}
+
+void ServerConnection::checkRights() {
+  if (rightsWatch_) rightsWatch_->ask();
 }
 
 void ServerConnection::refused() {

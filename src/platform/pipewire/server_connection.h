@@ -18,9 +18,10 @@ namespace sonvel::pipewire {
 class ServerConnection {
  public:
   struct Listener {
-    std::function<void()> changed;           ///< the graph has changed
-    std::function<void()> lost;              ///< destroy everything that was made through core(), now
-    std::function<void()> granted = [] {};   ///< taps can be had from now on
+    std::function<void()> changed; ///< the graph has changed
+    std::function<void()> lost;    ///< destroy everything that was made through core(), now
+    std::function<bool()> mayRest = [] { return true; }; ///< whether nothing needs the right to have taps now
+    std::function<void()> granted = [] {};               ///< taps can be had from now on
     std::function<void()> withdrawn = [] {}; ///< they can't any more, and the connection has been dropped
   };
 
@@ -36,6 +37,9 @@ class ServerConnection {
 
   /// It lets us make and move what taps need.
   bool mayHaveTaps() const noexcept { return mayHaveTaps_; }
+
+  /// Looks anew at what the server lets us do, which it does rarely while the listener may rest.
+  void checkRights();
 
   /// Null while there is no server.
   pw_core* core() const noexcept { return core_.get(); }
