@@ -2,6 +2,7 @@
 
 #include "app/single_instance.h"
 #include "app/sonvel_app.h"
+#include "ui/shell/frame_pace.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -75,6 +76,7 @@ int main(int argumentCount, char** arguments) {
   const QApplication application(argumentCount, arguments);
   QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
   QApplication::setQuitOnLastWindowClosed(false);
+  const sonvel::ui::FramePace framePace;
 
   sonvel::updater::Relaunch relaunch;
   const int exitCode = runAsOnlyOne(relaunch);

@@ -45,7 +45,8 @@ MemoryFigures memoryOf(pid_t process) {
   auto kilobytes = numbersIn(folderOf(process) / "smaps_rollup");
   return {.resident = kilobytes["Rss"] * kBytesOfKilobyte,
           .proportional = kilobytes["Pss"] * kBytesOfKilobyte,
-          .unshared = (kilobytes["Private_Clean"] + kilobytes["Private_Dirty"]) * kBytesOfKilobyte};
+          .unshared = (kilobytes["Private_Clean"] + kilobytes["Private_Dirty"]) * kBytesOfKilobyte,
+          .written = (kilobytes["Private_Dirty"] + kilobytes["Swap"]) * kBytesOfKilobyte};
 }
 
 // What is in /proc/<pid>/stat, but exact: that counts hundredths of seconds.

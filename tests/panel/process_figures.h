@@ -13,6 +13,7 @@ struct MemoryFigures {
   std::size_t resident = 0;     ///< bytes, with all that it shares
   std::size_t proportional = 0; ///< bytes, with its part of what it shares
   std::size_t unshared = 0;     ///< bytes that nobody else has
+  std::size_t written = 0;      ///< bytes that it has written to, and so nobody else can have
 };
 
 [[nodiscard]] MemoryFigures memoryOf(pid_t process);
