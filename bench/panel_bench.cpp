@@ -150,6 +150,7 @@ class PanelBench {
   /// Of all of these over the same seconds.
   void measureProcessorTime(const std::vector<Mixer>& mixers) {
     std::vector<std::chrono::nanoseconds> before;
+    before.reserve(mixers.size());
     for (const auto& mixer : mixers)
       before.push_back(processorTimeOf(mixer.process));
     const auto start = std::chrono::steady_clock::now();
