@@ -50,17 +50,20 @@ int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
 
 /// Ends the process if it was only asked something, which needs no display.
 void answerQuestions(int& argumentCount, char** arguments) {
-  const QCoreApplication application(argumentCount, arguments);
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("A volume for every application that plays sound."));
-  parser.addHelpOption();
-  parser.addVersionOption();
+  const auto help = parser.addHelpOption();
+  const auto version = parser.addVersionOption();
   QStringList words;
   for (int i = 0; i < argumentCount; ++i)
     words += QString::fromLocal8Bit(arguments[i]);
   parser.parse(words);
-  if (parser.isSet(QStringLiteral("version"))) parser.showVersion();
-  if (parser.isSet(QStringLiteral("help"))) parser.showHelp();
+  if (!parser.isSet(help) && !parser.isSet(version)) return;
+
+  // Only now: a second application object in one process would be without its accessibility.
+  const QCoreApplication application(argumentCount, arguments);
+  if (parser.isSet(version)) parser.showVersion();
+  parser.showHelp();
 }
 
 } // namespace
