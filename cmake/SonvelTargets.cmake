@@ -30,6 +30,13 @@ function(sonvel_library name)
   target_link_libraries(${name} PUBLIC sonvel_options ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
 endfunction()
 
+# What Qt's tools make of a target's QML module is theirs to answer for.
+function(sonvel_leave_generated_code_alone target)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "/(qmlcache/|${target}_qmltyperegistrations)")
+  set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -w)
+endfunction()
+
 # sonvel_program(name SOURCES ... LIBS ...)
 function(sonvel_program name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBS" ${ARGN})

@@ -54,12 +54,12 @@ Reply<bool> HardwareCalls::setMasterVolume(float volume) const {
 }
 
 Reply<std::optional<bool>> HardwareCalls::probeCapture() const {
-  const auto state = std::make_shared<detail::ReplyState<std::optional<bool>>>(std::weak_ptr<SerialThread>());
-  (void)controller_->call([state](HardwareController& controller) {
-    controller.probeCapture(
-        [state](std::optional<bool> answer) { state->completeWith([=] { return answer; }); });
-  });
-  return Reply(state).resumeOn(mainThread_);
+  return controller_
+      ->callForAnswer<std::optional<bool>>(
+          [](HardwareController& controller, HardwareController::ProbeAnswer answer) {
+            controller.probeCapture(std::move(answer));
+          })
+      .resumeOn(mainThread_);
 }
 
 } // namespace sonvel

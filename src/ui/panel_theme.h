@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/panel_colors.h"
+#include "ui/colors/panel_colors.h"
 
 #include <QFont>
 #include <QObject>

@@ -19,6 +19,7 @@ T.Button {
     implicitWidth: Math.max(88, implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     Accessible.name: root.text
+    Accessible.onPressAction: root.clicked()
 
     Keys.onReturnPressed: root.clicked()
     Keys.onEnterPressed: root.clicked()

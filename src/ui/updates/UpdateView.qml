@@ -31,12 +31,21 @@ FocusScope {
             Layout.fillWidth: true
             spacing: 16
 
-            UpdateSymbolView {
+            Rectangle {
                 Layout.alignment: Qt.AlignTop
-                Layout.preferredWidth: 44
-                Layout.preferredHeight: 44
-                name: root.presenter.symbol
+                implicitWidth: 42
+                implicitHeight: 42
+                radius: 21
                 color: root.presenter.symbolColor
+
+                Image {
+                    anchors.centerIn: parent
+                    width: 26
+                    height: 26
+                    sourceSize.width: width
+                    sourceSize.height: height
+                    source: root.presenter.symbol
+                }
             }
 
             ColumnLayout {

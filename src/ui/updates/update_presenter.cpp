@@ -1,12 +1,14 @@
 #include "ui/updates/update_presenter.h"
 
+#include "ui/colors/contrast.h"
+
 #include <QGuiApplication>
 
 namespace sonvel {
 
 UpdatePresenter::UpdatePresenter(UpdateSession& session, const Appearance& appearance)
     : session_(session)
-    , colors_(updateColors(appearance, QGuiApplication::palette()))
+    , colors_(panelColors(appearance, QGuiApplication::palette()))
     , words_(wordsOf(session.state(), QLocale()))
     , animates_(!appearance.prefersReducedMotion) {}
 
@@ -44,32 +46,40 @@ double UpdatePresenter::fraction() const {
   return fractionOf(session_.state()).value_or(0);
 }
 
-QString UpdatePresenter::symbol() const {
+QUrl UpdatePresenter::symbol() const {
+  const auto url = [](const char* name) {
+    return QUrl(QStringLiteral("image://symbol/%1/ffffff").arg(name));
+  };
   switch (words_.symbol) {
   case UpdateSymbol::upToDate:
   case UpdateSymbol::installed:
-    return QStringLiteral("check");
+    return url("checkmark");
   case UpdateSymbol::failed:
-    return QStringLiteral("exclamation");
+    return url("exclamationmark");
   case UpdateSymbol::busy:
   case UpdateSymbol::offer:
     break;
   }
-  return QStringLiteral("arrow");
+  return url("arrow.down");
 }
 
 QColor UpdatePresenter::symbolColor() const {
+  const auto behindWhite = [](const QColor& color) {
+    return contrast::towards(color, Qt::black, [](const QColor& darker) {
+      return contrast::ratio(darker, Qt::white) >= PanelColors::symbolRatio;
+    });
+  };
   switch (words_.symbol) {
   case UpdateSymbol::upToDate:
   case UpdateSymbol::installed:
-    return colors_.good;
+    return behindWhite(colors_.green);
   case UpdateSymbol::failed:
-    return colors_.bad;
+    return behindWhite(colors_.red);
   case UpdateSymbol::busy:
   case UpdateSymbol::offer:
     break;
   }
-  return colors_.accent;
+  return colors_.prominent;
 }
 
 } // namespace sonvel

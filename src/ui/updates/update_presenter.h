@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/update_session.h"
-#include "ui/updates/update_colors.h"
+#include "ui/colors/panel_colors.h"
 #include "ui/updates/update_words.h"
 
 #include <QObject>
+#include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
 namespace sonvel {
@@ -23,7 +24,7 @@ class UpdatePresenter final : public QObject {
   Q_PROPERTY(QString progressText READ progressText NOTIFY changed)
   Q_PROPERTY(QString acceptLabel READ acceptLabel NOTIFY changed)
   Q_PROPERTY(QString dismissLabel READ dismissLabel NOTIFY changed)
-  Q_PROPERTY(QString symbol READ symbol NOTIFY changed)
+  Q_PROPERTY(QUrl symbol READ symbol NOTIFY changed)
   Q_PROPERTY(QColor symbolColor READ symbolColor NOTIFY changed)
   Q_PROPERTY(bool animates READ animates CONSTANT)
   Q_PROPERTY(QColor windowColor READ windowColor CONSTANT)
@@ -68,16 +69,17 @@ class UpdatePresenter final : public QObject {
 
   QString dismissLabel() const { return words_.dismissLabel; }
 
-  /// A name that UpdateSymbolView knows.
-  QString symbol() const;
+  /// A picture of the provider of symbols, white.
+  QUrl symbol() const;
 
+  /// Behind it.
   QColor symbolColor() const;
 
   bool animates() const noexcept { return animates_; }
 
   QColor windowColor() const { return colors_.window; }
 
-  QColor wellColor() const { return colors_.well; }
+  QColor wellColor() const { return colors_.menu; }
 
   QColor primary() const { return colors_.primary; }
 
@@ -87,7 +89,7 @@ class UpdatePresenter final : public QObject {
 
   QColor control() const { return colors_.control; }
 
-  QColor accent() const { return colors_.accent; }
+  QColor accent() const { return colors_.prominent; }
 
   QColor onAccent() const { return colors_.onAccent; }
 
@@ -98,7 +100,7 @@ class UpdatePresenter final : public QObject {
 
  private:
   UpdateSession& session_;
-  UpdateColors colors_;
+  PanelColors colors_;
   UpdateWords words_;
   bool animates_;
 };

@@ -1,8 +1,10 @@
 #include "ui/updates/update_window.h"
 
+#include "ui/symbols/symbol_image_provider.h"
 #include "ui/updates/update_presenter.h"
 
 #include <QEvent>
+#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
 
@@ -47,6 +49,8 @@ void UpdateWindow::open() {
   qml_register_types_SonvelUpdates();
   presenter_ = std::make_unique<UpdatePresenter>(session_, appearance_());
   view_ = std::make_unique<QQuickView>();
+  view_->engine()->addImageProvider(SymbolImageProvider::kID,
+                                    std::make_unique<SymbolImageProvider>().release());
   view_->setTitle(QStringLiteral("Sonvel Update"));
   view_->setFlags(Qt::Dialog);
   view_->setColor(presenter_->windowColor());

@@ -59,12 +59,17 @@ class UpdateWindowTest : public testing::Test {
 
   void press(Qt::Key key) { QTest::keyClick(window_.view(), key); }
 
-  QStringList namesOf(QAccessible::Role role) const {
+  std::vector<QAccessibleInterface*> objectsOf(QAccessible::Role role) const {
     std::vector<QAccessibleInterface*> found;
     collect(QAccessible::queryAccessibleInterface(window_.view()), found);
+    std::erase_if(found, [=](QAccessibleInterface* object) { return object->role() != role; });
+    return found;
+  }
+
+  QStringList namesOf(QAccessible::Role role) const {
     QStringList names;
-    for (QAccessibleInterface* object : found)
-      if (object->role() == role) names.append(object->text(QAccessible::Name));
+    for (QAccessibleInterface* object : objectsOf(role))
+      names.append(object->text(QAccessible::Name));
     return names;
   }
 
@@ -126,6 +131,14 @@ TEST_F(UpdateWindowTest, letsTabReachEveryButton) {
   EXPECT_EQ(session_.cancelled, 1) << "Return presses the button that has the focus";
   press(Qt::Key_Tab);
   press(Qt::Key_Space);
+  EXPECT_EQ(session_.proceeded, 1);
+}
+
+TEST_F(UpdateWindowTest, letsAssistiveTechnologyPressEveryButton) {
+  show(stateNamed("available"));
+  for (QAccessibleInterface* button : objectsOf(QAccessible::Button))
+    button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_EQ(session_.cancelled, 1);
   EXPECT_EQ(session_.proceeded, 1);
 }
 

@@ -1,4 +1,3 @@
-#include "ui/updates/update_colors.h"
 #include "ui/updates/update_states.h"
 #include "ui/updates/update_words.h"
 
@@ -37,21 +36,6 @@ TEST(UpdateWords, countADownload) {
   EXPECT_DOUBLE_EQ(fractionOf(state).value_or(-1), 5.3 / 12.4);
   state.stage = UpdateStage::verifying;
   EXPECT_EQ(fractionOf(state), std::nullopt);
-}
-
-TEST(UpdateColors, canBeRead) {
-  for (const auto scheme : {Appearance::ColorScheme::light, Appearance::ColorScheme::dark}) {
-    for (const std::optional<std::uint32_t> accent :
-         {std::optional<std::uint32_t>(), {0xffd60a}, {0x101010}}) {
-      const UpdateColors colors = updateColors({.colorScheme = scheme, .accentColor = accent}, QPalette());
-      for (const auto& [text, surface] :
-           {std::pair(colors.primary, colors.window), std::pair(colors.secondary, colors.window),
-            std::pair(colors.primary, colors.well), std::pair(colors.primary, colors.control),
-            std::pair(colors.onAccent, colors.accent)})
-        EXPECT_GE(contrastRatio(text, surface), 4.5)
-            << text.name().toStdString() << " on " << surface.name().toStdString();
-    }
-  }
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "ui/contrast.h"
+#include "ui/colors/contrast.h"
 
 #include <algorithm>
 #include <cmath>

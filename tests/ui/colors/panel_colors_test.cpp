@@ -1,5 +1,5 @@
-#include "ui/contrast.h"
-#include "ui/panel_colors.h"
+#include "ui/colors/contrast.h"
+#include "ui/colors/panel_colors.h"
 
 #include <gtest/gtest.h>
 

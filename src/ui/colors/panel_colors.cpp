@@ -1,6 +1,6 @@
-#include "ui/panel_colors.h"
+#include "ui/colors/panel_colors.h"
 
-#include "ui/contrast.h"
+#include "ui/colors/contrast.h"
 
 #include <algorithm>
 
