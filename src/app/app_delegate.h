@@ -17,8 +17,6 @@ class TerminatingApplication {
 
 /// What a request to end is answered with at once.
 enum class TerminateReply {
-  cancel = 0,
-  now = 1,
   later = 2, ///< wait for the reply
 };
 

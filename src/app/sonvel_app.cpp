@@ -41,8 +41,7 @@ bool SonvelApp::showPanel() {
 void SonvelApp::terminate() {
   if (std::exchange(isTerminating_, true)) return;
   panel_->end();
-  if (delegate_->applicationShouldTerminate(*this) == TerminateReply::now)
-    replyToApplicationShouldTerminate(true);
+  delegate_->applicationShouldTerminate(*this); // whose reply always comes later
 }
 
 void SonvelApp::replyToApplicationShouldTerminate(bool mayTerminate) {
