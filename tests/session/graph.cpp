@@ -96,13 +96,17 @@ class GraphConnection::Implementation {
 
   [[nodiscard]] const Graph& graph() const noexcept { return graph_; }
 
-  // Two round trips: the first brings the metadata objects, the second what is in them.
+  // Brings all that the server has to tell; a second trip what is in the metadata that the first one found.
   void synchronize(Deadline deadline) {
-    for (int trip = 0; trip < 2; ++trip) {
-      const int sequence = pw_core_sync(core_, PW_ID_CORE, 0);
-      while (!done_ || *done_ != sequence)
-        if (!iterate(deadline)) throw std::runtime_error("PipeWire does not answer");
-    }
+    makeRoundTrip(deadline);
+    settle(deadline);
+  }
+
+  // Waits for metadata that was found and hasn't answered yet. A server that is left before that tells nobody
+  // of changes in it any more.
+  void settle(Deadline deadline) {
+    while (bindsMetadata_)
+      makeRoundTrip(deadline);
   }
 
   // Handles the next events; false at the deadline.
@@ -149,6 +153,13 @@ class GraphConnection::Implementation {
   }
 
  private:
+  void makeRoundTrip(Deadline deadline) {
+    bindsMetadata_ = false;
+    const int sequence = pw_core_sync(core_, PW_ID_CORE, 0);
+    while (!done_ || *done_ != sequence)
+      if (!iterate(deadline)) throw std::runtime_error("PipeWire does not answer");
+  }
+
   static void onDone(void* data, std::uint32_t id, int sequence) {
     if (id == PW_ID_CORE) static_cast<Implementation*>(data)->done_ = sequence;
   }
@@ -188,6 +199,7 @@ class GraphConnection::Implementation {
         pw_registry_bind(registry_, object.id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0));
     pw_metadata_add_listener(bound->proxy, &bound->listener, &kMetadataEvents, bound.get());
     metadata_.push_back(std::move(bound));
+    bindsMetadata_ = true;
   }
 
   static pw_proxy* proxyOf(void* object) noexcept { return static_cast<pw_proxy*>(object); }
@@ -223,6 +235,7 @@ class GraphConnection::Implementation {
   std::vector<std::unique_ptr<BoundMetadata>> metadata_;
   std::vector<pw_proxy*> created_;
   Graph graph_;
+  bool bindsMetadata_ = false; // since the last round trip began
   std::optional<int> done_;
   std::string error_;
 };
@@ -241,6 +254,7 @@ bool GraphConnection::waitFor(const std::function<bool(const Graph&)>& wanted, D
   implementation_->synchronize(deadline);
   while (!wanted(implementation_->graph()))
     if (!implementation_->iterate(deadline)) return false;
+  implementation_->settle(deadline);
   return true;
 }
 

@@ -69,9 +69,16 @@ TEST(PrivateSession, ShowsWhatTheSessionManagerRemembers) {
   const PrivateSession session;
   const Player player(session, PlayerKind::paplay, kTone);
   ASSERT_TRUE(Listener(session, "Speakers").waitForTone(kTone, 0.001));
-  ChildProcess mover(session.command(
-      "sh", {"-c", "pactl move-sink-input $(pactl list short sink-inputs | cut -f1) Headphones"}));
-  ASSERT_EQ(mover.wait(), 0);
+  // Not with pactl: on a connection that doesn't know the default sink yet, the server takes any sink for it.
+  GraphConnection connection(session.socketPath());
+  const auto deadline = std::chrono::steady_clock::now() + 20s;
+  const Graph graph = connection.snapshot(deadline);
+  const std::uint32_t stream = graph.node("paplay")->id;
+  const std::string target(graph.node("Headphones")->property("object.serial"));
+  connection.setMetadata("default", stream, "target.object", "Spa:Id", target);
+  ASSERT_TRUE(connection.waitFor(
+      [&](const Graph& now) { return now.metadataValue("default", stream, "target.object") == target; },
+      deadline));
   EXPECT_TRUE(Listener(session, "Headphones").waitForTone(kTone, 0.001));
   EXPECT_TRUE(eventually([&] { return session.stateFile().find("Headphones") != std::string::npos; }))
       << session.stateFile();
