@@ -21,6 +21,10 @@ MixerViewModel::MixerViewModel(MixerDependencies dependencies)
     , isFirstRun_(!dependencies_.preferences.boolForKey(firstRunKey))
     , updatesAvailable_(dependencies_.updates.isAvailable()) {}
 
+MixerViewModel::~MixerViewModel() {
+  cancelTasks();
+}
+
 void MixerViewModel::onAppear() {
   isPanelOpen_ = true;
   ensurePermissionMonitor();
@@ -46,9 +50,13 @@ void MixerViewModel::onDisappear() {
 QCoro::Task<> MixerViewModel::teardownForQuit() {
   const auto self = shared_from_this();
   isQuitting_ = true;
+  cancelTasks();
+  (void)co_await hardware_.teardownAll();
+}
+
+void MixerViewModel::cancelTasks() {
   if (pollTask_) pollTask_->cancel();
   if (permissionMonitorTask_) permissionMonitorTask_->cancel();
-  (void)co_await hardware_.teardownAll();
 }
 
 QVariantList MixerViewModel::outputDeviceMaps() const {

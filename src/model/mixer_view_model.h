@@ -49,6 +49,12 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// Reads that preference and does nothing else.
   explicit MixerViewModel(MixerDependencies dependencies);
 
+  /// Ends the tasks that only sleep, so that none is left to wake when the clock is gone too.
+  ~MixerViewModel() override;
+
+  MixerViewModel(const MixerViewModel&) = delete;
+  MixerViewModel& operator=(const MixerViewModel&) = delete;
+
   ChannelList* channels() noexcept { return &channels_; }
 
   const ChannelList* channels() const noexcept { return &channels_; }
@@ -164,6 +170,8 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   // A coroutine that is a member is awaited by one that holds the model until then.
 
   template <class Body> void start(Body body) { (void)startTask(dependencies_.mainThread, std::move(body)); }
+
+  void cancelTasks();
 
   // Reconciliation: bringing the rows in line with the applications that play.
   QCoro::Task<> reconcile();

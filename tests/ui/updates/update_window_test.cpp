@@ -49,6 +49,9 @@ void collect(QAccessibleInterface* object, std::vector<QAccessibleInterface*>& f
 
 class UpdateWindowTest : public testing::Test {
  protected:
+  // A closed window goes with the next turn of the loop, which a test that has ended doesn't have.
+  void TearDown() override { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
   void show(const UpdateState& state) {
     session_.set(state);
     ASSERT_NE(window_.view(), nullptr);
