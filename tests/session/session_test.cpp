@@ -69,7 +69,7 @@ TEST(PrivateSession, ShowsWhatTheSessionManagerRemembers) {
   const PrivateSession session;
   const Player player(session, PlayerKind::paplay, kTone);
   ASSERT_TRUE(Listener(session, "Speakers").waitForTone(kTone, 0.001));
-  // Not with pactl: on a connection that doesn't know the default sink yet, the server takes any sink for it.
+  // Not with pactl, which now and then reports success and moves nothing.
   GraphConnection connection(session.socketPath());
   const auto deadline = std::chrono::steady_clock::now() + 20s;
   const Graph graph = connection.snapshot(deadline);
