@@ -1,5 +1,5 @@
 // How long a look at the whole graph takes when nothing is missing, which is what most events find.
-#include "platform/pipewire/model_server.h"
+#include "pipewire/model_server.h"
 
 #include <benchmark/benchmark.h>
 

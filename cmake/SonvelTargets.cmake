@@ -1,5 +1,6 @@
 # The three kinds of target that this tree has, each with the same language level and warnings.
 include_guard()
+include(GoogleTest)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -14,7 +15,7 @@ add_library(sonvel_options INTERFACE)
 target_include_directories(sonvel_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
 target_compile_options(sonvel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
-    -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi -Werror
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi $<$<BOOL:${SONVEL_WARNINGS_AS_ERRORS}>:-Werror>
     -Wno-missing-field-initializers) # designated initialisers leave the rest to its defaults on purpose
 if(SONVEL_SANITIZE)
   target_compile_options(sonvel_options INTERFACE

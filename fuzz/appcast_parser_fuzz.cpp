@@ -1,6 +1,6 @@
 #include "expect.h"
-#include "platform/updater/appcast_parser.h"
-#include "platform/updater/update_choice.h"
+#include "updater/appcast_parser.h"
+#include "updater/update_choice.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "expect.h"
-#include "platform/updater/address_policy.h"
-#include "updates/update_feed_configuration.h"
+#include "updater/address_policy.h"
+#include "updater/update_feed_configuration.h"
 
 #include <QByteArray>
 #include <array>

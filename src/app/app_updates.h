@@ -5,10 +5,10 @@
 #include "platform/bundle_information.h"
 #include "platform/clock.h"
 #include "platform/preferences.h"
-#include "platform/updater/appcast_updater.h"
-#include "platform/updater/desktop_package_installer.h"
-#include "platform/updater/relaunch.h"
-#include "updates/sparkle_update_controller.h"
+#include "updater/appcast_updater.h"
+#include "updater/desktop_package_installer.h"
+#include "updater/relaunch.h"
+#include "updater/sparkle_update_controller.h"
 
 #include <functional>
 

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "audio/audio_environment.h"
-#include "platform/desktop/desktop_applications.h"
-#include "platform/desktop/desktop_entries.h"
-#include "platform/desktop/desktop_identity.h"
-#include "platform/desktop/proc_process_information.h"
-#include "platform/desktop/program_bundle.h"
-#include "platform/desktop/steady_clock.h"
-#include "platform/pipewire/pipewire_hardware.h"
+#include "desktop/desktop_applications.h"
+#include "desktop/desktop_entries.h"
+#include "desktop/desktop_identity.h"
+#include "desktop/proc_process_information.h"
+#include "desktop/program_bundle.h"
+#include "desktop/steady_clock.h"
+#include "pipewire/pipewire_hardware.h"
 
 namespace sonvel {
 

@@ -2,9 +2,9 @@
 
 #include "ui/icons/app_icon_provider.h"
 #include "ui/icons/icon_themes.h"
+#include "ui/presentation/views.h"
 #include "ui/symbols/symbol_image_provider.h"
 #include "ui/symbols/symbols.h"
-#include "ui/views.h"
 
 #include <QDesktopServices>
 #include <QQmlEngine>

@@ -5,9 +5,9 @@
 #include "app/desktop_audio.h"
 #include "app/panel_host.h"
 #include "app/quit_requests.h"
+#include "desktop/consent_library.h"
+#include "desktop/settings_preferences.h"
 #include "model/qt_executor.h"
-#include "platform/desktop/consent_library.h"
-#include "platform/desktop/settings_preferences.h"
 
 #include <memory>
 

@@ -1,8 +1,8 @@
 // Building a session, step by step.
 
+#include "audio/mixer_math.h"
 #include "audio/object_access.h"
 #include "engine/hardware_controller.h"
-#include "engine/mixer_math.h"
 #include "engine/render_callback.h"
 #include "engine/uuid.h"
 

@@ -1,7 +1,7 @@
 // Changing sessions that run, and asking about them.
 
+#include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"
-#include "engine/mixer_math.h"
 
 namespace sonvel {
 

@@ -1,7 +1,7 @@
 // What the user does. The model changes and the controller is asked to follow in the same moment, so that it
 // is asked in the order of the changes; nobody waits for it.
 
-#include "engine/mixer_math.h"
+#include "audio/mixer_math.h"
 #include "model/mixer_view_model.h"
 
 #include <algorithm>

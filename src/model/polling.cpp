@@ -1,6 +1,6 @@
 // The loop that runs while the panel is there: meters, master volume and reconciliation.
 
-#include "engine/mixer_math.h"
+#include "audio/mixer_math.h"
 #include "model/clock_sleep.h"
 #include "model/mixer_view_model.h"
 

@@ -1,6 +1,6 @@
 // Bringing the rows in line with the applications that play.
 
-#include "engine/mixer_math.h"
+#include "audio/mixer_math.h"
 #include "model/mixer_view_model.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "app/server_notice.h"
 #include "model/qt_executor.h"
-#include "platform/simulated/simulated_server.h"
+#include "simulated/simulated_server.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
 #include "audio/app_discovery.h"
 #include "audio/object_access.h"
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/simulated_audio.h"
+#include "simulated/desktop.h"
+#include "simulated/simulated_audio.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "audio/output_devices.h"
-#include "platform/simulated/simulated_audio.h"
+#include "simulated/simulated_audio.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "contract/contract_test.h"
-#include "platform/pipewire/pipewire_hardware.h"
+#include "pipewire/pipewire_hardware.h"
 #include "session/analysis.h"
 #include "session/listener.h"
 #include "session/private_session.h"

@@ -1,5 +1,5 @@
 #include "contract/contract_test.h"
-#include "platform/simulated/simulated_audio.h"
+#include "simulated/simulated_audio.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "engine/actor.h"
 #include "engine/hardware_controller.h"
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/manual_clock.h"
-#include "platform/simulated/simulated_audio.h"
+#include "simulated/desktop.h"
+#include "simulated/manual_clock.h"
+#include "simulated/simulated_audio.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 
 #include "engine/hardware_controller.h"
 #include "engine/manual_executor.h"
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/manual_clock.h"
-#include "platform/simulated/simulated_audio.h"
+#include "simulated/desktop.h"
+#include "simulated/manual_clock.h"
+#include "simulated/simulated_audio.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,9 +3,9 @@
 #include "model/mixer_view_model.h"
 #include "model/qt_executor.h"
 #include "model/scripted_desktop.h"
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/manual_clock.h"
-#include "platform/simulated/simulated_audio.h"
+#include "simulated/desktop.h"
+#include "simulated/manual_clock.h"
+#include "simulated/simulated_audio.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

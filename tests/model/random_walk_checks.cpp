@@ -1,6 +1,6 @@
 // What must hold in a random walk once everything that a step has begun is over.
 
-#include "engine/mixer_math.h"
+#include "audio/mixer_math.h"
 #include "model/random_walk.h"
 
 #include <QCollator>

@@ -1,5 +1,5 @@
 #include "audio/audio_permission.h"
-#include "platform/desktop/consent_library.h"
+#include "desktop/consent_library.h"
 #include "session/access_manager.h"
 #include "session/listener.h"
 #include "session/player.h"

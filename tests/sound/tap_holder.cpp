@@ -3,9 +3,9 @@
 // to capture as a number. When its input ends it gives all of it back.
 #include "app/desktop_audio.h"
 #include "audio/audio_permission.h"
+#include "desktop/consent_library.h"
 #include "engine/actor.h"
 #include "engine/hardware_controller.h"
-#include "platform/desktop/consent_library.h"
 
 #include <cstdlib>
 #include <exception>

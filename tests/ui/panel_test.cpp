@@ -1,7 +1,7 @@
 #include "ui/panel_test.h"
 
+#include "ui/presentation/views.h"
 #include "ui/symbols/symbol_image_provider.h"
-#include "ui/views.h"
 
 #include <QGuiApplication>
 #include <QQuickImageProvider>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/model_test.h"
-#include "ui/panel_theme.h"
+#include "ui/presentation/panel_theme.h"
 
 #include <QAccessible>
 #include <QQmlEngine>

@@ -1,4 +1,4 @@
-#include "ui/panel_text.h"
+#include "ui/presentation/panel_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "platform/desktop/temporary_folder.h"
-#include "platform/updater/test_certificates.h"
-#include "platform/updater/updater_world.h"
+#include "desktop/temporary_folder.h"
+#include "updater/test_certificates.h"
+#include "updater/updater_world.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

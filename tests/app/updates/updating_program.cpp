@@ -1,10 +1,10 @@
 // A small program that updates itself as Sonvel does, with a user who takes what is offered. What it is and
 // sees it appends to the file "log" in the folder that SONVEL_TEST_FOLDER names.
 #include "app/app_updates.h"
-#include "platform/desktop/program_bundle.h"
-#include "platform/desktop/steady_clock.h"
-#include "platform/updater/memory_preferences.h"
+#include "desktop/program_bundle.h"
+#include "desktop/steady_clock.h"
 #include "ui/updates/update_presenter.h"
+#include "updater/memory_preferences.h"
 
 #include <QFile>
 #include <QGuiApplication>

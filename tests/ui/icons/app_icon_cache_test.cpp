@@ -1,5 +1,5 @@
-#include "platform/simulated/application_icons.h"
-#include "platform/simulated/desktop.h"
+#include "simulated/application_icons.h"
+#include "simulated/desktop.h"
 #include "ui/icons/app_icon_cache.h"
 #include "ui/icons/colored_icons.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/desktop/temporary_folder.h"
+#include "desktop/temporary_folder.h"
 
 #include <QIcon>
 #include <QImage>

@@ -1,5 +1,5 @@
-#include "platform/simulated/manual_clock.h"
 #include "session/eventually.h"
+#include "simulated/manual_clock.h"
 #include "ui/shell/journal.h"
 #include "ui/shell/panel_window.h"
 

@@ -1,0 +1,20 @@
+# Every library that the program, its tests and its benchmarks use, found once. What each is for: docs/dependencies.md.
+include_guard()
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Network Qml Quick Svg Widgets)
+find_package(QCoro6 REQUIRED COMPONENTS Core)
+pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-unix-2.0)
+pkg_check_modules(PipeWire REQUIRED IMPORTED_TARGET libpipewire-0.3)
+pkg_check_modules(Sodium REQUIRED IMPORTED_TARGET libsodium)
+
+if(BUILD_TESTING)
+  find_package(GTest REQUIRED)
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
+  pkg_check_modules(ATSPI REQUIRED IMPORTED_TARGET atspi-2 gobject-2.0 glib-2.0)
+  pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
+endif()
+if(SONVEL_BENCHMARKS)
+  find_package(benchmark REQUIRED)
+endif()

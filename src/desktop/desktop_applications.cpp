@@ -1,0 +1,92 @@
+#include "desktop/desktop_applications.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace sonvel::desktop {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Longer than one round of questions, shorter than the time between two rounds.
+constexpr auto kFreshness = 500ms;
+
+std::optional<std::string> notEmpty(const std::optional<std::string>& text) {
+  return text && !text->empty() ? text : std::nullopt;
+}
+
+} // namespace
+
+DesktopApplications::DesktopApplications(const AudioClients& clients, const ApplicationIdentity& identity,
+                                         const DesktopEntries& entries, const Clock& clock)
+    : clients_(clients)
+    , identity_(identity)
+    , entries_(entries)
+    , clock_(clock) {}
+
+std::optional<RunningApplication>
+DesktopApplications::runningApplicationWithProcessIdentifier(std::int32_t pid) const {
+  if (pid <= 0) return std::nullopt;
+  const auto now = look();
+  const auto found = std::ranges::find(now->applications, pid, &RunningApplication::processID);
+  if (found == now->applications.end()) return std::nullopt;
+  return *found;
+}
+
+std::vector<RunningApplication>
+DesktopApplications::runningApplicationsWithBundleIdentifier(const std::string& bundleIdentifier) const {
+  const auto now = look();
+  std::vector<RunningApplication> found;
+  std::ranges::copy_if(now->applications, std::back_inserter(found), [&](const auto& application) {
+    return application.bundleIdentifier == bundleIdentifier;
+  });
+  return found;
+}
+
+std::shared_ptr<const DesktopApplications::Look> DesktopApplications::look() const {
+  auto clients = clients_.audioClients();
+  const auto now = clock_.now();
+  const std::lock_guard lock(mutex_);
+  if (!look_ || look_->clients != clients || now - look_->taken >= kFreshness) {
+    auto applications = applicationsOf(clients);
+    look_ = std::make_shared<const Look>(
+        Look{.clients = std::move(clients), .taken = now, .applications = std::move(applications)});
+  }
+  return look_;
+}
+
+std::vector<RunningApplication>
+DesktopApplications::applicationsOf(const std::vector<AudioClient>& clients) const {
+  const auto entries = entries_.current();
+  const auto hasEntry = [&](const RunningApplication& application) {
+    return application.bundleIdentifier && entries->find(*application.bundleIdentifier) != nullptr;
+  };
+  std::vector<RunningApplication> applications;
+  for (const auto& client : clients) {
+    auto application = applicationOf(client, *entries);
+    if (!application) continue;
+    // A program may be connected several times, and not say who it is each time.
+    const auto same = client.processID > 0
+                          ? std::ranges::find(applications, client.processID, &RunningApplication::processID)
+                          : applications.end();
+    if (same == applications.end())
+      applications.push_back(std::move(*application));
+    else if (!hasEntry(*same) && hasEntry(*application))
+      *same = std::move(*application);
+  }
+  return applications;
+}
+
+std::optional<RunningApplication> DesktopApplications::applicationOf(const AudioClient& client,
+                                                                     const DesktopEntryTable& entries) const {
+  RunningApplication application{.processID = client.processID,
+                                 .bundleIdentifier = identity_.bundleIdentifier(client),
+                                 .localizedName = notEmpty(client.applicationName)};
+  const auto* entry = application.bundleIdentifier ? entries.find(*application.bundleIdentifier) : nullptr;
+  if (entry != nullptr && !entry->name.empty()) application.localizedName = entry->name;
+  if (entry == nullptr && !application.localizedName) return std::nullopt;
+  return application;
+}
+
+} // namespace sonvel::desktop

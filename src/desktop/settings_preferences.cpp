@@ -1,0 +1,115 @@
+#include "desktop/settings_preferences.h"
+
+#include "desktop/glib_ptr.h"
+
+#include <glib.h>
+
+#include <functional>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace sonvel::desktop {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto kGroup = "Preferences";
+constexpr int kForTheUserAlone = 0600;
+
+using Text = std::unique_ptr<char, Release<g_free>>;
+using KeyFile = std::unique_ptr<GKeyFile, Release<g_key_file_unref>>;
+
+/// The library's own answer would be that of the first time that anyone in this process asked.
+fs::path configurationFolder() {
+  const char* folder = g_getenv("XDG_CONFIG_HOME");
+  if (folder != nullptr && fs::path(folder).is_absolute()) return folder;
+  return fs::path(g_get_home_dir()) / ".config";
+}
+
+enum class Condition { sound, missing, damaged };
+
+Condition load(GKeyFile* keys, const fs::path& file) {
+  char* rawText = nullptr;
+  gsize sizeBytes = 0;
+  GError* rawError = nullptr;
+  g_file_get_contents(file.c_str(), &rawText, &sizeBytes, &rawError);
+  const Text text(rawText);
+  const std::unique_ptr<GError, Release<g_error_free>> error(rawError);
+  if (error && g_error_matches(error.get(), G_FILE_ERROR, G_FILE_ERROR_NOENT) != FALSE)
+    return Condition::missing;
+  // The parser takes zeros, which a crash of the machine leaves, for the end of a line.
+  const bool isSound =
+      !error && g_utf8_validate_len(text.get(), sizeBytes, nullptr) != FALSE &&
+      g_key_file_load_from_data(keys, text.get(), sizeBytes, G_KEY_FILE_KEEP_COMMENTS, nullptr) != FALSE;
+  return isSound ? Condition::sound : Condition::damaged;
+}
+
+/// A second name for it, where the file system has such, does not even need it to be readable.
+void keepDamaged(const fs::path& file) {
+  const fs::path kept = file.string() + ".damaged";
+  std::error_code error;
+  fs::remove(kept, error);
+  fs::create_hard_link(file, kept, error);
+  if (error) fs::copy_file(file, kept, error);
+}
+
+/// Puts the file as it is, changed, in its place.
+bool store(const fs::path& file, const std::function<void(GKeyFile*)>& change) {
+  std::error_code error;
+  const fs::path link = fs::weakly_canonical(file, error); // who keeps the file elsewhere keeps the link
+  const fs::path target = error ? file : link;
+  KeyFile keys(g_key_file_new());
+  const Condition condition = load(keys.get(), target);
+  if (condition == Condition::damaged) {
+    keepDamaged(target);
+    keys.reset(g_key_file_new());
+  }
+  gsize sizeBytes = 0;
+  const Text before(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
+  change(keys.get());
+  const Text text(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
+  // The disk is waited for, and the same is stored over and over.
+  if (condition == Condition::sound && g_strcmp0(before.get(), text.get()) == 0) return true;
+  fs::create_directories(target.parent_path(), error);
+  const auto replaceOnDisk =
+      static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE);
+  return text && g_file_set_contents_full(target.c_str(), text.get(), static_cast<gssize>(sizeBytes),
+                                          replaceOnDisk, kForTheUserAlone, nullptr) != FALSE;
+}
+
+} // namespace
+
+SettingsPreferences::SettingsPreferences()
+    : SettingsPreferences(configurationFolder() / "sonvel" / "sonvel.conf") {}
+
+SettingsPreferences::SettingsPreferences(fs::path file)
+    : file_(std::move(file)) {}
+
+bool SettingsPreferences::boolForKey(const std::string& key) const {
+  const KeyFile keys(g_key_file_new());
+  if (load(keys.get(), file_) != Condition::sound) return false;
+  const Text value(g_key_file_get_value(keys.get(), kGroup, key.c_str(), nullptr));
+  return value && std::string_view(value.get()) == "true"; // what else stands there is damage
+}
+
+bool SettingsPreferences::setBool(bool value, const std::string& key) {
+  return store(file_, [&](GKeyFile* keys) {
+    g_key_file_set_boolean(keys, kGroup, key.c_str(), value ? TRUE : FALSE);
+  });
+}
+
+std::optional<std::string> SettingsPreferences::stringForKey(const std::string& key) const {
+  const KeyFile keys(g_key_file_new());
+  if (load(keys.get(), file_) != Condition::sound) return std::nullopt;
+  const Text value(g_key_file_get_string(keys.get(), kGroup, key.c_str(), nullptr));
+  return value ? std::optional<std::string>(value.get()) : std::nullopt;
+}
+
+bool SettingsPreferences::setString(const std::string& value, const std::string& key) {
+  return store(file_,
+               [&](GKeyFile* keys) { g_key_file_set_string(keys, kGroup, key.c_str(), value.c_str()); });
+}
+
+} // namespace sonvel::desktop

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "pipewire/process_key.h"
+
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+namespace sonvel::pipewire {
+
+/// A graph with the ways into it that planning needs often. Made for one plan; the graph must outlive it
+/// unchanged.
+class GraphIndex {
+ public:
+  explicit GraphIndex(const Graph& graph);
+
+  const Graph& graph() const noexcept { return graph_; }
+
+  const Node& node(GlobalID id) const { return graph_.nodes.at(id); }
+
+  const std::string& channel(GlobalID port) const { return graph_.ports.at(port).channel; }
+
+  /// As the graph's own, of the newest serial.
+  std::optional<GlobalID> nodeNamed(const std::string& name) const;
+
+  /// In the order of their index.
+  std::vector<GlobalID> portsOf(GlobalID node, PortDirection direction, bool monitors) const;
+
+  /// The streams that a process plays.
+  const std::vector<GlobalID>& streamsOf(const ProcessKey& process) const;
+
+  /// All streams of applications.
+  const std::vector<GlobalID>& streams() const noexcept { return streams_; }
+
+  /// The process of a stream; none if it is nobody's.
+  const ProcessKey* processOf(GlobalID stream) const;
+
+  /// The links that leave a node.
+  const std::vector<GlobalID>& linksFrom(GlobalID node) const;
+
+  bool feeds(GlobalID outputNode, GlobalID inputNode) const;
+
+  bool feedsAnything(GlobalID node) const { return !linksFrom(node).empty(); }
+
+ private:
+  const Graph& graph_;
+  std::unordered_map<std::string, GlobalID> nodeByName_;
+  std::unordered_map<GlobalID, std::vector<GlobalID>> portsByNode_;
+  std::unordered_map<GlobalID, std::vector<GlobalID>> linksByOutputNode_;
+  std::unordered_map<ProcessKey, std::vector<GlobalID>> streamsByProcess_;
+  std::unordered_map<GlobalID, ProcessKey> processByStream_;
+  std::vector<GlobalID> streams_;
+};
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,148 @@
+#include "pipewire/graph_monitor.h"
+
+#include "pipewire/graph_watches.h"
+#include "pipewire/pod_reading.h"
+
+#include <cstring>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+NodeKind kindOf(const std::optional<std::string>& mediaClass) {
+  if (mediaClass == "Stream/Output/Audio") return NodeKind::outputStream;
+  if (mediaClass == "Audio/Sink" || mediaClass == "Audio/Duplex") return NodeKind::sink;
+  if (mediaClass == "Audio/Source") return NodeKind::source;
+  return NodeKind::other;
+}
+
+Node readNode(const spa_dict* properties) {
+  Node node;
+  node.serial = numberOf(properties, PW_KEY_OBJECT_SERIAL).value_or(0);
+  node.client = numberOf(properties, PW_KEY_CLIENT_ID);
+  node.kind = kindOf(textOf(properties, PW_KEY_MEDIA_CLASS));
+  node.name = textOf(properties, PW_KEY_NODE_NAME).value_or("");
+  node.description = textOf(properties, PW_KEY_NODE_DESCRIPTION).value_or("");
+  return node;
+}
+
+Port readPort(const spa_dict* properties) {
+  Port port;
+  port.node = numberOf(properties, PW_KEY_NODE_ID).value_or(0);
+  port.direction =
+      textOf(properties, PW_KEY_PORT_DIRECTION) == "out" ? PortDirection::out : PortDirection::in;
+  port.isMonitor = isTrue(properties, PW_KEY_PORT_MONITOR);
+  port.channel = textOf(properties, PW_KEY_AUDIO_CHANNEL).value_or("");
+  port.index = numberOf(properties, PW_KEY_PORT_ID).value_or(0);
+  return port;
+}
+
+Link readLink(const spa_dict* properties) {
+  return {.outputNode = numberOf(properties, PW_KEY_LINK_OUTPUT_NODE).value_or(0),
+          .outputPort = numberOf(properties, PW_KEY_LINK_OUTPUT_PORT).value_or(0),
+          .inputNode = numberOf(properties, PW_KEY_LINK_INPUT_NODE).value_or(0),
+          .inputPort = numberOf(properties, PW_KEY_LINK_INPUT_PORT).value_or(0)};
+}
+
+} // namespace
+
+GraphMonitor::GraphMonitor(pw_core* core, Graph& graph, std::function<void()> changed)
+    : graph_(graph)
+    , changed_(std::move(changed))
+    , registry_(asProxy(pw_core_get_registry(core, PW_VERSION_REGISTRY, 0))) {
+  static const pw_registry_events events = [] {
+    pw_registry_events made{};
+    made.version = PW_VERSION_REGISTRY_EVENTS;
+    made.global = [](void* self, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
+                     const spa_dict* properties) {
+      static_cast<GraphMonitor*>(self)->added(id, type, properties);
+    };
+    made.global_remove = [](void* self, std::uint32_t id) { static_cast<GraphMonitor*>(self)->removed(id); };
+    return made;
+  }();
+  pw_registry_add_listener(fromProxy<pw_registry>(registry_), registryHook_.get(), &events, this);
+}
+
+GraphMonitor::~GraphMonitor() {
+  graph_ = {};
+}
+
+void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properties) {
+  auto* registry = fromProxy<pw_registry>(registry_);
+  const auto is = [type](const char* wanted) { return std::strcmp(type, wanted) == 0; };
+  if (is(PW_TYPE_INTERFACE_Client)) {
+    graph_.clients[id] = {.serial = numberOf(properties, PW_KEY_OBJECT_SERIAL).value_or(0)};
+    watches_[id] = std::make_unique<ClientWatch>(registry, id, graph_, changed_);
+  } else if (is(PW_TYPE_INTERFACE_Node)) {
+    graph_.nodes[id] = readNode(properties);
+    watches_[id] = std::make_unique<NodeWatch>(registry, id, graph_, changed_);
+  } else if (is(PW_TYPE_INTERFACE_Port)) {
+    graph_.ports[id] = readPort(properties);
+  } else if (is(PW_TYPE_INTERFACE_Link)) {
+    graph_.links[id] = readLink(properties);
+  } else if (is(PW_TYPE_INTERFACE_Device)) {
+    graph_.cards[id] = {};
+    watches_[id] = std::make_unique<CardWatch>(registry, id, graph_, changed_);
+  } else if (is(PW_TYPE_INTERFACE_Metadata) && textOf(properties, PW_KEY_METADATA_NAME) == "default") {
+    graph_.hasMetadata = true;
+    metadataID_ = id;
+    watches_[id] = std::make_unique<MetadataWatch>(registry, id, graph_, changed_);
+  } else if (is(PW_TYPE_INTERFACE_Core)) {
+    graph_.isServerHidden = false;
+  } else {
+    return;
+  }
+  changed_();
+}
+
+void GraphMonitor::removed(GlobalID id) {
+  watches_.erase(id);
+  if (id == PW_ID_CORE) graph_.isServerHidden = true;
+  graph_.clients.erase(id);
+  graph_.nodes.erase(id);
+  graph_.ports.erase(id);
+  graph_.links.erase(id);
+  graph_.cards.erase(id);
+  graph_.metadata.erase(id);
+  if (metadataID_ == id) {
+    metadataID_.reset();
+    graph_.hasMetadata = false;
+    graph_.metadata.clear();
+    graph_.defaultSinkName.clear();
+  }
+  changed_();
+}
+
+pw_node* GraphMonitor::node(GlobalID id) const {
+  const auto watch = watches_.find(id);
+  return watch == watches_.end() || !graph_.nodes.contains(id) ? nullptr
+                                                               : fromProxy<pw_node>(watch->second->proxy());
+}
+
+pw_device* GraphMonitor::card(GlobalID id) const {
+  const auto watch = watches_.find(id);
+  return watch == watches_.end() || !graph_.cards.contains(id) ? nullptr
+                                                               : fromProxy<pw_device>(watch->second->proxy());
+}
+
+pw_metadata* GraphMonitor::metadata() const {
+  return metadataID_ ? fromProxy<pw_metadata>(watches_.at(*metadataID_)->proxy()) : nullptr;
+}
+
+void GraphMonitor::write(GlobalID subject, const MetadataWrite& write) {
+  if (metadata() == nullptr) return;
+  pw_metadata_set_property(metadata(), subject, write.key.c_str(),
+                           write.value ? write.value->type.c_str() : nullptr,
+                           write.value ? write.value->value.c_str() : nullptr);
+  if (write.value)
+    graph_.metadata[subject][write.key] = *write.value;
+  else
+    graph_.metadata[subject].erase(write.key);
+}
+
+void GraphMonitor::destroy(GlobalID id) {
+  graph_.links.erase(id); // its ID may be another's before the answer comes: it must not be asked for twice
+  pw_registry_destroy(fromProxy<pw_registry>(registry_), id);
+}
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,189 @@
+#include "pipewire/graph_watches.h"
+
+#include "pipewire/pod_reading.h"
+
+#include <spa/param/param.h>
+#include <spa/param/props.h>
+#include <spa/param/route.h>
+#include <spa/pod/iter.h>
+#include <spa/pod/parser.h>
+#include <spa/utils/json.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <unistd.h>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+std::string ownHostName() {
+  std::array<char, 256> name{};
+  gethostname(name.data(), name.size() - 1);
+  return name.data();
+}
+
+/// The process of a client. A program on the PulseAudio socket is known by what it says of itself, which
+/// means something on this machine alone; what the server vouches for is then its PulseAudio helper.
+std::int32_t processOf(const spa_dict* properties, std::int32_t vouched, bool isPulse) {
+  if (!isPulse) return vouched;
+  const auto host = textOf(properties, "application.process.host");
+  if (host && *host != ownHostName()) return 0;
+  return static_cast<std::int32_t>(numberOf(properties, PW_KEY_APP_PROCESS_ID).value_or(0));
+}
+
+/// The `name` member of a small JSON object.
+std::string nameInJSON(const char* text) {
+  std::array<spa_json, 2> json{};
+  std::array<char, 32> key{};
+  std::array<char, 1024> name{};
+  spa_json_init(json.data(), text, std::strlen(text));
+  if (spa_json_enter_object(json.data(), &json[1]) <= 0) return {};
+  while (spa_json_get_string(&json[1], key.data(), key.size()) > 0) {
+    if (std::strcmp(key.data(), "name") == 0)
+      return spa_json_get_string(&json[1], name.data(), name.size()) > 0 ? name.data() : "";
+    const char* skipped = nullptr;
+    if (spa_json_next(&json[1], &skipped) <= 0) break;
+  }
+  return {};
+}
+
+} // namespace
+
+GraphMonitor::ClientWatch::ClientWatch(pw_registry* registry, GlobalID id, Graph& graph,
+                                       const std::function<void()>& changed)
+    : Watch(registry, id, PW_TYPE_INTERFACE_Client, PW_VERSION_CLIENT, graph, changed) {
+  static const pw_client_events events = [] {
+    pw_client_events made{};
+    made.version = PW_VERSION_CLIENT_EVENTS;
+    made.info = [](void* self, const pw_client_info* info) { static_cast<ClientWatch*>(self)->told(info); };
+    return made;
+  }();
+  pw_client_add_listener(fromProxy<pw_client>(proxy_), hook_.get(), &events, this);
+}
+
+void GraphMonitor::ClientWatch::told(const pw_client_info* info) {
+  const spa_dict* properties = info->props;
+  if (properties == nullptr) return;
+  Client& client = graph_.clients[id_];
+  client.isKnown = true;
+  client.isPulseConnection = textOf(properties, PW_KEY_CLIENT_API) == "pipewire-pulse";
+  client.vouchedPID = static_cast<std::int32_t>(numberOf(properties, PW_KEY_SEC_PID).value_or(0));
+  client.facts.processID = processOf(properties, client.vouchedPID, client.isPulseConnection);
+  client.facts.sandboxAppID = textOf(properties, "pipewire.access.portal.app_id");
+  client.facts.applicationID = textOf(properties, PW_KEY_APP_ID);
+  client.facts.applicationName = textOf(properties, PW_KEY_APP_NAME);
+  client.facts.processBinary = textOf(properties, PW_KEY_APP_PROCESS_BINARY);
+  // The session manager and the server's helpers play nothing of an application's, and neither do we.
+  const auto& binary = client.facts.processBinary;
+  client.isSoundServer = client.vouchedPID == getpid() || binary == "pipewire" ||
+                         binary == "pipewire-pulse" || binary == "wireplumber" ||
+                         (client.isPulseConnection && client.facts.processID == client.vouchedPID);
+  changed_();
+}
+
+GraphMonitor::NodeWatch::NodeWatch(pw_registry* registry, GlobalID id, Graph& graph,
+                                   const std::function<void()>& changed)
+    : Watch(registry, id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, graph, changed) {
+  static const pw_node_events events = [] {
+    pw_node_events made{};
+    made.version = PW_VERSION_NODE_EVENTS;
+    made.info = [](void* self, const pw_node_info* info) { static_cast<NodeWatch*>(self)->told(info); };
+    made.param = [](void* self, int, std::uint32_t param, std::uint32_t, std::uint32_t,
+                    const spa_pod* value) { static_cast<NodeWatch*>(self)->toldParam(param, value); };
+    return made;
+  }();
+  auto* node = fromProxy<pw_node>(proxy_);
+  pw_node_add_listener(node, hook_.get(), &events, this);
+  if (graph_.nodes.at(id_).kind == NodeKind::sink) {
+    std::array<std::uint32_t, 1> params{SPA_PARAM_Props};
+    pw_node_subscribe_params(node, params.data(), params.size());
+  }
+}
+
+void GraphMonitor::NodeWatch::told(const pw_node_info* info) {
+  Node& node = graph_.nodes[id_];
+  node.isRunning = info->state == PW_NODE_STATE_RUNNING;
+  if (info->props != nullptr) {
+    node.cannotBeMoved = isTrue(info->props, PW_KEY_NODE_DONT_RECONNECT);
+    node.card = numberOf(info->props, PW_KEY_DEVICE_ID);
+    if (const auto output = numberOf(info->props, "card.profile.device"))
+      node.cardProfileDevice = static_cast<std::int32_t>(*output);
+  }
+  changed_();
+}
+
+void GraphMonitor::NodeWatch::toldParam(std::uint32_t param, const spa_pod* value) {
+  if (param != SPA_PARAM_Props) return;
+  auto volumes = channelVolumesOf(value);
+  if (volumes.empty()) return;
+  graph_.nodes[id_].channelVolumes = std::move(volumes);
+  changed_();
+}
+
+GraphMonitor::CardWatch::CardWatch(pw_registry* registry, GlobalID id, Graph& graph,
+                                   const std::function<void()>& changed)
+    : Watch(registry, id, PW_TYPE_INTERFACE_Device, PW_VERSION_DEVICE, graph, changed) {
+  static const pw_device_events events = [] {
+    pw_device_events made{};
+    made.version = PW_VERSION_DEVICE_EVENTS;
+    made.param = [](void* self, int, std::uint32_t param, std::uint32_t index, std::uint32_t,
+                    const spa_pod* value) { static_cast<CardWatch*>(self)->toldParam(param, index, value); };
+    return made;
+  }();
+  auto* device = fromProxy<pw_device>(proxy_);
+  pw_device_add_listener(device, hook_.get(), &events, this);
+  std::array<std::uint32_t, 1> params{SPA_PARAM_Route};
+  pw_device_subscribe_params(device, params.data(), params.size());
+}
+
+void GraphMonitor::CardWatch::toldParam(std::uint32_t param, std::uint32_t index, const spa_pod* value) {
+  if (param != SPA_PARAM_Route) return;
+  std::int32_t route = 0;
+  std::int32_t output = 0;
+  const spa_pod* props = nullptr;
+  if (spa_pod_parse_object(value, SPA_TYPE_OBJECT_ParamRoute, nullptr, SPA_PARAM_ROUTE_index,
+                           SPA_POD_Int(&route), SPA_PARAM_ROUTE_device, SPA_POD_Int(&output),
+                           SPA_PARAM_ROUTE_props, SPA_POD_OPT_Pod(&props)) < 0)
+    return;
+  auto& routes = graph_.cards[id_].routes;
+  if (index == 0) routes.clear(); // each enumeration starts over
+  std::erase_if(routes, [output](const Route& old) { return old.profileDevice == output; });
+  routes.push_back({.index = route, .profileDevice = output, .channelVolumes = channelVolumesOf(props)});
+  changed_();
+}
+
+GraphMonitor::MetadataWatch::MetadataWatch(pw_registry* registry, GlobalID id, Graph& graph,
+                                           const std::function<void()>& changed)
+    : Watch(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, graph, changed) {
+  static const pw_metadata_events events = [] {
+    pw_metadata_events made{};
+    made.version = PW_VERSION_METADATA_EVENTS;
+    made.property = [](void* self, std::uint32_t subject, const char* key, const char* type,
+                       const char* value) {
+      return static_cast<MetadataWatch*>(self)->told(subject, key, type, value);
+    };
+    return made;
+  }();
+  pw_metadata_add_listener(fromProxy<pw_metadata>(proxy_), hook_.get(), &events, this);
+}
+
+int GraphMonitor::MetadataWatch::told(std::uint32_t subject, const char* key, const char* type,
+                                      const char* value) {
+  if (key == nullptr) {
+    graph_.metadata.erase(subject);
+  } else if (value == nullptr) {
+    graph_.metadata[subject].erase(key);
+  } else {
+    graph_.metadata[subject][key] = {.type = type == nullptr ? "" : type, .value = value};
+  }
+  if (const MetadataValue* sink = graph_.metadataOf(PW_ID_CORE, "default.audio.sink"))
+    graph_.defaultSinkName = nameInJSON(sink->value.c_str());
+  else
+    graph_.defaultSinkName.clear();
+  changed_();
+  return 0;
+}
+
+} // namespace sonvel::pipewire

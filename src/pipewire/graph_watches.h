@@ -1,0 +1,70 @@
+#pragma once
+
+#include "pipewire/graph_monitor.h"
+
+#include <functional>
+
+namespace sonvel::pipewire {
+
+/// One object of the server that has more to tell than its arrival. Writes what it is told into the graph.
+class GraphMonitor::Watch {
+ public:
+  Watch(pw_registry* registry, GlobalID id, const char* type, std::uint32_t version, Graph& graph,
+        const std::function<void()>& changed)
+      : id_(id)
+      , graph_(graph)
+      , changed_(changed)
+      , proxy_(static_cast<pw_proxy*>(pw_registry_bind(registry, id, type, version, 0))) {}
+
+  virtual ~Watch() = default;
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+  const ProxyHandle& proxy() const { return proxy_; }
+
+ protected:
+  GlobalID id_;
+  Graph& graph_;
+  const std::function<void()>& changed_;
+  ProxyHandle proxy_;
+  Hook hook_;
+};
+
+/// Learns whose a client is.
+class GraphMonitor::ClientWatch : public Watch {
+ public:
+  ClientWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
+
+ private:
+  void told(const pw_client_info* info);
+};
+
+/// Learns whether a node runs, and its volume.
+class GraphMonitor::NodeWatch : public Watch {
+ public:
+  NodeWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
+
+ private:
+  void told(const pw_node_info* info);
+  void toldParam(std::uint32_t param, const spa_pod* value);
+};
+
+/// Learns which outputs of a card are in use, with their volumes.
+class GraphMonitor::CardWatch : public Watch {
+ public:
+  CardWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
+
+ private:
+  void toldParam(std::uint32_t param, std::uint32_t index, const spa_pod* value);
+};
+
+/// Learns the targets of streams and the default sink.
+class GraphMonitor::MetadataWatch : public Watch {
+ public:
+  MetadataWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
+
+ private:
+  int told(std::uint32_t subject, const char* key, const char* type, const char* value);
+};
+
+} // namespace sonvel::pipewire

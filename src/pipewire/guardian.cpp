@@ -1,0 +1,85 @@
+#include "pipewire/guardian.h"
+
+#include <spawn.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+constexpr std::chrono::milliseconds kPatience{1000};
+
+std::string programPath() {
+  std::error_code error;
+  const auto own = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? std::string() : (own.parent_path() / "sonvel-guardian").string();
+}
+
+/// Starts a program in a session of its own, out of reach of what a terminal or a desktop sends to ours, with
+/// `input` as its standard input. -1 if it can't be started.
+pid_t spawn(const std::string& program, const std::string& argument, int input) {
+  posix_spawn_file_actions_t files{};
+  posix_spawn_file_actions_init(&files);
+  posix_spawn_file_actions_adddup2(&files, input, STDIN_FILENO);
+  posix_spawnattr_t attributes{};
+  posix_spawnattr_init(&attributes);
+  sigset_t none;
+  sigemptyset(&none);
+  posix_spawnattr_setsigmask(&attributes, &none);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK);
+  std::string name = "sonvel-guardian";
+  std::string prefix = argument;
+  std::array<char*, 3> arguments{name.data(), prefix.data(), nullptr};
+  pid_t process = -1;
+  if (posix_spawn(&process, program.c_str(), &files, &attributes, arguments.data(), environ) != 0)
+    process = -1;
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&files);
+  return process;
+}
+
+/// Waits for the end of a child, but not for ever; then it has been reaped.
+void waitForEnd(pid_t process, std::chrono::milliseconds patience) {
+  const auto descriptor = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+  pollfd ending{.fd = descriptor, .events = POLLIN, .revents = 0};
+  if (descriptor >= 0) poll(&ending, 1, static_cast<int>(patience.count()));
+  waitpid(process, nullptr, WNOHANG);
+  if (descriptor >= 0) close(descriptor);
+}
+
+} // namespace
+
+Guardian::Guardian(const std::string& tapNamePrefix) {
+  std::array<int, 2> ends{-1, -1};
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
+  process_ = spawn(programPath(), tapNamePrefix, ends[1]);
+  close(ends[1]);
+  lifeline_ = ends[0];
+}
+
+Guardian::~Guardian() {
+  begin();
+  if (process_ > 0) waitForEnd(process_, kPatience);
+}
+
+void Guardian::dismiss() noexcept {
+  constexpr char kAllIsWell = '\n';
+  if (lifeline_ >= 0) send(lifeline_, &kAllIsWell, 1, MSG_NOSIGNAL);
+}
+
+void Guardian::begin() noexcept {
+  if (lifeline_ >= 0) close(lifeline_);
+  lifeline_ = -1;
+}
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,123 @@
+#include "pipewire/plan_context.h"
+
+#include <algorithm>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+bool isFrontSide(const std::string& channel) {
+  return channel == "FL" || channel == "FR";
+}
+
+} // namespace
+
+PlanContext::PlanContext(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned)
+    : index_(graph)
+    , desired_(desired)
+    , owned_(owned) {
+  for (const auto& [id, tap] : desired.taps)
+    tapByName_[tap.nodeName] = id;
+  for (const auto& [id, session] : desired.sessions) {
+    if (session.isStopping) continue;
+    for (const auto tap : session.taps)
+      if (const auto found = desired.taps.find(tap);
+          found != desired.taps.end() && found->second.isMuted && !found->second.isLeaving)
+        readTaps_.insert(tap);
+  }
+}
+
+std::vector<GlobalID> PlanContext::streamsOf(const DesiredTap& tap) const {
+  std::vector<GlobalID> streams;
+  for (const auto& process : tap.processes)
+    std::ranges::copy(index_.streamsOf(process), std::back_inserter(streams));
+  return streams;
+}
+
+std::optional<AudioObjectID> PlanContext::tapNamed(const std::string& nodeName) const {
+  const auto found = tapByName_.find(nodeName);
+  return found == tapByName_.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool PlanContext::belongsIn(GlobalID stream, AudioObjectID tap) const {
+  const ProcessKey* process = index_.processOf(stream);
+  return isRead(tap) && process != nullptr && desired_.taps.at(tap).processes.contains(*process);
+}
+
+std::vector<PortPair> PlanContext::stereoPairs(const std::vector<GlobalID>& outputs,
+                                               const std::vector<GlobalID>& inputs) const {
+  const auto isNamed = [&](const std::vector<GlobalID>& ports) {
+    return std::ranges::any_of(ports, [&](GlobalID port) { return index_.channel(port) == "FL"; });
+  };
+  const bool areOutputsNamed = isNamed(outputs);
+  const bool areInputsNamed = isNamed(inputs);
+  std::vector<PortPair> pairs;
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    const std::string& from = index_.channel(outputs[i]);
+    for (std::size_t j = 0; j < inputs.size(); ++j) {
+      const std::string& to = index_.channel(inputs[j]);
+      bool isPair = false;
+      if (areOutputsNamed && areInputsNamed)
+        isPair = isFrontSide(to) && (isFrontSide(from) ? from == to : true);
+      else if (areInputsNamed)
+        isPair = isFrontSide(to) && (outputs.size() == 1 || i % 2 == j % 2);
+      else
+        isPair = j == std::min(i, inputs.size() - 1);
+      if (isPair) pairs.push_back({outputs[i], inputs[j]});
+    }
+  }
+  return pairs;
+}
+
+std::vector<PortPair> PlanContext::tapLinks(const DesiredTap& tap,
+                                            const std::vector<GlobalID>& inputs) const {
+  std::vector<PortPair> pairs;
+  if (tap.isMuted) {
+    const auto node = index_.nodeNamed(tap.nodeName);
+    return node ? stereoPairs(index_.portsOf(*node, PortDirection::out, true), inputs) : pairs;
+  }
+  for (const auto stream : streamsOf(tap))
+    std::ranges::copy(stereoPairs(index_.portsOf(stream, PortDirection::out, false), inputs),
+                      std::back_inserter(pairs));
+  return pairs;
+}
+
+std::vector<PortPair> PlanContext::linksOf(const DesiredSession& session) const {
+  const auto filter = index_.nodeNamed(session.filterName);
+  if (!filter) return {};
+  std::vector<PortPair> pairs;
+  const auto inputs = index_.portsOf(*filter, PortDirection::in, false);
+  for (const auto tapID : session.taps)
+    if (const auto tap = desired_.taps.find(tapID); tap != desired_.taps.end())
+      std::ranges::copy(tapLinks(tap->second, inputs), std::back_inserter(pairs));
+  if (const auto device = index_.nodeNamed(session.deviceName))
+    std::ranges::copy(stereoPairs(index_.portsOf(*filter, PortDirection::out, false),
+                                  index_.portsOf(*device, PortDirection::in, false)),
+                      std::back_inserter(pairs));
+  return pairs;
+}
+
+bool PlanContext::hearsTap(const std::vector<PortPair>& links, AudioObjectID tap) const {
+  const auto found = desired_.taps.find(tap);
+  if (found == desired_.taps.end() || !found->second.isMuted) return true;
+  const auto node = index_.nodeNamed(found->second.nodeName);
+  return node && std::ranges::any_of(links, [&](const PortPair& pair) {
+           return index_.graph().ports.at(pair.output).node == *node;
+         });
+}
+
+bool PlanContext::isConnected(const DesiredSession& session) const {
+  const auto device = index_.nodeNamed(session.deviceName);
+  if (!device) return false;
+  const auto links = linksOf(session);
+  const bool reachesDevice = std::ranges::any_of(
+      links, [&](const PortPair& pair) { return index_.graph().ports.at(pair.input).node == *device; });
+  return reachesDevice &&
+         std::ranges::all_of(session.taps, [&](AudioObjectID tap) { return hearsTap(links, tap); }) &&
+         std::ranges::all_of(links, [&](const PortPair& pair) {
+           const auto link = owned_.links.find(pair);
+           return link != owned_.links.end() && link->second;
+         });
+}
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,159 @@
+#include "pipewire/server_connection.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+#include <utility>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+constexpr std::chrono::milliseconds kRetryDelay{300};
+
+// Who looks every five seconds whether we have our rights has to see that we had lost them, even if we get
+// them back as soon as we ask.
+constexpr std::chrono::milliseconds kStaysAway{6000};
+
+// The registry answers the first with the objects, the second with what each of them has to tell.
+constexpr int kSyncsUntilReady = 2;
+
+bool isAboutRights(int result) noexcept {
+  return result == -EACCES || result == -EPERM;
+}
+
+} // namespace
+
+ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, ServerState& state, Listener listener)
+    : loop_(loop)
+    , graph_(graph)
+    , state_(state)
+    , listener_(std::move(listener))
+    , dropped_(loop.loop(), [this] { disconnect(); })
+    , retry_(loop.loop(), [this] { connect(); }) {
+  const SignalsBlocked blocked; // the context starts the real-time thread
+  pw_properties* properties = pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr);
+  context_.reset(pw_context_new(loop.loop(), properties, 0));
+  if (!context_) throw std::runtime_error("the sound library could not be set up");
+  connect();
+}
+
+ServerConnection::~ServerConnection() {
+  rightsWatch_.reset();
+  monitor_.reset();
+  coreHook_.remove();
+}
+
+void ServerConnection::connect() {
+  if (core_) return;
+  pw_properties* properties =
+      pw_properties_new(PW_KEY_APP_NAME, "Sonvel", PW_KEY_APP_ID, "com.quellmarsh.sonvel",
+                        PW_KEY_MEDIA_CATEGORY, "Manager", PW_KEY_MEDIA_TYPE, "Audio", nullptr);
+  core_.reset(pw_context_connect(context_.get(), properties, 0));
+  if (!core_) {
+    if (isAboutRights(-errno)) state_.setRights(AudioServer::Rights::restricted);
+    retry_.arm(kRetryDelay);
+    return;
+  }
+  static const pw_core_events events = [] {
+    pw_core_events made{};
+    made.version = PW_VERSION_CORE_EVENTS;
+    made.done = [](void* self, std::uint32_t id, int sequence) {
+      if (id == PW_ID_CORE) static_cast<ServerConnection*>(self)->toldDone(sequence);
+    };
+    made.error = [](void* self, std::uint32_t id, int, int result, const char*) {
+      static_cast<ServerConnection*>(self)->toldError(id, result);
+    };
+    return made;
+  }();
+  pw_core_add_listener(core_.get(), coreHook_.get(), &events, this);
+  monitor_ = std::make_unique<GraphMonitor>(core_.get(), graph_, [this] { graphChanged(); });
+  rightsWatch_ = std::make_unique<RightsWatch>(
+      loop_.loop(), core_.get(), *monitor_, [this](bool mayHaveTaps) { toldRights(mayHaveTaps); },
+      [this] { return mayHaveTaps_ && listener_.mayRest(); });
+  syncsLeft_ = kSyncsUntilReady;
+  readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+}
+
+void ServerConnection::disconnect() {
+  if (!core_) return;
+  listener_.lost();
+  rightsWatch_.reset();
+  monitor_.reset();
+  coreHook_.remove();
+  core_.reset();
+  isReady_ = false;
+  mayHaveTaps_ = false;
+  const bool wasWithdrawn = std::exchange(isWithdrawn_, false);
+  const bool wasRefused = std::exchange(isRefused_, false);
+  if (state_.connection() == AudioServer::Connection::connected)
+    state_.setConnection(AudioServer::Connection::lost);
+  if (wasWithdrawn) listener_.withdrawn();
+  listener_.changed();
+  retry_.arm(wasWithdrawn || wasRefused ? kStaysAway : kRetryDelay);
+}
+
+void ServerConnection::toldDone(int sequence) {
+  lastDone_ = sequence;
+  if (!isReady_ && sequence == readyAt_) {
+    isReady_ = --syncsLeft_ == 0;
+    if (isReady_)
+      state_.setConnection(AudioServer::Connection::connected);
+    else
+      readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+    listener_.changed();
+  }
+  loop_.signal();
+}
+
+void ServerConnection::toldError(std::uint32_t id, int result) {
+  // After one of these nothing comes over the connection any more. The core must not be taken down in the
+  // middle of its own event.
+  constexpr std::array kLost{-EPIPE, -ECONNRESET, -EPROTO, -EBADMSG, -ENOTCONN};
+  if (id == PW_ID_CORE && std::ranges::find(kLost, result) != kLost.end()) dropped_.signal();
+  if (!isAboutRights(result)) return;
+  if (id == PW_ID_CORE && !isReady_)
+    refused();
+  else
+    checkRights();
+}
+
+void ServerConnection::checkRights() {
+  if (rightsWatch_) rightsWatch_->ask();
+}
+
+void ServerConnection::refused() {
+  state_.setRights(AudioServer::Rights::restricted);
+  isRefused_ = true;
+  dropped_.signal();
+}
+
+void ServerConnection::toldRights(bool mayHaveTaps) {
+  if (isWithdrawn_) return;
+  const bool couldHaveTaps = std::exchange(mayHaveTaps_, mayHaveTaps);
+  state_.setRights(mayHaveTaps ? AudioServer::Rights::granted : AudioServer::Rights::restricted);
+  if (mayHaveTaps == couldHaveTaps) return;
+  if (mayHaveTaps) {
+    listener_.granted();
+    listener_.changed();
+  } else {
+    isWithdrawn_ = true;
+    dropped_.signal();
+  }
+}
+
+void ServerConnection::graphChanged() {
+  if (graph_.isServerHidden) toldRights(false);
+  listener_.changed();
+}
+
+bool ServerConnection::roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline) {
+  if (!core_) return false;
+  const pw_core* asked = core_.get();
+  const int sequence = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+  return lock.waitUntil(deadline, [&] { return core_.get() != asked || lastDone_ - sequence >= 0; }) &&
+         core_.get() == asked;
+}
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "pipewire/graph_monitor.h"
+#include "pipewire/loop_thread.h"
+#include "pipewire/rights_watch.h"
+#include "pipewire/server_state.h"
+
+#include <functional>
+#include <memory>
+
+namespace sonvel::pipewire {
+
+/// The connection to the sound server: made again, for as long as it takes, whenever it is lost. All calls
+/// with the loop's lock held.
+///
+/// A server that takes the right to have taps from us loses us as a client: what we could no longer undo, it
+/// undoes then. Some seconds later we come back, and are told anew what we may do.
+class ServerConnection {
+ public:
+  struct Listener {
+    std::function<void()> changed; ///< the graph has changed
+    std::function<void()> lost;    ///< destroy everything that was made through core(), now
+    std::function<bool()> mayRest = [] { return true; }; ///< whether nothing needs the right to have taps now
+    std::function<void()> granted = [] {};               ///< taps can be had from now on
+    std::function<void()> withdrawn = [] {}; ///< they can't any more, and the connection has been dropped
+  };
+
+  /// Throws std::runtime_error if the library can't be set up; a missing server is only waited for. `state`
+  /// is kept up to date.
+  ServerConnection(LoopThread& loop, Graph& graph, ServerState& state, Listener listener);
+  ~ServerConnection();
+  ServerConnection(const ServerConnection&) = delete;
+  ServerConnection& operator=(const ServerConnection&) = delete;
+
+  /// There is a server, and the graph holds all that it had when we came.
+  bool isReady() const noexcept { return isReady_; }
+
+  /// It lets us make and move what taps need.
+  bool mayHaveTaps() const noexcept { return mayHaveTaps_; }
+
+  /// Looks anew at what the server lets us do, which it does rarely while the listener may rest.
+  void checkRights();
+
+  /// Null while there is no server.
+  pw_core* core() const noexcept { return core_.get(); }
+
+  /// Null while there is no server.
+  GraphMonitor* monitor() const noexcept { return monitor_.get(); }
+
+  /// Waits until the server has dealt with all that we asked before. False if it does not answer in time, or
+  /// there is none.
+  bool roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline);
+
+ private:
+  void connect();
+  void disconnect();
+  void toldDone(int sequence);
+  void toldError(std::uint32_t id, int result);
+  void toldRights(bool mayHaveTaps);
+  void graphChanged();
+  void refused();
+
+  LoopThread& loop_;
+  Graph& graph_;
+  ServerState& state_;
+  Listener listener_;
+  LoopEvent dropped_;
+  LoopTimer retry_;
+  ContextHandle context_;
+  CoreHandle core_;
+  Hook coreHook_;
+  std::unique_ptr<GraphMonitor> monitor_;
+  std::unique_ptr<RightsWatch> rightsWatch_;
+  int lastDone_ = 0;
+  int readyAt_ = 0;   ///< the sequence whose answer makes the graph complete
+  int syncsLeft_ = 0; ///< before that, how many answers bring objects that must be asked in turn
+  bool isReady_ = false;
+  bool mayHaveTaps_ = false;
+  bool isWithdrawn_ = false; ///< the connection is only there to be dropped
+  bool isRefused_ = false;   ///< as above
+};
+
+} // namespace sonvel::pipewire

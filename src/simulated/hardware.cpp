@@ -1,0 +1,162 @@
+#include "simulated/simulated_audio.h"
+
+#include <algorithm>
+
+namespace sonvel::simulated {
+
+OSStatus SimulatedAudio::carryOut(LoggedCall call, const Work& work) {
+  std::function<void(Call, AudioObjectID)> hook;
+  {
+    const std::lock_guard lock(mutex_);
+    hook = callHook_;
+  }
+  if (hook) hook(call.call, call.object);
+
+  const std::lock_guard lock(mutex_);
+  const std::span<const AudioObjectID> objects =
+      call.tap ? std::span<const AudioObjectID>(call.tap->processes) : std::span(&call.object, 1);
+  const auto failure = failures_.take(call.call, objects, call.address.selector);
+  call.status = failure ? *failure : work(call);
+  log_.push_back(call);
+  return call.status;
+}
+
+OSStatus SimulatedAudio::createProcessTap(const TapDescription& description, AudioObjectID& tap) {
+  tap = kAudioObjectUnknown;
+  return carryOut({.call = Call::createProcessTap, .tap = description}, [&](LoggedCall& call) -> OSStatus {
+    for (const AudioObjectID process : description.processes)
+      if (std::none_of(processes_.begin(), processes_.end(),
+                       [process](const Process& other) { return other.id == process; }))
+        return status::kBadObject;
+    tap = call.object = allotObject(kAudioObjectUnknown);
+    taps_.push_back({tap, "tap-" + std::to_string(tap), description});
+    return kNoError;
+  });
+}
+
+OSStatus SimulatedAudio::destroyProcessTap(AudioObjectID tap) {
+  return carryOut({.call = Call::destroyProcessTap, .object = tap}, [&](LoggedCall&) -> OSStatus {
+    const auto isIt = [tap](const Tap& other) { return other.id == tap; };
+    return std::erase_if(taps_, isIt) > 0 || lost_.erase(tap) > 0 ? kNoError : status::kBadObject;
+  });
+}
+
+OSStatus SimulatedAudio::checkAggregate(const AggregateDeviceDescription& description) const {
+  for (const Aggregate& aggregate : aggregates_)
+    if (aggregate.description.uid == description.uid) return status::kIllegalOperation;
+  if (description.subDevices.empty()) return status::kBadDevice;
+  for (const SubDevice& subDevice : description.subDevices)
+    if (presentDevice(subDevice.uid) == nullptr) return status::kBadDevice;
+  for (const SubTap& subTap : description.taps)
+    if (std::none_of(taps_.begin(), taps_.end(), [&](const Tap& tap) { return tap.uid == subTap.uid; }))
+      return status::kBadObject;
+  return kNoError;
+}
+
+OSStatus SimulatedAudio::createAggregateDevice(const AggregateDeviceDescription& description,
+                                               AudioObjectID& device) {
+  device = kAudioObjectUnknown;
+  return carryOut({.call = Call::createAggregateDevice, .aggregate = description},
+                  [&](LoggedCall& call) -> OSStatus {
+                    if (const OSStatus status = checkAggregate(description)) return status;
+                    device = call.object = allotObject(kAudioObjectUnknown);
+                    aggregates_.push_back({device, description});
+                    return kNoError;
+                  });
+}
+
+OSStatus SimulatedAudio::destroyAggregateDevice(AudioObjectID device) {
+  std::vector<std::unique_ptr<InstalledIOProc>> released;
+  return carryOut({.call = Call::destroyAggregateDevice, .object = device}, [&](LoggedCall&) -> OSStatus {
+    const auto isIt = [device](const Aggregate& other) { return other.id == device; };
+    if (std::erase_if(aggregates_, isIt) == 0 && lost_.erase(device) == 0)
+      return isDevice(device) ? status::kBadDevice : status::kBadObject;
+    for (const auto& ioProc : ioProcs_)
+      if (ioProc->what.device == device) ioProc->what.isStarted = false;
+    blockReturned_.wait(mutex_, [&] {
+      const InstalledIOProc* const running = runningIOProc_;
+      return running == nullptr || running->what.device != device;
+    });
+    const auto others = std::stable_partition(
+        ioProcs_.begin(), ioProcs_.end(), [&](const auto& ioProc) { return ioProc->what.device != device; });
+    std::move(others, ioProcs_.end(), std::back_inserter(released));
+    ioProcs_.erase(others, ioProcs_.end());
+    return kNoError;
+  });
+}
+
+OSStatus SimulatedAudio::createIOProcID(AudioObjectID device, const IOQueue& queue, IOProcBlock block,
+                                        IOProcID& ioProc) {
+  ioProc = 0;
+  return carryOut({.call = Call::createIOProcID, .object = device, .queue = queue},
+                  [&](LoggedCall& call) -> OSStatus {
+                    if (const OSStatus status = checkIsAggregate(device)) return status;
+                    if (!block) return status::kIllegalOperation;
+                    ioProc = call.ioProc = nextIOProcID_++;
+                    ioProcs_.push_back(std::make_unique<InstalledIOProc>(
+                        InstalledIOProc{{.id = ioProc, .device = device, .queue = queue}, std::move(block)}));
+                    return kNoError;
+                  });
+}
+
+OSStatus SimulatedAudio::destroyIOProcID(AudioObjectID device, IOProcID ioProc) {
+  std::unique_ptr<InstalledIOProc> released; // after the lock: what the block holds is not ours
+  return carryOut({.call = Call::destroyIOProcID, .object = device, .ioProc = ioProc},
+                  [&](LoggedCall&) -> OSStatus {
+                    InstalledIOProc* const found = installedIOProc(device, ioProc);
+                    if (found == nullptr) return status::kBadObject;
+                    stopAndWait(*found);
+                    const auto isIt = [&](const auto& other) { return other.get() == found; };
+                    const auto place = std::find_if(ioProcs_.begin(), ioProcs_.end(), isIt);
+                    released = std::move(*place);
+                    ioProcs_.erase(place);
+                    return kNoError;
+                  });
+}
+
+OSStatus SimulatedAudio::deviceStart(AudioObjectID device, IOProcID ioProc) {
+  return carryOut({.call = Call::deviceStart, .object = device, .ioProc = ioProc},
+                  [&](LoggedCall&) -> OSStatus {
+                    if (const OSStatus status = checkIsAggregate(device)) return status;
+                    InstalledIOProc* const found = installedIOProc(device, ioProc);
+                    if (found == nullptr) return status::kBadObject;
+                    found->what.isStarted = true;
+                    return kNoError;
+                  });
+}
+
+OSStatus SimulatedAudio::deviceStop(AudioObjectID device, IOProcID ioProc) {
+  return carryOut({.call = Call::deviceStop, .object = device, .ioProc = ioProc},
+                  [&](LoggedCall&) -> OSStatus {
+                    InstalledIOProc* const found = installedIOProc(device, ioProc);
+                    if (found == nullptr) return status::kBadObject;
+                    stopAndWait(*found);
+                    return kNoError;
+                  });
+}
+
+void SimulatedAudio::stopAndWait(InstalledIOProc& ioProc) {
+  ioProc.what.isStarted = false;
+  blockReturned_.wait(mutex_, [&] { return runningIOProc_ != &ioProc; });
+}
+
+bool SimulatedAudio::isDevice(AudioObjectID object) const {
+  return std::any_of(devices_.begin(), devices_.end(),
+                     [object](const Device& other) { return other.isPresent && other.id == object; });
+}
+
+OSStatus SimulatedAudio::checkIsAggregate(AudioObjectID object) const {
+  if (std::any_of(aggregates_.begin(), aggregates_.end(),
+                  [object](const Aggregate& other) { return other.id == object; }))
+    return kNoError;
+  return isDevice(object) ? status::kBadDevice : status::kBadObject;
+}
+
+SimulatedAudio::InstalledIOProc* SimulatedAudio::installedIOProc(AudioObjectID device,
+                                                                 IOProcID ioProc) const {
+  for (const auto& other : ioProcs_)
+    if (other->what.id == ioProc && other->what.device == device) return other.get();
+  return nullptr;
+}
+
+} // namespace sonvel::simulated

@@ -1,0 +1,188 @@
+#include "simulated/simulated_audio.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <stdexcept>
+
+namespace sonvel::simulated {
+
+Signal constantSignal(float left, float right) {
+  return [=](std::uint64_t) { return Frame{left, right}; };
+}
+
+Signal sineSignal(double frequencyHz, float amplitude) {
+  return [=](std::uint64_t frame) {
+    const double turns = frequencyHz * static_cast<double>(frame) / kSampleRateHz;
+    const auto sample = static_cast<float>(amplitude * std::sin(2.0 * std::numbers::pi * turns));
+    return Frame{sample, sample};
+  };
+}
+
+AudioObjectID SimulatedAudio::allotObject(AudioObjectID wished) {
+  if (wished == kAudioObjectUnknown) return nextObjectID_++;
+  const auto hasID = [wished](const auto& record) { return record.id == wished; };
+  if (wished == kSystemObject || std::any_of(processes_.begin(), processes_.end(), hasID) ||
+      std::any_of(devices_.begin(), devices_.end(), hasID) ||
+      std::any_of(aggregates_.begin(), aggregates_.end(), hasID) ||
+      std::any_of(taps_.begin(), taps_.end(), hasID))
+    throw std::invalid_argument("the object ID is taken");
+  nextObjectID_ = std::max(nextObjectID_, wished + 1);
+  return wished;
+}
+
+AudioObjectID SimulatedAudio::addProcess(ProcessScript process) {
+  const std::lock_guard lock(mutex_);
+  const AudioObjectID id = allotObject(process.objectID);
+  processes_.push_back({id, std::move(process)});
+  return id;
+}
+
+void SimulatedAudio::removeProcess(AudioObjectID process) {
+  const std::lock_guard lock(mutex_);
+  if (std::erase_if(processes_, [=](const Process& other) { return other.id == process; }) == 0)
+    throw std::invalid_argument("no such process");
+}
+
+ProcessScript& SimulatedAudio::processScript(AudioObjectID process) {
+  for (Process& other : processes_)
+    if (other.id == process) return other.script;
+  throw std::invalid_argument("no such process");
+}
+
+void SimulatedAudio::setPlaying(AudioObjectID process, bool isPlaying) {
+  const std::lock_guard lock(mutex_);
+  processScript(process).isPlaying = isPlaying;
+}
+
+void SimulatedAudio::setSignal(AudioObjectID process, Signal signal) {
+  const std::lock_guard lock(mutex_);
+  processScript(process).streams = {std::move(signal)};
+}
+
+void SimulatedAudio::addStream(AudioObjectID process, Signal signal) {
+  const std::lock_guard lock(mutex_);
+  processScript(process).streams.push_back(std::move(signal));
+}
+
+void SimulatedAudio::setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID) {
+  const std::lock_guard lock(mutex_);
+  processScript(process).outputUID = std::move(deviceUID);
+}
+
+SimulatedAudio::Device* SimulatedAudio::knownDevice(const std::string& uid) {
+  const auto found = std::find_if(devices_.begin(), devices_.end(),
+                                  [&](const Device& other) { return other.script.uid == uid; });
+  return found != devices_.end() ? &*found : nullptr;
+}
+
+const SimulatedAudio::Device* SimulatedAudio::presentDevice(const std::string& uid) const {
+  const auto found = std::find_if(devices_.begin(), devices_.end(), [&](const Device& other) {
+    return other.isPresent && other.script.uid == uid;
+  });
+  return found != devices_.end() ? &*found : nullptr;
+}
+
+AudioObjectID SimulatedAudio::addDevice(DeviceScript device) {
+  const std::lock_guard lock(mutex_);
+  if (knownDevice(device.uid) != nullptr) throw std::invalid_argument("the device UID is taken");
+  const AudioObjectID id = allotObject(device.objectID);
+  if (!defaultDeviceUID_ && device.outputStreams > 0) defaultDeviceUID_ = device.uid;
+  devices_.push_back({.id = id, .script = std::move(device)});
+  return id;
+}
+
+void SimulatedAudio::removeDevice(const std::string& uid) {
+  const std::lock_guard lock(mutex_);
+  Device* const device = knownDevice(uid);
+  if (device == nullptr || !device->isPresent) throw std::invalid_argument("no such device");
+  device->isPresent = false;
+}
+
+AudioObjectID SimulatedAudio::returnDevice(const std::string& uid) {
+  const std::lock_guard lock(mutex_);
+  Device* const device = knownDevice(uid);
+  if (device == nullptr || device->isPresent) throw std::invalid_argument("no device of this UID is away");
+  device->isPresent = true;
+  device->id = allotObject(kAudioObjectUnknown);
+  return device->id;
+}
+
+void SimulatedAudio::setDefaultDevice(std::optional<std::string> uid) {
+  const std::lock_guard lock(mutex_);
+  if (uid && knownDevice(*uid) == nullptr) throw std::invalid_argument("no such device");
+  defaultDeviceUID_ = std::move(uid);
+}
+
+AudioObjectID SimulatedAudio::deviceWithUID(const std::string& uid) const {
+  const std::lock_guard lock(mutex_);
+  if (const Device* const device = presentDevice(uid)) return device->id;
+  for (const Aggregate& aggregate : aggregates_)
+    if (aggregate.description.uid == uid) return aggregate.id;
+  return kAudioObjectUnknown;
+}
+
+void SimulatedAudio::loseTap(AudioObjectID tap) {
+  const std::lock_guard lock(mutex_);
+  if (std::erase_if(taps_, [=](const Tap& other) { return other.id == tap; }) == 0)
+    throw std::invalid_argument("no such tap");
+  lost_.insert(tap);
+}
+
+void SimulatedAudio::loseAggregateDevice(AudioObjectID device) {
+  const std::lock_guard lock(mutex_);
+  if (std::erase_if(aggregates_, [=](const Aggregate& other) { return other.id == device; }) == 0)
+    throw std::invalid_argument("no such aggregate device");
+  lost_.insert(device);
+}
+
+void SimulatedAudio::fail(Failure failure) {
+  const std::lock_guard lock(mutex_);
+  failures_.add(failure);
+}
+
+void SimulatedAudio::clearFailures() {
+  const std::lock_guard lock(mutex_);
+  failures_.clear();
+}
+
+void SimulatedAudio::setCallHook(std::function<void(Call, AudioObjectID object)> hook) {
+  const std::lock_guard lock(mutex_);
+  callHook_ = std::move(hook);
+}
+
+std::vector<Tap> SimulatedAudio::taps() const {
+  const std::lock_guard lock(mutex_);
+  return taps_;
+}
+
+std::vector<Aggregate> SimulatedAudio::aggregates() const {
+  const std::lock_guard lock(mutex_);
+  return aggregates_;
+}
+
+std::vector<IOProc> SimulatedAudio::ioProcs() const {
+  const std::lock_guard lock(mutex_);
+  std::vector<IOProc> found;
+  found.reserve(ioProcs_.size());
+  for (const auto& ioProc : ioProcs_)
+    found.push_back(ioProc->what);
+  return found;
+}
+
+bool SimulatedAudio::isClean() const {
+  const std::lock_guard lock(mutex_);
+  return taps_.empty() && aggregates_.empty() && ioProcs_.empty();
+}
+
+std::vector<LoggedCall> SimulatedAudio::log() const {
+  const std::lock_guard lock(mutex_);
+  return log_;
+}
+
+void SimulatedAudio::clearLog() {
+  const std::lock_guard lock(mutex_);
+  log_.clear();
+}
+
+} // namespace sonvel::simulated

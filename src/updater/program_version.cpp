@@ -1,0 +1,63 @@
+#include "updater/program_version.h"
+
+#include <utility>
+
+namespace sonvel::updater {
+namespace {
+
+constexpr qsizetype kMaximumCharacters = 64;
+
+bool isDigit(QChar character) {
+  return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+}
+
+/// Takes a run of digits off the front of `text`, without its leading zeros.
+QStringView takeNumber(QStringView& text) {
+  while (text.size() > 1 && text.front() == QLatin1Char('0') && isDigit(text.at(1)))
+    text = text.mid(1);
+  qsizetype length = 0;
+  while (length < text.size() && isDigit(text.at(length)))
+    ++length;
+  const QStringView number = text.left(length);
+  text = text.mid(length);
+  return number;
+}
+
+std::strong_ordering compareSuffixes(QStringView left, QStringView right) {
+  while (!left.isEmpty() && !right.isEmpty()) {
+    if (isDigit(left.front()) && isDigit(right.front())) {
+      const QStringView leftNumber = takeNumber(left);
+      const QStringView rightNumber = takeNumber(right);
+      if (leftNumber.size() != rightNumber.size()) return leftNumber.size() <=> rightNumber.size();
+      if (const int order = leftNumber.compare(rightNumber); order != 0) return order <=> 0;
+    } else {
+      if (left.front() != right.front()) return left.front().unicode() <=> right.front().unicode();
+      left = left.mid(1);
+      right = right.mid(1);
+    }
+  }
+  return left.size() <=> right.size();
+}
+
+} // namespace
+
+ProgramVersion::ProgramVersion(QVersionNumber number, QString suffix)
+    : number_(std::move(number))
+    , suffix_(std::move(suffix)) {}
+
+std::optional<ProgramVersion> ProgramVersion::parse(const QString& text) {
+  if (text.size() > kMaximumCharacters) return std::nullopt;
+  qsizetype end = 0;
+  const QVersionNumber number = QVersionNumber::fromString(text, &end);
+  if (number.isNull()) return std::nullopt;
+  return ProgramVersion(number.normalized(), text.mid(end));
+}
+
+std::strong_ordering operator<=>(const ProgramVersion& left, const ProgramVersion& right) {
+  if (const int order = QVersionNumber::compare(left.number_, right.number_); order != 0) return order <=> 0;
+  if (left.suffix_.isEmpty() != right.suffix_.isEmpty())
+    return left.suffix_.isEmpty() ? std::strong_ordering::greater : std::strong_ordering::less;
+  return compareSuffixes(left.suffix_, right.suffix_);
+}
+
+} // namespace sonvel::updater

@@ -1,0 +1,98 @@
+#include "updater/update_feed_configuration.h"
+
+#include <QByteArray>
+#include <QString>
+#include <string_view>
+
+namespace sonvel {
+namespace {
+
+constexpr qsizetype kPublicKeyBytes = 32;
+
+std::string trimmed(const std::optional<std::string>& text) {
+  return QString::fromStdString(text.value_or(std::string())).trimmed().toStdString();
+}
+
+/// Scheme and host exactly as the text has them; QUrl would lowercase both.
+struct WrittenAddress {
+  std::string_view scheme;
+  std::string_view host;
+};
+
+std::optional<WrittenAddress> writtenAddress(std::string_view text) {
+  const std::size_t colon = text.find(':');
+  if (colon == std::string_view::npos || text.substr(colon + 1, 2) != "//") return std::nullopt;
+  if (text.find('#') != text.rfind('#')) return std::nullopt; // QUrl would let the second one pass
+  const std::string_view rest = text.substr(colon + 3);
+  std::string_view host = rest.substr(0, rest.find_first_of("/?#"));
+  if (const std::size_t user = host.rfind('@'); user != std::string_view::npos) host.remove_prefix(user + 1);
+  if (const std::size_t end = host.rfind(':'); end != std::string_view::npos && !host.ends_with(']'))
+    host = host.substr(0, end);
+  if (host.empty()) return std::nullopt;
+  return WrittenAddress{text.substr(0, colon), host};
+}
+
+bool isSecure(const WrittenAddress& address, bool allowInsecureLocalhost) {
+  if (address.scheme == "https") return true;
+  return allowInsecureLocalhost && address.scheme == "http" &&
+         (address.host == "localhost" || address.host == "127.0.0.1");
+}
+
+QUrl checkedFeedURL(const std::optional<std::string>& feedURLText, bool allowInsecureLocalhost) {
+  const std::string text = trimmed(feedURLText);
+  if (text.empty()) throw UpdateConfigurationError::missingFeedURL();
+  QUrl url(QString::fromStdString(text), QUrl::StrictMode);
+  const std::optional<WrittenAddress> address = writtenAddress(text);
+  if (!url.isValid() || url.host().isEmpty() || !address || !isSecure(*address, allowInsecureLocalhost))
+    throw UpdateConfigurationError::invalidFeedURL(text);
+  return url;
+}
+
+std::string checkedPublicKey(const std::optional<std::string>& publicKeyText) {
+  std::string text = trimmed(publicKeyText);
+  if (text.empty()) throw UpdateConfigurationError::missingPublicKey();
+  // The decoder would let missing padding pass.
+  const auto key = QByteArray::fromBase64Encoding(QByteArray::fromStdString(text),
+                                                  QByteArray::AbortOnBase64DecodingErrors);
+  if (text.size() % 4 != 0 || !key || key.decoded.size() != kPublicKeyBytes)
+    throw UpdateConfigurationError::invalidPublicKey();
+  return text;
+}
+
+UpdateChannel checkedChannel(const std::optional<std::string>& channelText) {
+  if (!channelText) return UpdateChannel::stable;
+  const std::string text = QString::fromStdString(*channelText).trimmed().toLower().toStdString();
+  const std::optional<UpdateChannel> channel = updateChannel(text);
+  if (!channel) throw UpdateConfigurationError::invalidChannel(text);
+  return *channel;
+}
+
+template <typename Value>
+std::optional<Value> infoValue(const BundleInformation& bundle, std::string_view key) {
+  const std::optional<BundleInformation::InfoObject> object = bundle.objectForInfoKey(key);
+  const Value* value = object ? std::get_if<Value>(&*object) : nullptr;
+  return value ? std::optional<Value>(*value) : std::nullopt;
+}
+
+} // namespace
+
+UpdateFeedConfiguration::UpdateFeedConfiguration(const std::optional<std::string>& feedURLText,
+                                                 const std::optional<std::string>& publicKeyText,
+                                                 const std::optional<std::string>& channelText,
+                                                 bool allowInsecureLocalhost)
+    : feedURL(checkedFeedURL(feedURLText, allowInsecureLocalhost))
+    , publicKey(checkedPublicKey(publicKeyText))
+    , channel(checkedChannel(channelText)) {}
+
+std::optional<UpdateFeedConfiguration> UpdateFeedConfiguration::fromBundle(const BundleInformation& bundle) {
+  try {
+    return UpdateFeedConfiguration(
+        infoValue<std::string>(bundle, "SUFeedURL"), infoValue<std::string>(bundle, "SUPublicEDKey"),
+        infoValue<std::string>(bundle, "AppUpdateChannel"),
+        infoValue<bool>(bundle, "AppUpdateAllowInsecureLocalhost").value_or(false));
+  } catch (const UpdateConfigurationError&) {
+    return std::nullopt;
+  }
+}
+
+} // namespace sonvel
