@@ -30,6 +30,10 @@ inline constexpr auto kProcessIsRunningOutput = fourCharCode("piro"); ///< u32, 
 inline constexpr auto kProcessPID = fourCharCode("ppid");             ///< i32
 inline constexpr auto kProcessBundleID = fourCharCode("pbid");        ///< string
 
+/// AudioObjectID of the device that the user has sent the process to elsewhere (another mixer, the session
+/// manager's memory, an effects program), also while it is tapped; 0 while it follows the default.
+inline constexpr auto kProcessChosenDevice = fourCharCode("pcho");
+
 // Of a device.
 inline constexpr auto kDeviceStreams = fourCharCode("stm#"); ///< u32[], empty without streams in the scope
 inline constexpr auto kDeviceUID = fourCharCode("uid ");     ///< string, the same across restarts
@@ -37,7 +41,9 @@ inline constexpr auto kObjectName = fourCharCode("lnam");    ///< string
 inline constexpr auto kDeviceVolumeScalar = fourCharCode("volm"); ///< f32, 0.0 to 1.0, in the output scope
 
 // Of a tap.
-inline constexpr auto kTapUID = fourCharCode("tuid"); ///< string
+inline constexpr auto kTapUID = fourCharCode("tuid");         ///< string
+inline constexpr auto kTapProcessList = fourCharCode("tpr#"); ///< AudioObjectID[], can be set
+inline constexpr auto kTapIsPartial = fourCharCode("tprt");   ///< u32, 1 while some stream could not be taken
 } // namespace property
 
 } // namespace sonvel

@@ -55,6 +55,7 @@ enum class TapMuteBehavior : std::int32_t {
 /// What a process tap captures. The captured audio is mixed down to two channels.
 struct TapDescription {
   std::vector<AudioObjectID> processes; ///< process objects whose output is mixed
+  std::vector<std::string> bundleIDs;   ///< processes that appear later under one of these join
   std::string name;
   bool isPrivate = false; ///< visible to this program alone
   TapMuteBehavior muteBehavior = TapMuteBehavior::unmuted;
@@ -117,6 +118,12 @@ using IOProcBlock = std::function<void(const AudioTimeStamp& now, const AudioBuf
 
 /// Names one installed IOProc; 0 is none.
 using IOProcID = std::uint64_t;
+
+/// Called when a property has changed.
+using PropertyListener = std::function<void(AudioObjectID object, const PropertyAddress& address)>;
+
+/// Names one property listener; 0 is none.
+using PropertyListenerID = std::uint64_t;
 
 /// How urgent the work of a queue is to the user.
 enum class QualityOfService { utility, userInitiated, userInteractive };
