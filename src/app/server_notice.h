@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/executor.h"
 #include "platform/audio_server.h"
+#include "platform/executor.h"
 
 #include <QString>
 #include <functional>

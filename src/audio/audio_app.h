@@ -4,6 +4,7 @@
 #include "platform/audio_types.h"
 
 #include <optional>
+#include <string>
 
 namespace sonvel {
 
@@ -21,6 +22,11 @@ struct AudioApp {
 
   bool operator==(const AudioApp&) const = default;
 };
+
+/// What an application is recognised by, also after a restart, and what its helper processes share with it.
+inline std::string stableKey(const AudioApp& app) {
+  return app.parentBundleID.value_or(app.bundleID);
+}
 
 } // namespace sonvel
 

@@ -37,12 +37,14 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
     createAggregateDevice(*session);
     const auto ioProc = installIOProc(*session);
     startDevice(session->aggID, ioProc);
-  } catch (...) {
+  } catch (const HardwareError& error) {
     // The step's failure is the one to report, and with its handles gone nothing could retry the undoing.
     (void)teardown(*session);
+    report(*session, false, error.description());
     throw;
   }
   const auto appID = session->app.objectID;
+  report(*session, true);
   sessions_.insert_or_assign(appID, std::move(session));
 }
 

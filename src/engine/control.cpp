@@ -28,6 +28,50 @@ void HardwareController::rebuild(AudioObjectID appID) {
   if (const auto* found = session(appID)) setOutput(found->outputUID, appID);
 }
 
+void HardwareController::keepSettings(const std::string& key, float gain, bool muted,
+                                      std::optional<std::string> outputUID) {
+  assertOnExecutor();
+  keptSettings_[key] = {.gain = gain, .muted = muted, .outputUID = std::move(outputUID)};
+}
+
+void HardwareController::forgetSettings(const std::string& key) {
+  assertOnExecutor();
+  keptSettings_.erase(key);
+}
+
+void HardwareController::onSessionChanged(SessionObserver observer) {
+  assertOnExecutor();
+  sessionObserver_ = std::move(observer);
+  for (const auto& [appID, session] : sessions_)
+    report(*session, true);
+}
+
+void HardwareController::onOutputDevicesChanged(
+    std::function<void(std::vector<AudioOutputDevice>)> observer) {
+  assertOnExecutor();
+  devicesObserver_ = std::move(observer);
+  if (devicesObserver_) devicesObserver_(outputDevices());
+}
+
+void HardwareController::report(const TapSession& session, bool exists,
+                                std::optional<std::string> error) const {
+  if (!sessionObserver_) return;
+  SessionReport report{.key = stableKey(session.app),
+                       .app = session.app,
+                       .objectIDs = {},
+                       .exists = exists,
+                       .error = std::move(error),
+                       .outputUID = session.outputUID,
+                       .playingUID = std::nullopt,
+                       .gain = session.mix->gain(),
+                       .muted = session.mix->muted()};
+  if (exists) {
+    report.objectIDs = {session.app.objectID};
+    report.playingUID = session.outputUID ? session.outputUID : defaultOutputDeviceUID(environment_.hardware);
+  }
+  sessionObserver_(std::move(report));
+}
+
 std::optional<std::string> HardwareController::outputUID(AudioObjectID appID) const {
   const auto* found = session(appID);
   return found != nullptr ? found->outputUID : std::nullopt;

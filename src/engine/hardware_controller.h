@@ -2,11 +2,12 @@
 
 #include "audio/app_discovery.h"
 #include "audio/output_devices.h"
-#include "engine/executor.h"
 #include "engine/hardware_error.h"
+#include "engine/session_report.h"
 #include "engine/tap_session.h"
 #include "engine/teardown_result.h"
 #include "platform/clock.h"
+#include "platform/executor.h"
 
 #include <map>
 #include <set>
@@ -67,6 +68,27 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   /// as addChannel does.
   void rebuild(AudioObjectID appID);
 
+  // Applications that are to be under control whenever they play.
+
+  /// An application that has no session gets one with these settings by itself as soon as a process of it
+  /// appears or begins to play, and at once if it plays now. One that has a session gets one again if it
+  /// loses it to a device or a server that was gone. Replaces what was kept for the key. Ends with
+  /// forgetSettings, and for all applications with teardownAll.
+  void keepSettings(const std::string& key, float gain, bool muted, std::optional<std::string> outputUID);
+
+  void forgetSettings(const std::string& key);
+
+  // Reports. Each replaces the one before; null: none. The observer is called as work of the executor of this
+  // controller and must neither block nor throw: it passes on what it hears, for example by Relay::bind.
+
+  /// Calls `observer` with the whole state of a session after each change of it, whoever asked for the change
+  /// (a call of this controller, a device that comes or goes, a new default device, a move in another mixer,
+  /// a process that begins or ends), and at once for each session that exists.
+  void onSessionChanged(SessionObserver observer);
+
+  /// Calls `observer` with the devices that a session can play on after each change of them, and at once.
+  void onOutputDevicesChanged(std::function<void(std::vector<AudioOutputDevice>)> observer);
+
   // Queries.
 
   /// The device that was asked for. None if it follows the default device, or there is no session.
@@ -104,6 +126,7 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
 
  private:
   void assertOnExecutor() const;
+  void report(const TapSession& session, bool exists, std::optional<std::string> error = std::nullopt) const;
   const TapSession* session(AudioObjectID appID) const;
 
   // Steps of addChannel, in this order. Each throws HardwareError.
@@ -144,6 +167,16 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   std::optional<std::string> restorationFailure_;
   std::map<std::uint64_t, ListeningProbe> listeningProbes_; ///< by number
   std::uint64_t lastProbe_ = 0;
+
+  struct Settings {
+    float gain;
+    bool muted;
+    std::optional<std::string> outputUID;
+  };
+
+  std::map<std::string, Settings> keptSettings_; ///< by stable key
+  SessionObserver sessionObserver_;
+  std::function<void(std::vector<AudioOutputDevice>)> devicesObserver_;
 };
 
 } // namespace sonvel

@@ -44,10 +44,12 @@ std::optional<HardwareTeardownResult> HardwareController::removeChannel(AudioObj
   const auto found = sessions_.find(appID);
   if (found == sessions_.end()) return std::nullopt;
   auto result = teardown(*found->second);
-  if (result.restored())
+  if (result.restored()) {
+    report(*found->second, false);
     sessions_.erase(found);
-  else
+  } else {
     recordTeardownFailure(result);
+  }
   return result;
 }
 
@@ -56,6 +58,7 @@ std::vector<HardwareTeardownResult> HardwareController::teardownAll() {
   std::vector<HardwareTeardownResult> results;
   for (auto session = sessions_.begin(); session != sessions_.end();) {
     results.push_back(teardown(*session->second));
+    if (results.back().restored()) report(*session->second, false);
     session = results.back().restored() ? sessions_.erase(session) : std::next(session);
   }
   const auto firstFailed = std::ranges::find_if_not(results, &HardwareTeardownResult::restored);

@@ -10,10 +10,6 @@ QVariant toVariant(const std::optional<std::string>& text) {
 
 } // namespace
 
-std::string stableKey(const AudioApp& app) {
-  return app.parentBundleID.value_or(app.bundleID);
-}
-
 ChannelState::ChannelState(AudioApp app, int gainPercent, bool muted, std::optional<std::string> outputUID)
     : stableKey_(sonvel::stableKey(app))
     , app_(std::move(app))

@@ -8,9 +8,6 @@
 
 namespace sonvel {
 
-/// What applications share that are one to the user: that of the parent where there is one.
-std::string stableKey(const AudioApp& app);
-
 /// One row: an application that plays or has played, and what the user chose for it. Every write of a
 /// property is announced, also of an equal value. Held by a shared_ptr. Main thread.
 class ChannelState final : public QObject, public std::enable_shared_from_this<ChannelState> {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/executor.h"
 #include "platform/clock.h"
+#include "platform/executor.h"
 
 #include <coroutine>
 #include <stop_token>

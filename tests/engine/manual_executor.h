@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/executor.h"
+#include "platform/executor.h"
 
 #include <deque>
 #include <utility>
