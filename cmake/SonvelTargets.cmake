@@ -72,3 +72,31 @@ function(sonvel_test name)
       DISCOVERY_MODE PRE_TEST
       PROPERTIES TIMEOUT 120 RUN_SERIAL ${is_alone} ${labels} ${arg_PROPERTIES})
 endfunction()
+
+set(SONVEL_PYTHON /usr/bin/python3 CACHE FILEPATH "The Python that has the distribution's packages for tests")
+
+# sonvel_pytest(name FILES ... [LABELS ...] [TIMEOUT seconds])
+# Each test function of the files as a test of its own, in Python on a private desktop (see tests/support). Those that
+# listen to a real sound server (label sound) have the machine to themselves.
+function(sonvel_pytest name)
+  cmake_parse_arguments(arg "" "TIMEOUT" "FILES;LABELS" ${ARGN})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  set(is_alone FALSE)
+  if("sound" IN_LIST arg_LABELS)
+    set(is_alone TRUE)
+  endif()
+  foreach(file IN LISTS arg_FILES)
+    set(path "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${path}")
+    file(STRINGS "${path}" functions REGEX "^def test_")
+    foreach(function IN LISTS functions)
+      string(REGEX REPLACE "^def (test_[A-Za-z0-9_]+).*" "\\1" function "${function}")
+      add_test(NAME "${name}.${function}" COMMAND "${SONVEL_PYTHON}" -m pytest "${path}::${function}")
+      set_tests_properties("${name}.${function}" PROPERTIES
+          TIMEOUT "${arg_TIMEOUT}" RUN_SERIAL ${is_alone} LABELS "${arg_LABELS}"
+          ENVIRONMENT "SONVEL_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};PYTHONDONTWRITEBYTECODE=1")
+    endforeach()
+  endforeach()
+endfunction()

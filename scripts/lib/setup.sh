@@ -7,6 +7,7 @@ build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-
                 qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window libsodium-dev
                 libatspi2.0-dev libxcb1-dev)
 session_packages=(dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
+                  python3-pytest python3-numpy python3-gi python3-dbusmock python3-pyatspi gir1.2-atspi-2.0
                   xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
 bench_packages=(pavucontrol)
 lint_packages=(git clang-16 libclang-rt-16-dev clang-tidy-16 clang-format-16 python3 binutils)

@@ -1,0 +1,11 @@
+import pytest
+
+from support.session import Session
+
+
+@pytest.fixture
+def session(request):
+    """A private sound session; its options come from the test's mark, as @pytest.mark.session(quantum=256)."""
+    mark = request.node.get_closest_marker("session")
+    with Session(**(mark.kwargs if mark else {})) as session:
+        yield session

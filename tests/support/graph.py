@@ -1,0 +1,66 @@
+"""The objects and the default metadata of a PipeWire server, kept up to date."""
+
+import json
+import subprocess
+import threading
+
+from support.waiting import wait_until
+
+
+class Graph:
+    def __init__(self, session, mixer):
+        self._objects = {}
+        self._mixer = mixer
+        dump = session.start("stdbuf", "-oL", "pw-dump", "--monitor", "--no-colors", name="pw-dump",
+                             stdout=subprocess.PIPE, text=True)
+        threading.Thread(target=self._read_objects, args=[dump.stdout], daemon=True).start()
+
+    def _read_objects(self, output):
+        lines = []
+        for line in output:
+            lines.append(line)
+            if line.startswith("]"):  # the end of one array of changed objects
+                for changed in json.loads("".join(lines)):
+                    self._update(changed)
+                lines.clear()
+
+    def _update(self, changed):
+        objects = dict(self._objects)  # readers on the other thread keep the old one
+        if changed.get("info", 0) is None:
+            objects.pop(changed["id"], None)
+        else:
+            objects[changed["id"]] = changed
+        self._objects = objects
+
+    def objects(self, kind, **properties):
+        """The properties of each object of a kind (Node, Port, Client ...) whose properties are so, with its id; of
+        nodes also their state."""
+        found = []
+        for number, value in self._objects.items():
+            if value["type"] == f"PipeWire:Interface:{kind}":
+                info = value.get("info") or value
+                found.append({**(info.get("props") or {}), "id": number, "state": info.get("state")})
+        return [one for one in found if properties.items() <= one.items()]
+
+    def node(self, name):
+        return next(iter(self.objects("Node", **{"node.name": name})), None)
+
+    def entries(self):
+        """The default metadata: a dictionary of values, as text, by subject and key."""
+        records = [record.split("\x1f") for record in self._mixer.ask("entries").split("\x1e")[:-1]]
+        return {(int(subject), key): value for subject, key, _, value in records}
+
+    def metadata(self, subject, key):
+        return self.entries().get((subject, key))
+
+    def set_metadata(self, subject, key, value, kind="Spa:Id"):
+        """Returns when it is so. None removes the entry."""
+        self._mixer.ask(*(["remove", subject, key] if value is None else ["set", subject, key, kind, value]))
+        wanted = None if value is None else str(value)
+        wait_until(lambda: self.metadata(subject, key) == wanted, what=f"{key} of {subject}: {value}")
+
+    def of_ours(self):
+        """Nodes and metadata that Sonvel has made."""
+        nodes = [node["node.name"] for node in self.objects("Node") if str(node.get("node.name")).startswith("sonvel")]
+        return nodes + [(place, value) for place, value in self.entries().items()
+                        if place[1].startswith("sonvel") or value.startswith("sonvel")]

@@ -1,0 +1,136 @@
+// Works the default metadata as mixers do, by which streams are moved. Each line of its input is answered by
+// one:
+//   set SUBJECT KEY TYPE VALUE
+//   remove SUBJECT KEY
+//   entries    all entries: fields with unit separators between, and record separators after them
+// It is not pw-metadata because PipeWire 0.3 tells a client nothing of objects newer than its last message,
+// and nobody anything more once a client left before the metadata that it bound had answered.
+#include <pipewire/extensions/metadata.h>
+#include <pipewire/pipewire.h>
+
+#include <array>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+struct Mixer {
+  pw_main_loop* loop = nullptr;
+  pw_core* core = nullptr;
+  pw_registry* registry = nullptr;
+  pw_metadata* metadata = nullptr;
+  std::uint32_t metadataID = SPA_ID_INVALID;
+  spa_hook metadataListener{};
+  std::map<std::uint32_t, std::map<std::string, std::string>>
+      entries; // key, type and value by subject and key
+  std::string unread;
+  int lastSync = 0;
+
+  static void onGlobal(void* data, std::uint32_t id, std::uint32_t /*permissions*/, const char* type,
+                       std::uint32_t /*version*/, const spa_dict* properties) {
+    auto& self = *static_cast<Mixer*>(data);
+    pw_core_sync(self.core, PW_ID_CORE, 0); // any message tells the server that we know this object
+    if (!spa_streq(type, PW_TYPE_INTERFACE_Metadata) || properties == nullptr ||
+        !spa_streq(spa_dict_lookup(properties, PW_KEY_METADATA_NAME), "default"))
+      return;
+    static const pw_metadata_events events = {.version = PW_VERSION_METADATA_EVENTS,
+                                              .property = &Mixer::onProperty};
+    self.metadataID = id;
+    self.metadata =
+        static_cast<pw_metadata*>(pw_registry_bind(self.registry, id, type, PW_VERSION_METADATA, 0));
+    pw_metadata_add_listener(self.metadata, &self.metadataListener, &events, data);
+  }
+
+  static void onGlobalRemove(void* data, std::uint32_t id) {
+    auto& self = *static_cast<Mixer*>(data);
+    if (id != self.metadataID) return;
+    self.metadata = nullptr;
+    self.entries.clear();
+  }
+
+  static int onProperty(void* data, std::uint32_t subject, const char* key, const char* type,
+                        const char* value) {
+    auto& self = *static_cast<Mixer*>(data);
+    if (key == nullptr)
+      self.entries.erase(subject);
+    else if (value == nullptr)
+      self.entries[subject].erase(key);
+    else
+      self.entries[subject][key] = std::string(key) + "\x1f" + (type != nullptr ? type : "") + "\x1f" + value;
+    return 0;
+  }
+
+  static void onDone(void* data, std::uint32_t id, int sequence) {
+    auto& self = *static_cast<Mixer*>(data);
+    if (id != PW_ID_CORE || sequence != self.lastSync) return;
+    const std::size_t end = self.unread.find('\n');
+    self.perform(self.unread.substr(0, end));
+    self.unread.erase(0, end + 1);
+    self.handleNext();
+  }
+
+  /// The server first tells what it has to tell, so that the line is about objects that we know.
+  void handleNext() {
+    if (unread.find('\n') != std::string::npos) lastSync = pw_core_sync(core, PW_ID_CORE, 0);
+  }
+
+  void perform(const std::string& line) {
+    std::istringstream words(line);
+    std::string verb;
+    std::uint32_t subject = 0;
+    std::string key;
+    std::string type;
+    std::string value;
+    words >> verb >> subject >> key >> type >> std::ws;
+    std::getline(words, value);
+    if (verb == "entries")
+      for (const auto& [of, list] : entries)
+        for (const auto& [name, entry] : list)
+          std::cout << of << '\x1f' << entry << '\x1e';
+    else if (metadata != nullptr)
+      pw_metadata_set_property(metadata, subject, key.c_str(), verb == "set" ? type.c_str() : nullptr,
+                               verb == "set" ? value.c_str() : nullptr);
+    std::cout << std::endl;
+  }
+
+  static void onInput(void* data, int descriptor, std::uint32_t /*events*/) {
+    auto& self = *static_cast<Mixer*>(data);
+    std::array<char, 4096> buffer{};
+    const ssize_t count = read(descriptor, buffer.data(), buffer.size());
+    if (count <= 0) {
+      pw_main_loop_quit(self.loop);
+      return;
+    }
+    self.unread.append(buffer.data(), static_cast<std::size_t>(count));
+    self.handleNext();
+  }
+};
+
+} // namespace
+
+int main() {
+  pw_init(nullptr, nullptr);
+  Mixer mixer;
+  mixer.loop = pw_main_loop_new(nullptr);
+  pw_loop* loop = pw_main_loop_get_loop(mixer.loop);
+  pw_context* context = pw_context_new(loop, nullptr, 0);
+  mixer.core = pw_context_connect(context, pw_properties_new(PW_KEY_APP_NAME, "mixer", nullptr), 0);
+  if (mixer.core == nullptr) return 1;
+  mixer.registry = pw_core_get_registry(mixer.core, PW_VERSION_REGISTRY, 0);
+  static const pw_core_events coreEvents = {.version = PW_VERSION_CORE_EVENTS, .done = &Mixer::onDone};
+  static const pw_registry_events registryEvents = {.version = PW_VERSION_REGISTRY_EVENTS,
+                                                    .global = &Mixer::onGlobal,
+                                                    .global_remove = &Mixer::onGlobalRemove};
+  spa_hook coreListener{};
+  spa_hook registryListener{};
+  pw_core_add_listener(mixer.core, &coreListener, &coreEvents, &mixer);
+  pw_registry_add_listener(mixer.registry, &registryListener, &registryEvents, &mixer);
+  pw_loop_add_io(loop, STDIN_FILENO, SPA_IO_IN | SPA_IO_HUP, false, &Mixer::onInput, &mixer);
+  pw_main_loop_run(mixer.loop);
+  pw_core_disconnect(mixer.core);
+  pw_context_destroy(context);
+  pw_main_loop_destroy(mixer.loop);
+}

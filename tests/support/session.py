@@ -1,0 +1,205 @@
+"""A private sound session for tests."""
+
+import ctypes
+import json
+import os
+import shutil
+import signal
+import subprocess
+import tempfile
+from pathlib import Path
+
+from support.graph import Graph
+from support.hearing import Sink
+from support.lines import LineProcess, TonePlayer
+from support.waiting import wait_until
+
+BINARIES = Path(os.environ.get("SONVEL_BIN", Path(__file__).parents[2] / "build/release/bin"))
+DAEMONS = ("pipewire", "wireplumber", "pipewire-pulse")
+_SOCKETS = {"pipewire": "pipewire-0", "pipewire-pulse": "pulse/native"}
+_libc = ctypes.CDLL(None)
+
+# No folder of services: nothing starts that the test didn't start.
+_BUS = """<busconfig><type>session</type><listen>unix:path={}</listen><auth>EXTERNAL</auth>
+<policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy>
+</busconfig>"""
+_NO_HARDWARE = {
+    "main.lua.d/51-test.lua":  # WirePlumber 0.4
+        'alsa_monitor.enabled = false\nv4l2_monitor.enabled = false\nlibcamera_monitor.enabled = false\n'
+        'default_access.properties["enable-flatpak-portal"] = false\n',
+    "bluetooth.lua.d/51-test.lua": "bluez_monitor.enabled = false\n",
+    "wireplumber.conf.d/51-test.conf":  # WirePlumber 0.5
+        "wireplumber.profiles = { main = { hardware.audio = disabled, hardware.bluetooth = disabled,\n"
+        "  hardware.video-capture = disabled, support.portal-permissionstore = disabled } }\n",
+}
+
+
+def sink_properties(name, priority, position):
+    return {"factory.name": "support.null-audio-sink", "node.name": name, "node.description": name,
+            "media.class": "Audio/Sink", "audio.position": position, "audio.rate": "48000",
+            "priority.session": str(priority), "object.linger": "true"}
+
+
+class Session:
+    """Its own D-Bus, PipeWire, WirePlumber and PulseAudio socket on folders of its own, with the sinks Speakers (the
+    default) and Headphones. All of it ends with this object, or with this process."""
+
+    def __init__(self, quantum=1024, access="", data_folders=()):
+        """quantum: frames of each cycle. access: arguments of the server's access module. data_folders: for desktop
+        entries, before the system's."""
+        self.folder = Path(tempfile.mkdtemp(prefix="sonvel-session-"))
+        self.processes = {}
+        self.sinks = {}
+        kept = ("PATH", "LANG", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
+        self.environment = {name: os.environ[name] for name in kept if name in os.environ}
+        self.environment |= {
+            "HOME": f"{self.folder}/home", "XDG_RUNTIME_DIR": f"{self.folder}/run",
+            "XDG_CONFIG_HOME": f"{self.folder}/config", "XDG_STATE_HOME": f"{self.folder}/state",
+            "XDG_DATA_HOME": f"{self.folder}/data", "XDG_CACHE_HOME": f"{self.folder}/cache",
+            "XDG_DATA_DIRS": ":".join([*map(str, data_folders), "/usr/local/share", "/usr/share"]),
+            "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.folder}/run/bus", "DISABLE_RTKIT": "y"}
+        for name in ("home", "run", "config", "state", "data", "cache", "bin"):
+            (self.folder / name).mkdir(mode=0o700)
+        self._configure(quantum, access)
+        try:
+            self.start("dbus-daemon", f"--config-file={self.folder}/bus.conf", "--nofork", name="dbus-daemon")
+            wait_until((self.folder / "run/bus").is_socket, what="D-Bus")
+            for daemon in DAEMONS:
+                self._start_daemon(daemon)
+        except BaseException:
+            self.end()
+            raise
+
+    def _configure(self, quantum, access):
+        self._write("bus.conf", _BUS.format(f"{self.folder}/run/bus"))
+        for name, text in _NO_HARDWARE.items():
+            self._write(f"config/wireplumber/{name}", text)
+        clock = {f"default.clock.{name}": quantum for name in ("quantum", "min-quantum", "max-quantum")}
+        sinks = [json.dumps(sink_properties(name, priority, "FL,FR"))
+                 for name, priority in (("Speakers", 1500), ("Headphones", 1000))]
+        self._write("config/pipewire/pipewire.conf.d/50-test.conf",
+                    "context.properties = " + json.dumps({**clock, "vm.overrides": clock}) +
+                    "\ncontext.objects = [ " + " ".join(f"{{ factory = adapter args = {sink} }}" for sink in sinks) + " ]")
+        if access:  # what a file of its own says comes too late for a module
+            text = Path("/usr/share/pipewire/pipewire.conf").read_text()
+            start, rest = text.split("{ name = libpipewire-module-access", 1)
+            self._write("config/pipewire/pipewire.conf", start + "{ name = libpipewire-module-access" +
+                        rest.replace("args = {", "args = {\n" + access, 1))
+
+    def _write(self, name, text):
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+
+    def end(self):
+        for process in reversed(self.processes.values()):
+            process.kill()
+            process.wait()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.end()
+
+    # Programs
+
+    def start(self, program, *arguments, name=None, environment=None, **options):
+        """Starts a program in the session. name: of its log, and of it in self.processes."""
+        name = name or f"{Path(program).name}-{len(self.processes)}"
+        with open(self.folder / f"{name}.log", "ab") as log:
+            options = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log} | options
+            process = subprocess.Popen([program, *map(str, arguments)], env=self.environment | (environment or {}),
+                                       preexec_fn=lambda: _libc.prctl(1, signal.SIGKILL),  # when this process dies
+                                       **options)
+        self.processes[name] = process
+        return process
+
+    def run(self, *command):
+        """What a program that ends by itself prints."""
+        return subprocess.run(list(map(str, command)), env=self.environment, check=True, text=True, timeout=20,
+                              stdout=subprocess.PIPE).stdout
+
+    def log(self, name):
+        return (self.folder / f"{name}.log").read_text(errors="replace")
+
+    def copy_program(self, program, name):
+        """A copy of a program, for a process that the desktop is to see under another name."""
+        copy = self.folder / "bin" / name
+        if not copy.exists():
+            shutil.copy(shutil.which(program) or BINARIES / program, copy)
+        return copy
+
+    def player(self, frequency=1000, amplitude=0.4, program="tone-player", client=None, **options):
+        """A tone player with a stream named "tone", whose node's ID is its attribute node."""
+        player = TonePlayer(self, self.copy_program("tone-player", program), client or {})
+        player.node = player.open("tone", frequency=frequency, amplitude=amplitude, **options)
+        return player
+
+    # Daemons
+
+    def kill(self, daemon):
+        self.processes[daemon].kill()
+        self.processes[daemon].wait()
+        if daemon == "wireplumber":
+            wait_until(lambda: not self.graph.entries(), what="the end of the metadata")
+
+    def stop(self, daemon):
+        """It hangs until it is resumed."""
+        self.processes[daemon].send_signal(signal.SIGSTOP)
+
+    def resume(self, daemon):
+        self.processes[daemon].send_signal(signal.SIGCONT)
+
+    def restart(self, daemon):
+        """Returns when it serves. With PipeWire the other two are restarted, as a desktop does it."""
+        for sink in list(self.sinks.values()):  # WirePlumber can't set up a sink anew that somebody listens to
+            sink.close()
+        daemons = DAEMONS if daemon == "pipewire" else (daemon,)
+        for name in reversed(daemons):
+            self.kill(name)
+        for name in daemons:
+            self._start_daemon(name)
+
+    def _start_daemon(self, daemon):
+        socket = self.folder / "run" / _SOCKETS.get(daemon, "none")
+        socket.unlink(missing_ok=True)
+        self.start(daemon, name=daemon)
+        if daemon in _SOCKETS:
+            wait_until(socket.is_socket, what=daemon)
+        if daemon == "pipewire":
+            self.graph = Graph(self, LineProcess(self, BINARIES / "mixer"))
+        if daemon == "wireplumber":
+            wait_until(self.default_sink, what="a default sink")
+
+    # Sinks and streams
+
+    def sink(self, name="Speakers"):
+        """Listens to a sink, once for all that ask."""
+        if name not in self.sinks:
+            self.sinks[name] = Sink(self, BINARIES / "listener", name)
+        return self.sinks[name]
+
+    def default_sink(self):
+        return json.loads(self.graph.metadata(0, "default.audio.sink") or "{}").get("name")
+
+    def set_default_sink(self, name):
+        self.graph.set_metadata(0, "default.configured.audio.sink", json.dumps({"name": name}), "Spa:String:JSON")
+        wait_until(lambda: self.default_sink() == name, what=f"{name} as the default")
+
+    def add_sink(self, name, position="FL,FR", priority=500):
+        self.run("pw-cli", "create-node", "adapter", json.dumps(sink_properties(name, priority, position)))
+        ports = 2 * len(position.split(","))
+        wait_until(lambda: (node := self.graph.node(name)) and
+                   len(self.graph.objects("Port", **{"node.id": node["id"]})) == ports, what=f"the sink {name}")
+
+    def remove_sink(self, name):
+        self.run("pw-cli", "destroy", self.graph.node(name)["id"])
+        wait_until(lambda: not self.graph.node(name), what=f"the end of {name}")
+
+    def move(self, stream, sink, keys=("target.node", "target.object")):
+        """Sends a stream (its node's ID) to a sink, as mixers do it."""
+        target = self.graph.node(sink)
+        for key in keys:
+            self.graph.set_metadata(stream, key, target["id" if key == "target.node" else "object.serial"])
