@@ -1,5 +1,5 @@
 #include "expect.h"
-#include "updater/address_policy.h"
+#include "updater/appcast.h"
 #include "updater/update_feed_configuration.h"
 
 #include <QByteArray>

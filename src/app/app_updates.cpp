@@ -3,13 +3,18 @@
 #include "ui/updates/update_window.h"
 
 #include <QCoreApplication>
-#include <QStandardPaths>
 #include <QSysInfo>
 #include <QVersionNumber>
 
 namespace sonvel {
 
 namespace {
+
+/// A maker says so of a build that is one file; without it only a running AppImage counts as one.
+bool isMarkedAsOneFile(const BundleInformation& bundle) {
+  const auto mark = bundle.objectForInfoKey("AppUpdateReplacesProgramFile");
+  return mark == BundleInformation::InfoObject(true);
+}
 
 updater::UpdaterEnvironment updaterEnvironment(const AppUpdates::Environment& environment,
                                                updater::PackageInstaller& packageInstaller) {
@@ -19,11 +24,11 @@ updater::UpdaterEnvironment updaterEnvironment(const AppUpdates::Environment& en
           .relaunch = environment.relaunch,
           .requestQuit = environment.requestQuit,
           .calendarTime = &std::chrono::system_clock::now,
-          .installation = updater::ownInstallation(),
+          .installation = updater::ownInstallation(isMarkedAsOneFile(environment.bundle)),
+          .product = QString::fromStdString(environment.bundle.bundleIdentifier().value_or(std::string())),
           .installedVersion = QCoreApplication::applicationVersion(),
           .systemVersion = QVersionNumber::fromString(QSysInfo::kernelVersion()).toString(),
-          .downloadFolder =
-              QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + QStringLiteral("/updates")};
+          .architecture = QSysInfo::buildCpuArchitecture()};
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 #include "platform/clock.h"
 #include "platform/preferences.h"
 #include "updater/appcast_updater.h"
-#include "updater/desktop_package_installer.h"
+#include "updater/package_installer.h"
 #include "updater/relaunch.h"
 #include "updater/sparkle_update_controller.h"
 
@@ -14,7 +14,7 @@
 
 namespace sonvel {
 
-/// The program's updates as the model knows them, with everything that they need of the program. Main thread.
+/// Joins the updater with the program. What the model sees of it is UpdateChecking. Main thread.
 class AppUpdates final : public UpdateChecking {
  public:
   /// What the updates need of the program; the referents outlive them.

@@ -24,7 +24,7 @@ enum class UpdateStage {
   failed,
 };
 
-/// What can keep an update from being found, fetched or installed.
+/// What can keep an update from being found, fetched or installed, and what can undo it.
 enum class UpdateFailure {
   noNetwork,
   insecureConnection,
@@ -34,31 +34,34 @@ enum class UpdateFailure {
   insecureRedirect,
   tooManyRedirects,
   feedTooLarge,
+  feedNotSigned, ///< by none of this build's keys
   feedUnreadable,
-  feedNotFeed,
-  feedWithEntities,
+  feedOfOtherProgram,
+  feedExpired,
+  feedOlderThanSeen, ///< the feed itself, or all that it offers
   insecureDownload,
-  downloadWithoutLength,
-  downloadWithoutSignature,
+  incompleteOffer, ///< an item without a usable version, length, hash or architecture
   downloadTooLarge,
   wrongLength,
-  wrongSignature,
-  noFolder,
-  diskFull,
-  changedAfterCheck,
+  wrongContent,
+  noSpace,
   wrongKindOfFile,
   cannotReplace,
   noPackageInstaller,
+  newVersionNotStarted, ///< undone, as the next two: the previous version is back
+  newVersionNotReady,
+  newVersionDied,
 };
 
 /// All that there is to show of an update.
 struct UpdateState {
   UpdateStage stage = UpdateStage::idle;
-  bool isVisible = false; ///< whether the user is to see it: what they asked for, and what they may take
+  bool isVisible = false; ///< the user asked for it, or there is something they may take
+  bool isUnasked = false; ///< it came up by itself: no key may act on it before the user turns to it
   bool isPackage = false; ///< it goes to a package installer
   std::string installedVersion;
-  std::string offeredVersion; ///< as people read it; from stage available on
-  std::string notes;          ///< plain text, never to be shown as anything else; may be empty
+  std::string offeredVersion; ///< for people: one line of at most 64 characters; from stage available on
+  std::string notes;          ///< plain text without control or direction characters; may be empty
   std::int64_t receivedBytes = 0;
   std::int64_t totalBytes = 0;
   std::optional<UpdateFailure> failure; ///< of stage failed
@@ -66,19 +69,19 @@ struct UpdateState {
   friend bool operator==(const UpdateState&, const UpdateState&) = default;
 };
 
-/// Hears of an update. Main thread.
+/// Is told about an update. Main thread.
 class UpdateObserver {
  public:
   virtual ~UpdateObserver() = default;
 
-  /// The session's state is another one.
+  /// The session's state has changed.
   virtual void updateStateChanged() = 0;
 
   /// The user asked again for what they see already.
   virtual void updateAttentionWanted() = 0;
 };
 
-/// One update after another, from the check to the installation, as its user steers it. Main thread.
+/// The updates of this program, from the check to the installation, as the user controls them. Main thread.
 class UpdateSession {
  public:
   virtual ~UpdateSession() = default;
@@ -90,12 +93,11 @@ class UpdateSession {
   /// a failure. Nothing in the other stages. Does not wait.
   virtual void proceed() = 0;
 
-  /// The user wants none of it, or has seen it: stops what runs, deletes what was downloaded, and is idle
-  /// again. What can no longer be stopped goes on, and what is left to show of it stays. Does not wait.
+  /// The user declines, or has read the result: stops the work, drops the download, and is idle again. An
+  /// installation that can no longer be stopped goes on and stays visible. Does not wait.
   virtual void cancel() = 0;
 
-  /// Tells `observer`, which lives longer than the session or until another one is set, of every change from
-  /// now on. Null: nobody.
+  /// Tells `observer` about every change from now on. It must live until another one, or null, is set.
   virtual void setObserver(UpdateObserver* observer) noexcept = 0;
 };
 

@@ -18,24 +18,26 @@ class UpdaterDelegate {
 };
 
 /// Checks a feed of releases, and downloads, verifies and installs the one that the user takes. It checks by
-/// itself once a day for as long as it exists, and remembers over the program's end when it did last. What it
-/// finds and what goes wrong it tells the user in a window of its own.
+/// itself once a day, counted over all runs of the program, and shows results and failures in its own window.
 class StandardUpdater {
  public:
   virtual ~StandardUpdater() = default;
 
-  /// Looks for an update at once because the user wants it to: the window comes up and says how it ends,
-  /// whatever the outcome. Returns before the check has begun. Main thread.
+  /// Checks at once because the user asked for it; the window opens and shows the result, whatever it is.
+  /// Returns before the check has begun. Main thread.
   virtual void checkForUpdates() = 0;
 };
 
-/// Where updates come from and what proves that they are ours.
+/// Where updates come from and whose signature they need.
 struct UpdateSource {
   /// The feed's address: https, or http to a local host, which then holds for the downloads it names too.
   std::string feedURL;
 
-  /// Base64 of the 32 bytes of an Ed25519 public key.
+  /// Base64 of the 32 bytes of an Ed25519 public key, which has to have signed the feed.
   std::string publicKey;
+
+  /// A second such key, whose signature is as good, so that the first can be replaced. Empty: none.
+  std::string additionalPublicKey = {};
 
   friend bool operator==(const UpdateSource&, const UpdateSource&) = default;
 };

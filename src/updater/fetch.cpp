@@ -18,8 +18,9 @@ QNetworkRequest networkRequest(const QUrl& address) {
   network.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+  network.setAttribute(QNetworkRequest::Http2AllowedAttribute, false); // Qt 6.4.2's has known faults
   network.setRawHeader("User-Agent", "Sonvel");
-  // Named by us, an encoding is not undone on the way: what is counted and kept is what was sent.
+  // With an encoding set by us, Qt doesn't decode: the bytes that are counted are those that were sent.
   network.setRawHeader("Accept-Encoding", "identity");
   return network;
 }
@@ -31,7 +32,7 @@ UpdateFailure failureOf(QNetworkReply::NetworkError error) {
   case QNetworkReply::RemoteHostClosedError:
     return UpdateFailure::interrupted;
   default:
-    // Below this value are faults of the connection and of proxies, above it refusals of the server.
+    // Values below this one are faults of the connection and of proxies, those from it on are the server's.
     return error < QNetworkReply::ContentAccessDenied ? UpdateFailure::noNetwork
                                                       : UpdateFailure::serverRefused;
   }
@@ -41,7 +42,7 @@ int statusOf(const QNetworkReply& reply) {
   return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-/// A reply that is no longer wanted, which may be in the middle of a signal.
+/// Drops a reply that may be emitting a signal just now.
 void dropReply(QNetworkReply* reply) {
   QObject::disconnect(reply, nullptr, nullptr, nullptr);
   reply->abort();
@@ -81,9 +82,9 @@ void Fetch::restartStallTimer() {
   stallTimer_ = clock_.callAfter(request_.stallTimeout, relay_.bind([this] { end(UpdateFailure::tooSlow); }));
 }
 
-/// False once that has ended the fetch, which may be gone then.
+/// False if that has ended the fetch, which may be deleted by then.
 bool Fetch::readArrived() {
-  // What an answer with another status says is not what was asked for, however much it is.
+  // The body of any other status is not the file that was asked for.
   if (statusOf(*reply_) != kStatusOk) {
     reply_->skip(reply_->bytesAvailable());
     return true;

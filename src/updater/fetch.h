@@ -2,8 +2,8 @@
 
 #include "platform/clock.h"
 #include "platform/update_session.h"
-#include "updater/address_policy.h"
-#include "updater/relay.h"
+#include "updater/appcast.h"
+#include "updater/main_thread.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -24,8 +24,8 @@ struct FetchRequest {
   Clock::Duration totalTimeout;
 };
 
-/// One file on its way from a server. Follows up to five redirects within its policy, takes only a complete
-/// answer with status 200, and keeps no more than 256 KiB in memory. Destroying it cancels. Main thread.
+/// Gets one file from a server, by HTTP/1.1. Follows up to five redirects within its policy, takes only a
+/// complete answer with status 200, and buffers at most 256 KiB. Destroying it cancels. Main thread.
 class Fetch {
  public:
   using Failure = std::optional<UpdateFailure>;
@@ -55,12 +55,12 @@ class Fetch {
   FetchRequest request_;
   Sink sink_;
   Done done_;
-  Relay relay_;
   std::unique_ptr<QNetworkReply, void (*)(QNetworkReply*)> reply_;
   std::unique_ptr<Timer> stallTimer_;
   std::unique_ptr<Timer> totalTimer_;
   qint64 receivedBytes_ = 0;
   int redirects_ = 0;
+  Relay relay_{onMainThread()};
 };
 
 } // namespace sonvel::updater

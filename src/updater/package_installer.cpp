@@ -1,36 +1,92 @@
 #include "updater/package_installer.h"
 
-#include "updater/file_writing.h"
+#include "updater/relaunch.h"
 
-#include <cerrno>
-#include <system_error>
+#include <gio/gio.h>
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusReply>
+#include <limits>
+#include <utility>
 
 namespace sonvel::updater {
 namespace {
 
-/// The file name's end for a package, by which installers know it; null for anything else.
-const char* packageSuffix(const QByteArray& bytes) {
-  if (bytes.startsWith("!<arch>\ndebian-binary")) return ".deb";
-  if (bytes.startsWith("\xed\xab\xee\xdb")) return ".rpm";
-  return nullptr;
+const QString kService = QStringLiteral("org.freedesktop.PackageKit");
+const QString kPath = QStringLiteral("/org/freedesktop/PackageKit");
+const QString kInterface = QStringLiteral("org.freedesktop.PackageKit.Modify2");
+const QString kDesktopEntry = QStringLiteral("com.quellmarsh.sonvel");
+
+struct Release {
+  void operator()(gpointer object) const { g_object_unref(object); }
+
+  void operator()(char* text) const { g_free(text); }
+};
+
+template <typename Type> using GPtr = std::unique_ptr<Type, Release>;
+
+/// With this program's environment as it was before an AppImage changed it.
+GPtr<GAppLaunchContext> launchContext() {
+  GPtr<GAppLaunchContext> context(g_app_launch_context_new());
+  const QProcessEnvironment own = QProcessEnvironment::systemEnvironment();
+  const QProcessEnvironment outside = environmentOutsideImage(own);
+  for (const QString& name : own.keys()) {
+    if (outside.contains(name))
+      g_app_launch_context_setenv(context.get(), qPrintable(name), qPrintable(outside.value(name)));
+    else
+      g_app_launch_context_unsetenv(context.get(), qPrintable(name));
+  }
+  return context;
+}
+
+/// False if this user's desktop has no application for files of that type, or it can't be started. The type
+/// is told by the content, as the path has no suffix.
+bool openWithDefaultApplication(const VerifiedUpdate& package) {
+  const auto* content = reinterpret_cast<const guchar*>(package.bytes().data());
+  const GPtr<char> type(g_content_type_guess(nullptr, content, package.bytes().size(), nullptr));
+  const GPtr<GAppInfo> application(type ? g_app_info_get_default_for_type(type.get(), FALSE) : nullptr);
+  if (!application) return false;
+  const GPtr<GFile> file(g_file_new_for_path(package.path().c_str()));
+  GList files{.data = file.get(), .next = nullptr, .prev = nullptr};
+  return g_app_info_launch(application.get(), &files, launchContext().get(), nullptr) != FALSE;
 }
 
 } // namespace
 
-std::variant<std::filesystem::path, UpdateFailure>
-writePackage(const std::filesystem::path& folder, const VerifiedUpdate& update, PointOfNoReturn& point) {
-  const char* suffix = packageSuffix(update.bytes());
-  if (suffix == nullptr) return UpdateFailure::wrongKindOfFile;
-  const std::filesystem::path package = folder / (std::string("sonvel-update") + suffix);
-  const FileDescriptor output = createFile(package);
-  if (!output.isOpen() || !writeAll(output.get(), update.bytes()))
-    return failureOfWriting(errno, UpdateFailure::noFolder);
-  if (!point.pass()) {
-    // Whoever called off has deleted the folder, or found it not empty when this file came into it.
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-  }
-  return package;
+bool isPackage(const VerifiedUpdate& update) {
+  return update.startsWith("!<arch>\ndebian-binary") || update.startsWith("\xed\xab\xee\xdb");
+}
+
+DesktopPackageInstaller::DesktopPackageInstaller(QDBusConnection session)
+    : session_(std::move(session)) {}
+
+bool DesktopPackageInstaller::install(std::shared_ptr<const VerifiedUpdate> package) {
+  package_ = std::move(package);
+  if (!hasService()) return openWithDefaultApplication(*package_);
+  callService();
+  return true;
+}
+
+bool DesktopPackageInstaller::hasService() const {
+  const QDBusConnectionInterface* bus = session_.interface();
+  if (bus == nullptr) return false;
+  return bus->isServiceRegistered(kService).value() ||
+         bus->activatableServiceNames().value().contains(kService);
+}
+
+void DesktopPackageInstaller::callService() {
+  QDBusMessage call =
+      QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("InstallPackageFiles"));
+  const QString path = QString::fromStdString(package_->path().string());
+  call.setArguments({QStringList{path}, QString(), kDesktopEntry, QVariantMap()});
+  // The answer comes when the user is done with it.
+  auto watcher =
+      std::make_unique<QDBusPendingCallWatcher>(session_.asyncCall(call, std::numeric_limits<int>::max()));
+  QDBusPendingCallWatcher* pending = watcher.release(); // deletes itself when the answer is there
+  QObject::connect(pending, &QDBusPendingCallWatcher::finished, pending,
+                   [package = package_, pending] { pending->deleteLater(); });
 }
 
 } // namespace sonvel::updater

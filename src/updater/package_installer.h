@@ -1,30 +1,44 @@
 #pragma once
 
-#include "platform/update_session.h"
-#include "updater/program_file.h"
-#include "updater/verification.h"
+#include "updater/update_file.h"
 
+#include <QDBusConnection>
 #include <filesystem>
 #include <functional>
-#include <optional>
+#include <memory>
 
 namespace sonvel::updater {
 
-/// The program with which this desktop lets its user install packages. It asks for whatever rights it needs;
-/// this program never does. Main thread.
+/// Whether `update` is a package of a kind that installers know: .deb or .rpm.
+bool isPackage(const VerifiedUpdate& update);
+
+/// The program with which this desktop lets its user install packages. It asks for the rights it needs; this
+/// program never does. Main thread.
 class PackageInstaller {
  public:
   virtual ~PackageInstaller() = default;
 
-  /// Hands over a package that is verified. False if nothing takes it. Calls `finished` once, after it has
-  /// returned true, when the file is no longer needed; not at all where nobody says so.
-  virtual bool install(const std::filesystem::path& package, std::function<void()> finished) = 0;
+  /// Hands over a verified package by a path that leads to the open file itself. False if nothing takes it.
+  /// Keeps `package` until the installer says that it is done, or to the end of this program where none says
+  /// so.
+  virtual bool install(std::shared_ptr<const VerifiedUpdate> package) = 0;
 };
 
-/// A package of this system's kinds, written to `folder` from verified bytes; none of any other kind
-/// (wrongKindOfFile), or the failure to write it. If it was called off by then, `folder` is gone and nobody
-/// wants the result. Any thread; blocks.
-std::variant<std::filesystem::path, UpdateFailure>
-writePackage(const std::filesystem::path& folder, const VerifiedUpdate& update, PointOfNoReturn& point);
+/// The session's org.freedesktop.PackageKit service where there is one, else the application that the desktop
+/// opens packages with.
+class DesktopPackageInstaller final : public PackageInstaller {
+ public:
+  explicit DesktopPackageInstaller(QDBusConnection session = QDBusConnection::sessionBus());
+
+  /// Asks the session bus for its services, and waits for the answer.
+  bool install(std::shared_ptr<const VerifiedUpdate> package) override;
+
+ private:
+  bool hasService() const;
+  void callService();
+
+  QDBusConnection session_;
+  std::shared_ptr<const VerifiedUpdate> package_;
+};
 
 } // namespace sonvel::updater

@@ -1,20 +1,32 @@
 #include "updater/sparkle_update_controller.h"
 
-#include "updater/sonvel_sparkle_channel_delegate.h"
 #include "updater/update_feed_configuration.h"
 
+#include <variant>
+
 namespace sonvel {
+namespace {
+
+/// The key that a maker changes to, or from. Updates work without it, so a text that is no key counts for
+/// nothing.
+std::string additionalKeyOf(const BundleInformation& bundle) {
+  const auto value = bundle.objectForInfoKey("AppUpdateAdditionalPublicEDKey");
+  const std::string* text = value ? std::get_if<std::string>(&*value) : nullptr;
+  return text ? QString::fromStdString(*text).trimmed().toStdString() : std::string();
+}
+
+} // namespace
 
 SparkleUpdateController::SparkleUpdateController(const BundleInformation& bundle, UpdaterProvider& updaters) {
   const auto configuration = UpdateFeedConfiguration::fromBundle(bundle);
   if (!configuration) return;
   channelDelegate_ =
       std::make_shared<const SonvelSparkleChannelDelegate>(sparkleAllowedChannels(configuration->channel));
-  updater_ = updaters.startUpdater(
-      {configuration->feedURL.toEncoded().toStdString(), configuration->publicKey}, channelDelegate_);
+  updater_ = updaters.startUpdater({.feedURL = configuration->feedURL.toEncoded().toStdString(),
+                                    .publicKey = configuration->publicKey,
+                                    .additionalPublicKey = additionalKeyOf(bundle)},
+                                   channelDelegate_);
 }
-
-SparkleUpdateController::~SparkleUpdateController() = default;
 
 void SparkleUpdateController::checkForUpdates() {
   if (updater_) updater_->checkForUpdates();

@@ -4,10 +4,23 @@
 #include "platform/updater.h"
 
 #include <memory>
+#include <set>
+#include <string>
+#include <utility>
 
 namespace sonvel {
 
-class SonvelSparkleChannelDelegate;
+/// Keeps an updater to the channels that a build follows. The set never changes, so any thread may ask.
+class SonvelSparkleChannelDelegate final : public UpdaterDelegate {
+ public:
+  explicit SonvelSparkleChannelDelegate(std::set<std::string> allowedChannels)
+      : allowedChannels_(std::move(allowedChannels)) {}
+
+  std::set<std::string> allowedChannels(const StandardUpdater&) const override { return allowedChannels_; }
+
+ private:
+  const std::set<std::string> allowedChannels_;
+};
 
 /// The program's updates: on for a build that carries a valid update configuration, off for the whole run for
 /// every other. Main thread.
@@ -16,7 +29,6 @@ class SparkleUpdateController {
   /// Starts an updater of `updaters` if `bundle` has a valid configuration, and asks `updaters` for nothing
   /// otherwise. Both are used in this call only.
   SparkleUpdateController(const BundleInformation& bundle, UpdaterProvider& updaters);
-  ~SparkleUpdateController();
   SparkleUpdateController(const SparkleUpdateController&) = delete;
   SparkleUpdateController& operator=(const SparkleUpdateController&) = delete;
 

@@ -1,9 +1,20 @@
 #include "updater/update_cycle.h"
 
+#include <charconv>
 #include <utility>
 
 namespace sonvel::updater {
 namespace {
+
+using std::chrono::hours;
+using std::chrono::minutes;
+using std::chrono::seconds;
+
+constexpr qint64 kMaximumFeedBytes = 4LL * 1024 * 1024;
+constexpr Clock::Duration kStallTimeout = seconds(30);
+
+const std::string kSeenCounterKey = "com.quellmarsh.sonvel.updateFeedCounter";
+const std::string kSeenVersionKey = "com.quellmarsh.sonvel.updateNewestVersion";
 
 bool isBusyWithUpdate(UpdateStage stage) {
   switch (stage) {
@@ -19,23 +30,39 @@ bool isBusyWithUpdate(UpdateStage stage) {
   }
 }
 
-/// What a second verification's failure means: the first had passed.
-std::optional<UpdateFailure>
-failureOfChange(const std::variant<VerifiedUpdate, UpdateFailure>& verification) {
-  if (std::holds_alternative<VerifiedUpdate>(verification)) return std::nullopt;
-  return UpdateFailure::changedAfterCheck;
-}
-
 } // namespace
 
-UpdateCycle::UpdateCycle(const UpdaterEnvironment& environment, QUrl feed, std::optional<PublicKey> key,
+qint64 SeenReleases::counter() const {
+  const std::string text = preferences_.stringForKey(kSeenCounterKey).value_or(std::string());
+  qint64 counter = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), counter);
+  return error == std::errc() && end == text.data() + text.size() ? counter : 0;
+}
+
+std::optional<ProgramVersion> SeenReleases::version() const {
+  const auto text = preferences_.stringForKey(kSeenVersionKey);
+  return text ? ProgramVersion::parse(QString::fromStdString(*text)) : std::nullopt;
+}
+
+void SeenReleases::noteCounter(qint64 counter) {
+  if (counter > this->counter()) preferences_.setString(std::to_string(counter), kSeenCounterKey);
+}
+
+void SeenReleases::noteVersion(const QString& version) {
+  const auto noted = this->version();
+  const auto parsed = ProgramVersion::parse(version);
+  if (parsed && (!noted || *parsed > *noted)) preferences_.setString(version.toStdString(), kSeenVersionKey);
+}
+
+UpdateCycle::UpdateCycle(const UpdaterEnvironment& environment, QUrl feed, QList<PublicKey> keys,
                          AllowedChannels allowedChannels, CheckEnded checkEnded)
     : environment_(environment)
     , feed_(std::move(feed))
-    , key_(key)
+    , keys_(std::move(keys))
     , allowedChannels_(std::move(allowedChannels))
     , checkEnded_(std::move(checkEnded))
-    , relay_(std::make_unique<Relay>()) {
+    , seen_(environment.preferences)
+    , relay_(std::make_unique<Relay>(onMainThread())) {
   state_.installedVersion = environment_.installedVersion.toStdString();
   state_.isPackage = environment_.installation.kind == Installation::Kind::package;
 }
@@ -45,17 +72,37 @@ UpdateCycle::~UpdateCycle() {
 }
 
 void UpdateCycle::check(Asker asker) {
-  if (asker == Asker::user && state_.isVisible && observer_ != nullptr) observer_->updateAttentionWanted();
-  if (isBusyWithUpdate(state_.stage)) return;
+  if (asker == Asker::user) {
+    state_.isUnasked = false;
+    if (state_.isVisible && observer_ != nullptr) observer_->updateAttentionWanted();
+  }
+  if (isBusyWithUpdate(state_.stage)) return tellChange();
   state_.isVisible = state_.isVisible || asker == Asker::user;
   if (state_.stage == UpdateStage::checking) return tellChange();
-  // What the user reads stays until they close it or ask for more.
+  // What the user is reading stays until they close it or ask for more.
   if (asker == Asker::schedule && state_.isVisible) return;
+  state_.isUnasked = asker == Asker::schedule;
   discardWork();
-  feedCheck_ =
-      std::make_unique<FeedCheck>(network_, environment_.clock, feed_,
-                                  [this](const FeedCheck::Outcome& outcome) { showChoice(outcome); });
+  const FetchRequest request{.address = feed_,
+                             .policy = policyOfFeed(feed_),
+                             .maximumBytes = kMaximumFeedBytes,
+                             .tooLarge = UpdateFailure::feedTooLarge,
+                             .stallTimeout = kStallTimeout,
+                             .totalTimeout = minutes(2)};
+  fetch_ = std::make_unique<Fetch>(
+      network_, environment_.clock, request,
+      [this](const QByteArray& piece) {
+        feedText_.append(piece);
+        return std::optional<UpdateFailure>();
+      },
+      [this](std::optional<UpdateFailure> failure) { endCheck(failure); });
   enter(UpdateStage::checking);
+}
+
+void UpdateCycle::showReturn(UpdateFailure reason) {
+  state_.isVisible = true;
+  state_.isUnasked = true;
+  fail(reason);
 }
 
 void UpdateCycle::proceed() {
@@ -94,25 +141,53 @@ void UpdateCycle::fail(UpdateFailure failure) {
   enter(UpdateStage::failed);
 }
 
-void UpdateCycle::showChoice(const FeedCheck::Outcome& outcome) {
-  const FeedCheck::Outcome result = outcome; // the check goes with what it told
-  feedCheck_.reset();
-  const Appcast* appcast = std::get_if<Appcast>(&result);
-  if (checkEnded_) checkEnded_(appcast != nullptr);
-  if (appcast == nullptr) return fail(std::get<UpdateFailure>(result));
+QDateTime UpdateCycle::now() const {
+  return QDateTime::fromSecsSinceEpoch(
+      std::chrono::duration_cast<seconds>(environment_.calendarTime().time_since_epoch()).count(), Qt::UTC);
+}
 
-  const auto installed = ProgramVersion::parse(environment_.installedVersion);
-  const auto system = ProgramVersion::parse(environment_.systemVersion);
-  if (!installed || !system) return enter(UpdateStage::upToDate);
-  const Choice choice = chooseUpdate(
-      *appcast, {.installed = *installed, .allowedChannels = allowedChannels_(), .system = *system});
+void UpdateCycle::endCheck(std::optional<UpdateFailure> failure) {
+  fetch_.reset();
+  const auto read = failure ? *failure : readFeed();
+  if (const auto* fault = std::get_if<UpdateFailure>(&read)) {
+    if (checkEnded_) checkEnded_(false);
+    return fail(*fault);
+  }
+  const Choice choice = choose(std::get<Appcast>(read));
+  if (checkEnded_) checkEnded_(!choice.fault);
   if (choice.item) return offer(*choice.item);
+  if (choice.fault) return fail(*choice.fault);
   enter(choice.needsNewerSystem ? UpdateStage::needsNewerSystem : UpdateStage::upToDate);
 }
 
+/// Nothing of the feed is looked at before its signature.
+std::variant<Appcast, UpdateFailure> UpdateCycle::readFeed() {
+  const auto verified = verifiedFeed(std::exchange(feedText_, QByteArray()), keys_);
+  if (!verified) return UpdateFailure::feedNotSigned;
+  auto appcast = readAppcast(*verified);
+  if (!appcast) return UpdateFailure::feedUnreadable;
+  if (appcast->product != environment_.product) return UpdateFailure::feedOfOtherProgram;
+  if (appcast->counter < seen_.counter()) return UpdateFailure::feedOlderThanSeen;
+  seen_.noteCounter(appcast->counter);
+  if (appcast->expires <= now()) return UpdateFailure::feedExpired;
+  return *std::move(appcast);
+}
+
+Choice UpdateCycle::choose(const Appcast& appcast) const {
+  const auto installed = ProgramVersion::parse(environment_.installedVersion);
+  const auto system = ProgramVersion::parse(environment_.systemVersion);
+  if (!installed || !system) return {};
+  return chooseUpdate(appcast, {.installed = *installed,
+                                .newestSeen = seen_.version(),
+                                .allowedChannels = allowedChannels_(),
+                                .system = *system,
+                                .architecture = environment_.architecture,
+                                .policy = policyOfFeed(feed_),
+                                .now = now()});
+}
+
 void UpdateCycle::offer(const AppcastItem& item) {
-  // A faulty offer is the feed's matter: nobody is asked to take it first.
-  if (const auto fault = faultOf(item, policyOfFeed(feed_))) return fail(*fault);
+  seen_.noteVersion(item.version);
   item_ = item;
   state_.offeredVersion = item.shortVersion.toStdString();
   state_.notes = item.notes.toStdString();
@@ -123,58 +198,53 @@ void UpdateCycle::offer(const AppcastItem& item) {
 }
 
 void UpdateCycle::download() {
-  const auto progress = [this](qint64 receivedBytes) {
-    state_.receivedBytes = receivedBytes;
-    tellChange();
-  };
-  download_ = std::make_unique<UpdateDownload>(
-      network_, environment_.clock, environment_.downloadFolder, item_, policyOfFeed(feed_), progress,
-      [this](std::optional<UpdateFailure> failure) { verify(failure); });
+  file_ = std::make_unique<UpdateFile>();
+  const FetchRequest request{.address = item_.address,
+                             .policy = policyOfFeed(feed_),
+                             .maximumBytes = item_.length,
+                             .tooLarge = UpdateFailure::wrongLength,
+                             .stallTimeout = kStallTimeout,
+                             .totalTimeout = hours(2)};
+  fetch_ = std::make_unique<Fetch>(
+      network_, environment_.clock, request,
+      [this](const QByteArray& piece) {
+        const auto failure = file_->append(piece);
+        state_.receivedBytes = file_->size();
+        tellChange();
+        return failure;
+      },
+      [this](std::optional<UpdateFailure> failure) { failure ? fail(*failure) : verify(); });
   enter(UpdateStage::downloading);
 }
 
-void UpdateCycle::verify(std::optional<UpdateFailure> failure) {
-  if (failure) return fail(*failure);
-  if (!key_) return fail(UpdateFailure::wrongSignature);
-  relay_->runAside<std::optional<UpdateFailure>>(
-      [file = download_->file(), expected = expectation(), key = *key_]() -> std::optional<UpdateFailure> {
-        const Verification verification = verifyFile(file, expected, key);
-        if (const auto* wrong = std::get_if<UpdateFailure>(&verification)) return *wrong;
-        return std::nullopt;
-      },
-      [this](std::optional<UpdateFailure> wrong) {
-        if (wrong) return fail(*wrong);
-        enter(UpdateStage::ready);
-      });
+void UpdateCycle::verify() {
+  fetch_.reset();
+  if (file_->size() != item_.length) return fail(UpdateFailure::wrongLength);
+  using Verified = std::shared_ptr<const VerifiedUpdate>;
+  const auto work = [file = std::shared_ptr<UpdateFile>(std::move(file_)), hash = item_.hash] {
+    return std::move(*file).verify(hash);
+  };
+  runAside<Verified>(*relay_, work, [this](Verified verified) {
+    if (!verified) return fail(UpdateFailure::wrongContent);
+    verified_ = std::move(verified);
+    enter(UpdateStage::ready);
+  });
   enter(UpdateStage::verifying);
 }
 
 void UpdateCycle::install() {
-  if (!key_) return fail(UpdateFailure::wrongSignature);
-  const auto verifyAgain = [file = download_->file(), expected = expectation(), key = *key_] {
-    return verifyFile(file, expected, key);
-  };
-  point_ = std::make_shared<PointOfNoReturn>();
   if (state_.isPackage) {
-    using Package = std::variant<std::filesystem::path, UpdateFailure>;
-    const std::filesystem::path folder = download_->file().parent_path();
-    relay_->runAside<Package>(
-        [verifyAgain, folder, point = point_]() -> Package {
-          const Verification verification = verifyAgain();
-          if (const auto changed = failureOfChange(verification)) return *changed;
-          return writePackage(folder, std::get<VerifiedUpdate>(verification), *point);
-        },
-        [this](const Package& package) { finishPackage(package); });
-  } else {
-    relay_->runAside<std::optional<UpdateFailure>>(
-        [verifyAgain, program = environment_.installation.program,
-         point = point_]() -> std::optional<UpdateFailure> {
-          const Verification verification = verifyAgain();
-          if (const auto changed = failureOfChange(verification)) return *changed;
-          return replaceProgram(program, std::get<VerifiedUpdate>(verification), *point);
-        },
-        [this](std::optional<UpdateFailure> failure) { finishProgram(failure); });
+    if (!isPackage(*verified_)) return fail(UpdateFailure::wrongKindOfFile);
+    if (!environment_.packageInstaller.install(verified_)) return fail(UpdateFailure::noPackageInstaller);
+    discardWork();
+    return enter(UpdateStage::handedOver);
   }
+  point_ = std::make_shared<PointOfNoReturn>();
+  const auto work = [update = verified_, program = environment_.installation.program, point = point_] {
+    return replaceProgram(program, *update, *point);
+  };
+  runAside<std::optional<UpdateFailure>>(
+      *relay_, work, [this](std::optional<UpdateFailure> failure) { finishProgram(failure); });
   enter(UpdateStage::installing);
 }
 
@@ -186,24 +256,12 @@ void UpdateCycle::finishProgram(std::optional<UpdateFailure> failure) {
   environment_.requestQuit();
 }
 
-void UpdateCycle::finishPackage(const std::variant<std::filesystem::path, UpdateFailure>& package) {
-  if (const auto* failure = std::get_if<UpdateFailure>(&package)) return fail(*failure);
-  // The folder goes when the installer is done with it, or at the next start where nobody says when.
-  const std::shared_ptr<DownloadFolder> folder = download_->takeFolder();
-  folder->keep();
-  const auto finished = [folder] { folder->remove(); };
-  if (!environment_.packageInstaller.install(std::get<std::filesystem::path>(package), finished)) {
-    folder->remove();
-    return fail(UpdateFailure::noPackageInstaller);
-  }
-  discardWork();
-  enter(UpdateStage::handedOver);
-}
-
 void UpdateCycle::discardWork() {
-  relay_ = std::make_unique<Relay>();
-  feedCheck_.reset();
-  download_.reset();
+  relay_ = std::make_unique<Relay>(onMainThread());
+  fetch_.reset();
+  feedText_.clear();
+  file_.reset();
+  verified_.reset();
   point_.reset();
 }
 

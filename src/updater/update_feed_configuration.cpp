@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <string_view>
+#include <utility>
 
 namespace sonvel {
 namespace {
@@ -75,6 +76,57 @@ std::optional<Value> infoValue(const BundleInformation& bundle, std::string_view
 }
 
 } // namespace
+
+std::string_view rawValue(UpdateChannel channel) noexcept {
+  return channel == UpdateChannel::beta ? "beta" : "stable";
+}
+
+std::optional<UpdateChannel> updateChannel(std::string_view text) noexcept {
+  for (const UpdateChannel channel : kAllUpdateChannels)
+    if (rawValue(channel) == text) return channel;
+  return std::nullopt;
+}
+
+std::set<std::string> sparkleAllowedChannels(UpdateChannel channel) {
+  if (channel == UpdateChannel::stable) return {};
+  return {std::string(rawValue(channel))};
+}
+
+UpdateConfigurationError UpdateConfigurationError::invalidFeedURL(std::string text) {
+  return UpdateConfigurationError(Case::invalidFeedURL, std::move(text));
+}
+
+UpdateConfigurationError UpdateConfigurationError::invalidChannel(std::string text) {
+  return UpdateConfigurationError(Case::invalidChannel, std::move(text));
+}
+
+UpdateConfigurationError UpdateConfigurationError::missingFeedURL() {
+  return UpdateConfigurationError(Case::missingFeedURL);
+}
+
+UpdateConfigurationError UpdateConfigurationError::missingPublicKey() {
+  return UpdateConfigurationError(Case::missingPublicKey);
+}
+
+UpdateConfigurationError UpdateConfigurationError::invalidPublicKey() {
+  return UpdateConfigurationError(Case::invalidPublicKey);
+}
+
+const char* UpdateConfigurationError::what() const noexcept {
+  switch (case_) {
+  case Case::invalidFeedURL:
+    return "The update feed URL must use HTTPS (or explicit localhost development mode).";
+  case Case::invalidChannel:
+    return "The update channel must be stable or beta.";
+  case Case::missingFeedURL:
+    return "No update feed is configured for this build.";
+  case Case::missingPublicKey:
+    return "No Sparkle update signing public key is configured for this build.";
+  case Case::invalidPublicKey:
+    break;
+  }
+  return "The Sparkle update signing public key is invalid.";
+}
 
 UpdateFeedConfiguration::UpdateFeedConfiguration(const std::optional<std::string>& feedURLText,
                                                  const std::optional<std::string>& publicKeyText,

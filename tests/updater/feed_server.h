@@ -13,9 +13,9 @@ class QTcpSocket;
 
 namespace sonvel::updater {
 
-/// What a server says to one request.
+/// The answer to one request.
 struct Answer {
-  /// How it goes on after what has been said.
+  /// What happens to the connection after the body.
   enum class Ending { closed, keptOpen };
 
   int status = 200;
@@ -37,15 +37,9 @@ class FeedServer {
   void setRedirect(const QString& path, const QString& target);
 
   /// Takes no connections from now on.
-  void shutDown();
-
-  /// Takes them again, at the same address.
-  void comeBack();
+  void shutDown() { server_->close(); }
 
   QUrl url(const QString& path) const;
-
-  /// What there is for `path`.
-  Answer answer(const QString& path) const { return answers_.value(path); }
 
   /// How many requests for `path` have come.
   int requestCount(const QString& path) const { return requestCounts_.value(path); }

@@ -1,261 +1,293 @@
-#include "updater/test_certificates.h"
 #include "updater/updater_world.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <QThreadPool>
 
 namespace sonvel::updater {
 namespace {
 
+using std::chrono::hours;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
 
-class RecordingObserver final : public UpdateObserver {
- public:
-  explicit RecordingObserver(std::function<void()> changed = [] {})
-      : changed_(std::move(changed)) {}
-
-  void updateStateChanged() override { changed_(); }
+struct RecordingObserver final : UpdateObserver {
+  void updateStateChanged() override { changed(); }
 
   void updateAttentionWanted() override { ++attentionWanted; }
 
+  std::function<void()> changed = [] {};
   int attentionWanted = 0;
-
- private:
-  std::function<void()> changed_;
 };
 
-/// Whether the feed comes over TLS, or over plain HTTP from a local host as under development.
-class UpdateCycleTest : public testing::TestWithParam<bool> {
- protected:
-  static std::optional<QSslConfiguration> security() {
-    return GetParam() ? std::optional(testCertificates().trusted()) : std::nullopt;
-  }
-};
-
-INSTANTIATE_TEST_SUITE_P(Transports, UpdateCycleTest, testing::Bool(),
-                         [](const auto& parameter) { return parameter.param ? "https" : "localHttp"; });
-
-TEST_P(UpdateCycleTest, takesAnUpdateFromTheCheckToTheRestart) {
-  UpdaterWorld world(security());
+TEST(UpdateCycle, asksTheUserBeforeItDownloadsAndBeforeItInstalls) {
+  UpdaterWorld world;
   world.newFile += QByteArray(4'000'000, 'n');
   world.serveGood();
   world.advanceTo(UpdateStage::available);
-  const UpdateState& state = world.cycle().state();
-  EXPECT_TRUE(state.isVisible);
-  EXPECT_EQ(state.installedVersion, "1.0");
-  EXPECT_EQ(state.offeredVersion, "1.1");
-  EXPECT_EQ(state.notes, "What is new:\n\n\u2022 more");
-  EXPECT_EQ(world.server().requestCount("/update"), 0) << "nothing is downloaded before the user takes it";
+  EXPECT_EQ(world.state().installedVersion, "1.0");
+  EXPECT_EQ(world.state().offeredVersion, "1.1");
+  EXPECT_EQ(world.state().notes, "What is new:\n\n\u2022 more");
+  EXPECT_EQ(world.server().requestCount("/update"), 0);
 
   std::set<qint64> progress;
-  RecordingObserver observer([&] { progress.insert(state.receivedBytes); });
+  RecordingObserver observer;
+  observer.changed = [&] { progress.insert(world.state().receivedBytes); };
   world.cycle().setObserver(&observer);
   world.cycle().proceed();
   ASSERT_TRUE(world.waitFor(UpdateStage::ready));
   EXPECT_GT(progress.size(), 5U);
   EXPECT_EQ(*progress.rbegin(), world.newFile.size());
-  EXPECT_EQ(world.installedProgram(), world.oldFile) << "nothing is installed before the user says so";
+  EXPECT_EQ(world.installedProgram(), world.oldFile);
 
+  world.cycle().check(UpdateCycle::Asker::user);
+  EXPECT_EQ(observer.attentionWanted, 1) << "who asks again sees what there is";
+  EXPECT_EQ(world.checks(), 1);
   world.cycle().proceed();
   ASSERT_TRUE(world.waitFor(UpdateStage::restarting));
   EXPECT_EQ(world.installedProgram(), world.newFile);
   EXPECT_THAT(world.programFolder(), ElementsAre(".program.previous", "program"));
-  EXPECT_THAT(world.downloads(), IsEmpty());
   EXPECT_EQ(world.quitRequests, 1);
   EXPECT_TRUE(world.relaunch.isRequested());
 }
 
-TEST_P(UpdateCycleTest, offersWhatTheChannelAndTheSystemAllow) {
+TEST(UpdateCycle, offersTheNewestThatIsMeantForThisBuild) {
+  UpdaterWorld world;
+  const auto item = [&](const char* version, const char* channel = "", const char* system = "",
+                        const char* architecture = "test-cpu") {
+    FeedItem made = world.item(version);
+    made.channel = QLatin1String(channel);
+    made.minimumSystemVersion = QLatin1String(system);
+    made.architecture = QLatin1String(architecture);
+    return made;
+  };
+  FeedItem faulty = item("1.9");
+  faulty.hash.clear();
+
   struct Case {
     QList<FeedItem> items;
     std::set<std::string> channels;
     UpdateStage stage;
-    std::string version;
+    std::string version = {};
   };
 
-  UpdaterWorld world(security());
-  const auto item = [&](const char* version, const char* channel = "", const char* system = "") {
-    FeedItem made = world.goodItem();
-    made.version = QString::fromLatin1(version);
-    made.channel = QString::fromLatin1(channel);
-    made.minimumSystemVersion = QString::fromLatin1(system);
-    return made;
-  };
   const QList<FeedItem> stableAndBeta{item("1.2-beta", "beta"), item("1.1")};
   const Case cases[] = {
       {stableAndBeta, {}, UpdateStage::available, "1.1"},
       {stableAndBeta, {"beta"}, UpdateStage::available, "1.2-beta"},
-      {{item("1.2-beta", "beta")}, {}, UpdateStage::upToDate, ""},
-      {{item("1.2-beta", "Beta")}, {"beta"}, UpdateStage::upToDate, ""},
+      {{item("1.2-beta", "Beta")}, {"beta"}, UpdateStage::upToDate},
       {{item("1.1"), item("1.3"), item("1.2")}, {}, UpdateStage::available, "1.3"},
-      {{item("1.0")}, {}, UpdateStage::upToDate, ""},
-      {{item("0.9")}, {}, UpdateStage::upToDate, ""},
-      {{item("no version")}, {}, UpdateStage::upToDate, ""},
-      {{}, {}, UpdateStage::upToDate, ""},
-      {{item("1.2", "", "6.2"), item("1.1", "", "6.1")}, {}, UpdateStage::available, "1.1"},
-      {{item("1.2", "", "6.2")}, {}, UpdateStage::needsNewerSystem, ""},
-      {{item("1.2", "", "unreadable")}, {}, UpdateStage::needsNewerSystem, ""},
+      {{faulty, item("1.3")}, {}, UpdateStage::available, "1.3"},
+      {{item("1.4", "", "", "other-cpu"), item("1.3")}, {}, UpdateStage::available, "1.3"},
+      {{item("1.0"), item("0.9")}, {}, UpdateStage::upToDate},
+      {{}, {}, UpdateStage::upToDate},
+      {{item("1.5", "", "6.2"), item("1.4", "", "6.1")}, {}, UpdateStage::available, "1.4"},
+      {{item("1.5", "", "6.2")}, {}, UpdateStage::needsNewerSystem},
+      {{item("1.5", "", "unreadable")}, {}, UpdateStage::needsNewerSystem},
   };
   for (const Case& one : cases) {
-    world.serveFeed(UpdaterWorld::feedOf(one.items));
-    world.allowedChannels = one.channels;
-    world.cycle().check(UpdateCycle::Asker::user);
-    ASSERT_TRUE(world.waitFor(one.stage)) << one.version;
-    if (!one.version.empty()) {
-      EXPECT_EQ(world.cycle().state().offeredVersion, one.version);
-    }
-    EXPECT_TRUE(world.cycle().state().isVisible);
+    world.preferences.texts.clear();
+    world.channels = std::make_shared<SonvelSparkleChannelDelegate>(one.channels);
+    world.start();
+    world.serve({.items = one.items});
+    world.advanceTo(one.stage);
+    EXPECT_TRUE(one.version.empty() || world.state().offeredVersion == one.version) << one.version;
+  }
+}
+
+TEST(UpdateCycle, takesASignatureOfEitherKey) {
+  UpdaterWorld world;
+  const SecretKey next;
+  world.additionalKey = next.publicKey();
+  world.start();
+  for (const QList<SecretKey>& keys :
+       {QList{world.key}, QList{next}, QList{world.key, next}, QList{SecretKey(), next}}) {
+    world.serveText(signedFeed(Feed{.items = {world.item()}}.xml(), keys));
+    world.advanceTo(UpdateStage::available);
     world.cycle().cancel();
   }
 }
 
-TEST_P(UpdateCycleTest, followsSafeRedirects) {
-  UpdaterWorld world(security());
-  world.server().set("/real", {.body = UpdaterWorld::feedOf({world.goodItem()})});
-  world.server().setRedirect("/second", world.server().url("/third").toString());
-  world.server().setRedirect("/third", "real");
-  world.server().setRedirect("/appcast.xml", "/second");
+TEST(UpdateCycle, showsOneCleanLineForAVersion) {
+  UpdaterWorld world;
+  FeedItem item = world.item();
+  item.more = "<sparkle:shortVersionString>1.1\n\u202E\u2066Safe \u200Fnow" + QByteArray(100, 'x') +
+              "</sparkle:shortVersionString>";
+  world.serve({.items = {item}});
   world.advanceTo(UpdateStage::available);
+  EXPECT_EQ(world.state().offeredVersion, "1.1 Safe now" + std::string(52, 'x'));
+}
+
+TEST(UpdateCycle, followsSafeRedirects) {
+  UpdaterWorld world;
+  world.server().set("/real", {.body = signedFeed(Feed{.items = {world.item()}}.xml(), {world.key})});
+  world.server().setRedirect("/second", "real");
+  world.server().setRedirect("/appcast.xml", world.server().url("/second").toString());
   world.server().set("/file", {.body = world.newFile});
   world.server().setRedirect("/update", "/file");
-  world.cycle().proceed();
-  EXPECT_TRUE(world.waitFor(UpdateStage::ready));
+  world.advanceTo(UpdateStage::ready);
 }
 
-TEST_P(UpdateCycleTest, checksOfTheScheduleShowOnlyWhatCanBeTaken) {
-  UpdaterWorld world(security());
-  world.serveFeed("this is no feed");
-  world.cycle().check(UpdateCycle::Asker::schedule);
-  ASSERT_TRUE(waitUntil([&] { return world.stage() == UpdateStage::failed; }));
-  EXPECT_FALSE(world.cycle().state().isVisible);
+TEST(UpdateCycle, showsOfTheSchedulesChecksOnlyWhatCanBeTaken) {
+  UpdaterWorld world;
+  const auto check = [&](UpdateStage stage) {
+    world.cycle().check(UpdateCycle::Asker::schedule);
+    ASSERT_TRUE(waitUntil([&] { return world.state().stage == stage; }));
+  };
+  world.serveText("no feed");
+  check(UpdateStage::failed);
+  EXPECT_FALSE(world.state().isVisible);
+  world.serve({});
+  check(UpdateStage::upToDate);
+  EXPECT_FALSE(world.state().isVisible);
 
-  world.serveFeed(UpdaterWorld::feedOf({}));
-  world.cycle().check(UpdateCycle::Asker::schedule);
-  ASSERT_TRUE(waitUntil([&] { return world.stage() == UpdateStage::upToDate; }));
-  EXPECT_FALSE(world.cycle().state().isVisible);
-
-  // One that the user joins is theirs from then on.
+  // What the user asks for in the meantime is theirs from then on, and stays.
   world.cycle().check(UpdateCycle::Asker::schedule);
   world.cycle().check(UpdateCycle::Asker::user);
-  ASSERT_TRUE(waitUntil([&] { return world.stage() == UpdateStage::upToDate; }));
-  EXPECT_TRUE(world.cycle().state().isVisible);
-
-  // What they read stays in spite of the schedule.
+  ASSERT_TRUE(world.waitFor(UpdateStage::upToDate));
+  EXPECT_TRUE(world.state().isVisible);
+  EXPECT_FALSE(world.state().isUnasked);
   world.serveGood();
-  world.cycle().check(UpdateCycle::Asker::schedule);
-  EXPECT_EQ(world.stage(), UpdateStage::upToDate);
+  check(UpdateStage::upToDate);
+
   world.cycle().cancel();
-  world.cycle().check(UpdateCycle::Asker::schedule);
-  ASSERT_TRUE(world.waitFor(UpdateStage::available));
-  EXPECT_TRUE(world.cycle().state().isVisible);
+  check(UpdateStage::available);
+  EXPECT_TRUE(world.state().isVisible);
+  EXPECT_TRUE(world.state().isUnasked);
+  world.cycle().check(UpdateCycle::Asker::user);
+  EXPECT_FALSE(world.state().isUnasked);
 }
 
-TEST_P(UpdateCycleTest, leavesNothingWhenItIsCancelled) {
+TEST(UpdateCycle, installsNothingOfWhatIsCancelled) {
   for (const UpdateStage stage : {UpdateStage::checking, UpdateStage::available, UpdateStage::downloading,
                                   UpdateStage::verifying, UpdateStage::ready}) {
-    UpdaterWorld world(security());
+    UpdaterWorld world;
     world.advanceTo(stage);
     world.cycle().cancel();
-    EXPECT_EQ(world.stage(), UpdateStage::idle);
-    EXPECT_FALSE(world.cycle().state().isVisible);
-    EXPECT_THAT(world.downloads(), IsEmpty());
-
+    EXPECT_EQ(world.state().stage, UpdateStage::idle);
+    EXPECT_FALSE(world.state().isVisible);
     world.advanceTo(UpdateStage::ready);
-    EXPECT_EQ(world.installedProgram(), world.oldFile);
     EXPECT_THAT(world.programFolder(), ElementsAre("program"));
   }
 }
 
-TEST_P(UpdateCycleTest, stopsInTheMiddleOfADownload) {
-  UpdaterWorld world(security());
-  world.server().set("/update", {.body = world.newFile.left(100'000),
-                                 .announcedLength = world.newFile.size(),
-                                 .ending = Answer::Ending::keptOpen});
-  world.advanceTo(UpdateStage::downloading);
-  ASSERT_TRUE(waitUntil([&] { return world.cycle().state().receivedBytes == 100'000; }));
-  EXPECT_THAT(world.downloads(), SizeIs(2)) << "a folder with a file";
-  world.cycle().cancel();
-  EXPECT_THAT(world.downloads(), IsEmpty());
-  EXPECT_EQ(world.stage(), UpdateStage::idle);
-
-  world.serveGood();
-  world.advanceTo(UpdateStage::ready);
-}
-
-TEST_P(UpdateCycleTest, isCancelledDuringInstallationWhollyOrNotAtAll) {
-  UpdaterWorld world(security());
+TEST(UpdateCycle, isCancelledDuringInstallationWhollyOrNotAtAll) {
+  UpdaterWorld world;
   world.advanceTo(UpdateStage::installing);
   world.cycle().cancel();
-  ASSERT_TRUE(waitUntil([&] { return world.stage() == UpdateStage::idle || world.quitRequests == 1; }));
+  ASSERT_TRUE(waitUntil([&] { return world.state().stage == UpdateStage::idle || world.quitRequests == 1; }));
   QThreadPool::globalInstance()->waitForDone();
   EXPECT_EQ(world.installedProgram(), world.quitRequests == 1 ? world.newFile : world.oldFile);
   EXPECT_EQ(world.programFolder().size(), world.quitRequests == 1 ? 2 : 1);
-  EXPECT_THAT(world.downloads(), IsEmpty());
 }
 
-TEST_P(UpdateCycleTest, aSecondWishBringsTheFirstToTheFront) {
-  UpdaterWorld world(security());
-  RecordingObserver observer;
-  world.cycle().setObserver(&observer);
-  world.advanceTo(UpdateStage::ready);
-  EXPECT_EQ(observer.attentionWanted, 0);
-  world.cycle().check(UpdateCycle::Asker::user);
-  EXPECT_EQ(observer.attentionWanted, 1);
-  EXPECT_EQ(world.stage(), UpdateStage::ready);
-  EXPECT_EQ(world.server().requestCount("/appcast.xml"), 1);
+/// The download of one run of the program lives in no folder that another could sweep or change.
+TEST(UpdateCycle, leavesTheDownloadOfAnotherRunAlone) {
+  UpdaterWorld first;
+  first.advanceTo(UpdateStage::ready);
+  UpdaterWorld second;
+  second.advanceTo(UpdateStage::available);
+  first.cycle().proceed();
+  EXPECT_TRUE(first.waitFor(UpdateStage::restarting));
 }
 
-TEST(UpdateCycleOfAPackage, handsTheVerifiedPackageOver) {
-  UpdaterWorld world(testCertificates().trusted(), Installation::Kind::package);
+TEST(PackageUpdate, isHandedOverByAPathThatNobodyCanChange) {
+  UpdaterWorld world(std::nullopt, Installation::Kind::package);
   world.newFile = "!<arch>\ndebian-binary and more";
   world.serveGood();
-  world.advanceTo(UpdateStage::installing);
-  ASSERT_TRUE(world.waitFor(UpdateStage::handedOver));
-  ASSERT_THAT(world.packages.packages, SizeIs(1));
-  EXPECT_EQ(world.packages.packages[0].extension(), ".deb");
-  EXPECT_EQ(UpdaterWorld::contentOf(world.packages.packages[0]), world.newFile);
+  world.advanceTo(UpdateStage::handedOver);
+  ASSERT_EQ(world.packages.packages.size(), 1U);
+  const std::filesystem::path path = world.packages.packages[0]->path();
+  QFile package(path);
+  ASSERT_TRUE(package.open(QIODevice::ReadOnly));
+  EXPECT_EQ(package.readAll(), world.newFile);
+  EXPECT_FALSE(QFile(path).open(QIODevice::ReadWrite | QIODevice::Truncate)) << "it is sealed";
+  QFile writer(path);
+  EXPECT_TRUE(!writer.open(QIODevice::ReadWrite | QIODevice::Unbuffered) || writer.write("x") < 0);
   EXPECT_EQ(world.installedProgram(), world.oldFile);
   EXPECT_EQ(world.quitRequests, 0);
-
-  world.packages.finished();
-  EXPECT_THAT(world.downloads(), IsEmpty());
 }
 
-TEST(UpdateCycleOfAPackage, isCancelledWhollyOrNotAtAll) {
-  UpdaterWorld world(testCertificates().trusted(), Installation::Kind::package);
-  world.newFile = "!<arch>\ndebian-binary" + QByteArray(1'000'000, 'p');
-  world.serveGood();
-  world.advanceTo(UpdateStage::installing);
-  world.cycle().cancel();
-  ASSERT_TRUE(waitUntil([&] { return world.stage() != UpdateStage::installing; }));
-  QThreadPool::globalInstance()->waitForDone();
-  if (world.stage() == UpdateStage::handedOver) {
-    EXPECT_THAT(world.packages.packages, SizeIs(1));
-    world.packages.finished();
-  } else {
-    EXPECT_EQ(world.stage(), UpdateStage::idle);
-    EXPECT_THAT(world.packages.packages, IsEmpty());
-  }
-  EXPECT_THAT(world.downloads(), IsEmpty());
-}
-
-TEST(UpdateCycleOfAPackage, failsWithoutAnInstallerOrAPackage) {
-  UpdaterWorld world(testCertificates().trusted(), Installation::Kind::package);
-  world.advanceTo(UpdateStage::installing);
-  ASSERT_TRUE(waitUntil([&] { return world.stage() == UpdateStage::failed; }));
-  EXPECT_EQ(world.cycle().state().failure, UpdateFailure::wrongKindOfFile);
-
-  world.newFile = "\xed\xab\xee\xdb and more";
+TEST(PackageUpdate, failsWithoutAnInstallerOrAPackage) {
+  UpdaterWorld world(std::nullopt, Installation::Kind::package);
   world.packages.takes = false;
-  world.serveGood();
-  world.advanceTo(UpdateStage::installing);
-  ASSERT_TRUE(waitUntil([&] { return world.stage() == UpdateStage::failed; }));
-  EXPECT_EQ(world.cycle().state().failure, UpdateFailure::noPackageInstaller);
-  EXPECT_THAT(world.downloads(), IsEmpty());
+  for (const auto& [content, failure] : {std::pair{"\x7f"
+                                                   "ELF",
+                                                   UpdateFailure::wrongKindOfFile},
+                                         std::pair{"\xed\xab\xee\xdb", UpdateFailure::noPackageInstaller}}) {
+    world.newFile = content;
+    world.serveGood();
+    world.advanceTo(UpdateStage::ready);
+    world.cycle().proceed();
+    world.expectFailure(failure);
+  }
+}
+
+/// An updater that starts again and again, as the program does, while time passes.
+class DailyChecks : public testing::Test {
+ protected:
+  /// Hour by hour, and any check that comes up ends.
+  void pass(hours time) {
+    for (; time.count() > 0; --time) {
+      world_.calendarTime += hours(1);
+      world_.clock.advance(hours(1));
+      QCoreApplication::processEvents();
+      ASSERT_TRUE(waitUntil([&] { return world_.state().stage != UpdateStage::checking; }));
+      world_.cycle().cancel();
+    }
+  }
+
+  UpdaterWorld world_;
+};
+
+TEST_F(DailyChecks, happenOnceADayOverAllStarts) {
+  world_.serve({});
+  pass(hours(1));
+  EXPECT_EQ(world_.checks(), 1);
+  pass(hours(20));
+  world_.start();
+  pass(hours(2));
+  EXPECT_EQ(world_.checks(), 1) << "the day isn't over";
+  pass(hours(2));
+  EXPECT_EQ(world_.checks(), 2);
+  world_.calendarTime += hours(30); // the computer slept
+  pass(hours(1));
+  EXPECT_EQ(world_.checks(), 3);
+  world_.calendarTime -= hours(1'000); // somebody set the clock back
+  pass(hours(2));
+  EXPECT_EQ(world_.checks(), 4);
+}
+
+TEST_F(DailyChecks, areRepeatedAfterAFailureAndAfterAFaultyItem) {
+  FeedItem faulty = world_.item("1.9");
+  faulty.length = 0;
+  const auto serveFaulty = [&] { world_.serve({.items = {faulty, world_.item()}}); };
+  for (const std::function<void()>& serve :
+       {std::function<void()>([&] { world_.serveText("no feed"); }), std::function<void()>(serveFaulty)}) {
+    serve();
+    const int before = world_.checks();
+    pass(hours(4));
+    EXPECT_GE(world_.checks(), before + 3);
+  }
+}
+
+TEST_F(DailyChecks, forgetThePreviousProgramOnceThisOneHasRun) {
+  world_.folder.write("bin/.program.previous", "old");
+  world_.folder.write("bin/.program.update", "cut off");
+  world_.start();
+  world_.clock.advance(std::chrono::seconds(60));
+  QCoreApplication::processEvents();
+  EXPECT_EQ(world_.programFolder().size(), 3);
+  pass(hours(1));
+  EXPECT_THAT(world_.programFolder(), ElementsAre("program"));
+}
+
+TEST_F(DailyChecks, startWithTheReasonWhyANewerVersionWasUndone) {
+  qputenv("SONVEL_UPDATE_UNDONE", "died");
+  world_.start();
+  EXPECT_EQ(world_.state().failure, UpdateFailure::newVersionDied);
+  EXPECT_TRUE(world_.state().isVisible && world_.state().isUnasked);
+  world_.start();
+  EXPECT_EQ(world_.state().stage, UpdateStage::idle) << "it is told once";
 }
 
 } // namespace

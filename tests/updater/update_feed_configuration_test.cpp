@@ -1,4 +1,5 @@
 #include "simulated/desktop.h"
+#include "updater/sparkle_update_controller.h"
 #include "updater/update_feed_configuration.h"
 
 #include <gtest/gtest.h>
@@ -122,15 +123,9 @@ TEST(UpdateFeedConfiguration, knowsTwoChannels) {
   }
 }
 
-TEST(UpdateFeedConfiguration, reportsTheFirstFailure) {
-  EXPECT_EQ(errorOf("", "", "", false), Error::missingFeedURL());
+TEST(UpdateFeedConfiguration, reportsTheFirstFailureAndKeepsTheTrimmedSettings) {
   EXPECT_EQ(errorOf("http://updates.example", "", "", true), Error::invalidFeedURL("http://updates.example"));
-  EXPECT_EQ(errorOf(kFeed, "", "", false), Error::missingPublicKey());
   EXPECT_EQ(errorOf(kFeed, "k", "", false), Error::invalidPublicKey());
-  EXPECT_EQ(errorOf(kFeed, kKey, "", false), Error::invalidChannel(""));
-}
-
-TEST(UpdateFeedConfiguration, keepsTheTrimmedSettings) {
   const UpdateFeedConfiguration configuration(" " + kFeed + "\n", "\n" + kKey + " ", "Beta", false);
   EXPECT_EQ(configuration.feedURL.toString().toStdString(), kFeed);
   EXPECT_EQ(configuration.publicKey, kKey);
@@ -138,33 +133,27 @@ TEST(UpdateFeedConfiguration, keepsTheTrimmedSettings) {
   EXPECT_NE(configuration, UpdateFeedConfiguration(kFeed, kKey, "stable", true));
 }
 
-TEST(UpdateFeedConfiguration, readsABundle) {
+TEST(UpdateFeedConfiguration, readsABundleWhereValuesOfAnotherTypeCountAsAbsent) {
   using Bundle = simulated::SimulatedBundle;
   const std::string local = "http://localhost:8080/appcast.xml";
   const auto read = [](Bundle::Information information) {
     return UpdateFeedConfiguration::fromBundle(Bundle(std::nullopt, std::move(information)));
   };
   EXPECT_EQ(read({}), std::nullopt);
-  EXPECT_EQ(read({{"SUFeedURL", kFeed}}), std::nullopt);
-  EXPECT_EQ(read({{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", "beta"}}),
-            UpdateFeedConfiguration(kFeed, kKey, "beta", false));
-  EXPECT_EQ(read({{"SUFeedURL", local}, {"SUPublicEDKey", kKey}, {"AppUpdateAllowInsecureLocalhost", true}}),
-            UpdateFeedConfiguration(local, kKey, std::nullopt, true));
-
-  // Values of another type count as absent.
-  EXPECT_EQ(read({{"SUFeedURL", true}, {"SUPublicEDKey", kKey}}), std::nullopt);
   EXPECT_EQ(read({{"SUFeedURL", kFeed}, {"SUPublicEDKey", true}}), std::nullopt);
+  EXPECT_EQ(read({{"SUFeedURL", true}, {"SUPublicEDKey", kKey}}), std::nullopt);
   EXPECT_EQ(read({{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", true}}),
             UpdateFeedConfiguration(kFeed, kKey, "stable", false));
+  EXPECT_EQ(read({{"SUFeedURL", local}, {"SUPublicEDKey", kKey}, {"AppUpdateAllowInsecureLocalhost", true}}),
+            UpdateFeedConfiguration(local, kKey, std::nullopt, true));
   EXPECT_EQ(
       read({{"SUFeedURL", local}, {"SUPublicEDKey", kKey}, {"AppUpdateAllowInsecureLocalhost", "true"}}),
       std::nullopt);
 }
 
-TEST(UpdateConfigurationError, describesEachCaseWhateverItCarries) {
+TEST(UpdateConfigurationError, describesEachCase) {
   EXPECT_EQ(Error::invalidFeedURL("a").errorDescription(),
             "The update feed URL must use HTTPS (or explicit localhost development mode).");
-  EXPECT_EQ(Error::invalidFeedURL("b").errorDescription(), Error::invalidFeedURL("a").errorDescription());
   EXPECT_EQ(Error::invalidChannel("a").errorDescription(), "The update channel must be stable or beta.");
   EXPECT_EQ(Error::missingFeedURL().errorDescription(), "No update feed is configured for this build.");
   EXPECT_EQ(Error::missingPublicKey().errorDescription(),
@@ -173,16 +162,61 @@ TEST(UpdateConfigurationError, describesEachCaseWhateverItCarries) {
             "The Sparkle update signing public key is invalid.");
 }
 
+struct CountingUpdater final : StandardUpdater {
+  explicit CountingUpdater(int& counter)
+      : checks(counter) {}
+
+  void checkForUpdates() override { ++checks; }
+
+  int& checks;
+};
+
+struct RecordingProvider final : UpdaterProvider {
+  std::unique_ptr<StandardUpdater> startUpdater(const UpdateSource& source,
+                                                std::weak_ptr<const UpdaterDelegate> asked) override {
+    started = source;
+    delegate = std::move(asked);
+    return std::make_unique<CountingUpdater>(checks);
+  }
+
+  std::optional<UpdateSource> started;
+  std::weak_ptr<const UpdaterDelegate> delegate;
+  int checks = 0;
+};
+
+TEST(SparkleUpdateController, isThereWithAValidConfigurationAlone) {
+  struct Case {
+    std::string channel;
+    std::optional<std::set<std::string>> allowed;
+  };
+
+  for (const auto& [channel, allowed] :
+       {Case{"stable", std::set<std::string>()}, Case{"beta", std::set<std::string>{"beta"}},
+        Case{"nightly", std::nullopt}}) {
+    RecordingProvider provider;
+    const simulated::SimulatedBundle bundle("com.example", {{"SUFeedURL", kFeed},
+                                                            {"SUPublicEDKey", kKey},
+                                                            {"AppUpdateAdditionalPublicEDKey", " other\n"},
+                                                            {"AppUpdateChannel", channel}});
+    SparkleUpdateController controller(bundle, provider);
+    controller.checkForUpdates();
+    EXPECT_EQ(controller.isAvailable(), allowed.has_value());
+    EXPECT_EQ(provider.checks, allowed ? 1 : 0);
+    EXPECT_EQ(provider.started, allowed ? std::optional(UpdateSource{kFeed, kKey, "other"}) : std::nullopt);
+    const auto delegate = provider.delegate.lock();
+    ASSERT_EQ(delegate != nullptr, allowed.has_value()) << "the controller keeps its delegate alive";
+    if (delegate) {
+      EXPECT_EQ(delegate->allowedChannels(CountingUpdater(provider.checks)), *allowed);
+    }
+  }
+}
+
 TEST(UpdateChannel, hasExactNames) {
-  ASSERT_EQ(kAllUpdateChannels.size(), 2U);
-  EXPECT_EQ(rawValue(kAllUpdateChannels[0]), "stable");
-  EXPECT_EQ(rawValue(kAllUpdateChannels[1]), "beta");
-  EXPECT_EQ(updateChannel("stable"), UpdateChannel::stable);
-  EXPECT_EQ(updateChannel("beta"), UpdateChannel::beta);
-  for (const std::string_view other : {"Beta", "beta ", "", "stabl"})
-    EXPECT_EQ(updateChannel(other), std::nullopt);
-  EXPECT_EQ(sparkleAllowedChannels(UpdateChannel::stable), std::set<std::string>{});
-  EXPECT_EQ(sparkleAllowedChannels(UpdateChannel::beta), std::set<std::string>{"beta"});
+  EXPECT_EQ(kAllUpdateChannels, (std::array{UpdateChannel::stable, UpdateChannel::beta}));
+  for (const std::string_view text : {"stable", "beta", "Beta", "beta ", "", "stabl"}) {
+    const auto channel = updateChannel(text);
+    EXPECT_EQ(channel ? rawValue(*channel) : "", text == "stable" || text == "beta" ? text : "");
+  }
 }
 
 } // namespace

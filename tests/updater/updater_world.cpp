@@ -1,19 +1,30 @@
 #include "updater/updater_world.h"
 
-#include <gtest/gtest.h>
-
-#include <QDirIterator>
-
 namespace sonvel::updater {
 
+QByteArray Feed::xml() const {
+  QByteArray feed = "<rss><channel><sonvel:product>" + product + "</sonvel:product><sonvel:counter>" +
+                    QByteArray::number(counter) + "</sonvel:counter><sonvel:expires>" + expires +
+                    "</sonvel:expires>" + more;
+  for (const FeedItem& item : items)
+    feed += QStringLiteral("<item><sparkle:version>%1</sparkle:version><sparkle:channel>%2</sparkle:channel>"
+                           "<sparkle:minimumSystemVersion>%3</sparkle:minimumSystemVersion>"
+                           "<sonvel:architecture>%4</sonvel:architecture>"
+                           "<description><![CDATA[<p>What is new:</p><ul><li>more</li></ul>]]></description>"
+                           "<enclosure url=\"%5\" length=\"%6\" sonvel:sha256=\"%7\"/>%8</item>")
+                .arg(item.version, item.channel, item.minimumSystemVersion, item.architecture, item.address)
+                .arg(item.length)
+                .arg(QString::fromLatin1(item.hash), QString::fromUtf8(item.more))
+                .toUtf8();
+  return feed + "</channel></rss>\n";
+}
+
 UpdaterWorld::UpdaterWorld(const std::optional<QSslConfiguration>& security, Installation::Kind kind)
-    : places_{folder.path()}
-    , kind_(kind)
+    : kind_(kind)
     , server_(security) {
   folder.writeProgram("bin/program", oldFile.toStdString());
   serveGood();
-  cycle_ = std::make_unique<UpdateCycle>(environment(), feedURL(), PublicKey::fromBase64(key.publicKey()),
-                                         [this] { return allowedChannels; });
+  start();
 }
 
 UpdaterEnvironment UpdaterWorld::environment() {
@@ -22,71 +33,68 @@ UpdaterEnvironment UpdaterWorld::environment() {
           .packageInstaller = packages,
           .relaunch = relaunch,
           .requestQuit = [this] { ++quitRequests; },
-          .calendarTime = [] { return std::chrono::system_clock::time_point(); },
-          .installation = {kind_, places_.program()},
+          .calendarTime = [this] { return calendarTime; },
+          .installation = {kind_, program()},
+          .product = QStringLiteral("com.example.program"),
           .installedVersion = QStringLiteral("1.0"),
-          .systemVersion = systemVersion,
-          .downloadFolder = QString::fromStdString(places_.downloads().string())};
+          .systemVersion = QStringLiteral("6.1.0"),
+          .architecture = QStringLiteral("test-cpu")};
 }
 
-FeedItem UpdaterWorld::goodItem() const {
-  return {.address = server_.url(QStringLiteral("/update")).toString(),
+void UpdaterWorld::start() {
+  updater_.reset();
+  const std::string feed = server_.url(QStringLiteral("/appcast.xml")).toString().toStdString();
+  updater_ = std::make_unique<AppcastUpdater>(
+      environment(), UpdateSource{feed, key.publicKey(), additionalKey}, channels, MakeUpdateSurface());
+}
+
+FeedItem UpdaterWorld::item(const char* version) const {
+  return {.version = QString::fromLatin1(version),
+          .address = server_.url(QStringLiteral("/update")).toString(),
           .length = newFile.size(),
-          .signature = key.sign(newFile)};
-}
-
-QByteArray UpdaterWorld::feedOf(const QList<FeedItem>& items) {
-  QString feed = QStringLiteral("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-                                "<rss version=\"2.0\" xmlns:sparkle=\"urn:appcast\"><channel>");
-  for (const FeedItem& item : items)
-    feed += QStringLiteral("<item><sparkle:version>%1</sparkle:version>"
-                           "<sparkle:channel>%2</sparkle:channel>"
-                           "<sparkle:minimumSystemVersion>%3</sparkle:minimumSystemVersion>"
-                           "<description><![CDATA[<p>What is new:</p><ul><li>more</li></ul>]]></description>"
-                           "<enclosure url=\"%4\" length=\"%5\" sparkle:edSignature=\"%6\"/></item>")
-                .arg(item.version, item.channel, item.minimumSystemVersion, item.address)
-                .arg(item.length)
-                .arg(QString::fromLatin1(item.signature.toBase64()));
-  return feed.toUtf8() + "</channel></rss>";
+          .hash = signing::hashText(newFile)};
 }
 
 void UpdaterWorld::serveGood() {
-  serveFeed(feedOf({goodItem()}));
+  serve({.items = {item()}});
   serveFile(newFile);
 }
 
+bool UpdaterWorld::waitFor(UpdateStage stage) {
+  return waitUntil([&] { return state().stage == stage || state().stage == UpdateStage::failed; }) &&
+         state().stage == stage;
+}
+
 void UpdaterWorld::advanceTo(UpdateStage target) {
-  cycle_->check(UpdateCycle::Asker::user);
-  if (target == UpdateStage::checking) return;
-  ASSERT_TRUE(waitFor(UpdateStage::available));
-  if (target == UpdateStage::available) return;
-  cycle_->proceed();
-  ASSERT_EQ(stage(), UpdateStage::downloading);
-  if (target == UpdateStage::downloading) return;
-  ASSERT_TRUE(waitFor(target == UpdateStage::verifying ? target : UpdateStage::ready));
-  if (target == UpdateStage::verifying || target == UpdateStage::ready) return;
-  cycle_->proceed();
-  ASSERT_EQ(stage(), UpdateStage::installing);
+  cycle().check(UpdateCycle::Asker::user);
+  while (state().stage != target) {
+    const UpdateStage before = state().stage;
+    if (before == UpdateStage::available || before == UpdateStage::ready) cycle().proceed();
+    if (state().stage == target) return;
+    const auto hasMoved = [&] { return state().stage != before || state().stage == target; };
+    ASSERT_TRUE(waitUntil(hasMoved)) << static_cast<int>(before);
+    ASSERT_NE(state().stage, UpdateStage::failed);
+  }
 }
 
-QStringList UpdaterWorld::programFolder() const {
-  return QDir(QString::fromStdString(places_.program().parent_path().string()))
-      .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
-}
-
-QStringList UpdaterWorld::downloads() const {
-  QStringList found;
-  QDirIterator all(QString::fromStdString(places_.downloads().string()),
-                   QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-  while (all.hasNext())
-    found.append(all.next());
-  return found;
+void UpdaterWorld::expectFailure(UpdateFailure failure) {
+  ASSERT_TRUE(waitFor(UpdateStage::failed)) << "stage " << static_cast<int>(state().stage);
+  EXPECT_EQ(static_cast<int>(*state().failure), static_cast<int>(failure));
+  EXPECT_TRUE(state().isVisible);
+  EXPECT_EQ(quitRequests, 0);
+  EXPECT_EQ(installedProgram(), oldFile);
+  EXPECT_EQ(programFolder(), QStringList("program"));
 }
 
 QByteArray UpdaterWorld::contentOf(const std::filesystem::path& file) {
   QFile opened(file);
-  EXPECT_TRUE(opened.open(QIODevice::ReadOnly)) << file;
+  EXPECT_TRUE(opened.open(QIODevice::ReadOnly));
   return opened.readAll();
+}
+
+QStringList UpdaterWorld::programFolder() const {
+  return QDir(QString::fromStdString(folder.path("bin")))
+      .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 } // namespace sonvel::updater

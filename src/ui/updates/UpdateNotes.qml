@@ -1,64 +1,46 @@
 import QtQuick
-import QtQuick.Templates as T
+import Sonvel
 import SonvelUpdates
 
-// The release notes, to be scrolled by hand or by key.
+// The release notes. They scroll by wheel and by key.
 FocusScope {
     id: root
 
     required property UpdatePresenter presenter
 
     implicitHeight: Math.min(200, words.implicitHeight + 24)
-    activeFocusOnTab: flickable.contentHeight > flickable.height
+    activeFocusOnTab: area.contentHeight > area.height
     Accessible.role: Accessible.Paragraph
     Accessible.name: qsTr("Release notes")
     Accessible.description: root.presenter.notes
 
-    Keys.onUpPressed: bar.decrease()
-    Keys.onDownPressed: bar.increase()
+    Keys.onUpPressed: area.scrollTo(area.contentY - 40)
+    Keys.onDownPressed: area.scrollTo(area.contentY + 40)
 
     Rectangle {
         anchors.fill: parent
         radius: 8
-        color: root.presenter.wellColor
+        color: PanelTheme.menu
         border.width: root.activeFocus ? 2 : 1
-        border.color: root.activeFocus ? root.presenter.accent : root.presenter.separator
+        border.color: root.activeFocus ? PanelTheme.accent : PanelTheme.separator
     }
 
-    Flickable {
-        id: flickable
+    PanelScrollArea {
+        id: area
 
-        objectName: "notesFlickable"
+        objectName: "notesArea"
         anchors.fill: parent
         anchors.margins: 2
-        clip: true
-        contentWidth: width
         contentHeight: words.implicitHeight + 20
-        boundsBehavior: Flickable.StopAtBounds
 
-        T.ScrollBar.vertical: T.ScrollBar {
-            id: bar
-
-            width: 8
-            visible: size < 1
-            stepSize: 0.1
-            padding: 2
-
-            contentItem: Rectangle {
-                radius: width / 2
-                color: root.presenter.secondary
-                opacity: 0.6
-            }
-        }
-
-        UpdateLabel {
+        PanelLabel {
             id: words
 
             x: 12
             y: 10
-            width: flickable.width - 28
+            width: area.width - 28
+            wrapMode: Text.Wrap
             text: root.presenter.notes
-            color: root.presenter.primary
         }
     }
 }

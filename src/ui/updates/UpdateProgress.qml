@@ -1,12 +1,15 @@
 import QtQuick
 import QtQuick.Templates as T
+import Sonvel
 import SonvelUpdates
 
-// How far it is, or that it goes on.
+// How much is done, or, where that isn't known, a bar that moves to and fro. Where nothing may move by itself, it
+// stands in the middle.
 T.ProgressBar {
     id: root
 
     required property UpdatePresenter presenter
+    property real place: 0.5
 
     implicitHeight: 6
     indeterminate: !root.presenter.isCounted
@@ -17,13 +20,39 @@ T.ProgressBar {
 
     background: Rectangle {
         radius: height / 2
-        color: root.presenter.groove
+        color: PanelTheme.groove
     }
 
-    contentItem: UpdateProgressBar {
-        isCounted: root.presenter.isCounted
-        animates: root.visible && root.presenter.animates
-        fraction: root.position
-        color: root.presenter.accent
+    contentItem: Item {
+        Rectangle {
+            x: root.indeterminate ? root.place * (parent.width - width) : 0
+            width: parent.width * (root.indeterminate ? 0.3 : root.position)
+            height: parent.height
+            radius: height / 2
+            color: PanelTheme.prominent
+        }
+    }
+
+    SequentialAnimation {
+        running: root.visible && root.indeterminate && PanelTheme.animates
+        loops: Animation.Infinite
+
+        NumberAnimation {
+            target: root
+            property: "place"
+            from: 0
+            to: 1
+            duration: 1100
+            easing.type: Easing.InOutSine
+        }
+
+        NumberAnimation {
+            target: root
+            property: "place"
+            from: 1
+            to: 0
+            duration: 1100
+            easing.type: Easing.InOutSine
+        }
     }
 }

@@ -1,8 +1,10 @@
 import QtQuick
 import QtQuick.Layouts
+import Sonvel
 import SonvelUpdates
 
-// What the window shows. Escape is the second button, Return the first, wherever the focus is.
+// What the window shows. Escape is the second button, wherever the focus is. Return is the first one, but only in
+// an update that the user asked for: one that comes up by itself must not take what is typed for something else.
 FocusScope {
     id: root
 
@@ -16,8 +18,8 @@ FocusScope {
     Accessible.description: root.presenter.detail
 
     Keys.onEscapePressed: root.presenter.dismiss()
-    Keys.onReturnPressed: root.presenter.accept()
-    Keys.onEnterPressed: root.presenter.accept()
+    Keys.onReturnPressed: root.presenter.acceptByDefault()
+    Keys.onEnterPressed: root.presenter.acceptByDefault()
 
     ColumnLayout {
         id: content
@@ -36,15 +38,13 @@ FocusScope {
                 implicitWidth: 42
                 implicitHeight: 42
                 radius: 21
-                color: root.presenter.symbolColor
+                color: PanelTheme.control
 
-                Image {
+                SymbolImage {
                     anchors.centerIn: parent
-                    width: 26
-                    height: 26
-                    sourceSize.width: width
-                    sourceSize.height: height
-                    source: root.presenter.symbol
+                    name: root.presenter.symbol
+                    size: 26
+                    color: root.presenter.hasFailed ? PanelTheme.red : PanelTheme.accent
                 }
             }
 
@@ -53,19 +53,19 @@ FocusScope {
                 Layout.alignment: Qt.AlignVCenter
                 spacing: 4
 
-                UpdateLabel {
+                PanelLabel {
                     Layout.fillWidth: true
+                    wrapMode: Text.Wrap
                     text: root.presenter.heading
-                    color: root.presenter.primary
-                    font.pixelSize: 15
-                    font.weight: Font.DemiBold
+                    font: PanelTheme.headline
                     Accessible.role: Accessible.Heading
                 }
 
-                UpdateLabel {
+                PanelLabel {
                     Layout.fillWidth: true
+                    wrapMode: Text.Wrap
                     text: root.presenter.detail
-                    color: root.presenter.secondary
+                    color: PanelTheme.secondary
                 }
             }
         }
@@ -84,29 +84,35 @@ FocusScope {
 
         RowLayout {
             Layout.fillWidth: true
-            visible: dismiss.text !== "" || accept.text !== ""
+            visible: dismiss.visible || accept.visible
             spacing: 8
 
-            UpdateLabel {
+            PanelLabel {
                 Layout.fillWidth: true
                 text: root.presenter.progressText
-                color: root.presenter.secondary
+                color: PanelTheme.secondary
             }
 
-            UpdateButton {
+            BorderedButton {
                 id: dismiss
 
-                presenter: root.presenter
+                visible: text !== ""
                 text: root.presenter.dismissLabel
+                font: PanelTheme.body
+                horizontalPadding: 16
+                verticalPadding: 7
                 onClicked: root.presenter.dismiss()
             }
 
-            UpdateButton {
+            BorderedButton {
                 id: accept
 
-                presenter: root.presenter
-                isDefault: true
+                visible: text !== ""
                 text: root.presenter.acceptLabel
+                font: PanelTheme.body
+                horizontalPadding: 16
+                verticalPadding: 7
+                prominent: root.presenter.hasDefault
                 onClicked: root.presenter.accept()
             }
         }

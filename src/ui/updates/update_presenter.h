@@ -1,20 +1,18 @@
 #pragma once
 
 #include "platform/update_session.h"
-#include "ui/colors/panel_colors.h"
 #include "ui/updates/update_words.h"
 
 #include <QObject>
-#include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
 namespace sonvel {
 
-/// A session as the window's views show it: words, numbers and colours, and what its buttons do. Main thread.
+/// A session as the window's views show it: words and numbers, and what the buttons do. Main thread.
 class UpdatePresenter final : public QObject {
   Q_OBJECT
   QML_ELEMENT
-  QML_UNCREATABLE("The window has the one there is.")
+  QML_UNCREATABLE("The window has its own.")
   Q_PROPERTY(QString heading READ heading NOTIFY changed)
   Q_PROPERTY(QString detail READ detail NOTIFY changed)
   Q_PROPERTY(QString notes READ notes NOTIFY changed)
@@ -24,28 +22,22 @@ class UpdatePresenter final : public QObject {
   Q_PROPERTY(QString progressText READ progressText NOTIFY changed)
   Q_PROPERTY(QString acceptLabel READ acceptLabel NOTIFY changed)
   Q_PROPERTY(QString dismissLabel READ dismissLabel NOTIFY changed)
-  Q_PROPERTY(QUrl symbol READ symbol NOTIFY changed)
-  Q_PROPERTY(QColor symbolColor READ symbolColor NOTIFY changed)
-  Q_PROPERTY(bool animates READ animates CONSTANT)
-  Q_PROPERTY(QColor windowColor READ windowColor CONSTANT)
-  Q_PROPERTY(QColor wellColor READ wellColor CONSTANT)
-  Q_PROPERTY(QColor primary READ primary CONSTANT)
-  Q_PROPERTY(QColor secondary READ secondary CONSTANT)
-  Q_PROPERTY(QColor separator READ separator CONSTANT)
-  Q_PROPERTY(QColor control READ control CONSTANT)
-  Q_PROPERTY(QColor accent READ accent CONSTANT)
-  Q_PROPERTY(QColor onAccent READ onAccent CONSTANT)
-  Q_PROPERTY(QColor groove READ groove CONSTANT)
+  Q_PROPERTY(bool hasDefault READ hasDefault NOTIFY changed)
+  Q_PROPERTY(QString symbol READ symbol NOTIFY changed)
+  Q_PROPERTY(bool hasFailed READ hasFailed NOTIFY changed)
 
  public:
-  /// `session` lives longer. The appearance is that of the whole life.
-  UpdatePresenter(UpdateSession& session, const Appearance& appearance);
+  /// `session` lives longer.
+  explicit UpdatePresenter(UpdateSession& session);
 
   /// Takes over what the session says now.
   void refresh();
 
-  /// The default button, or Return: goes on, or closes where there is nothing left to do but read.
+  /// The first button: goes on, or closes where there is nothing to do but read.
   Q_INVOKABLE void accept();
+
+  /// Return, wherever the focus is: the first button where it is the default one, else nothing.
+  Q_INVOKABLE void acceptByDefault();
 
   /// The other button, Escape or the window's own close button.
   Q_INVOKABLE void dismiss();
@@ -54,7 +46,7 @@ class UpdatePresenter final : public QObject {
 
   QString detail() const { return words_.detail; }
 
-  /// Only while the user decides on them.
+  /// Only while the user decides about them.
   QString notes() const;
 
   bool hasProgress() const { return words_.hasProgress; }
@@ -69,40 +61,20 @@ class UpdatePresenter final : public QObject {
 
   QString dismissLabel() const { return words_.dismissLabel; }
 
-  /// A picture of the provider of symbols, white.
-  QUrl symbol() const;
+  /// Whether the first button is the default one: not in an update that nobody asked for.
+  bool hasDefault() const { return !session_.state().isUnasked; }
 
-  /// Behind it.
-  QColor symbolColor() const;
+  /// A name of the provider of symbols.
+  QString symbol() const { return words_.symbol; }
 
-  bool animates() const noexcept { return animates_; }
-
-  QColor windowColor() const { return colors_.window; }
-
-  QColor wellColor() const { return colors_.menu; }
-
-  QColor primary() const { return colors_.primary; }
-
-  QColor secondary() const { return colors_.secondary; }
-
-  QColor separator() const { return colors_.separator; }
-
-  QColor control() const { return colors_.control; }
-
-  QColor accent() const { return colors_.prominent; }
-
-  QColor onAccent() const { return colors_.onAccent; }
-
-  QColor groove() const { return colors_.groove; }
+  bool hasFailed() const { return session_.state().stage == UpdateStage::failed; }
 
  Q_SIGNALS:
   void changed();
 
  private:
   UpdateSession& session_;
-  PanelColors colors_;
   UpdateWords words_;
-  bool animates_;
 };
 
 } // namespace sonvel

@@ -13,9 +13,9 @@ namespace sonvel {
 
 class UpdatePresenter;
 
-/// The small window in which the user sees an update. There is one while the session is visible and none
-/// otherwise. Closing it cancels; where that is too late, it comes back when there is something new to see.
-/// Main thread.
+/// The small window in which the user sees an update, open while the session is visible. It takes the
+/// keyboard only if the user asked for the update. Closing it cancels; where that is too late, it opens again
+/// when there is something new to see. Main thread.
 class UpdateWindow final : public QObject, public UpdateSurface, private UpdateObserver {
   Q_OBJECT
 
@@ -28,6 +28,8 @@ class UpdateWindow final : public QObject, public UpdateSurface, private UpdateO
   QQuickView* view() const noexcept { return view_.get(); }
 
  private:
+  class Theme;
+
   bool eventFilter(QObject* watched, QEvent* event) override;
   void updateStateChanged() override;
   void updateAttentionWanted() override;
@@ -36,8 +38,9 @@ class UpdateWindow final : public QObject, public UpdateSurface, private UpdateO
 
   UpdateSession& session_;
   std::function<Appearance()> appearance_;
+  std::unique_ptr<Theme> theme_;
   std::unique_ptr<UpdatePresenter> presenter_;
-  std::unique_ptr<QQuickView> view_; ///< refers to the presenter
+  std::unique_ptr<QQuickView> view_; ///< refers to presenter and theme
 };
 
 } // namespace sonvel

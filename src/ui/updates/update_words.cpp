@@ -21,38 +21,42 @@ const char* sentenceText(UpdateFailure failure) {
     return "The update server points from one address to another without an end.";
   case UpdateFailure::feedTooLarge:
     return "The list of updates is too large to be genuine, so it was not read.";
+  case UpdateFailure::feedNotSigned:
+    return "The list of updates isn't signed by the maker of this program, so it was not used.";
   case UpdateFailure::feedUnreadable:
     return "The list of updates is damaged and can't be read.";
-  case UpdateFailure::feedNotFeed:
-    return "The update server sent something other than a list of updates.";
-  case UpdateFailure::feedWithEntities:
-    return "The list of updates contains definitions that it must not have, so it was not read.";
+  case UpdateFailure::feedOfOtherProgram:
+    return "The list of updates belongs to another program, so it was not used.";
+  case UpdateFailure::feedExpired:
+    return "The list of updates has expired, so there may be newer versions that it doesn't name.";
+  case UpdateFailure::feedOlderThanSeen:
+    return "The update server offers something older than it did before, so it was not used.";
   case UpdateFailure::insecureDownload:
     return "The update is offered at an address that isn't secure, so it was not downloaded.";
-  case UpdateFailure::downloadWithoutLength:
-    return "The update is offered without its size, so it was not downloaded.";
-  case UpdateFailure::downloadWithoutSignature:
-    return "The update is offered without a valid signature, so it was not downloaded.";
+  case UpdateFailure::incompleteOffer:
+    return "The update is offered without all that is needed to check it, so it was not downloaded.";
   case UpdateFailure::downloadTooLarge:
     return "The update is too large to be genuine, so it was not downloaded.";
   case UpdateFailure::wrongLength:
     return "The downloaded update doesn't have the size that was announced, so it was deleted.";
-  case UpdateFailure::wrongSignature:
-    return "The downloaded update isn't signed by the maker of this program, so it was deleted.";
-  case UpdateFailure::noFolder:
-    return "There is no folder to keep the download in, so nothing was downloaded.";
-  case UpdateFailure::diskFull:
-    return "There isn't enough space on the disk for the update.";
-  case UpdateFailure::changedAfterCheck:
-    return "The downloaded update changed after it was checked, so it was not installed.";
+  case UpdateFailure::wrongContent:
+    return "The downloaded update isn't what its maker signed, so it was deleted.";
+  case UpdateFailure::noSpace:
+    return "There isn't enough memory or space on the disk for the update.";
   case UpdateFailure::wrongKindOfFile:
     return "The update isn't made for the way this program is installed, so it was not installed.";
   case UpdateFailure::cannotReplace:
     return "The program's file can't be replaced, so the update was not installed.";
   case UpdateFailure::noPackageInstaller:
+    return "This desktop has no package installer that takes the update, so it was not installed.";
+  case UpdateFailure::newVersionNotStarted:
+    return "The new version couldn't be started, so the previous one is back.";
+  case UpdateFailure::newVersionNotReady:
+    return "The new version didn't become ready in time, so the previous one is back.";
+  case UpdateFailure::newVersionDied:
     break;
   }
-  return "This desktop has no package installer that takes the update, so it was not installed.";
+  return "The new version ended within a minute of its start, so the previous one is back.";
 }
 
 /// "Sonvel 1.1".
@@ -74,8 +78,7 @@ UpdateWords offerWords(const UpdateState& state, const QLocale& locale) {
               text("You have version %1. The download is %2.")
                   .arg(QString::fromStdString(state.installedVersion), sizeText(state.totalBytes, locale)),
           .acceptLabel = text("Download"),
-          .dismissLabel = text("Not Now"),
-          .symbol = UpdateSymbol::offer};
+          .dismissLabel = text("Not Now")};
 }
 
 UpdateWords downloadWords(const UpdateState& state, const QLocale& locale) {
@@ -97,8 +100,7 @@ UpdateWords readyWords(const UpdateState& state) {
               : text("It is complete and signed by its maker. Sonvel returns every application's sound to "
                      "normal, quits and starts again."),
       .acceptLabel = state.isPackage ? text("Install") : text("Install and Relaunch"),
-      .dismissLabel = text("Cancel"),
-      .symbol = UpdateSymbol::offer};
+      .dismissLabel = text("Cancel")};
 }
 
 UpdateWords handedOverWords(const UpdateState& state) {
@@ -106,7 +108,7 @@ UpdateWords handedOverWords(const UpdateState& state) {
           .detail = text("Finish the installation of %1 there, then quit Sonvel and open it again.")
                         .arg(named(state.offeredVersion)),
           .acceptLabel = text("OK"),
-          .symbol = UpdateSymbol::installed};
+          .symbol = text("checkmark")};
 }
 
 UpdateWords failureWords(const UpdateState& state) {
@@ -114,7 +116,7 @@ UpdateWords failureWords(const UpdateState& state) {
           .detail = state.failure ? sentenceOf(*state.failure) : QString(),
           .acceptLabel = text("Try Again"),
           .dismissLabel = text("Close"),
-          .symbol = UpdateSymbol::failed};
+          .symbol = text("exclamationmark")};
 }
 
 } // namespace
@@ -143,14 +145,13 @@ UpdateWords wordsOf(const UpdateState& state, const QLocale& locale) {
         .detail =
             text("Version %1 is the newest there is.").arg(QString::fromStdString(state.installedVersion)),
         .acceptLabel = text("OK"),
-        .symbol = UpdateSymbol::upToDate};
+        .symbol = text("checkmark")};
   case UpdateStage::needsNewerSystem:
     return {.heading = text("The new version needs a newer system"),
             .detail = text("There is a newer version of Sonvel, but it doesn't run on this system. You keep "
                            "version %1.")
                           .arg(QString::fromStdString(state.installedVersion)),
-            .acceptLabel = text("OK"),
-            .symbol = UpdateSymbol::offer};
+            .acceptLabel = text("OK")};
   case UpdateStage::available:
     return offerWords(state, locale);
   case UpdateStage::downloading:
@@ -170,7 +171,7 @@ UpdateWords wordsOf(const UpdateState& state, const QLocale& locale) {
   case UpdateStage::restarting:
     return {.heading = text("%1 is installed").arg(named(state.offeredVersion)),
             .detail = text("Sonvel quits now and starts again as the new version."),
-            .symbol = UpdateSymbol::installed};
+            .symbol = text("checkmark")};
   case UpdateStage::handedOver:
     return handedOverWords(state);
   case UpdateStage::failed:

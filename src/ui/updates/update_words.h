@@ -7,18 +7,15 @@
 
 namespace sonvel {
 
-/// The picture beside the words.
-enum class UpdateSymbol { busy, upToDate, offer, installed, failed };
-
 /// What the window says of an update.
 struct UpdateWords {
   QString heading;
   QString detail;
-  QString progressText; ///< beside the bar; empty where nothing is counted
-  QString acceptLabel;  ///< of the default button; empty: there is none
-  QString dismissLabel; ///< of the other button; empty: there is none
-  UpdateSymbol symbol = UpdateSymbol::busy;
-  bool hasProgress = false; ///< something is going on
+  QString progressText;                          ///< beside the bar; empty where nothing is counted
+  QString acceptLabel;                           ///< of the first button; empty: there is none
+  QString dismissLabel;                          ///< of the other button; empty: there is none
+  QString symbol = QStringLiteral("arrow.down"); ///< the name of the picture beside the words
+  bool hasProgress = false;                      ///< something is going on
 };
 
 /// Sizes stand as `locale` writes them. Any thread.

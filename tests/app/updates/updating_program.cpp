@@ -1,37 +1,40 @@
-// A small program that updates itself as Sonvel does, with a user who takes what is offered. What it is and
-// sees it appends to the file "log" in the folder that SONVEL_TEST_FOLDER names.
+// A small program that updates itself as Sonvel does, with a user who takes what is offered. The last line of
+// its own file is its version; one that ends in "-dies" or "-hangs" does that. What it sees goes to the file
+// "log" in the folder that SONVEL_TEST_FOLDER names.
 #include "app/app_updates.h"
+#include "app/single_instance.h"
 #include "desktop/program_bundle.h"
+#include "desktop/settings_preferences.h"
 #include "desktop/steady_clock.h"
 #include "ui/updates/update_presenter.h"
-#include "updater/memory_preferences.h"
 
+#include <QDir>
 #include <QFile>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QSslConfiguration>
-#include <QTest>
 #include <QTimer>
+#include <csignal>
+#include <unistd.h>
 
 namespace sonvel {
 namespace {
 
-class Log {
- public:
-  explicit Log(const QString& folder)
-      : file_(folder + QStringLiteral("/log")) {
-    if (!file_.open(QIODevice::Append)) std::abort();
-  }
+QString ownVersion() {
+  QFile file(QStringLiteral("/proc/self/exe"));
+  if (!file.open(QIODevice::ReadOnly)) std::abort();
+  file.seek(file.size() - 64);
+  return QString::fromLatin1(file.readAll().split('\n').last());
+}
 
-  void add(const QString& line) {
-    file_.write((QStringLiteral(SONVEL_TEST_VERSION ": ") + line).toUtf8().replace('\n', ' ') + '\n');
-    file_.flush();
-  }
-
- private:
-  QFile file_;
-};
+void log(const QString& line) {
+  QFile file(qEnvironmentVariable("SONVEL_TEST_FOLDER") + QStringLiteral("/log"));
+  if (!file.open(QIODevice::Append)) std::abort();
+  file.write(
+      (QGuiApplication::applicationVersion() + QStringLiteral(": ") + line).toUtf8().replace('\n', ' ') +
+      '\n');
+}
 
 struct PlainAppearance final : DesktopAppearance {
   Appearance current() const override { return {}; }
@@ -39,90 +42,65 @@ struct PlainAppearance final : DesktopAppearance {
   void onChange(std::function<void()>) override {}
 };
 
-/// Reads the window's words and presses Return on whatever can be taken.
-class User : public QObject {
- public:
-  explicit User(Log& log)
-      : log_(log) {
-    connect(&timer_, &QTimer::timeout, this, [this] { look(); });
-    timer_.start(5);
+/// Reads the window's words and takes whatever can be taken.
+void useWindow() {
+  static QString seen;
+  for (QWindow* window : QGuiApplication::topLevelWindows()) {
+    auto* view = qobject_cast<QQuickView*>(window);
+    if (view == nullptr || !view->isVisible() || view->rootObject() == nullptr) continue;
+    auto* presenter = view->rootObject()->property("presenter").value<UpdatePresenter*>();
+    if (std::exchange(seen, presenter->heading()) == presenter->heading()) return;
+    log(presenter->heading() + QStringLiteral(" | ") + presenter->detail());
+    const QString pictures = qEnvironmentVariable("SONVEL_PICTURES");
+    if (!pictures.isEmpty())
+      view->grabWindow().save(
+          QStringLiteral("%1/%2-%3.png")
+              .arg(pictures, QGuiApplication::applicationVersion(), presenter->heading()));
+    const QString take = presenter->acceptLabel();
+    if (take == QLatin1String("Download") || take == QLatin1String("Install and Relaunch"))
+      presenter->accept();
   }
-
- private:
-  void look() {
-    for (QWindow* window : QGuiApplication::topLevelWindows()) {
-      auto* view = qobject_cast<QQuickView*>(window);
-      if (view == nullptr || !view->isVisible() || view->rootObject() == nullptr) continue;
-      return read(*view, *view->rootObject()->property("presenter").value<UpdatePresenter*>());
-    }
-  }
-
-  void read(QQuickView& view, UpdatePresenter& presenter) {
-    watch(presenter);
-    const QString seen = presenter.heading() + " | " + presenter.detail() + " | " + presenter.notes();
-    if (seen == seen_) return;
-    seen_ = seen;
-    log_.add(seen);
-    if (presenter.acceptLabel().isEmpty()) return;
-    const bool isLast =
-        presenter.dismissLabel().isEmpty() || presenter.acceptLabel() == QLatin1String("Try Again");
-    QTest::keyClick(&view, isLast ? Qt::Key_Escape : Qt::Key_Return);
-    if (isLast) QCoreApplication::quit();
-  }
-
-  void watch(UpdatePresenter& presenter) {
-    if (watched_ == &presenter) return;
-    watched_ = &presenter;
-    connect(&presenter, &UpdatePresenter::changed, this, [this, &presenter] {
-      if (presenter.fraction() > 0 && presenter.fraction() < 1)
-        log_.add(QStringLiteral("part of the download"));
-    });
-  }
-
-  Log& log_;
-  QTimer timer_;
-  QString seen_;
-  const UpdatePresenter* watched_ = nullptr;
-};
-
-void trust(const QString& certificate) {
-  QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-  configuration.addCaCertificates(certificate);
-  QSslConfiguration::setDefaultConfiguration(configuration);
 }
 
-void run(QGuiApplication& application, const QString& folder, updater::Relaunch& relaunch) {
-  Log log(folder);
-  log.add(QStringLiteral("starts"));
-  trust(folder + QStringLiteral("/trusted.pem"));
+void run(updater::Relaunch& relaunch) {
+  const QString folder = qEnvironmentVariable("SONVEL_TEST_FOLDER");
+  SingleInstance instance({.showPanel = [] { return true; }, .quit = [] { QCoreApplication::quit(); }});
+  if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-hangs"))) ::pause();
+  if (instance.acquire() != SingleInstance::Outcome::first) std::abort();
+  if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-dies"))) ::raise(SIGKILL);
+  log(QStringLiteral("starts"));
+  QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
+  trusting.addCaCertificates(folder + QStringLiteral("/trusted.pem"));
+  QSslConfiguration::setDefaultConfiguration(trusting);
   desktop::SteadyClock clock;
-  updater::MemoryPreferences preferences;
+  desktop::SettingsPreferences preferences((folder + QStringLiteral("/preferences")).toStdString());
   const desktop::ProgramBundle bundle((folder + QStringLiteral("/information.json")).toStdString());
   const PlainAppearance appearance;
+  const bool isBack = qEnvironmentVariableIsSet("SONVEL_UPDATE_UNDONE");
   AppUpdates updates({.bundle = bundle,
                       .clock = clock,
                       .preferences = preferences,
                       .appearance = appearance,
                       .relaunch = relaunch,
                       .requestQuit = [] { QCoreApplication::quit(); }});
-  User user(log);
-  updates.checkForUpdates();
-  QTimer::singleShot(std::chrono::minutes(1), &application, [] { QCoreApplication::exit(1); });
+  QTimer user;
+  QObject::connect(&user, &QTimer::timeout, &useWindow);
+  user.start(5);
+  if (!isBack) updates.checkForUpdates();
   QGuiApplication::exec();
-  log.add(QStringLiteral("ends"));
+  log(QStringLiteral("ends"));
 }
 
 } // namespace
 } // namespace sonvel
 
 int main(int argc, char** argv) {
-  sonvel::updater::Relaunch relaunch;
-  {
-    QGuiApplication application(argc, argv);
-    QGuiApplication::setQuitOnLastWindowClosed(false);
-    QGuiApplication::setApplicationVersion(QStringLiteral(SONVEL_TEST_VERSION));
-    sonvel::run(application, qEnvironmentVariable("SONVEL_TEST_FOLDER"), relaunch);
-  }
+  using std::chrono::milliseconds;
+  sonvel::updater::Relaunch relaunch({milliseconds(3'000), milliseconds(300), milliseconds(1'000)});
+  QGuiApplication application(argc, argv);
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  QGuiApplication::setApplicationVersion(sonvel::ownVersion());
+  sonvel::run(relaunch);
   relaunch.perform();
   return 0;
 }
