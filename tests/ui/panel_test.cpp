@@ -10,7 +10,7 @@
 namespace sonvel {
 namespace {
 
-/// The application that windows need. What Qt warns of is a failure of the test that brings it about.
+/// The application that windows need. A warning of Qt fails the test that causes it.
 class GuiEnvironment final : public testing::Environment {
  public:
   void SetUp() override {
@@ -40,47 +40,28 @@ class GuiEnvironment final : public testing::Environment {
 const auto* const kGuiEnvironment =
     testing::AddGlobalTestEnvironment(std::make_unique<GuiEnvironment>().release());
 
-/// The same icon for every application; writes down which were asked for.
+/// The same icon for every application.
 class PlainIcons final : public QQuickImageProvider {
  public:
-  explicit PlainIcons(QStringList& askedFor)
-      : QQuickImageProvider(QQuickImageProvider::Image)
-      , askedFor_(askedFor) {}
+  PlainIcons()
+      : QQuickImageProvider(QQuickImageProvider::Image) {}
 
-  QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override {
-    askedFor_.append(id);
+  QImage requestImage(const QString&, QSize* size, const QSize& requestedSize) override {
     QImage image(requestedSize, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::gray);
     *size = requestedSize;
     return image;
   }
-
- private:
-  QStringList& askedFor_;
 };
 
-void collectItems(QQuickItem* item, std::vector<QQuickItem*>& items) {
+void collectVisible(QQuickItem* item, std::vector<QQuickItem*>& items) {
   if (!item->isVisible()) return;
   items.push_back(item);
   for (auto* child : item->childItems())
-    collectItems(child, items);
-}
-
-void collect(QAccessibleInterface* parent, std::vector<QAccessibleInterface*>& found) {
-  for (int i = 0; i < parent->childCount(); ++i) {
-    auto* child = parent->child(i);
-    if (child == nullptr || child->state().invisible) continue;
-    found.push_back(child);
-    collect(child, found);
-  }
+    collectVisible(child, items);
 }
 
 } // namespace
-
-void ScriptedAppearance::set(const Appearance& appearance) {
-  appearance_ = appearance;
-  if (changed_) changed_();
-}
 
 PanelTest::PanelTest() {
   registerViews();
@@ -88,7 +69,7 @@ PanelTest::PanelTest() {
   engine_.emplace();
   theme_->install(*engine_);
   engine_->addImageProvider(SymbolImageProvider::kID, std::make_unique<SymbolImageProvider>().release());
-  engine_->addImageProvider("app-icon", std::make_unique<PlainIcons>(iconsAskedFor_).release());
+  engine_->addImageProvider("app-icon", std::make_unique<PlainIcons>().release());
 }
 
 PanelTest::~PanelTest() {
@@ -105,7 +86,7 @@ void PanelTest::open() {
   ASSERT_TRUE(QTest::qWaitForWindowActive(view_.get()));
   ASSERT_TRUE(settle());
   view_->setResizeMode(QQuickView::SizeRootObjectToView);
-  layOut();
+  (void)view_->grabWindow();
   view_->resize(QSizeF(root()->implicitWidth(), root()->implicitHeight()).toSize());
   ASSERT_TRUE(pumpUntil([this] { return root()->size().toSize() == view_->size(); }));
 }
@@ -116,10 +97,16 @@ void PanelTest::openWith(const std::vector<std::string>& names) {
   open();
 }
 
+void PanelTest::stopPlaying(AudioObjectID process) {
+  audio_.removeProcess(process);
+  passReconciliation();
+  passReconciliation();
+}
+
 std::vector<QQuickItem*> PanelTest::items() const {
-  layOut();
+  (void)view_->grabWindow(); // lays out
   std::vector<QQuickItem*> items;
-  collectItems(view_->contentItem(), items);
+  collectVisible(view_->contentItem(), items);
   return items;
 }
 
@@ -129,44 +116,68 @@ QQuickItem* PanelTest::itemNamed(const QString& objectName) const {
   return found != all.end() ? *found : nullptr;
 }
 
-std::vector<QAccessibleInterface*> PanelTest::accessibles() const {
-  layOut();
-  std::vector<QAccessibleInterface*> found;
-  collect(QAccessible::queryAccessibleInterface(view_.get()), found);
-  return found;
+QQuickItem* PanelTest::item(QAccessible::Role role, const QString& name) const {
+  std::vector<QQuickItem*> found;
+  for (auto* item : items()) {
+    const auto* seen = accessible(item);
+    if (seen != nullptr && seen->role() == role && seen->text(QAccessible::Name) == name)
+      found.push_back(item);
+  }
+  if (found.size() == 1) return found.front();
+  ADD_FAILURE() << found.size() << " are named " << name.toStdString() << " in\n"
+                << shown().join('\n').toStdString();
+  return nullptr;
 }
 
 QStringList PanelTest::names(QAccessible::Role role) const {
   QStringList names;
-  for (const auto* seen : accessibles())
-    if (seen->role() == role) names.append(seen->text(QAccessible::Name));
+  for (auto* item : items())
+    if (const auto* seen = accessible(item); seen != nullptr && seen->role() == role)
+      names.append(seen->text(QAccessible::Name));
   return names;
 }
 
-QAccessibleInterface* PanelTest::find(QAccessible::Role role, const QString& name) const {
-  QAccessibleInterface* found = nullptr;
-  int count = 0;
-  for (auto* seen : accessibles()) {
-    if (seen->role() != role || seen->text(QAccessible::Name) != name) continue;
-    found = seen;
-    ++count;
+QStringList PanelTest::shown() const {
+  QStringList lines;
+  for (auto* item : items())
+    if (const auto line = describe(item); !line.isEmpty())
+      lines.append(line + (item->opacity() < 1 ? QString(" at %1").arg(item->opacity()) : QString()) +
+                   (item->isEnabled() ? "" : " disabled"));
+  return lines;
+}
+
+QString PanelTest::describe(QQuickItem* item) const {
+  if (item->objectName() == "meter") return "meter " + item->property("shown").toString();
+  if (item->inherits("QQuickImage")) {
+    const auto source = item->property("source").toUrl();
+    if (source.host() == "app-icon") return "icon" + source.path();
+    return source.isEmpty() ? "" : source.path().section('/', 1, 1) + colorName(item->parentItem());
   }
-  if (count == 1) return found;
-  std::string all;
-  for (const auto* seen : accessibles())
-    all += "\n  " + std::to_string(seen->role()) + " " + seen->text(QAccessible::Name).toStdString();
-  ADD_FAILURE() << count << " of role " << role << " are named " << name.toStdString() << "; there are"
-                << all;
-  return nullptr;
+  const auto* seen = accessible(item);
+  const auto name = seen != nullptr ? seen->text(QAccessible::Name) : QString();
+  switch (seen != nullptr ? seen->role() : QAccessible::NoRole) {
+  case QAccessible::StaticText:
+    return "text " + name + colorName(item);
+  case QAccessible::Button:
+    return "button " + name + (" | " + seen->text(QAccessible::Description));
+  case QAccessible::Slider:
+    return "slider " + name + " | " + item->property("value").toString() + " | " +
+           seen->text(QAccessible::Description);
+  case QAccessible::ListItem:
+    return "row " + name;
+  case QAccessible::MenuItem:
+    return "item " + name;
+  default:
+    return {};
+  }
 }
 
-QQuickItem* PanelTest::item(QAccessible::Role role, const QString& name) const {
-  const auto* found = find(role, name);
-  return found != nullptr ? qobject_cast<QQuickItem*>(found->object()) : nullptr;
-}
-
-bool PanelTest::shows(const QString& text) const {
-  return names(QAccessible::StaticText).contains(text);
+/// Nothing for what has the primary colour.
+QString PanelTest::colorName(const QQuickItem* item) const {
+  const auto color = item->property("color").value<QColor>();
+  for (const auto* name : {"secondary", "tertiary", "accent", "orange", "red"})
+    if (theme_->property(name).value<QColor>() == color) return QString(" in ") + name;
+  return {};
 }
 
 QRectF PanelTest::place(const QQuickItem* item) {
@@ -184,6 +195,10 @@ QPoint PanelTest::handlePlace(const QQuickItem* slider, double value) {
 void PanelTest::click(QQuickItem* item) {
   ASSERT_NE(item, nullptr);
   QTest::mouseClick(view_.get(), Qt::LeftButton, {}, place(item).center().toPoint());
+}
+
+void PanelTest::clickAt(QQuickItem* slider, double value) {
+  QTest::mouseClick(view_.get(), Qt::LeftButton, {}, handlePlace(slider, value));
 }
 
 void PanelTest::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {

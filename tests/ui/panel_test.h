@@ -23,21 +23,24 @@ class ScriptedAppearance final : public DesktopAppearance {
 
   void onChange(std::function<void()> changed) override { changed_ = std::move(changed); }
 
-  void set(const Appearance& appearance);
+  void set(const Appearance& appearance) {
+    appearance_ = appearance;
+    if (changed_) changed_();
+  }
 
  private:
   Appearance appearance_{.colorScheme = Appearance::ColorScheme::light, .prefersReducedMotion = true};
   std::function<void()> changed_;
 };
 
-/// The panel in a window that nobody sees, over the model on the simulated machine. A warning of Qt, also one
-/// of a missing symbol, fails the test.
+/// The panel in a window without a display, over the model on the simulated machine. A warning of Qt, also
+/// one of a missing symbol, fails the test.
 class PanelTest : public MixerTest {
  protected:
   PanelTest();
   ~PanelTest() override;
 
-  /// Opens the panel as the program does, and lets the model come up.
+  /// Opens the panel as the program does, and waits until the model is up to date.
   void open();
 
   void close() { view_.reset(); }
@@ -45,52 +48,56 @@ class PanelTest : public MixerTest {
   /// Plays "Alpha" as "org.Alpha" and so on, and opens the panel.
   void openWith(const std::vector<std::string>& names);
 
+  /// The application ends, and its row is paused.
+  void stopPlaying(AudioObjectID process);
+
   QQuickItem* root() const { return view_->rootObject(); }
 
-  /// Brings every item to its place, as before a frame.
-  void layOut() const { (void)view_->grabWindow(); }
-
-  /// Everything in the window that is shown, after laying it out.
+  /// Every visible item of the window, laid out, in reading order.
   std::vector<QQuickItem*> items() const;
 
   QQuickItem* itemNamed(const QString& objectName) const;
 
-  /// What an assistive technology finds in the window and can be seen, in its order.
-  std::vector<QAccessibleInterface*> accessibles() const;
+  /// The item with that accessible role and name. A failure, and null, if there is not exactly one.
+  QQuickItem* item(QAccessible::Role role, const QString& name) const;
 
-  /// Their names, of those of one role.
+  QQuickItem* button(const QString& name) const { return item(QAccessible::Button, name); }
+
+  /// The volume slider of the application of that name.
+  QQuickItem* slider(const QString& name) const { return item(QAccessible::Slider, name + " volume"); }
+
+  /// The accessible names of one role, in reading order.
   QStringList names(QAccessible::Role role) const;
 
-  /// The one with that role and name. A failure, and null, if there is not exactly one.
-  QAccessibleInterface* find(QAccessible::Role role, const QString& name) const;
+  /// Everything that the user sees, one line each: texts with their colour, controls with their description
+  /// and value, symbols, icons, meters, and what is faded or disabled.
+  QStringList shown() const;
 
   static QAccessibleInterface* accessible(QObject* object) {
     return QAccessible::queryAccessibleInterface(object);
   }
 
-  QQuickItem* item(QAccessible::Role role, const QString& name) const;
-  bool shows(const QString& text) const;
-
-  /// The slider of the application of that name.
-  QQuickItem* slider(const QString& name) const { return item(QAccessible::Slider, name + " volume"); }
-
-  /// Where it is in the window.
+  /// Where the item is in the window.
   static QRectF place(const QQuickItem* item);
 
-  /// Where the handle of a slider has its middle at this value.
+  /// Where the middle of a slider's handle is at this value.
   static QPoint handlePlace(const QQuickItem* slider, double value);
 
   void click(QQuickItem* item);
+  void clickAt(QQuickItem* slider, double value);
   void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
-  /// Presses Tab until the item has the focus; false if it never comes there.
+  /// Presses Tab until the item has the focus; false if it never gets it.
   bool tabTo(const QQuickItem* item);
 
   ScriptedAppearance appearance_;
   std::optional<PanelTheme> theme_;
   std::optional<QQmlEngine> engine_;
   std::unique_ptr<QQuickView> view_;
-  QStringList iconsAskedFor_; ///< the ids
+
+ private:
+  QString describe(QQuickItem* item) const;
+  QString colorName(const QQuickItem* item) const;
 };
 
 } // namespace sonvel

@@ -32,7 +32,9 @@ QIcon AppIconCache::icon(const std::optional<std::string>& bundleID,
   const auto key = keyOf(bundleID, parentBundleID, pid);
   const auto known = cached_.find(key);
   if (known != cached_.end()) return known->second;
-  return cached_.emplace(key, find(bundleID, parentBundleID, pid)).first->second;
+  auto icon = find(bundleID, parentBundleID, pid);
+  if (!icon.isNull()) cached_.emplace(key, icon);
+  return icon;
 }
 
 QIcon AppIconCache::find(const std::optional<std::string>& bundleID,

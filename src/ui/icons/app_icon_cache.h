@@ -11,8 +11,9 @@
 
 namespace sonvel {
 
-/// The icons of the applications in the list, each looked up once: an icon that was found, or what stands for
-/// one that was not, is kept for good. Main thread, when the application object exists.
+/// The icons of the applications in the list. What was found for an application, its own icon or the generic
+/// one, is kept until the program ends; where nothing was found the next call looks again. Main thread, when
+/// the application object exists.
 class AppIconCache {
  public:
   /// Both must outlive this object.

@@ -2,14 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-#include <string>
-
 namespace sonvel::ui {
-
 namespace {
 
 constexpr QSize kPanel(360, 600);
+constexpr QRect kNoIcon;
 
 const ScreenArea kBarOnTop{.geometry = {0, 0, 1920, 1080}, .available = {0, 32, 1920, 1048}};
 const ScreenArea kBarBelow{.geometry = {0, 0, 1920, 1080}, .available = {0, 0, 1920, 1036}};
@@ -17,66 +14,35 @@ const ScreenArea kBarAtTheLeft{.geometry = {0, 0, 1920, 1080}, .available = {64,
 // To the right of the others, lower, and scaled twice: its logical size leaves gaps around it.
 const ScreenArea kScaled{.geometry = {1920, 200, 1280, 720}, .available = {1920, 200, 1280, 680}};
 const ScreenArea kSmall{.geometry = {0, 0, 320, 480}, .available = {0, 20, 320, 460}};
-// To the left of the origin.
 const ScreenArea kLeft{.geometry = {-1280, 0, 1280, 1024}, .available = {-1280, 0, 1280, 1024}};
 
-struct PlacementCase {
-  std::string name;
-  QList<ScreenArea> screens;
-  QRect icon;
-  QPoint pointer;
-  QSize size;
-  QRect expected;
-};
-
-void PrintTo(const PlacementCase& placement, std::ostream* out) {
-  *out << placement.name;
+TEST(PanelPlacement, IsAtTheIconOrInThePointersCorner) {
+  const struct {
+    const char* what;
+    QList<ScreenArea> screens;
+    QRect icon;
+    QPoint pointer;
+    QRect panel;
+  } cases[] = {
+      {"icon in a top bar", {kBarOnTop}, {1000, 4, 24, 24}, {}, {832, 32, 360, 600}},
+      {"icon near the right edge", {kBarOnTop}, {1890, 4, 24, 24}, {}, {1560, 32, 360, 600}},
+      {"icon near the left edge", {kBarOnTop}, {2, 4, 24, 24}, {}, {0, 32, 360, 600}},
+      {"icon in a bar below", {kBarBelow}, {1000, 1046, 24, 24}, {}, {832, 436, 360, 600}},
+      {"icon in a bar at the left", {kBarAtTheLeft}, {20, 1040, 24, 24}, {}, {64, 440, 360, 600}},
+      {"icon on the second screen", {kBarOnTop, kScaled}, {3000, 890, 24, 24}, {}, {2832, 280, 360, 600}},
+      {"pointer top right", {kBarOnTop}, kNoIcon, {1700, 10}, {1560, 32, 360, 600}},
+      {"pointer top left", {kBarOnTop}, kNoIcon, {100, 10}, {0, 32, 360, 600}},
+      {"pointer bottom right", {kBarBelow}, kNoIcon, {1700, 1070}, {1560, 436, 360, 600}},
+      {"pointer bottom left", {kBarAtTheLeft}, kNoIcon, {30, 1070}, {64, 480, 360, 600}},
+      {"screen left of the origin", {kBarOnTop, kLeft}, kNoIcon, {-5, 1000}, {-360, 424, 360, 600}},
+      {"pointer in a gap", {kBarOnTop, kScaled}, kNoIcon, {3100, 150}, {2840, 200, 360, 600}},
+      {"screen smaller than the panel", {kSmall}, kNoIcon, {300, 400}, {0, 20, 320, 460}},
+      {"icon on such a screen", {kSmall}, {280, 0, 20, 20}, {}, {0, 20, 320, 460}},
+      {"no screen", {}, kNoIcon, {300, 400}, {}},
+  };
+  for (const auto& [what, screens, icon, pointer, panel] : cases)
+    EXPECT_EQ(panelGeometry(screens, icon, pointer, kPanel), panel) << what;
 }
-
-class PanelPlacementTest : public ::testing::TestWithParam<PlacementCase> {};
-
-TEST_P(PanelPlacementTest, isWhereItIsLookedFor) {
-  const PlacementCase& placement = GetParam();
-  EXPECT_EQ(panelGeometry(placement.screens, placement.icon, placement.pointer, placement.size),
-            placement.expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , PanelPlacementTest,
-    ::testing::Values(
-        PlacementCase{"IconInATopBar", {kBarOnTop}, {1000, 4, 24, 24}, {}, kPanel, {832, 32, 360, 600}},
-        PlacementCase{
-            "IconNearTheRightEdge", {kBarOnTop}, {1890, 4, 24, 24}, {}, kPanel, {1560, 32, 360, 600}},
-        PlacementCase{"IconNearTheLeftEdge", {kBarOnTop}, {2, 4, 24, 24}, {}, kPanel, {0, 32, 360, 600}},
-        PlacementCase{"IconInABarBelow", {kBarBelow}, {1000, 1046, 24, 24}, {}, kPanel, {832, 436, 360, 600}},
-        PlacementCase{
-            "IconInABarAtTheLeft", {kBarAtTheLeft}, {20, 1040, 24, 24}, {}, kPanel, {64, 440, 360, 600}},
-        PlacementCase{"IconAmongWindows", {kBarBelow}, {1000, 100, 24, 24}, {}, kPanel, {832, 124, 360, 600}},
-        PlacementCase{"IconOnTheSecondScreen",
-                      {kBarOnTop, kScaled},
-                      {3000, 890, 24, 24},
-                      {10, 10},
-                      kPanel,
-                      {2832, 280, 360, 600}},
-        PlacementCase{"TopRight", {kBarOnTop}, {}, {1700, 10}, kPanel, {1560, 32, 360, 600}},
-        PlacementCase{"TopLeft", {kBarOnTop}, {}, {100, 10}, kPanel, {0, 32, 360, 600}},
-        PlacementCase{"BottomRight", {kBarBelow}, {}, {1700, 1070}, kPanel, {1560, 436, 360, 600}},
-        PlacementCase{"BottomLeft", {kBarAtTheLeft}, {}, {30, 1070}, kPanel, {64, 480, 360, 600}},
-        PlacementCase{"SecondScreen", {kBarOnTop, kScaled}, {}, {3100, 900}, kPanel, {2840, 280, 360, 600}},
-        PlacementCase{
-            "ScreenLeftOfTheOrigin", {kBarOnTop, kLeft}, {}, {-5, 1000}, kPanel, {-360, 424, 360, 600}},
-        PlacementCase{"PointerInAGapBetweenScreens",
-                      {kBarOnTop, kScaled},
-                      {},
-                      {3100, 150},
-                      kPanel,
-                      {2840, 200, 360, 600}},
-        PlacementCase{"ScreenSmallerThanThePanel", {kSmall}, {}, {300, 400}, kPanel, {0, 20, 320, 460}},
-        PlacementCase{
-            "IconOnAScreenSmallerThanThePanel", {kSmall}, {280, 0, 20, 20}, {}, kPanel, {0, 20, 320, 460}},
-        PlacementCase{"NoScreen", {}, {}, {300, 400}, kPanel, {}}),
-    [](const auto& tested) { return tested.param.name; });
 
 } // namespace
-
 } // namespace sonvel::ui
