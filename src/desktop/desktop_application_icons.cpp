@@ -1,21 +1,16 @@
 #include "desktop/desktop_application_icons.h"
 
-#include "desktop/glib_ptr.h"
-
-#include <gio/gdesktopappinfo.h>
+#include "desktop/desktop_entry_file.h"
 
 #include <memory>
 
 namespace sonvel::desktop {
 namespace {
 
-struct FreeMemory {
-  void operator()(gpointer memory) const noexcept { g_free(memory); }
-};
-
 std::optional<std::string> nameOf(GIcon& icon) {
   if (G_IS_FILE_ICON(&icon)) {
-    const std::unique_ptr<char, FreeMemory> path(g_file_get_path(g_file_icon_get_file(G_FILE_ICON(&icon))));
+    const std::unique_ptr<char, Release<g_free>> path(
+        g_file_get_path(g_file_icon_get_file(G_FILE_ICON(&icon))));
     return path ? std::optional<std::string>(path.get()) : std::nullopt;
   }
   if (!G_IS_THEMED_ICON(&icon)) return std::nullopt;
@@ -44,7 +39,7 @@ DesktopApplicationIcons::locationOfApplication(const std::string& bundleIdentifi
 }
 
 std::optional<std::string> DesktopApplicationIcons::iconForFile(const std::string& path) const {
-  const GObjectPtr<GDesktopAppInfo> info(g_desktop_app_info_new_from_filename(path.c_str()));
+  const auto info = readDesktopEntry(path);
   if (!info) return std::nullopt;
   GIcon* const icon = g_app_info_get_icon(G_APP_INFO(info.get())); // the entry's own
   return icon != nullptr ? nameOf(*icon) : std::nullopt;

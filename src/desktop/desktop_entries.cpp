@@ -1,8 +1,6 @@
 #include "desktop/desktop_entries.h"
 
-#include "desktop/glib_ptr.h"
-
-#include <gio/gdesktopappinfo.h>
+#include "desktop/desktop_entry_file.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -44,7 +42,7 @@ bool isTerminalEmulator(GDesktopAppInfo& info) {
 /// None if GIO does not take the file for an application that can be started here.
 std::optional<DesktopEntry> readEntry(const std::string& path, std::string id,
                                       const std::vector<std::string>& programFolders) {
-  const GObjectPtr<GDesktopAppInfo> info(g_desktop_app_info_new_from_filename(path.c_str()));
+  const auto info = readDesktopEntry(path);
   if (!info || g_desktop_app_info_get_is_hidden(info.get()) != FALSE) return std::nullopt;
 
   GAppInfo* const app = G_APP_INFO(info.get());

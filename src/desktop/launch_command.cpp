@@ -2,10 +2,10 @@
 
 #include "desktop/glib_ptr.h"
 #include "desktop/program_path.h"
+#include "desktop/regular_file.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <unistd.h>
 
 namespace sonvel::desktop {
@@ -40,8 +40,7 @@ std::size_t environmentLength(std::span<const std::string> words) {
 }
 
 bool isTextForInterpreter(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return file.get() == '#' && file.get() == '!';
+  return readStartOfRegularFile(path, 2) == "#!";
 }
 
 /// Places for files and URLs (%U) are no fixed arguments, nor are the marks that go with them (@@u ... @@).

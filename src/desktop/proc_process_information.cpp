@@ -1,8 +1,8 @@
 #include "desktop/proc_process_information.h"
 
+#include "desktop/regular_file.h"
+
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <unistd.h>
 #include <utility>
 
@@ -20,9 +20,10 @@ int ProcProcessInformation::procName(std::int32_t pid, std::span<char> name) con
   name[0] = '\0';
   if (pid <= 0) return 0;
 
-  // A name may hold any character, a line end included; the kernel closes it with one more.
-  std::ifstream file(root_ + '/' + std::to_string(pid) + "/comm", std::ios::binary);
-  std::string text(std::istreambuf_iterator<char>(file), {});
+  // A name may hold any character, also line ends; the kernel appends one.
+  constexpr std::size_t kLongerThanAnyName = 4096;
+  auto text = readStartOfRegularFile(root_ + '/' + std::to_string(pid) + "/comm", kLongerThanAnyName)
+                  .value_or(std::string()); // the process may have ended
   if (text.ends_with('\n')) text.pop_back();
 
   const std::size_t length = std::min(text.size(), name.size() - 1);

@@ -1,6 +1,7 @@
 #include "desktop/process_tree.h"
 
 #include "desktop/program_path.h"
+#include "desktop/regular_file.h"
 
 #include <array>
 #include <charconv>
@@ -34,16 +35,10 @@ class Descriptor {
   int descriptor_;
 };
 
-std::optional<std::string> readAll(int folder, const char* name) {
-  const Descriptor file(openat(folder, name, O_RDONLY | O_CLOEXEC));
-  if (!file) return std::nullopt;
-  std::string text;
-  std::array<char, 4096> block{};
-  ssize_t count = 0;
-  while ((count = read(file.get(), block.data(), block.size())) > 0)
-    text.append(block.data(), static_cast<std::size_t>(count));
-  if (count < 0) return std::nullopt;
-  return text;
+/// A command line may have megabytes; what identifies a program stands at its start.
+std::optional<std::string> readStart(int folder, const char* name) {
+  constexpr std::size_t kMaximumBytes = 256UL * 1024;
+  return readStartOfRegularFile(folder, name, kMaximumBytes);
 }
 
 std::optional<std::string> linkTarget(int folder, const char* name) {
@@ -135,11 +130,11 @@ std::optional<ProcessFacts> ProcFilesystem::process(std::int32_t pid) const {
 
   ProcessFacts facts;
   facts.executable = executable(folder.get());
-  facts.arguments = splitAtNulls(readAll(folder.get(), "cmdline").value_or(""));
+  facts.arguments = splitAtNulls(readStart(folder.get(), "cmdline").value_or(""));
   if (facts.executable && isInterpreter(*facts.executable))
     facts.workingFolder = linkTarget(folder.get(), "cwd").value_or("");
-  facts.controlGroup = controlGroup(readAll(folder.get(), "cgroup").value_or(""));
-  const auto status = readAll(folder.get(), "stat");
+  facts.controlGroup = controlGroup(readStart(folder.get(), "cgroup").value_or(""));
+  const auto status = readStart(folder.get(), "stat");
   if (!status || !readStatus(*status, facts)) return std::nullopt;
   return facts;
 }

@@ -1,6 +1,7 @@
 #include "desktop/program_bundle.h"
 
-#include <QFile>
+#include "desktop/regular_file.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <system_error>
@@ -8,14 +9,11 @@
 namespace sonvel::desktop {
 namespace {
 
-constexpr qint64 kMaximumInformationBytes = 64LL * 1024;
+constexpr std::size_t kMaximumInformationBytes = 64UL * 1024;
 
 QJsonObject readObject(const std::filesystem::path& file) {
-  QFile input(file);
-  if (!input.open(QIODevice::ReadOnly)) return {};
-  const QByteArray text = input.read(kMaximumInformationBytes + 1);
-  if (text.size() > kMaximumInformationBytes) return {};
-  return QJsonDocument::fromJson(text).object();
+  const auto text = readRegularFile(file, kMaximumInformationBytes);
+  return text ? QJsonDocument::fromJson(QByteArray::fromStdString(*text)).object() : QJsonObject();
 }
 
 std::filesystem::path ownProgram() {

@@ -1,6 +1,7 @@
 #include "desktop/settings_preferences.h"
 
 #include "desktop/glib_ptr.h"
+#include "desktop/regular_file.h"
 
 #include <glib.h>
 
@@ -31,18 +32,14 @@ fs::path configurationFolder() {
 enum class Condition { sound, missing, damaged };
 
 Condition load(GKeyFile* keys, const fs::path& file) {
-  char* rawText = nullptr;
-  gsize sizeBytes = 0;
-  GError* rawError = nullptr;
-  g_file_get_contents(file.c_str(), &rawText, &sizeBytes, &rawError);
-  const Text text(rawText);
-  const std::unique_ptr<GError, Release<g_error_free>> error(rawError);
-  if (error && g_error_matches(error.get(), G_FILE_ERROR, G_FILE_ERROR_NOENT) != FALSE)
-    return Condition::missing;
-  // The parser takes zeros, which a crash of the machine leaves, for the end of a line.
+  constexpr std::size_t kMaximumBytes = 1024UL * 1024;
+  std::error_code error;
+  if (fs::status(file, error).type() == fs::file_type::not_found) return Condition::missing;
+  const auto text = readRegularFile(file, kMaximumBytes);
+  // A crash of the machine may leave zeros, which the parser takes for the end of a line.
   const bool isSound =
-      !error && g_utf8_validate_len(text.get(), sizeBytes, nullptr) != FALSE &&
-      g_key_file_load_from_data(keys, text.get(), sizeBytes, G_KEY_FILE_KEEP_COMMENTS, nullptr) != FALSE;
+      text && g_utf8_validate_len(text->data(), text->size(), nullptr) != FALSE &&
+      g_key_file_load_from_data(keys, text->data(), text->size(), G_KEY_FILE_KEEP_COMMENTS, nullptr) != FALSE;
   return isSound ? Condition::sound : Condition::damaged;
 }
 

@@ -8,9 +8,9 @@ namespace sonvel::desktop {
 
 /// Preferences in a small file of keys and values. Each call looks at the file anew.
 ///
-/// A file that is damaged or can't be read reads as empty and stays as it is until something is stored. Then
-/// it is kept beside the new one, its name followed by ".damaged", in the place of one kept before. What is
-/// there already is not written again.
+/// A file that is damaged, is no regular file, has more than 1 MiB or can't be read reads as empty and stays
+/// as it is until something is stored. Then it is kept beside the new one, its name followed by ".damaged",
+/// in the place of one kept before. What is there already is not written again.
 class SettingsPreferences final : public Preferences {
  public:
   /// On the file "sonvel/sonvel.conf" of the user's configuration folder.

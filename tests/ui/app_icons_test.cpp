@@ -88,22 +88,21 @@ TEST_P(AppIconSearch, TakesTheFirstInOrder) {
 
 INSTANTIATE_TEST_SUITE_P(
     , AppIconSearch,
-    testing::Values(
-        SearchCase{"RunningParent", {}, "own", "parent", kParentRunning},
-        SearchCase{"InstalledParent", {.runningParent = nullptr}, "own", "parent", kParentFile},
-        SearchCase{"ProcessIfTheParentHasNoIcon",
-                   {.runningParent = nullptr, .installedParent = ""},
-                   "own",
-                   "parent",
-                   kProcess},
-        SearchCase{"ItselfIfTheParentIsNotThere",
-                   {.runningParent = nullptr, .installedParent = nullptr},
-                   "own",
-                   "parent",
-                   kOwnRunning},
-        SearchCase{"ItselfInstalled", {.runningOwn = nullptr}, "own", std::nullopt, kOwnFile},
-        SearchCase{"ProcessOfWhatIsUnknown", {}, "pid 40", std::nullopt, kProcess},
-        SearchCase{"Generic", {.process = nullptr}, "unknown", std::nullopt, kGeneric}),
+    testing::Values(SearchCase{"RunningParent", {}, "own", "parent", kParentRunning},
+                    SearchCase{"InstalledParent", {.runningParent = nullptr}, "own", "parent", kParentFile},
+                    SearchCase{"ProcessIfTheParentHasNoIcon",
+                               {.runningParent = nullptr, .installedParent = ""},
+                               "own",
+                               "parent",
+                               kProcess},
+                    SearchCase{"ItselfIfTheParentIsNotThere",
+                               {.runningParent = nullptr, .installedParent = nullptr},
+                               "own",
+                               "parent",
+                               kOwnRunning},
+                    SearchCase{"ItselfInstalled", {.runningOwn = nullptr}, "own", std::nullopt, kOwnFile},
+                    SearchCase{"ProcessOfWhatIsUnknown", {}, "pid 40", std::nullopt, kProcess},
+                    SearchCase{"Generic", {.process = nullptr}, "unknown", std::nullopt, kGeneric}),
     [](const auto& tested) { return tested.param.what; });
 
 TEST_F(AppIconsTest, AFoundIconIsKeptUnderTheNearestNameAndAMissingOneIsNot) {

@@ -168,20 +168,21 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
 TEST_F(PanelContentTest, ShowsTheMasterVolumeOrTheCard) {
   open();
   const QSignalSpy settings(root(), SIGNAL(settingsRequested(QUrl)));
-  expectChanges({{[&] { clickAt(item(QAccessible::Slider, "System Output"), 1); },
-                  R"(-slider System Output | 0.5 | 
+  expectChanges(
+      {{[&] { clickAt(item(QAccessible::Slider, "System Output"), 1); },
+        R"(-slider System Output | 0.5 | 
 -text 50 percent
 +slider System Output | 1 | 
 +text 100 percent)"},
-                 {[&] {
-                    audio_.setDefaultDevice("headset");
-                    passTicks(5);
-                    clickAt(item(QAccessible::Slider, "System Output"), 0);
-                  },
-                  R"(-slider System Output | 1 | 
+       {[&] {
+          audio_.setDefaultDevice("headset");
+          passTicks(5);
+          clickAt(item(QAccessible::Slider, "System Output"), 0);
+        },
+        R"(-slider System Output | 1 | 
 +slider System Output | 1 |  disabled
 +text This output device has no adjustable master volume. in secondary)"},
-                 {[&] { setPreflight(2); }, R"(-text OUTPUT in secondary
+       {[&] { setPreflight(2); }, R"(-text OUTPUT in secondary
 -hifispeaker.fill in secondary
 -text System Output
 -slider System Output | 1 |  disabled
@@ -193,19 +194,19 @@ TEST_F(PanelContentTest, ShowsTheMasterVolumeOrTheCard) {
 +button Grant Audio Access | Shows the macOS Audio Recording permission prompt
 +button Open Settings | Opens macOS Privacy and Security settings
 +text Audio access was revoked. Audio was restored to its normal output. in secondary)"},
-                 {[&] { setPreflight(1); },
-                  R"(+text Access is currently denied. Enable “Sonvel” under Privacy & Security ▸ Audio Recording, then it appears automatically. in orange)"},
-                 {[&] { click(button("Grant Audio Access")); },
-                  R"(-button Grant Audio Access | Shows the macOS Audio Recording permission prompt
+       {[&] { setPreflight(1); },
+        R"(+text Access is currently denied. Enable “Sonvel” under Privacy & Security ▸ Audio Recording, then it appears automatically. in orange)"},
+       {[&] { click(button("Grant Audio Access")); },
+        R"(-button Grant Audio Access | Shows the macOS Audio Recording permission prompt
 +button Waiting… | Shows the macOS Audio Recording permission prompt disabled)"},
-                 {[&] {
-                    click(button("Waiting…"));
-                    EXPECT_EQ(consent_.openRequests(), 1U) << "a second request was made";
-                    click(button("Open Settings"));
-                    consent_.answer(false);
-                    ASSERT_TRUE(pumpUntil([this] { return !model_->isRequestingPermission(); }));
-                  },
-                  R"(-button Waiting… | Shows the macOS Audio Recording permission prompt disabled
+       {[&] {
+          click(button("Waiting…"));
+          EXPECT_EQ(consent_.openRequests(), 1U) << "a second request was made";
+          click(button("Open Settings"));
+          consent_.answer(false);
+          ASSERT_TRUE(pumpUntil([this] { return !model_->isRequestingPermission(); }));
+        },
+        R"(-button Waiting… | Shows the macOS Audio Recording permission prompt disabled
 +button Grant Audio Access | Shows the macOS Audio Recording permission prompt)"}});
   EXPECT_EQ(settings.count(), 1);
   consent_.setPreflight(1);

@@ -20,6 +20,7 @@ TEST(PanelTextTest, NumbersOfAnySize) {
 
 TEST(PanelTextTest, OneStatusLine) {
   const char* const kNoApps = "No apps have played audio yet.";
+
   const struct {
     const char* notice;
     const char* status;
@@ -30,6 +31,7 @@ TEST(PanelTextTest, OneStatusLine) {
                {"", kNoApps, 1, kNoApps},
                {"", "Audio permission was revoked.", 0, "Audio permission was revoked."},
                {"Sound is away", "2 playing", 2, "Sound is away"}};
+
   for (const auto& [notice, status, rows, shown] : cases)
     EXPECT_EQ(PanelText::statusLine(notice, status, rows), shown) << status;
 }

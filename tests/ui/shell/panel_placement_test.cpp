@@ -40,6 +40,7 @@ TEST(PanelPlacement, IsAtTheIconOrInThePointersCorner) {
       {"icon on such a screen", {kSmall}, {280, 0, 20, 20}, {}, {0, 20, 320, 460}},
       {"no screen", {}, kNoIcon, {300, 400}, {}},
   };
+
   for (const auto& [what, screens, icon, pointer, panel] : cases)
     EXPECT_EQ(panelGeometry(screens, icon, pointer, kPanel), panel) << what;
 }

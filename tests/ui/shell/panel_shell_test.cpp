@@ -121,8 +121,8 @@ TEST_F(PanelShellTest, APanelClosesOnEscapeAndLossOfFocusAPlainWindowDoesNot) {
 
 TEST_F(PanelShellTest, TheClickThatClosedItDoesNotReopenIt) {
   QWindow elsewhere;
-  for (const auto& [delay, isReopened] : {std::pair{milliseconds(200), false},
-                                          {PanelWindow::kClickDuration + milliseconds(1), true}}) {
+  for (const auto& [delay, isReopened] :
+       {std::pair{milliseconds(200), false}, {PanelWindow::kClickDuration + milliseconds(1), true}}) {
     open(Style::panel);
     focus(elsewhere);
     ASSERT_FALSE(panel_.isOpen());
