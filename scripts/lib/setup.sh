@@ -1,16 +1,22 @@
 # Sourced by the scripts: makes sure that the packages are there that the project is built and tested with.
 
-# Keep in step with docs/dependencies.md.
-build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-dev libgtest-dev libgmock-dev
-                libbenchmark-dev libsndfile1-dev qt6-base-dev qcoro-qt6-dev qt6-declarative-dev qt6-svg-dev
+# Keep in step with docs/dependencies.md. What differs between the releases of Debian stands here alone.
+clang_version=16
+if (. /etc/os-release && ((${VERSION_ID:-12} >= 13))); then clang_version=19; fi
+
+# What a packager needs to build the program (BUILD_TESTING=OFF), and the modules that it needs to run.
+build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-dev qt6-base-dev qcoro-qt6-dev
+                qt6-declarative-dev qt6-svg-dev libsodium-dev
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
-                qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window libsodium-dev
-                libatspi2.0-dev libxcb1-dev)
-session_packages=(dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
-                  python3-pytest python3-numpy python3-gi python3-dbusmock python3-pyatspi gir1.2-atspi-2.0
-                  xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
-bench_packages=(pavucontrol)
-lint_packages=(git clang-16 libclang-rt-16-dev clang-tidy-16 clang-format-16 python3 binutils)
+                qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window)
+# What the tests are built with, and the desktop and the sound session that they run in.
+test_packages=(libgtest-dev libgmock-dev libatspi2.0-dev libxcb1-dev
+               dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
+               python3-pytest python3-numpy python3-gi python3-dbusmock python3-pyatspi gir1.2-atspi-2.0
+               xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
+bench_packages=(libbenchmark-dev pavucontrol)
+lint_packages=(git "clang-$clang_version" "libclang-rt-$clang_version-dev" "clang-tidy-$clang_version"
+               "clang-format-$clang_version" python3 binutils)
 
 # install_packages PACKAGE...: quick when all are there.
 install_packages() {
@@ -37,6 +43,10 @@ install_packages() {
 build() {
   local preset=$1
   shift
-  [[ -f build/$preset/build.ninja ]] || cmake --preset "$preset"
+  if [[ ! -f build/$preset/build.ninja ]]; then
+    local options=()
+    [[ $preset != *clang && $preset != fuzz ]] || options=("-DCMAKE_CXX_COMPILER=clang++-$clang_version")
+    cmake --preset "$preset" "${options[@]}"
+  fi
   cmake --build --preset "$preset" ${1:+--target "$@"}
 }

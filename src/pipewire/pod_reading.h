@@ -3,6 +3,7 @@
 #include <spa/pod/pod.h>
 #include <spa/utils/dict.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
