@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pipewire/process_key.h"
+#include "pipewire/graph_index.h"
 #include "platform/audio_types.h"
 
 #include <map>
@@ -18,9 +18,12 @@ struct DesiredTap {
   std::string nodeName; ///< also its UID
   std::string description;
   std::set<ProcessKey> processes;
-  bool isMuted = false;
-  bool hasNode = false;   ///< only a muted tap has one: an unmuted tap is read straight from the streams
-  bool isLeaving = false; ///< it is forgotten as soon as its node has gone
+  std::set<std::string> bundleIDs;      ///< processes that appear later under one of these join
+  std::set<ProcessKey> formerStrangers; ///< processes that were there before it and were not listed
+  bool isMuted = false;                 ///< only a muted tap has a node: others are read from the streams
+  bool isMono = false;                  ///< its device has one channel
+  bool isRetired = false;               ///< destroyed in a configuration that is still open
+  bool isLeaving = false;               ///< it is forgotten as soon as its node has gone
 };
 
 /// A started IOProc as it should be: filter between taps and a device.
@@ -29,7 +32,10 @@ struct DesiredSession {
   std::string description;
   std::string deviceName;
   std::set<AudioObjectID> taps;
+  bool isHeld = false;     ///< started in a configuration that is still open: it takes no streams yet
+  bool isRetired = false;  ///< stopped in a configuration that is still open: it goes on
   bool isStopping = false; ///< its filter goes as soon as the nodes of its taps have gone
+  bool isOverdue = false;  ///< it stops now, wherever the streams are
 };
 
 /// Everything that this program wants of the sound server.
@@ -56,12 +62,11 @@ struct StreamRouting {
 
 /// What this program has in the server already.
 struct OwnedObjects {
-  std::set<AudioObjectID> tapNodes;
+  std::map<AudioObjectID, bool> tapNodes; ///< with whether the node has one channel
   std::set<IOProcID> filters;
-  std::map<PortPair, bool> links;                          ///< with whether the server has negotiated them
-  std::map<std::string, std::set<std::uint64_t>> captured; ///< by tap name: serials of streams sent into it
-  std::set<std::uint64_t>
-      stranded; ///< serials of streams that the session manager was told to link and did not
+  std::map<PortPair, bool> links;    ///< with whether the server has negotiated them
+  std::set<std::uint64_t> stranded;  ///< serials of streams that the session manager no longer links
+  std::set<std::uint64_t> immovable; ///< serials of streams that were sent into a tap and did not come
 };
 
 /// The edits that are missing between what is and what should be. Each is safe to do twice.
@@ -74,7 +79,7 @@ struct Plan {
   std::vector<PortPair> strandedLinksToCreate; ///< of stranded streams into their taps
   std::vector<PortPair> lastingLinksToCreate;  ///< of stranded streams to their own devices: they outlive us
   std::vector<PortPair> linksToDestroy;        ///< of ours
-  std::vector<GlobalID> foreignLinksToCut;     ///< that play a captured stream past its tap
+  std::vector<GlobalID> linksToCut; ///< of the session manager, which play a tapped stream past its tap
   std::vector<StreamRouting> routings;
 
   bool operator==(const Plan&) const = default;

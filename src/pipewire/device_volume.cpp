@@ -41,8 +41,8 @@ float linearFromScalar(float scalar) noexcept {
 
 std::optional<float> volumeScalar(const std::vector<float>& channelVolumes, std::uint32_t element) {
   if (channelVolumes.empty() || element > channelVolumes.size()) return std::nullopt;
-  if (element == 0) return scalarFromLinear(*std::ranges::max_element(channelVolumes));
-  return scalarFromLinear(channelVolumes[element - 1]);
+  const float linear = element == 0 ? *std::ranges::max_element(channelVolumes) : channelVolumes[element - 1];
+  return std::min(scalarFromLinear(linear), 1.0F);
 }
 
 std::vector<float> withVolumeScalar(std::vector<float> channelVolumes, std::uint32_t element, float scalar) {

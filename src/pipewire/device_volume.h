@@ -13,8 +13,8 @@ namespace sonvel::pipewire {
 float scalarFromLinear(float linear) noexcept;
 float linearFromScalar(float scalar) noexcept;
 
-/// The scalar of all channels together (element 0: that of the loudest) or of one channel (elements 1 and 2).
-/// None if there is no such channel.
+/// The scalar, 0.0 to 1.0, of all channels together (element 0: that of the loudest) or of one channel
+/// (elements 1 and 2). An amplified device is at 1.0. None if there is no such channel.
 std::optional<float> volumeScalar(const std::vector<float>& channelVolumes, std::uint32_t element);
 
 /// The linear factors with one element set. Element 0 keeps the channels' balance to one another.

@@ -20,8 +20,9 @@ enum class PortDirection { in, out };
 struct Client {
   std::uint64_t serial = 0; ///< never used again
   AudioClient facts;
-  bool isKnown = false;        ///< its properties have arrived
-  bool isSoundServer = false;  ///< the server's own helper, or this program
+  bool isKnown = false;       ///< its properties have arrived
+  bool isSoundServer = false; ///< the server's own helper, or this program
+  bool isSessionManager = false;
   std::int32_t vouchedPID = 0; ///< of whoever holds the socket
   bool isPulseConnection = false;
 };
@@ -33,7 +34,8 @@ struct Node {
   std::string name;
   std::string description;
   bool isRunning = false;            ///< it takes part in the graph's cycles now
-  bool cannotBeMoved = false;        ///< it asked to stay where it is
+  bool cannotBeMoved = false;        ///< its properties forbid the session manager to move it
+  std::string ownTarget;             ///< the node that its program asked for: name or serial; empty for none
   std::vector<float> channelVolumes; ///< linear amplitude factors; empty while unknown
   std::optional<GlobalID> card;
   std::optional<std::int32_t> cardProfileDevice; ///< which output of the card
@@ -48,6 +50,7 @@ struct Port {
 };
 
 struct Link {
+  std::optional<GlobalID> client; ///< whoever made it; none for one that outlives its maker
   GlobalID outputNode = 0;
   GlobalID outputPort = 0;
   GlobalID inputNode = 0;

@@ -15,6 +15,26 @@ template <class Map, class Key> const std::vector<GlobalID>& listOf(const Map& m
 
 } // namespace
 
+std::optional<ProcessKey> processKeyOf(const Graph& graph, GlobalID client) {
+  const auto found = graph.clients.find(client);
+  if (found == graph.clients.end() || !found->second.isKnown || found->second.isSoundServer)
+    return std::nullopt;
+  const AudioClient& facts = found->second.facts;
+  if (facts.sandboxAppID) return "application " + *facts.sandboxAppID;
+  if (facts.processID <= 0) return "client " + std::to_string(found->second.serial);
+  const std::string process = "process " + std::to_string(facts.processID);
+  // A program on the PulseAudio socket only claims its process ID. Inside a sandbox many have the same (2),
+  // so two programs with one ID are told apart by their names.
+  if (found->second.isPulseConnection)
+    return process + " " + facts.processBinary.value_or(facts.applicationName.value_or(""));
+  return process;
+}
+
+std::optional<ProcessKey> processKeyOfStream(const Graph& graph, const Node& stream) {
+  if (stream.kind != NodeKind::outputStream || !stream.client) return std::nullopt;
+  return processKeyOf(graph, *stream.client);
+}
+
 GraphIndex::GraphIndex(const Graph& graph)
     : graph_(graph) {
   for (const auto& [id, node] : graph.nodes) {

@@ -1,12 +1,23 @@
 #pragma once
 
-#include "pipewire/process_key.h"
+#include "pipewire/graph.h"
 
-#include <map>
+#include <optional>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace sonvel::pipewire {
+
+/// Names one process across its clients and streams: by its process ID where that can be trusted, by the
+/// application of its sandbox, whose process IDs are its own, or else by the client alone.
+using ProcessKey = std::string;
+
+/// The process behind a client; none for the sound server's own helpers and for this program.
+std::optional<ProcessKey> processKeyOf(const Graph& graph, GlobalID client);
+
+/// The process that plays a stream.
+std::optional<ProcessKey> processKeyOfStream(const Graph& graph, const Node& stream);
 
 /// A graph with the ways into it that planning needs often. Made for one plan; the graph must outlive it
 /// unchanged.

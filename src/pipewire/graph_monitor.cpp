@@ -38,7 +38,8 @@ Port readPort(const spa_dict* properties) {
 }
 
 Link readLink(const spa_dict* properties) {
-  return {.outputNode = numberOf(properties, PW_KEY_LINK_OUTPUT_NODE).value_or(0),
+  return {.client = numberOf(properties, PW_KEY_CLIENT_ID),
+          .outputNode = numberOf(properties, PW_KEY_LINK_OUTPUT_NODE).value_or(0),
           .outputPort = numberOf(properties, PW_KEY_LINK_OUTPUT_PORT).value_or(0),
           .inputNode = numberOf(properties, PW_KEY_LINK_INPUT_NODE).value_or(0),
           .inputPort = numberOf(properties, PW_KEY_LINK_INPUT_PORT).value_or(0)};

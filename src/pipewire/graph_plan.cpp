@@ -9,24 +9,32 @@ namespace sonvel::pipewire {
 
 namespace {
 
-/// A tap's node goes when the last of its streams has left that has somewhere to go.
-bool canLoseNode(const PlanContext& context, const DesiredTap& tap) {
-  const GraphIndex& graph = context.graph();
-  const auto node = graph.nodeNamed(tap.nodeName);
-  return !node || std::ranges::none_of(context.streamsOf(tap), [&](GlobalID stream) {
-    return graph.feeds(stream, *node) && usersTargetOf(graph.graph(), stream);
+bool isOverdue(const PlanContext& context, AudioObjectID tap) {
+  return std::ranges::any_of(context.desired().sessions, [&](const auto& session) {
+    return session.second.isOverdue && session.second.taps.contains(tap);
   });
 }
 
+/// A tap's node goes when the last of its streams has left that has somewhere to go.
+bool canLoseNode(const PlanContext& context, AudioObjectID tapID, const DesiredTap& tap) {
+  const GraphIndex& graph = context.graph();
+  const auto node = graph.nodeNamed(tap.nodeName);
+  return !node || isOverdue(context, tapID) ||
+         std::ranges::none_of(context.streamsOf(tap), [&](GlobalID stream) {
+           return graph.feeds(stream, *node) && usersTargetOf(graph.graph(), stream);
+         });
+}
+
+/// Only a tap that is read has a node. One whose device has another number of channels now gets a new one.
 void planTapNodes(const PlanContext& context, Plan& plan) {
-  const DesiredState& desired = context.desired();
   const auto& nodes = context.owned().tapNodes;
-  for (const auto& [id, tap] : desired.taps)
-    if (tap.hasNode && !tap.isLeaving && !nodes.contains(id)) plan.tapNodesToCreate.push_back(id);
-  for (const auto id : nodes) {
-    const auto tap = desired.taps.find(id);
-    const bool isUnwanted = tap == desired.taps.end() || !tap->second.hasNode || tap->second.isLeaving;
-    if (isUnwanted && (tap == desired.taps.end() || canLoseNode(context, tap->second)))
+  for (const auto& [id, tap] : context.desired().taps)
+    if (context.isRead(id) && !nodes.contains(id)) plan.tapNodesToCreate.push_back(id);
+  for (const auto& [id, isMono] : nodes) {
+    const auto tap = context.desired().taps.find(id);
+    const bool isGone = tap == context.desired().taps.end();
+    const bool isWanted = !isGone && context.isRead(id);
+    if (isWanted ? tap->second.isMono != isMono : isGone || canLoseNode(context, id, tap->second))
       plan.tapNodesToDestroy.push_back(id);
   }
 }
@@ -46,15 +54,112 @@ void planFilters(const PlanContext& context, Plan& plan) {
     if (!context.desired().sessions.contains(id)) plan.filtersToDestroy.push_back(id);
 }
 
-/// Whether a stream of a tap plays elsewhere because its user moved it, or in a newer tap on the same
-/// process.
-bool isElsewhereByChoice(const PlanContext& context, GlobalID stream, const std::string& tapName) {
-  const std::string target = targetTapOf(context.graph().graph(), stream);
-  if (target == tapName) return false;
-  if (const auto other = context.tapNamed(target)) return context.belongsIn(stream, *other);
-  const auto captured = context.owned().captured.find(tapName);
-  return captured != context.owned().captured.end() &&
-         captured->second.contains(context.graph().node(stream).serial);
+/// Links in the session manager's place for streams that it leaves without any, as 0.4 does after a restart.
+void planStrandedStreams(const PlanContext& context, Plan& plan) {
+  const GraphIndex& graph = context.graph();
+  for (const auto stream : graph.streams()) {
+    if (!context.owned().stranded.contains(graph.node(stream).serial)) continue;
+    const std::string tapName = targetTapOf(graph.graph(), stream);
+    const auto tap = context.tapNamed(tapName);
+    const bool belongsInTap = tap && context.belongsIn(stream, *tap);
+    const auto receiver = belongsInTap ? graph.nodeNamed(tapName) : usersTargetOf(graph.graph(), stream);
+    if (!receiver) continue;
+    const auto pairs = context.stereoPairs(graph.portsOf(stream, PortDirection::out, false),
+                                           graph.portsOf(*receiver, PortDirection::in, false));
+    if (belongsInTap)
+      std::ranges::copy(pairs, std::back_inserter(plan.strandedLinksToCreate));
+    else if (tapName.empty() && !graph.feedsAnything(stream))
+      std::ranges::copy(pairs, std::back_inserter(plan.lastingLinksToCreate));
+  }
+}
+
+void planLinks(const PlanContext& context, Plan& plan) {
+  planStrandedStreams(context, plan);
+  const auto isOwned = [&](const PortPair& pair) { return context.owned().links.contains(pair); };
+  std::set<PortPair> wanted;
+  for (const auto& [id, session] : context.desired().sessions)
+    std::ranges::copy(context.linksOf(session), std::inserter(wanted, wanted.end()));
+  std::ranges::remove_copy_if(wanted, std::back_inserter(plan.linksToCreate), isOwned);
+  wanted.insert(plan.strandedLinksToCreate.begin(), plan.strandedLinksToCreate.end());
+  std::erase_if(plan.strandedLinksToCreate, isOwned);
+  for (const auto& [pair, isReady] : context.owned().links)
+    if (!wanted.contains(pair)) plan.linksToDestroy.push_back(pair);
+}
+
+/// Whether a session may take a stream now: its way to the device is open. A stream that comes from another
+/// tap of ours is taken earlier, because silence for a moment is better than its own level.
+bool mayTake(const PlanContext& context, const DesiredSession& session, bool isConnected, AudioObjectID tap,
+             GlobalID stream) {
+  if (session.isHeld || session.isStopping) return false;
+  if (isConnected) return true;
+  const auto former = context.tapNamed(targetTapOf(context.graph().graph(), stream));
+  return former && *former != tap && context.graph().nodeNamed(context.desired().taps.at(tap).nodeName);
+}
+
+/// The tap that each stream is to be sent into now: the newest of those that want it and may take it.
+std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
+  std::map<GlobalID, AudioObjectID> taps;
+  for (const auto& [id, session] : context.desired().sessions) {
+    const bool isConnected = context.isConnected(session);
+    for (const auto tap : session.taps) {
+      if (!context.isRead(tap)) continue;
+      for (const auto stream : context.streamsOf(context.desired().taps.at(tap)))
+        if (context.canBeMoved(stream) && mayTake(context, session, isConnected, tap, stream))
+          taps[stream] = std::max(taps[stream], tap);
+    }
+  }
+  return taps;
+}
+
+/// The session manager's links that play a stream past its tap. Links that others made are not ours to cut.
+void planCuts(const GraphIndex& graph, GlobalID stream, const std::string& tapName, Plan& plan) {
+  const auto tapNode = graph.nodeNamed(tapName);
+  if (!tapNode || !graph.feeds(stream, *tapNode)) return;
+  for (const auto linkID : graph.linksFrom(stream)) {
+    const Link& link = graph.graph().links.at(linkID);
+    const auto maker = link.client ? graph.graph().clients.find(*link.client) : graph.graph().clients.end();
+    const auto receiver = graph.graph().nodes.find(link.inputNode);
+    if (receiver != graph.graph().nodes.end() && receiver->second.kind == NodeKind::sink &&
+        maker != graph.graph().clients.end() && maker->second.isSessionManager)
+      plan.linksToCut.push_back(linkID);
+  }
+}
+
+/// Whether a stream has something of ours on it, or plays into something of ours, that should not be so.
+bool mustReturn(const PlanContext& context, GlobalID stream) {
+  const GraphIndex& graph = context.graph();
+  const std::string tapName = targetTapOf(graph.graph(), stream);
+  if (tapName.empty()) {
+    if (hasLeftover(graph.graph(), stream)) return true;
+    if (!context.canBeMoved(stream)) return false; // whoever linked it there can do without a target
+    // A stranger: its own target is an ID that one of our nodes was given, or the session manager's choice.
+    return std::ranges::any_of(context.desired().taps, [&](const auto& tap) {
+      const auto node = graph.nodeNamed(tap.second.nodeName);
+      return node && graph.feeds(stream, *node) && !context.belongsIn(stream, tap.first);
+    });
+  }
+  // A tap that waits for its links again keeps its streams: they are heard as soon as the links are back.
+  if (const auto tap = context.tapNamed(tapName)) return !context.belongsIn(stream, *tap);
+  // Another run of this program may have a tap of its own: as long as its node is there, that is its
+  // business.
+  return !graph.nodeNamed(tapName).has_value();
+}
+
+void planStreams(const PlanContext& context, Plan& plan) {
+  const GraphIndex& graph = context.graph();
+  const auto taking = takingTaps(context);
+  for (const auto stream : graph.streams()) {
+    const auto tap = taking.find(stream);
+    if (tap == taking.end()) {
+      if (mustReturn(context, stream)) plan.routings.push_back({stream, ""});
+      continue;
+    }
+    const std::string& tapName = context.desired().taps.at(tap->second).nodeName;
+    if (targetTapOf(graph.graph(), stream) != tapName || isChoiceOutdated(graph.graph(), stream))
+      plan.routings.push_back({stream, tapName});
+    else
+      planCuts(graph, stream, tapName, plan);
+  }
 }
 
 } // namespace
@@ -75,31 +180,13 @@ bool isSessionConnected(const Graph& graph, const DesiredState& desired, const O
   return found != desired.sessions.end() && PlanContext(graph, desired, owned).isConnected(found->second);
 }
 
-bool isSessionEngaged(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
-                      IOProcID session) {
-  const auto found = desired.sessions.find(session);
-  if (found == desired.sessions.end()) return false;
+bool isTapPartial(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
+                  AudioObjectID tap) {
+  const auto found = desired.taps.find(tap);
+  if (found == desired.taps.end() || !found->second.isMuted) return false;
   const PlanContext context(graph, desired, owned);
-  if (!context.isConnected(found->second)) return false;
-  return std::ranges::all_of(found->second.taps, [&](AudioObjectID id) {
-    const auto tap = desired.taps.find(id);
-    if (tap == desired.taps.end() || !tap->second.isMuted) return true;
-    const auto node = context.graph().nodeNamed(tap->second.nodeName);
-    return std::ranges::all_of(context.streamsOf(tap->second), [&](GlobalID stream) {
-      const Node& player = graph.nodes.at(stream);
-      return player.cannotBeMoved || !player.isRunning || (node && context.graph().feeds(stream, *node)) ||
-             isElsewhereByChoice(context, stream, tap->second.nodeName);
-    });
-  });
-}
-
-bool feedsAnything(const Graph& graph, GlobalID stream) {
-  return std::ranges::any_of(graph.links, [&](const auto& link) { return link.second.outputNode == stream; });
-}
-
-bool streamFeeds(const Graph& graph, GlobalID stream, const std::string& nodeName) {
-  const auto node = graph.nodeNamed(nodeName);
-  return node && graph.feeds(stream, *node);
+  return std::ranges::any_of(context.streamsOf(found->second),
+                             [&](GlobalID stream) { return !context.canBeMoved(stream); });
 }
 
 } // namespace sonvel::pipewire

@@ -24,10 +24,12 @@ std::string ownHostName() {
   return name.data();
 }
 
-/// The process of a client. A program on the PulseAudio socket is known by what it says of itself, which
-/// means something on this machine alone; what the server vouches for is then its PulseAudio helper.
+/// The process of a client. A program on the PulseAudio socket is known only by the process ID that it
+/// claims, because the server vouches for its PulseAudio helper instead. A claim from another machine or from
+/// inside a sandbox names no process here: then it is 0.
 std::int32_t processOf(const spa_dict* properties, std::int32_t vouched, bool isPulse) {
   if (!isPulse) return vouched;
+  if (textOf(properties, "pipewire.access.portal.app_id")) return 0;
   const auto host = textOf(properties, "application.process.host");
   if (host && *host != ownHostName()) return 0;
   return static_cast<std::int32_t>(numberOf(properties, PW_KEY_APP_PROCESS_ID).value_or(0));
@@ -57,13 +59,13 @@ GraphMonitor::ClientWatch::ClientWatch(pw_registry* registry, GlobalID id, Graph
   static const pw_client_events events = [] {
     pw_client_events made{};
     made.version = PW_VERSION_CLIENT_EVENTS;
-    made.info = [](void* self, const pw_client_info* info) { static_cast<ClientWatch*>(self)->told(info); };
+    made.info = [](void* self, const pw_client_info* info) { static_cast<ClientWatch*>(self)->onInfo(info); };
     return made;
   }();
   pw_client_add_listener(fromProxy<pw_client>(proxy_), hook_.get(), &events, this);
 }
 
-void GraphMonitor::ClientWatch::told(const pw_client_info* info) {
+void GraphMonitor::ClientWatch::onInfo(const pw_client_info* info) {
   const spa_dict* properties = info->props;
   if (properties == nullptr) return;
   Client& client = graph_.clients[id_];
@@ -80,6 +82,7 @@ void GraphMonitor::ClientWatch::told(const pw_client_info* info) {
   client.isSoundServer = client.vouchedPID == getpid() || binary == "pipewire" ||
                          binary == "pipewire-pulse" || binary == "wireplumber" ||
                          (client.isPulseConnection && client.facts.processID == client.vouchedPID);
+  client.isSessionManager = binary == "wireplumber";
   changed_();
 }
 
@@ -89,9 +92,9 @@ GraphMonitor::NodeWatch::NodeWatch(pw_registry* registry, GlobalID id, Graph& gr
   static const pw_node_events events = [] {
     pw_node_events made{};
     made.version = PW_VERSION_NODE_EVENTS;
-    made.info = [](void* self, const pw_node_info* info) { static_cast<NodeWatch*>(self)->told(info); };
+    made.info = [](void* self, const pw_node_info* info) { static_cast<NodeWatch*>(self)->onInfo(info); };
     made.param = [](void* self, int, std::uint32_t param, std::uint32_t, std::uint32_t,
-                    const spa_pod* value) { static_cast<NodeWatch*>(self)->toldParam(param, value); };
+                    const spa_pod* value) { static_cast<NodeWatch*>(self)->onParam(param, value); };
     return made;
   }();
   auto* node = fromProxy<pw_node>(proxy_);
@@ -102,11 +105,16 @@ GraphMonitor::NodeWatch::NodeWatch(pw_registry* registry, GlobalID id, Graph& gr
   }
 }
 
-void GraphMonitor::NodeWatch::told(const pw_node_info* info) {
+void GraphMonitor::NodeWatch::onInfo(const pw_node_info* info) {
   Node& node = graph_.nodes[id_];
   node.isRunning = info->state == PW_NODE_STATE_RUNNING;
   if (info->props != nullptr) {
-    node.cannotBeMoved = isTrue(info->props, PW_KEY_NODE_DONT_RECONNECT);
+    // A program that was linked by hand may also lack the property; the reconciler finds out.
+    const auto autoConnect = textOf(info->props, PW_KEY_NODE_AUTOCONNECT);
+    node.cannotBeMoved = isTrue(info->props, PW_KEY_NODE_DONT_RECONNECT) ||
+                         isTrue(info->props, "node.dont-move") || isTrue(info->props, "node.dont-fallback") ||
+                         autoConnect == "false";
+    node.ownTarget = textOf(info->props, PW_KEY_TARGET_OBJECT).value_or("");
     node.card = numberOf(info->props, PW_KEY_DEVICE_ID);
     if (const auto output = numberOf(info->props, "card.profile.device"))
       node.cardProfileDevice = static_cast<std::int32_t>(*output);
@@ -114,7 +122,7 @@ void GraphMonitor::NodeWatch::told(const pw_node_info* info) {
   changed_();
 }
 
-void GraphMonitor::NodeWatch::toldParam(std::uint32_t param, const spa_pod* value) {
+void GraphMonitor::NodeWatch::onParam(std::uint32_t param, const spa_pod* value) {
   if (param != SPA_PARAM_Props) return;
   auto volumes = channelVolumesOf(value);
   if (volumes.empty()) return;
@@ -129,7 +137,7 @@ GraphMonitor::CardWatch::CardWatch(pw_registry* registry, GlobalID id, Graph& gr
     pw_device_events made{};
     made.version = PW_VERSION_DEVICE_EVENTS;
     made.param = [](void* self, int, std::uint32_t param, std::uint32_t index, std::uint32_t,
-                    const spa_pod* value) { static_cast<CardWatch*>(self)->toldParam(param, index, value); };
+                    const spa_pod* value) { static_cast<CardWatch*>(self)->onParam(param, index, value); };
     return made;
   }();
   auto* device = fromProxy<pw_device>(proxy_);
@@ -138,7 +146,7 @@ GraphMonitor::CardWatch::CardWatch(pw_registry* registry, GlobalID id, Graph& gr
   pw_device_subscribe_params(device, params.data(), params.size());
 }
 
-void GraphMonitor::CardWatch::toldParam(std::uint32_t param, std::uint32_t index, const spa_pod* value) {
+void GraphMonitor::CardWatch::onParam(std::uint32_t param, std::uint32_t index, const spa_pod* value) {
   if (param != SPA_PARAM_Route) return;
   std::int32_t route = 0;
   std::int32_t output = 0;
@@ -162,15 +170,15 @@ GraphMonitor::MetadataWatch::MetadataWatch(pw_registry* registry, GlobalID id, G
     made.version = PW_VERSION_METADATA_EVENTS;
     made.property = [](void* self, std::uint32_t subject, const char* key, const char* type,
                        const char* value) {
-      return static_cast<MetadataWatch*>(self)->told(subject, key, type, value);
+      return static_cast<MetadataWatch*>(self)->onProperty(subject, key, type, value);
     };
     return made;
   }();
   pw_metadata_add_listener(fromProxy<pw_metadata>(proxy_), hook_.get(), &events, this);
 }
 
-int GraphMonitor::MetadataWatch::told(std::uint32_t subject, const char* key, const char* type,
-                                      const char* value) {
+int GraphMonitor::MetadataWatch::onProperty(std::uint32_t subject, const char* key, const char* type,
+                                            const char* value) {
   if (key == nullptr) {
     graph_.metadata.erase(subject);
   } else if (value == nullptr) {

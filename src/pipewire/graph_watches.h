@@ -36,7 +36,7 @@ class GraphMonitor::ClientWatch : public Watch {
   ClientWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
 
  private:
-  void told(const pw_client_info* info);
+  void onInfo(const pw_client_info* info);
 };
 
 /// Learns whether a node runs, and its volume.
@@ -45,8 +45,8 @@ class GraphMonitor::NodeWatch : public Watch {
   NodeWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
 
  private:
-  void told(const pw_node_info* info);
-  void toldParam(std::uint32_t param, const spa_pod* value);
+  void onInfo(const pw_node_info* info);
+  void onParam(std::uint32_t param, const spa_pod* value);
 };
 
 /// Learns which outputs of a card are in use, with their volumes.
@@ -55,7 +55,7 @@ class GraphMonitor::CardWatch : public Watch {
   CardWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
 
  private:
-  void toldParam(std::uint32_t param, std::uint32_t index, const spa_pod* value);
+  void onParam(std::uint32_t param, std::uint32_t index, const spa_pod* value);
 };
 
 /// Learns the targets of streams and the default sink.
@@ -64,7 +64,7 @@ class GraphMonitor::MetadataWatch : public Watch {
   MetadataWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
 
  private:
-  int told(std::uint32_t subject, const char* key, const char* type, const char* value);
+  int onProperty(std::uint32_t subject, const char* key, const char* type, const char* value);
 };
 
 } // namespace sonvel::pipewire

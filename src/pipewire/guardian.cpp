@@ -1,5 +1,8 @@
 #include "pipewire/guardian.h"
 
+#include "pipewire/server_connection.h"
+#include "pipewire/stream_targets.h"
+
 #include <spawn.h>
 
 #include <array>
@@ -80,6 +83,22 @@ void Guardian::dismiss() noexcept {
 void Guardian::begin() noexcept {
   if (lifeline_ >= 0) close(lifeline_);
   lifeline_ = -1;
+}
+
+bool sweepLeftovers(const std::string& tapNamePrefix, std::chrono::milliseconds patience) {
+  const auto deadline = LoopThread::SteadyClock::now() + patience;
+  LoopThread loop;
+  Graph graph;
+  loop.start();
+  const LoopThread::Lock lock(loop);
+  ServerState state;
+  ServerConnection server(loop, graph, state, {.changed = [&] { loop.signal(); }, .lost = [] {}});
+  if (!lock.waitUntil(deadline, [&] { return server.isReady() && server.mayHaveTaps(); })) return false;
+  for (const auto& [id, node] : graph.nodes)
+    if (targetTapOf(graph, id).starts_with(tapNamePrefix))
+      for (const auto& write : writesBack(graph, id))
+        server.monitor()->write(id, write);
+  return server.roundTrip(lock, deadline);
 }
 
 } // namespace sonvel::pipewire

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <sys/types.h>
 
@@ -34,5 +35,10 @@ class Guardian {
   pid_t process_ = -1;
   int lifeline_ = -1;
 };
+
+/// What the guardian does: sends every stream that is still meant for a tap whose name begins so back to
+/// where its user had it, and leaves nothing of ours on it. Blocks until it is done or `patience` has passed;
+/// whether the server has confirmed it.
+bool sweepLeftovers(const std::string& tapNamePrefix, std::chrono::milliseconds patience);
 
 } // namespace sonvel::pipewire

@@ -1,7 +1,7 @@
 // sonvel-guardian PREFIX: waits on its standard input for a byte, which says that all was given back, or for
 // its end, which says that its parent was killed; then it gives back what is left of the taps whose names
 // begin so.
-#include "pipewire/leftovers.h"
+#include "pipewire/guardian.h"
 
 #include <exception>
 #include <iostream>

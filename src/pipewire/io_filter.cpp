@@ -1,18 +1,16 @@
 #include "pipewire/io_filter.h"
 
-#include <cstdio>
+#include "pipewire/graph_log.h"
+#include "pipewire/server_quirks.h"
+
+#include <cerrno>
+#include <cstring>
 
 namespace sonvel::pipewire {
 
 namespace {
 
 constexpr std::array<const char*, kStereo> kChannels{"FL", "FR"};
-
-/// Since 1.0 it is the node that says it must not keep a device awake, before that its links did.
-bool nodesCanBePassive() {
-  int major = 0;
-  return std::sscanf(pw_get_library_version(), "%d", &major) == 1 && major >= 1;
-}
 
 } // namespace
 
@@ -22,10 +20,11 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
   cycle_.block = std::move(block);
   pw_properties* properties = pw_properties_new(PW_KEY_NODE_NAME, name.c_str(), PW_KEY_NODE_DESCRIPTION,
                                                 description.c_str(), PW_KEY_NODE_VIRTUAL, "true", nullptr);
-  if (nodesCanBePassive()) pw_properties_set(properties, PW_KEY_NODE_PASSIVE, "true");
+  if (quirks::nodesCanBePassive()) pw_properties_set(properties, PW_KEY_NODE_PASSIVE, "true");
   filter_.reset(pw_filter_new(core, name.c_str(), properties)); // takes the properties
   if (!filter_) {
-    isBroken_ = true;
+    logRefusal("filter %s: %s", name.c_str(), std::strerror(errno));
+    state_ = State::failed;
     return;
   }
   static const pw_filter_events events = [] {
@@ -34,10 +33,12 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
     made.process = [](void* self, spa_io_position* position) {
       runIOCycle(&static_cast<IOFilter*>(self)->cycle_, position);
     };
-    made.state_changed = [](void* self, pw_filter_state old, pw_filter_state state, const char*) {
+    made.state_changed = [](void* self, pw_filter_state old, pw_filter_state state, const char* error) {
       // A filter whose node the server has removed is not told of an error: it is unconnected again.
       const bool isLost = state == PW_FILTER_STATE_UNCONNECTED && old != PW_FILTER_STATE_UNCONNECTED;
-      if (state == PW_FILTER_STATE_ERROR || isLost) static_cast<IOFilter*>(self)->broke();
+      if (state == PW_FILTER_STATE_ERROR) logRefusal("filter: %s", error == nullptr ? "broken" : error);
+      if (state == PW_FILTER_STATE_ERROR || isLost)
+        static_cast<IOFilter*>(self)->setState(isLost ? State::lost : State::failed);
     };
     return made;
   }();
@@ -46,7 +47,10 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
     cycle_.inputPorts.at(side) = addPort(PW_DIRECTION_INPUT, kChannels.at(side));
     cycle_.outputPorts.at(side) = addPort(PW_DIRECTION_OUTPUT, kChannels.at(side));
   }
-  isBroken_ = pw_filter_connect(filter_.get(), PW_FILTER_FLAG_RT_PROCESS, nullptr, 0) < 0;
+  const int result = pw_filter_connect(filter_.get(), PW_FILTER_FLAG_RT_PROCESS, nullptr, 0);
+  if (result >= 0) return;
+  logRefusal("filter %s: %s", name.c_str(), std::strerror(-result));
+  state_ = State::failed;
 }
 
 IOFilter::~IOFilter() {
@@ -55,9 +59,9 @@ IOFilter::~IOFilter() {
   if (filter_) pw_filter_disconnect(filter_.get());
 }
 
-void IOFilter::broke() {
+void IOFilter::setState(State state) {
   if (isClosing_) return;
-  isBroken_ = true;
+  state_ = state;
   changed_();
 }
 

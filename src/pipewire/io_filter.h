@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pipewire/graph_edits.h"
 #include "pipewire/handles.h"
 #include "pipewire/io_cycle.h"
 
@@ -10,28 +11,25 @@ namespace sonvel::pipewire {
 
 /// The node in this process that runs an IOProc: two inputs, two outputs, no samples of delay. Belongs to the
 /// loop thread; once destroyed its block does not run any more.
-class IOFilter {
+class IOFilter : public OwnObject {
  public:
   /// `changed` runs on the loop thread when the filter breaks.
   IOFilter(pw_core* core, const std::string& name, const std::string& description, IOProcBlock block,
            std::function<void()> changed);
 
-  ~IOFilter();
-  IOFilter(const IOFilter&) = delete;
-  IOFilter& operator=(const IOFilter&) = delete;
+  ~IOFilter() override;
 
-  bool isBroken() const noexcept { return isBroken_; }
+  State state() const override { return state_; }
 
-  /// Grows with each cycle, wrapping. Any thread.
-  std::uint32_t cycles() const noexcept { return cycle_.cycles.load(std::memory_order_acquire); }
+  std::uint32_t cycles() const override { return cycle_.cycles.load(std::memory_order_acquire); }
 
  private:
-  void broke();
+  void setState(State state);
   void* addPort(pw_direction direction, const char* channel);
 
   IOCycle cycle_;
   std::function<void()> changed_;
-  bool isBroken_ = false;
+  State state_ = State::ready;
   bool isClosing_ = false;
   FilterHandle filter_;
   Hook hook_;

@@ -17,8 +17,11 @@ namespace sonvel::pipewire {
 /// destroyed: streams that a tapped process opens later join the tap, a sink that went away is joined again
 /// when it is back, and a server or session manager that starts again is told everything anew. A muted tap
 /// takes its streams when its IOProc has started and returns them when it stops, each between two cycles.
+/// Starting waits for the IOProc's own links, at most a fifth of a second: on a device that takes longer to
+/// open the streams come when it is open.
 ///
-/// A stream that asked never to be moved stays where it is, and is heard there unaltered.
+/// A stream that can't be moved stays where it is, and is heard there unaltered. A stream that its user moves
+/// elsewhere while it is tapped stays in the tap; the device becomes its process's chosen device.
 ///
 /// While the server restricts us no tap can be made and no IOProc started: both give kIllegalOperation. When
 /// it takes our rights away, the connection is dropped, with which the server takes back all that was made
@@ -48,6 +51,11 @@ class PipeWireHardware final : public AudioHardware, public AudioClients {
                               bool& isSettable) override;
   OSStatus setPropertyData(AudioObjectID object, const PropertyAddress& address,
                            std::span<const std::byte> data) override;
+  OSStatus addPropertyListener(AudioObjectID object, const PropertyAddress& address,
+                               PropertyListener listener, PropertyListenerID& id) override;
+  OSStatus removePropertyListener(PropertyListenerID id) override;
+  OSStatus beginConfiguration() override;
+  OSStatus commitConfiguration() override;
   OSStatus createProcessTap(const TapDescription& description, AudioObjectID& tap) override;
   OSStatus destroyProcessTap(AudioObjectID tap) override;
   OSStatus createAggregateDevice(const AggregateDeviceDescription& description,
@@ -65,9 +73,12 @@ class PipeWireHardware final : public AudioHardware, public AudioClients {
   AudioServer& server() noexcept;
 
  private:
-  class Session;
+  class State;
   class PropertyReader;
-  std::unique_ptr<Session> session_;
+
+  OSStatus setTapProcesses(AudioObjectID object, std::span<const std::byte> data);
+
+  std::unique_ptr<State> state_;
 };
 
 } // namespace sonvel::pipewire

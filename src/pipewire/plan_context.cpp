@@ -39,9 +39,15 @@ std::optional<AudioObjectID> PlanContext::tapNamed(const std::string& nodeName) 
   return found == tapByName_.end() ? std::nullopt : std::optional(found->second);
 }
 
+bool PlanContext::canBeMoved(GlobalID stream) const {
+  const Node& node = index_.node(stream);
+  return !node.cannotBeMoved && !owned_.immovable.contains(node.serial);
+}
+
 bool PlanContext::belongsIn(GlobalID stream, AudioObjectID tap) const {
   const ProcessKey* process = index_.processOf(stream);
-  return isRead(tap) && process != nullptr && desired_.taps.at(tap).processes.contains(*process);
+  return isRead(tap) && canBeMoved(stream) && process != nullptr &&
+         desired_.taps.at(tap).processes.contains(*process);
 }
 
 std::vector<PortPair> PlanContext::stereoPairs(const std::vector<GlobalID>& outputs,
@@ -90,10 +96,12 @@ std::vector<PortPair> PlanContext::linksOf(const DesiredSession& session) const 
   for (const auto tapID : session.taps)
     if (const auto tap = desired_.taps.find(tapID); tap != desired_.taps.end())
       std::ranges::copy(tapLinks(tap->second, inputs), std::back_inserter(pairs));
-  if (const auto device = index_.nodeNamed(session.deviceName))
-    std::ranges::copy(stereoPairs(index_.portsOf(*filter, PortDirection::out, false),
-                                  index_.portsOf(*device, PortDirection::in, false)),
-                      std::back_inserter(pairs));
+  if (const auto device = index_.nodeNamed(session.deviceName)) {
+    auto outputs = index_.portsOf(*filter, PortDirection::out, false);
+    const auto channels = index_.portsOf(*device, PortDirection::in, false);
+    if (channels.size() == 1 && outputs.size() > 1) outputs.resize(1); // both carry the same: see isMono
+    std::ranges::copy(stereoPairs(outputs, channels), std::back_inserter(pairs));
+  }
   return pairs;
 }
 
@@ -118,6 +126,18 @@ bool PlanContext::isConnected(const DesiredSession& session) const {
            const auto link = owned_.links.find(pair);
            return link != owned_.links.end() && link->second;
          });
+}
+
+void suitTapsToDevices(const Graph& graph, DesiredState& desired) {
+  for (const auto& [id, session] : desired.sessions) {
+    const auto device = session.isStopping ? std::nullopt : graph.nodeNamed(session.deviceName);
+    if (!device) continue;
+    const auto channels = graph.portsOf(*device, PortDirection::in, false);
+    if (channels.empty()) continue;
+    for (const auto tap : session.taps)
+      if (const auto found = desired.taps.find(tap); found != desired.taps.end())
+        found->second.isMono = channels.size() == 1;
+  }
 }
 
 } // namespace sonvel::pipewire

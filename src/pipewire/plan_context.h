@@ -5,7 +5,7 @@
 
 namespace sonvel::pipewire {
 
-/// What the parts of a plan look at, with the questions that several of them ask.
+/// What a plan looks at, with the questions that several of its parts ask.
 class PlanContext {
  public:
   PlanContext(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned);
@@ -24,6 +24,9 @@ class PlanContext {
 
   /// The tap of ours with that name of its node; none if there is no such tap.
   std::optional<AudioObjectID> tapNamed(const std::string& nodeName) const;
+
+  /// Whether the session manager can move a stream, as far as we know.
+  bool canBeMoved(GlobalID stream) const;
 
   /// Whether a stream that has this tap as its target is right there.
   bool belongsIn(GlobalID stream, AudioObjectID tap) const;
@@ -50,8 +53,8 @@ class PlanContext {
   std::map<std::string, AudioObjectID> tapByName_;
 };
 
-/// The parts of a plan, each in a file of its own.
-void planLinks(const PlanContext& context, Plan& plan);
-void planStreams(const PlanContext& context, Plan& plan);
+/// Notes in the desired taps whether their device has one channel. They are made for that then, so that the
+/// server mixes each stream down as it does for the device itself.
+void suitTapsToDevices(const Graph& graph, DesiredState& desired);
 
 } // namespace sonvel::pipewire

@@ -1,6 +1,8 @@
 #include "pipewire/reconciler.h"
 
-#include "pipewire/stream_targets.h"
+#include "pipewire/graph_log.h"
+#include "pipewire/plan_context.h"
+#include "pipewire/server_quirks.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,38 +12,13 @@ namespace sonvel::pipewire {
 namespace {
 
 using namespace std::chrono_literals;
+using State = OwnObject::State;
 
-constexpr auto kRetryFailedAfter = 500ms;
+// What the server refused stays this long before it is asked for again, or we would ask in a circle.
+constexpr auto kRetryRefusedAfter = 500ms;
 
-// What a session manager needs for its devices after it has shown itself.
-constexpr auto kManagerSettles = 1s;
-
-// The session manager links a stream within milliseconds; one that waits so long waits in vain.
-constexpr auto kStrandedAfter = 1s;
-
-// The real-time thread must not wake anyone, so the end of a cycle is polled for, for as long as a hand-over
-// waits.
-constexpr auto kCyclePoll = 1ms;
-
-// A device that sleeps has no cycles, and then there is nothing to be heard that could have a gap.
-constexpr auto kLongestCycle = 200ms;
-
-ObjectProperties tapNodeProperties(const DesiredTap& tap) {
-  return {{"factory.name", "support.null-audio-sink"},
-          {PW_KEY_MEDIA_CLASS, "Audio/Sink/Internal"}, // no mixer lists it and it never becomes the default
-          {PW_KEY_NODE_NAME, tap.nodeName},
-          {PW_KEY_NODE_DESCRIPTION, tap.description},
-          {PW_KEY_APP_NAME, "Sonvel"},
-          {PW_KEY_OBJECT_LINGER, "false"},
-          {PW_KEY_NODE_VIRTUAL, "true"},
-          {"audio.position", "[ FL FR ]"},
-          {"monitor.passthrough", "true"},
-          {"monitor.channel-volumes", "false"},
-          {PW_KEY_PRIORITY_SESSION, "-1"},
-          {PW_KEY_PRIORITY_DRIVER, "0"},
-          {"state.restore-props", "false"},
-          {"state.restore-target", "false"}};
-}
+// How often streams that wait for time to pass are looked at.
+constexpr auto kLookAgain = 250ms;
 
 template <class Map> auto keysOf(const Map& map) {
   std::set<typename Map::key_type> keys;
@@ -52,27 +29,19 @@ template <class Map> auto keysOf(const Map& map) {
 
 } // namespace
 
-Reconciler::Reconciler(LoopThread& loop, const Graph& graph)
-    : loop_(loop)
-    , graph_(graph)
-    , due_(loop.loop(), [this] { reconcile(); })
-    , cycleWatch_(loop.loop(), [this] { watchForCycleEnd(); })
-    , retry_(loop.loop(), [this] {
-      purge(true);
-      reconcile();
-    }) {}
+Reconciler::Reconciler(const Graph& graph, GraphAlarm& alarm)
+    : graph_(graph)
+    , alarm_(alarm) {}
 
-void Reconciler::setServer(ServerConnection* server) {
-  server_ = server;
-  if (server_ == nullptr) forgetServerObjects();
+void Reconciler::setEdits(GraphEdits* edits) {
+  edits_ = edits;
+  if (edits_ == nullptr) forgetServerObjects();
 }
 
 void Reconciler::forgetServerObjects() {
   isNewServer_ = true;
   managerReadyAt_.reset();
-  moved_.clear();
-  unlinkedSince_.clear();
-  stranded_.clear();
+  stubborn_.clear();
   releaseServerObjects();
 }
 
@@ -80,99 +49,88 @@ void Reconciler::releaseServerObjects() {
   tapNodes_.clear();
   links_.clear();
   filters_.clear();
-  captured_.clear();
   lastingLinks_.clear();
+  gate_.reset();
 }
 
-bool Reconciler::isEngaged(IOProcID session) const {
-  return isSessionEngaged(graph_, desired_, owned(), session);
+bool Reconciler::isConnected(IOProcID session) const {
+  return isSessionConnected(graph_, desired_, owned(), session);
 }
 
-std::optional<RemoteObject::State> Reconciler::tapNodeState(AudioObjectID tap) const {
-  const auto node = tapNodes_.find(tap);
-  return node == tapNodes_.end() ? std::nullopt : std::optional(node->second->state());
+bool Reconciler::isRefused(IOProcID session) const {
+  const auto isFailed = [](const OwnObject& object) { return object.state() == State::failed; };
+  const auto filter = filters_.find(session);
+  if (filter != filters_.end() && isFailed(*filter->second)) return true;
+  const auto found = desired_.sessions.find(session);
+  return found != desired_.sessions.end() && std::ranges::any_of(found->second.taps, [&](AudioObjectID tap) {
+           const auto node = tapNodes_.find(tap);
+           return node != tapNodes_.end() && isFailed(*node->second.object);
+         });
+}
+
+bool Reconciler::isPartial(AudioObjectID tap) const {
+  return isTapPartial(graph_, desired_, owned(), tap);
 }
 
 OwnedObjects Reconciler::owned() const {
-  OwnedObjects owned{.tapNodes = keysOf(tapNodes_),
+  OwnedObjects owned{.tapNodes = {},
                      .filters = keysOf(filters_),
                      .links = {},
-                     .captured = captured_,
-                     .stranded = stranded_};
+                     .stranded = stubborn_.stranded(),
+                     .immovable = stubborn_.immovable()};
+  for (const auto& [tap, node] : tapNodes_)
+    owned.tapNodes.emplace(tap, node.isMono);
   for (const auto& [pair, link] : links_)
-    owned.links.emplace(pair, link->isNegotiated());
+    owned.links.emplace(pair, link->state() == State::ready);
   return owned;
 }
 
-/// Forgets what the server has removed, so that it is made again if it is still wanted. What the server
-/// refused stays a while, or we would ask in a circle.
-void Reconciler::purge(bool alsoFailed) {
-  bool anyFailed = false;
-  const auto isDone = [&](const auto& entry) {
-    const auto state = entry.second->state();
-    anyFailed |= state == RemoteObject::State::failed && !alsoFailed;
-    return state == RemoteObject::State::lost || (alsoFailed && state == RemoteObject::State::failed);
+/// Forgets what the server has removed, so that it is made again if it is still wanted, and after a while
+/// what it refused.
+void Reconciler::forgetGoneObjects() {
+  const bool alsoRefused = retryRefusedAt_ && alarm_.now() >= *retryRefusedAt_;
+  if (alsoRefused) retryRefusedAt_.reset();
+  bool someAreRefused = false;
+  const auto isDone = [&](const OwnObject& object) {
+    const auto state = object.state();
+    if (state == State::failed && !alsoRefused) someAreRefused = true;
+    return state == State::lost || (state == State::failed && alsoRefused);
   };
-  std::erase_if(tapNodes_, isDone);
-  std::erase_if(links_, isDone);
-  std::erase_if(lastingLinks_,
-                [](const auto& link) { return link.second->state() != RemoteObject::State::asked; });
-  std::erase_if(filters_, [&](const auto& entry) {
-    anyFailed |= entry.second->isBroken() && !alsoFailed;
-    return entry.second->isBroken() && alsoFailed;
-  });
-  if (anyFailed) retry_.armOnce(kRetryFailedAfter);
+  std::erase_if(tapNodes_, [&](const auto& entry) { return isDone(*entry.second.object); });
+  std::erase_if(links_, [&](const auto& entry) { return isDone(*entry.second); });
+  std::erase_if(filters_, [&](const auto& entry) { return isDone(*entry.second); });
+  std::erase_if(lastingLinks_, [](const auto& link) { return link.second->state() != State::asked; });
+  if (!someAreRefused) return;
+  if (!retryRefusedAt_) retryRefusedAt_ = alarm_.now() + kRetryRefusedAfter;
+  alarm_.lookAgainIn(kRetryRefusedAfter);
 }
 
 void Reconciler::reconcile() {
-  purge(false);
-  if (server_ != nullptr && server_->isReady() && server_->mayHaveTaps()) {
-    if (isSessionManagerReady()) {
-      lookForStrandedStreams();
-      apply(planEdits(graph_, desired_, owned()));
-    } else {
-      // The session manager took the streams' links with it: nobody is heard through us.
-      releaseServerObjects();
-    }
+  forgetGoneObjects();
+  if (edits_ == nullptr) return;
+  if (!isSessionManagerReady()) {
+    releaseServerObjects(); // the session manager took the streams' links with it: nobody is heard through us
+    return;
   }
-  loop_.signal();
+  suitTapsToDevices(graph_, desired_);
+  if (stubborn_.update(graph_, alarm_.now())) alarm_.lookAgainIn(kLookAgain);
+  apply(planEdits(graph_, desired_, owned()));
 }
 
 bool Reconciler::isSessionManagerReady() {
-  const auto now = LoopThread::SteadyClock::now();
+  const auto now = alarm_.now();
   const bool wasNewServer = std::exchange(isNewServer_, false);
   if (!graph_.hasMetadata) {
     managerReadyAt_.reset();
     return false;
   }
-  if (!managerReadyAt_) managerReadyAt_ = wasNewServer ? now : now + kManagerSettles;
+  if (!managerReadyAt_) {
+    managerReadyAt_ = wasNewServer ? now : now + quirks::kManagerSettles;
+    if (!wasNewServer) stubborn_.noteManagerRestart(graph_);
+  }
   if (now >= *managerReadyAt_) return true;
-  retry_.armOnce(kRetryFailedAfter);
+  alarm_.lookAgainIn(kLookAgain);
   return false;
-}
-
-void Reconciler::lookForStrandedStreams() {
-  std::set<std::uint64_t> present;
-  std::set<std::uint64_t> unlinked;
-  for (const auto& [id, node] : graph_.nodes) {
-    present.insert(node.serial);
-    if (moved_.contains(node.serial) && !feedsAnything(graph_, id)) unlinked.insert(node.serial);
-  }
-  std::erase_if(moved_, [&](std::uint64_t serial) { return !present.contains(serial); });
-  std::erase_if(stranded_, [&](std::uint64_t serial) { return !present.contains(serial); });
-  for (const auto& [id, link] : graph_.links) // somebody else does it again
-    if (const auto node = graph_.nodes.find(link.outputNode);
-        node != graph_.nodes.end() && !links_.contains({link.outputPort, link.inputPort}))
-      stranded_.erase(node->second.serial);
-  const auto now = LoopThread::SteadyClock::now();
-  std::erase_if(unlinkedSince_, [&](const auto& entry) { return !unlinked.contains(entry.first); });
-  bool someWait = false;
-  for (const auto serial : unlinked) {
-    const auto since = unlinkedSince_.try_emplace(serial, now).first->second;
-    if (now - since >= kStrandedAfter) stranded_.insert(serial);
-    someWait |= !stranded_.contains(serial);
-  }
-  if (someWait) retry_.armOnce(kRetryFailedAfter);
 }
 
 void Reconciler::apply(const Plan& plan) {
@@ -183,80 +141,86 @@ void Reconciler::apply(const Plan& plan) {
 }
 
 void Reconciler::applyNodes(const Plan& plan) {
-  pw_core* core = server_->core();
-  const auto changed = [this] { schedule(); };
-  for (const auto tap : plan.tapNodesToDestroy)
+  for (const auto tap : plan.tapNodesToDestroy) {
+    logEdit("tap %u: its node goes", tap);
     tapNodes_.erase(tap);
-  for (const auto session : plan.filtersToDestroy)
+  }
+  for (const auto session : plan.filtersToDestroy) {
+    logEdit("session %llu: its filter goes", static_cast<unsigned long long>(session));
     filters_.erase(session);
-  for (const auto tap : plan.tapNodesToCreate)
-    tapNodes_[tap] = std::make_unique<RemoteObject>(core, "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE,
-                                                    tapNodeProperties(desired_.taps.at(tap)), changed);
+  }
+  for (const auto id : plan.tapNodesToCreate) {
+    const DesiredTap& tap = desired_.taps.at(id);
+    logEdit("tap %u: node %s for a started session%s", id, tap.nodeName.c_str(),
+            tap.isMono ? ", with one channel as its device" : "");
+    tapNodes_[id] = {edits_->makeTapNode(tap), tap.isMono};
+  }
   for (const auto id : plan.filtersToCreate) {
     const DesiredSession& session = desired_.sessions.at(id);
-    filters_[id] =
-        std::make_unique<IOFilter>(core, session.filterName, session.description, blocks_.at(id), changed);
+    logEdit("session %llu: filter %s to %s", static_cast<unsigned long long>(id), session.filterName.c_str(),
+            session.deviceName.c_str());
+    filters_[id] = edits_->makeFilter(session, blocks_.at(id));
   }
-}
-
-std::unique_ptr<RemoteLink> Reconciler::makeLink(const PortPair& pair, LinkKind kind) {
-  return std::make_unique<RemoteLink>(server_->core(), pair.output, pair.input, kind, [this] { schedule(); });
 }
 
 void Reconciler::applyLinks(const Plan& plan) {
-  for (const auto& pair : plan.linksToDestroy)
+  for (const auto& pair : plan.linksToDestroy) {
+    logEdit("link %u to %u: no longer needed", pair.output, pair.input);
     links_.erase(pair);
-  for (const auto& pair : plan.linksToCreate)
-    links_[pair] = makeLink(pair, LinkKind::passing);
-  for (const auto& pair : plan.strandedLinksToCreate)
-    links_[pair] = makeLink(pair, LinkKind::feeding);
-  for (const auto& pair : plan.lastingLinksToCreate)
-    if (!lastingLinks_.contains(pair)) lastingLinks_[pair] = makeLink(pair, LinkKind::lasting);
-  for (const auto link : plan.foreignLinksToCut)
-    server_->monitor()->destroy(link);
+  }
+  for (const auto& pair : plan.linksToCreate) {
+    logEdit("link %u to %u: a session needs it", pair.output, pair.input);
+    links_[pair] = edits_->makeLink(pair, LinkKind::passing);
+  }
+  for (const auto& pair : plan.strandedLinksToCreate) {
+    logEdit("link %u to %u: the session manager leaves a tapped stream unlinked", pair.output, pair.input);
+    links_[pair] = edits_->makeLink(pair, LinkKind::feeding);
+  }
+  for (const auto& pair : plan.lastingLinksToCreate) {
+    if (lastingLinks_.contains(pair)) continue;
+    logEdit("link %u to %u: the session manager leaves a stream that was tapped unlinked", pair.output,
+            pair.input);
+    lastingLinks_[pair] = edits_->makeLink(pair, LinkKind::lasting);
+  }
+  for (const auto link : plan.linksToCut) {
+    logEdit("link %u: cut, it plays a tapped stream past its tap", link);
+    edits_->cutLink(link);
+  }
+}
+
+bool Reconciler::playsNow(GlobalID stream) const {
+  return graph_.nodes.at(stream).isRunning && std::ranges::any_of(graph_.links, [&](const auto& link) {
+           return link.second.outputNode == stream;
+         });
 }
 
 void Reconciler::applyRoutings(const Plan& plan) {
-  if (server_->monitor()->metadata() == nullptr) return;
-  bool someWait = false;
-  for (const auto& routing : plan.routings) {
-    const bool plays =
-        graph_.nodes.at(routing.stream).isRunning && std::ranges::any_of(graph_.links, [&](const auto& link) {
-          return link.second.outputNode == routing.stream;
-        });
-    if (plays && !isBetweenCycles_ && !filters_.empty())
-      someWait = true;
+  std::vector<StreamRouting> playing;
+  for (const auto& routing : plan.routings)
+    if (!filters_.empty() && playsNow(routing.stream))
+      playing.push_back(routing);
     else
       route(routing);
+  if (playing.empty()) {
+    gate_.reset();
+  } else if (gate_.isOpen(cycles(), alarm_.now())) {
+    gate_.reset();
+    for (const auto& routing : playing)
+      route(routing);
+  } else {
+    alarm_.lookAgainIn(CycleGate::kPoll);
   }
-  if (!someWait || isWatching_) return;
-  isWatching_ = true;
-  cyclesSeen_ = cycles();
-  watchEnds_ = LoopThread::SteadyClock::now() + kLongestCycle;
-  cycleWatch_.arm(kCyclePoll);
-}
-
-void Reconciler::watchForCycleEnd() {
-  if (cycles() == cyclesSeen_ && LoopThread::SteadyClock::now() < watchEnds_) {
-    cycleWatch_.arm(kCyclePoll);
-    return;
-  }
-  isWatching_ = false;
-  isBetweenCycles_ = true;
-  reconcile();
-  isBetweenCycles_ = false;
 }
 
 void Reconciler::route(const StreamRouting& routing) {
-  const auto writes = routing.tapName.empty() ? writesBack(graph_, routing.stream)
-                                              : writesInto(graph_, routing.stream, routing.tapName);
+  const bool goesIntoTap = !routing.tapName.empty();
+  logEdit("stream %u: %s%s", routing.stream, goesIntoTap ? "into " : "back to where its user had it",
+          routing.tapName.c_str());
+  const auto writes =
+      goesIntoTap ? writesInto(graph_, routing.stream, routing.tapName) : writesBack(graph_, routing.stream);
   for (const auto& write : writes)
-    server_->monitor()->write(routing.stream, write);
-  const auto serial = graph_.nodes.at(routing.stream).serial;
-  for (auto& [tapName, streams] : captured_)
-    streams.erase(serial);
-  moved_.insert(serial);
-  if (!routing.tapName.empty()) captured_[routing.tapName].insert(serial);
+    edits_->write(routing.stream, write);
+  if (goesIntoTap) stubborn_.noteTaken(graph_.nodes.at(routing.stream).serial, alarm_.now());
 }
 
 std::uint32_t Reconciler::cycles() const {

@@ -1,28 +1,34 @@
 #pragma once
 
+#include "pipewire/cycle_gate.h"
+#include "pipewire/graph_edits.h"
 #include "pipewire/graph_plan.h"
-#include "pipewire/io_filter.h"
-#include "pipewire/remote_object.h"
-#include "pipewire/server_connection.h"
+#include "pipewire/stubborn_streams.h"
 
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace sonvel::pipewire {
 
-/// Brings the server's graph to the desired state and keeps it there. All calls with the loop's lock held.
+/// Brings the server's graph to the desired state and keeps it there. Belongs to the loop thread, or to
+/// whoever holds its lock.
 class Reconciler {
  public:
-  Reconciler(LoopThread& loop, const Graph& graph);
+  Reconciler(const Graph& graph, GraphAlarm& alarm);
 
-  /// The connection through which edits go from now on; null: none go any more.
-  void setServer(ServerConnection* server);
+  /// Through which edits go from now on; null: none go any more. They outlive the reconciler's use of them.
+  void setEdits(GraphEdits* edits);
 
   /// Lets go of all that was made in a server that is lost.
   void forgetServerObjects();
 
-  /// Looks again soon, on the loop thread, however often it is asked before.
-  void schedule() noexcept { due_.signal(); }
+  /// Looks at the graph and makes the edits that are missing. To be called after each change of anything, and
+  /// when the alarm asks for it.
+  void reconcile();
+
+  /// As reconcile(), soon and on the loop thread.
+  void schedule() { alarm_.lookAgainIn(std::chrono::milliseconds{0}); }
 
   DesiredState& desired() noexcept { return desired_; }
 
@@ -31,62 +37,54 @@ class Reconciler {
 
   void dropBlock(IOProcID session) { blocks_.erase(session); }
 
-  bool isEngaged(IOProcID session) const;
+  /// Whether the session's filter hears its taps and reaches its device.
+  bool isConnected(IOProcID session) const;
+
+  /// Whether the server would not make something that a session needs.
+  bool isRefused(IOProcID session) const;
+
+  /// Whether a muted tap has a stream that can't be taken into it.
+  bool isPartial(AudioObjectID tap) const;
 
   bool ownsNothing() const { return tapNodes_.empty() && filters_.empty(); }
 
   bool hasFilter(IOProcID session) const { return filters_.contains(session); }
 
-  /// None while the tap has no node.
-  std::optional<RemoteObject::State> tapNodeState(AudioObjectID tap) const;
+  bool hasTapNode(AudioObjectID tap) const { return tapNodes_.contains(tap); }
 
  private:
+  struct TapNode {
+    std::unique_ptr<OwnObject> object;
+    bool isMono = false;
+  };
+
   OwnedObjects owned() const;
   void releaseServerObjects();
-  void reconcile();
-  void purge(bool alsoFailed);
+  void forgetGoneObjects();
   bool isSessionManagerReady();
-  void lookForStrandedStreams();
   void apply(const Plan& plan);
   void applyNodes(const Plan& plan);
-  std::unique_ptr<RemoteLink> makeLink(const PortPair& pair, LinkKind kind);
   void applyLinks(const Plan& plan);
   void applyRoutings(const Plan& plan);
+  bool playsNow(GlobalID stream) const;
   void route(const StreamRouting& routing);
-  void watchForCycleEnd();
   std::uint32_t cycles() const;
 
-  LoopThread& loop_;
   const Graph& graph_;
-  ServerConnection* server_ = nullptr;
+  GraphAlarm& alarm_;
+  GraphEdits* edits_ = nullptr;
   DesiredState desired_;
   std::map<IOProcID, IOProcBlock> blocks_;
-  std::map<AudioObjectID, std::unique_ptr<RemoteObject>> tapNodes_;
-  std::map<IOProcID, std::unique_ptr<IOFilter>> filters_;
-  std::map<PortPair, std::unique_ptr<RemoteLink>> links_;
-  std::map<std::string, std::set<std::uint64_t>> captured_; ///< by tap name: serials of streams sent into it
+  std::map<AudioObjectID, TapNode> tapNodes_;
+  std::map<IOProcID, std::unique_ptr<OwnObject>> filters_;
+  std::map<PortPair, std::unique_ptr<OwnObject>> links_;
+  std::map<PortPair, std::unique_ptr<OwnObject>> lastingLinks_; ///< kept until the server has made them
+  StubbornStreams stubborn_;
+  CycleGate gate_;
+  std::optional<GraphAlarm::Time> retryRefusedAt_;
 
-  // A session manager that starts while we are there sets up the devices first, which it can't while they
-  // run.
-  std::optional<LoopThread::Deadline> managerReadyAt_;
+  std::optional<GraphAlarm::Time> managerReadyAt_;
   bool isNewServer_ = true;
-
-  // Streams that we moved, and since when those of them that play to nobody do so.
-  std::set<std::uint64_t> moved_;
-  std::map<std::uint64_t, LoopThread::Deadline> unlinkedSince_;
-  std::set<std::uint64_t> stranded_;
-  std::map<PortPair, std::unique_ptr<RemoteLink>> lastingLinks_; ///< kept until the server has made them
-
-  // Streams change sides between two cycles. While some wait for that, the end of the next cycle is watched
-  // for.
-  LoopThread::Deadline watchEnds_{};
-  std::uint32_t cyclesSeen_ = 0;
-  bool isWatching_ = false;
-  bool isBetweenCycles_ = false;
-
-  LoopEvent due_;
-  LoopTimer cycleWatch_;
-  LoopTimer retry_;
 };
 
 } // namespace sonvel::pipewire

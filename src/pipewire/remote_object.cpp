@@ -1,5 +1,10 @@
 #include "pipewire/remote_object.h"
 
+#include "pipewire/graph_log.h"
+
+#include <cerrno>
+#include <cstring>
+
 namespace sonvel::pipewire {
 
 namespace {
@@ -17,18 +22,22 @@ pw_proxy* ask(pw_core* core, const char* factory, const char* type, std::uint32_
 RemoteObject::RemoteObject(pw_core* core, const char* factory, const char* type, std::uint32_t version,
                            const ObjectProperties& properties, std::function<void()> changed)
     : proxy_(ask(core, factory, type, version, properties))
-    , changed_(std::move(changed)) {
+    , changed_(std::move(changed))
+    , factory_(factory) {
   if (!proxy_) {
+    logRefusal("%s: %s", factory, std::strerror(errno));
     state_ = State::failed;
     return;
   }
   static const pw_proxy_events events = [] {
     pw_proxy_events made{};
     made.version = PW_VERSION_PROXY_EVENTS;
-    made.bound = [](void* self, std::uint32_t) { static_cast<RemoteObject*>(self)->setState(State::bound); };
+    made.bound = [](void* self, std::uint32_t) { static_cast<RemoteObject*>(self)->setState(State::ready); };
     made.removed = [](void* self) { static_cast<RemoteObject*>(self)->setState(State::lost); };
-    made.error = [](void* self, int, int, const char*) {
-      static_cast<RemoteObject*>(self)->setState(State::failed);
+    made.error = [](void* self, int, int result, const char* message) {
+      auto* object = static_cast<RemoteObject*>(self);
+      logRefusal("%s refused: %s (%s)", object->factory_.c_str(), message, std::strerror(-result));
+      object->setState(State::failed);
     };
     return made;
   }();
@@ -53,14 +62,21 @@ RemoteLink::RemoteLink(pw_core* core, std::uint32_t outputPort, std::uint32_t in
   static const pw_link_events events = [] {
     pw_link_events made{};
     made.version = PW_VERSION_LINK_EVENTS;
-    made.info = [](void* self, const pw_link_info* info) { static_cast<RemoteLink*>(self)->told(info); };
+    made.info = [](void* self, const pw_link_info* info) { static_cast<RemoteLink*>(self)->onInfo(info); };
     return made;
   }();
   pw_link_add_listener(fromProxy<pw_link>(proxy_), linkHook_.get(), &events, this);
 }
 
-void RemoteLink::told(const pw_link_info* info) {
+OwnObject::State RemoteLink::state() const {
+  if (isGone()) return RemoteObject::state();
+  return isNegotiated_ ? State::ready : State::asked;
+}
+
+void RemoteLink::onInfo(const pw_link_info* info) {
   if (info->state == PW_LINK_STATE_ERROR) {
+    logRefusal("link %u to %u: %s", info->output_port_id, info->input_port_id,
+               info->error == nullptr ? "broken" : info->error);
     setState(State::failed);
     return;
   }

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "pipewire/graph_edits.h"
 #include "pipewire/handles.h"
 
-#include <cstring>
 #include <functional>
 #include <string>
 #include <utility>
@@ -12,44 +12,28 @@ namespace sonvel::pipewire {
 
 using ObjectProperties = std::vector<std::pair<std::string, std::string>>;
 
-/// An object that this program made in the server, which vanishes with it. Belongs to the loop thread.
-class RemoteObject {
+/// An object that a factory of the server made for us.
+class RemoteObject : public OwnObject {
  public:
-  enum class State {
-    asked,  ///< the server has not answered yet
-    bound,  ///< it is there
-    failed, ///< the server would not make it
-    lost,   ///< the server has removed it
-  };
-
   /// Asks a factory of the server for an object. `changed` runs on the loop thread whenever the state
   /// changes.
   RemoteObject(pw_core* core, const char* factory, const char* type, std::uint32_t version,
                const ObjectProperties& properties, std::function<void()> changed);
-  virtual ~RemoteObject() = default;
-  RemoteObject(const RemoteObject&) = delete;
-  RemoteObject& operator=(const RemoteObject&) = delete;
 
-  State state() const noexcept { return state_; }
-
-  bool isGone() const noexcept { return state_ == State::failed || state_ == State::lost; }
+  State state() const override { return state_; }
 
  protected:
+  bool isGone() const noexcept { return state_ == State::failed || state_ == State::lost; }
+
   void setState(State state);
 
   ProxyHandle proxy_; // NOLINT(misc-non-private-member-variables-in-classes): listened to by what derives
   std::function<void()> changed_; // NOLINT(misc-non-private-member-variables-in-classes): as above
 
  private:
+  std::string factory_; ///< for the log
   State state_ = State::asked;
   Hook hook_;
-};
-
-/// What a link is for.
-enum class LinkKind {
-  passing, ///< hands on what plays anyway: it does not keep its nodes from sleeping
-  feeding, ///< lets a stream play
-  lasting, ///< lets a stream play, also when this program has ended
 };
 
 /// A link between two ports of any nodes.
@@ -58,11 +42,11 @@ class RemoteLink : public RemoteObject {
   RemoteLink(pw_core* core, std::uint32_t outputPort, std::uint32_t inputPort, LinkKind kind,
              std::function<void()> changed);
 
-  /// Both ends have agreed on a format and buffers, so that samples flow as soon as their nodes run.
-  bool isNegotiated() const noexcept { return isNegotiated_ && !isGone(); }
+  /// Ready when both ends have agreed on a format and buffers, so that samples flow as soon as they run.
+  State state() const override;
 
  private:
-  void told(const pw_link_info* info);
+  void onInfo(const pw_link_info* info);
 
   bool isNegotiated_ = false;
   Hook linkHook_;

@@ -21,20 +21,18 @@ constexpr auto kDecisionTakes = 3s;
 } // namespace
 
 RightsWatch::RightsWatch(pw_loop* loop, pw_core* core, const GraphMonitor& monitor,
-                         std::function<void(bool)> told, std::function<bool()> mayRest)
+                         std::function<void(bool)> onAnswer, std::function<bool()> mayRest)
     : monitor_(monitor)
-    , told_(std::move(told))
+    , onAnswer_(std::move(onAnswer))
     , mayRest_(std::move(mayRest))
     , client_(pw_core_get_client(core))
     , tick_(loop, [this] { tick(); }) {
   static const pw_client_events events = [] {
     pw_client_events made{};
     made.version = PW_VERSION_CLIENT_EVENTS;
-    made.info = [](void* self, const pw_client_info* info) {
-      static_cast<RightsWatch*>(self)->toldInfo(info);
-    };
+    made.info = [](void* self, const pw_client_info* info) { static_cast<RightsWatch*>(self)->onInfo(info); };
     made.permissions = [](void* self, std::uint32_t, std::uint32_t count, const pw_permission* list) {
-      static_cast<RightsWatch*>(self)->toldPermissions({list, count});
+      static_cast<RightsWatch*>(self)->onPermissions({list, count});
     };
     return made;
   }();
@@ -54,18 +52,18 @@ void RightsWatch::send() {
 }
 
 void RightsWatch::tick() {
-  if (!isAnswered_ && waitsUntil_ && LoopThread::SteadyClock::now() >= *waitsUntil_) told_(false);
+  if (!isAnswered_ && waitsUntil_ && LoopThread::SteadyClock::now() >= *waitsUntil_) onAnswer_(false);
   send();
   tick_.arm(mayRest_() ? kRestingTick : kTick);
 }
 
-void RightsWatch::toldPermissions(std::span<const pw_permission> list) {
+void RightsWatch::onPermissions(std::span<const pw_permission> list) {
   isAsked_ = false;
   isAnswered_ = true;
-  told_(allowTaps(permissionsFrom(list), monitor_.metadataID()));
+  onAnswer_(allowTaps(permissionsFrom(list), monitor_.metadataID()));
 }
 
-void RightsWatch::toldInfo(const pw_client_info* info) {
+void RightsWatch::onInfo(const pw_client_info* info) {
   if (waitsUntil_ || info->props == nullptr || spa_dict_lookup(info->props, PW_KEY_ACCESS) == nullptr) return;
   waitsUntil_ = LoopThread::SteadyClock::now() + kDecisionTakes;
 }

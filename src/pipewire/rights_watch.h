@@ -12,10 +12,10 @@ namespace sonvel::pipewire {
 /// Finds out, over and over, what the server lets one connection of ours do. Belongs to the loop thread.
 class RightsWatch {
  public:
-  /// `told` is called on the loop thread with whether we may have taps, each time that the server has said
-  /// so. It must not destroy the watch. `mayRest` says whether nothing of ours depends on what we may do:
-  /// then it is asked for rarely. `core` and `monitor` outlive it.
-  RightsWatch(pw_loop* loop, pw_core* core, const GraphMonitor& monitor, std::function<void(bool)> told,
+  /// `onAnswer` is called on the loop thread with whether we may have taps, each time that the server has
+  /// said so. It must not destroy the watch. `mayRest` says whether nothing of ours depends on what we may
+  /// do: then it is asked for rarely. `core` and `monitor` outlive it.
+  RightsWatch(pw_loop* loop, pw_core* core, const GraphMonitor& monitor, std::function<void(bool)> onAnswer,
               std::function<bool()> mayRest);
 
   /// Asks now instead of at the next time, and goes on from here.
@@ -24,11 +24,11 @@ class RightsWatch {
  private:
   void tick();
   void send();
-  void toldPermissions(std::span<const pw_permission> list);
-  void toldInfo(const pw_client_info* info);
+  void onPermissions(std::span<const pw_permission> list);
+  void onInfo(const pw_client_info* info);
 
   const GraphMonitor& monitor_;
-  std::function<void(bool)> told_;
+  std::function<void(bool)> onAnswer_;
   std::function<bool()> mayRest_;
   pw_client* client_;
   Hook hook_;

@@ -1,8 +1,11 @@
 #include "pipewire/server_connection.h"
 
+#include "pipewire/graph_log.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <stdexcept>
 #include <utility>
 
@@ -12,8 +15,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kRetryDelay{300};
 
-// Who looks every five seconds whether we have our rights has to see that we had lost them, even if we get
-// them back as soon as we ask.
+// Longer than the permission poll (5 s), so it sees the loss, even if we get our rights back at once.
 constexpr std::chrono::milliseconds kStaysAway{6000};
 
 // The registry answers the first with the objects, the second with what each of them has to tell.
@@ -24,6 +26,16 @@ bool isAboutRights(int result) noexcept {
 }
 
 } // namespace
+
+void ServerState::onChange(std::function<void()> callback) {
+  const std::lock_guard lock(callbackMutex_);
+  callback_ = std::move(callback);
+}
+
+void ServerState::callBack() {
+  const std::lock_guard lock(callbackMutex_);
+  if (callback_) callback_();
+}
 
 ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, ServerState& state, Listener listener)
     : loop_(loop)
@@ -52,7 +64,9 @@ void ServerConnection::connect() {
                         PW_KEY_MEDIA_CATEGORY, "Manager", PW_KEY_MEDIA_TYPE, "Audio", nullptr);
   core_.reset(pw_context_connect(context_.get(), properties, 0));
   if (!core_) {
-    if (isAboutRights(-errno)) state_.setRights(AudioServer::Rights::restricted);
+    const int result = -errno;
+    logRefusal("no connection to the sound server: %s", std::strerror(-result));
+    if (isAboutRights(result)) state_.setRights(AudioServer::Rights::restricted);
     retry_.arm(kRetryDelay);
     return;
   }
@@ -60,17 +74,17 @@ void ServerConnection::connect() {
     pw_core_events made{};
     made.version = PW_VERSION_CORE_EVENTS;
     made.done = [](void* self, std::uint32_t id, int sequence) {
-      if (id == PW_ID_CORE) static_cast<ServerConnection*>(self)->toldDone(sequence);
+      if (id == PW_ID_CORE) static_cast<ServerConnection*>(self)->onDone(sequence);
     };
-    made.error = [](void* self, std::uint32_t id, int, int result, const char*) {
-      static_cast<ServerConnection*>(self)->toldError(id, result);
+    made.error = [](void* self, std::uint32_t id, int, int result, const char* message) {
+      static_cast<ServerConnection*>(self)->onError(id, result, message);
     };
     return made;
   }();
   pw_core_add_listener(core_.get(), coreHook_.get(), &events, this);
   monitor_ = std::make_unique<GraphMonitor>(core_.get(), graph_, [this] { graphChanged(); });
   rightsWatch_ = std::make_unique<RightsWatch>(
-      loop_.loop(), core_.get(), *monitor_, [this](bool mayHaveTaps) { toldRights(mayHaveTaps); },
+      loop_.loop(), core_.get(), *monitor_, [this](bool mayHaveTaps) { onRights(mayHaveTaps); },
       [this] { return mayHaveTaps_ && listener_.mayRest(); });
   syncsLeft_ = kSyncsUntilReady;
   readyAt_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
@@ -94,7 +108,7 @@ void ServerConnection::disconnect() {
   retry_.arm(wasWithdrawn || wasRefused ? kStaysAway : kRetryDelay);
 }
 
-void ServerConnection::toldDone(int sequence) {
+void ServerConnection::onDone(int sequence) {
   lastDone_ = sequence;
   if (!isReady_ && sequence == readyAt_) {
     isReady_ = --syncsLeft_ == 0;
@@ -107,7 +121,8 @@ void ServerConnection::toldDone(int sequence) {
   loop_.signal();
 }
 
-void ServerConnection::toldError(std::uint32_t id, int result) {
+void ServerConnection::onError(std::uint32_t id, int result, const char* message) {
+  logRefusal("server, object %u: %s (%s)", id, message, std::strerror(-result));
   // After one of these nothing comes over the connection any more. The core must not be taken down in the
   // middle of its own event.
   constexpr std::array kLost{-EPIPE, -ECONNRESET, -EPROTO, -EBADMSG, -ENOTCONN};
@@ -129,7 +144,7 @@ void ServerConnection::refused() {
   dropped_.signal();
 }
 
-void ServerConnection::toldRights(bool mayHaveTaps) {
+void ServerConnection::onRights(bool mayHaveTaps) {
   if (isWithdrawn_) return;
   const bool couldHaveTaps = std::exchange(mayHaveTaps_, mayHaveTaps);
   state_.setRights(mayHaveTaps ? AudioServer::Rights::granted : AudioServer::Rights::restricted);
@@ -144,7 +159,7 @@ void ServerConnection::toldRights(bool mayHaveTaps) {
 }
 
 void ServerConnection::graphChanged() {
-  if (graph_.isServerHidden) toldRights(false);
+  if (graph_.isServerHidden) onRights(false);
   listener_.changed();
 }
 

@@ -3,18 +3,47 @@
 #include "pipewire/graph_monitor.h"
 #include "pipewire/loop_thread.h"
 #include "pipewire/rights_watch.h"
-#include "pipewire/server_state.h"
+#include "platform/audio_server.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 
 namespace sonvel::pipewire {
+
+/// What is known of the server, for anyone to ask. Written by the loop thread, which also runs the callback.
+class ServerState final : public AudioServer {
+ public:
+  /// Loop thread, as for the next.
+  void setRights(Rights rights) { set(rights_, rights); }
+
+  void setConnection(Connection connection) { set(connection_, connection); }
+
+  Rights rights() const override { return rights_; }
+
+  Connection connection() const override { return connection_; }
+
+  void onChange(std::function<void()> callback) override;
+
+ private:
+  template <class Value> void set(std::atomic<Value>& value, Value wanted) {
+    if (value.exchange(wanted) != wanted) callBack();
+  }
+
+  void callBack();
+
+  std::atomic<Rights> rights_ = Rights::unknown;
+  std::atomic<Connection> connection_ = Connection::connecting;
+  std::mutex callbackMutex_; ///< held while the callback runs
+  std::function<void()> callback_;
+};
 
 /// The connection to the sound server: made again, for as long as it takes, whenever it is lost. All calls
 /// with the loop's lock held.
 ///
-/// A server that takes the right to have taps from us loses us as a client: what we could no longer undo, it
-/// undoes then. Some seconds later we come back, and are told anew what we may do.
+/// When the server takes the right to have taps from us we disconnect, because only the server can still undo
+/// what we made: it removes our objects. Some seconds later we connect again, and it decides anew.
 class ServerConnection {
  public:
   struct Listener {
@@ -54,9 +83,9 @@ class ServerConnection {
  private:
   void connect();
   void disconnect();
-  void toldDone(int sequence);
-  void toldError(std::uint32_t id, int result);
-  void toldRights(bool mayHaveTaps);
+  void onDone(int sequence);
+  void onError(std::uint32_t id, int result, const char* message);
+  void onRights(bool mayHaveTaps);
   void graphChanged();
   void refused();
 

@@ -6,21 +6,77 @@ namespace sonvel::pipewire {
 
 namespace {
 
-// The session manager obeys kTargetObject before kTargetNode, whose meaning is the same; mixers write both.
-constexpr auto kTargetObject = "target.object";
-constexpr auto kTargetNode = "target.node";
+// The session manager obeys kTargetObject before kTargetNode. Mixers write both, WirePlumber's memory one of
+// them.
+constexpr auto kTargetObject = "target.object"; // a node's name or serial
+constexpr auto kTargetNode = "target.node";     // a node's ID
 constexpr auto kFollowsDefault = "-1";
-constexpr auto kUsersTarget =
-    "sonvel.target.object"; // the user's kTargetObject, while ours stands in its place
 
-/// With each write of a target the session manager remembers what it names, and forgets what it can't find:
-/// our taps, so that no other program is ever sent into one. Writing the user's own target again makes it
-/// remember that. An equal value would not count as a write, so the key goes first.
-void remember(const Graph& graph, GlobalID stream, std::vector<MetadataWrite>& writes) {
-  const MetadataValue* users = graph.metadataOf(stream, kTargetNode);
-  if (users == nullptr || users->value == kFollowsDefault) return;
-  writes.push_back({kTargetNode, std::nullopt});
-  writes.push_back({kTargetNode, *users});
+// While the stream is in a tap: the user's kTargetObject, in whose place ours stands, and the value that we
+// gave kTargetNode, which is the user's own where this key is missing.
+constexpr auto kUsersTarget = "sonvel.target.object";
+constexpr auto kLentNode = "sonvel.target.node";
+
+std::optional<GlobalID> nodeOfTarget(const Graph& graph, const std::string& target, bool isID) {
+  if (target.empty() || target == kFollowsDefault) return std::nullopt;
+  for (const auto& [id, node] : graph.nodes)
+    if (target == node.name || target == std::to_string(isID ? id : node.serial)) return id;
+  return std::nullopt;
+}
+
+/// Whether kTargetNode is the user's: neither missing nor lent by us.
+const MetadataValue* usersTargetNode(const Graph& graph, GlobalID stream) {
+  const MetadataValue* target = graph.metadataOf(stream, kTargetNode);
+  const MetadataValue* lent = graph.metadataOf(stream, kLentNode);
+  return target != nullptr && lent != nullptr && lent->value == target->value ? nullptr : target;
+}
+
+/// What stands for the user's choice, as the session manager reads it.
+struct Choice {
+  const MetadataValue* object = nullptr;
+  const MetadataValue* node = nullptr;
+};
+
+Choice choiceOf(const Graph& graph, GlobalID stream) {
+  const bool isTapped = !targetTapOf(graph, stream).empty();
+  Choice choice{.object = graph.metadataOf(stream, isTapped ? kUsersTarget : kTargetObject),
+                .node = usersTargetNode(graph, stream)};
+  // We lent a target.node and someone has written another since: that is the newer choice.
+  if (isTapped && choice.node != nullptr && graph.metadataOf(stream, kLentNode) != nullptr)
+    choice.object = nullptr;
+  return choice;
+}
+
+/// With each write of a target the session manager remembers the device that it names. It looks targets up by
+/// serial and so does not find our taps by their names: it forgets the stream's device, and no other program
+/// is ever sent into a tap. Writing the ID of the user's own device afterwards makes it remember that one,
+/// while the stream goes to the tap all the same. An equal value would not count as a write, so the key goes
+/// first.
+void remind(const Graph& graph, GlobalID stream, const Choice& choice, std::vector<MetadataWrite>& writes) {
+  const bool hasNode = graph.metadataOf(stream, kTargetNode) != nullptr;
+  const bool hasLent = graph.metadataOf(stream, kLentNode) != nullptr;
+  if (choice.object == nullptr && choice.node != nullptr) { // it is the user's own
+    if (hasLent) writes.push_back({kLentNode, std::nullopt});
+    if (choice.node->value == kFollowsDefault) return;
+    writes.push_back({kTargetNode, std::nullopt});
+    writes.push_back({kTargetNode, *choice.node});
+    return;
+  }
+  const auto device =
+      choice.object == nullptr ? std::nullopt : nodeOfTarget(graph, choice.object->value, false);
+  if (!device) {
+    if (hasLent && choice.node == nullptr && hasNode) writes.push_back({kTargetNode, std::nullopt});
+    if (hasLent) writes.push_back({kLentNode, std::nullopt});
+    return;
+  }
+  const MetadataValue id{"Spa:Id", std::to_string(*device)};
+  const bool isUsers = choice.node != nullptr && choice.node->value == id.value;
+  if (!isUsers)
+    writes.push_back({kLentNode, id});
+  else if (hasLent)
+    writes.push_back({kLentNode, std::nullopt});
+  if (hasNode) writes.push_back({kTargetNode, std::nullopt});
+  writes.push_back({kTargetNode, id});
 }
 
 /// Sends a stream to the default device that came into a tap by itself: over an ID in its target that the
@@ -32,6 +88,14 @@ std::vector<MetadataWrite> writesAway(const Graph& graph, GlobalID stream) {
   return writes;
 }
 
+/// Takes what we lent off a stream.
+void takeBackLent(const Graph& graph, GlobalID stream, std::vector<MetadataWrite>& writes) {
+  if (graph.metadataOf(stream, kLentNode) == nullptr) return;
+  if (graph.metadataOf(stream, kTargetNode) != nullptr && usersTargetNode(graph, stream) == nullptr)
+    writes.push_back({kTargetNode, std::nullopt});
+  writes.push_back({kLentNode, std::nullopt});
+}
+
 } // namespace
 
 std::string targetTapOf(const Graph& graph, GlobalID stream) {
@@ -40,47 +104,62 @@ std::string targetTapOf(const Graph& graph, GlobalID stream) {
 }
 
 bool hasLeftover(const Graph& graph, GlobalID stream) {
-  return targetTapOf(graph, stream).empty() && graph.metadataOf(stream, kUsersTarget) != nullptr;
+  return targetTapOf(graph, stream).empty() && (graph.metadataOf(stream, kUsersTarget) != nullptr ||
+                                                graph.metadataOf(stream, kLentNode) != nullptr);
+}
+
+std::optional<GlobalID> chosenNodeOf(const Graph& graph, GlobalID stream) {
+  const Choice choice = choiceOf(graph, stream);
+  if (choice.object != nullptr) return nodeOfTarget(graph, choice.object->value, false);
+  if (choice.node != nullptr) return nodeOfTarget(graph, choice.node->value, true);
+  const auto node = graph.nodes.find(stream);
+  return node == graph.nodes.end() ? std::nullopt : nodeOfTarget(graph, node->second.ownTarget, false);
 }
 
 std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream) {
-  const bool isOurs = !targetTapOf(graph, stream).empty();
-  if (const MetadataValue* target = graph.metadataOf(stream, isOurs ? kUsersTarget : kTargetObject))
-    for (const auto& [id, node] : graph.nodes)
-      if (target->value == node.name || target->value == std::to_string(node.serial)) return id;
-  if (const MetadataValue* target = graph.metadataOf(stream, kTargetNode))
-    for (const auto& [id, node] : graph.nodes)
-      if (target->value == node.name || target->value == std::to_string(id)) return id;
+  if (const auto chosen = chosenNodeOf(graph, stream)) return chosen;
   return graph.defaultSinkName.empty() ? std::nullopt : graph.nodeNamed(graph.defaultSinkName);
+}
+
+bool isChoiceOutdated(const Graph& graph, GlobalID stream) {
+  return !targetTapOf(graph, stream).empty() && graph.metadataOf(stream, kLentNode) != nullptr &&
+         usersTargetNode(graph, stream) != nullptr;
 }
 
 std::vector<MetadataWrite> writesInto(const Graph& graph, GlobalID stream, const std::string& tapName) {
   std::vector<MetadataWrite> writes;
-  if (targetTapOf(graph, stream).empty()) {
-    if (const MetadataValue* users = graph.metadataOf(stream, kTargetObject))
-      writes.push_back({kUsersTarget, *users});
-    else if (hasLeftover(graph, stream)) // the choice that it kept is no longer the user's
-      writes.push_back({kUsersTarget, std::nullopt});
-  }
+  const Choice choice = choiceOf(graph, stream);
+  const MetadataValue* kept = graph.metadataOf(stream, kUsersTarget);
+  if (choice.object == nullptr && kept != nullptr)
+    writes.push_back({kUsersTarget, std::nullopt}); // the choice that it kept is no longer the user's
+  else if (choice.object != nullptr && (kept == nullptr || *kept != *choice.object))
+    writes.push_back({kUsersTarget, *choice.object});
   writes.push_back({kTargetObject, MetadataValue{"Spa:String", tapName}});
-  remember(graph, stream, writes);
+  remind(graph, stream, choice, writes);
   return writes;
 }
 
 std::vector<MetadataWrite> writesBack(const Graph& graph, GlobalID stream) {
-  const MetadataValue* users = graph.metadataOf(stream, kUsersTarget);
-  if (targetTapOf(graph, stream).empty()) {
-    if (users != nullptr) return {{kUsersTarget, std::nullopt}};
-    return writesAway(graph, stream);
-  }
   std::vector<MetadataWrite> writes;
-  if (users != nullptr) {
-    writes.push_back({kTargetObject, *users});
-    writes.push_back({kUsersTarget, std::nullopt});
+  const MetadataValue* kept = graph.metadataOf(stream, kUsersTarget);
+  if (targetTapOf(graph, stream).empty()) {
+    if (!hasLeftover(graph, stream)) return writesAway(graph, stream);
+    takeBackLent(graph, stream, writes);
+    if (kept != nullptr) writes.push_back({kUsersTarget, std::nullopt});
+    return writes;
+  }
+  const Choice choice = choiceOf(graph, stream);
+  takeBackLent(graph, stream, writes);
+  if (choice.object != nullptr) {
+    writes.push_back({kTargetObject, *choice.object});
   } else {
     writes.push_back({kTargetObject, std::nullopt});
-    remember(graph, stream, writes);
+    if (choice.node != nullptr && choice.node->value != kFollowsDefault) {
+      writes.push_back({kTargetNode, std::nullopt});
+      writes.push_back({kTargetNode, *choice.node});
+    }
   }
+  if (kept != nullptr) writes.push_back({kUsersTarget, std::nullopt});
   return writes;
 }
 

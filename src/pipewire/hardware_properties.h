@@ -1,0 +1,45 @@
+#pragma once
+
+#include "pipewire/hardware_state.h"
+
+namespace sonvel::pipewire {
+
+/// Reads the properties of each kind of object from the graph. None means that there is no such property. For
+/// one use, by whoever holds the loop's lock.
+class PipeWireHardware::PropertyReader {
+ public:
+  using Bytes = std::optional<std::vector<std::byte>>;
+
+  PropertyReader(State& state, AudioObjectID object, const PropertyAddress& address)
+      : state_(state)
+      , object_(object)
+      , address_(address) {}
+
+  /// A number or a list.
+  Bytes data();
+
+  /// A string; the inner optional is a null reference. The bundle identifier is the one value that is not in
+  /// the graph: it is always null here.
+  std::optional<std::optional<std::string>> text();
+
+  /// Either, for whoever only compares.
+  Bytes anyValue();
+
+  bool exists() { return data().has_value() || text().has_value(); }
+
+  /// Whether there is an object of that ID now.
+  bool objectExists() const;
+
+ private:
+  bool isStreams() const;
+  Bytes systemData();
+  Bytes processData(const AudioClient& client);
+  Bytes tapData(const DesiredTap& tap);
+  Bytes deviceData(GlobalID device) const;
+
+  State& state_;
+  AudioObjectID object_;
+  PropertyAddress address_;
+};
+
+} // namespace sonvel::pipewire

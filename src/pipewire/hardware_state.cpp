@@ -1,0 +1,253 @@
+#include "pipewire/hardware_state.h"
+
+#include "pipewire/hardware_properties.h"
+
+#include <algorithm>
+#include <unistd.h>
+#include <utility>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Contract: two seconds. The rest is for what comes after the wait.
+constexpr auto kLongestWait = 1900ms;
+
+// How long a call waits for what depends on others, a device that opens or a stream that moves, while the
+// server answers.
+constexpr auto kShortWait = 150ms;
+
+// A server that takes longer for a question is busy, and gets more time for everything.
+constexpr auto kQuickAnswer = 20ms;
+
+} // namespace
+
+LoopThread::Deadline deadlineFromNow() {
+  return LoopThread::SteadyClock::now() + kLongestWait;
+}
+
+PipeWireHardware::State::State(const ApplicationIdentity& appIdentity)
+    : identity(appIdentity)
+    , alarm(loop.loop(), [this] { look(); })
+    , reconciler(graph, alarm)
+    , joining(appIdentity)
+    , processes(ids)
+    , devices(ids)
+    , runName(std::to_string(getpid()) + "-" +
+              std::to_string(LoopThread::SteadyClock::now().time_since_epoch().count()) + "-") {
+  loop.start();
+  const LoopThread::Lock lock(loop);
+  server = std::make_unique<ServerConnection>(
+      loop, graph, serverState,
+      ServerConnection::Listener{.changed = [this] { reconciler.schedule(); },
+                                 .lost = [this] { reconciler.forgetServerObjects(); },
+                                 .mayRest = [this] { return reconciler.desired().taps.empty(); },
+                                 .granted =
+                                     [this] {
+                                       if (!reconciler.desired().taps.empty()) ensureGuardian();
+                                     },
+                                 .withdrawn =
+                                     [this] {
+                                       if (guardian) guardian->begin();
+                                     }});
+  edits = std::make_unique<ServerEdits>(*server, [this] { reconciler.schedule(); });
+  reconciler.setEdits(edits.get());
+  lock.waitUntil(deadlineFromNow(), [this] { return server->isReady() || server->core() == nullptr; });
+}
+
+PipeWireHardware::State::~State() {
+  giveAllBack();
+  loop.stop(); // from here on nothing is called back
+}
+
+/// Runs after each change of anything, on the loop thread.
+void PipeWireHardware::State::look() {
+  if (server && server->isReady() && server->mayHaveTaps()) {
+    joining.join(graph, reconciler.desired());
+    reconciler.reconcile();
+    forgetRetired();
+  }
+  callListeners();
+  loop.signal();
+}
+
+/// What a configuration has destroyed is kept until the graph is without it.
+void PipeWireHardware::State::forgetRetired() {
+  DesiredState& desired = reconciler.desired();
+  std::erase_if(desired.taps, [this](const auto& tap) {
+    return tap.second.isRetired && tap.second.isLeaving && !reconciler.hasTapNode(tap.first);
+  });
+}
+
+void PipeWireHardware::State::callListeners() {
+  if (listeners.isEmpty()) return;
+  const bool isReady = server && server->isReady();
+  if (!isReady && wasReady_) listeners.forgetValues();
+  wasReady_ = isReady;
+  if (!isReady) return;
+  listeners.callChanged([this](AudioObjectID object, const PropertyAddress& address) {
+    return PropertyReader(*this, object, address).anyValue();
+  });
+}
+
+void PipeWireHardware::State::ensureGuardian() {
+  server->checkRights();
+  if (!guardian || guardian->hasBegun()) guardian = std::make_unique<Guardian>(kTapNamePrefix + runName);
+}
+
+void PipeWireHardware::State::giveAllBack() {
+  const LoopThread::Lock lock(loop);
+  const auto deadline = deadlineFromNow();
+  for (auto& [id, session] : reconciler.desired().sessions)
+    session.isStopping = true;
+  for (auto& [id, tap] : reconciler.desired().taps)
+    tap.isLeaving = true;
+  reconciler.schedule();
+  const OSStatus released = waitFor(lock, deadline, [this] { return reconciler.ownsNothing(); });
+  const bool isConfirmed = syncWithServer(lock, deadline) == kNoError;
+  if (guardian && released == kNoError && isConfirmed) guardian->dismiss();
+  reconciler.setEdits(nullptr);
+  edits.reset();
+  server.reset();
+}
+
+OSStatus PipeWireHardware::State::syncWithServer(const LoopThread::Lock& lock,
+                                                 LoopThread::Deadline deadline) {
+  if (!server->isReady()) return status::kNotRunning;
+  if (server->roundTrip(lock, deadline)) return kNoError;
+  return server->isReady() ? status::kUnspecified : status::kNotRunning;
+}
+
+OSStatus PipeWireHardware::State::waitFor(const LoopThread::Lock& lock, LoopThread::Deadline deadline,
+                                          const std::function<bool()>& isTrue) {
+  bool isDone = false;
+  lock.waitUntil(deadline, [&] { return (isDone = isTrue()) || !server->isReady(); });
+  if (isDone) return kNoError;
+  return server->isReady() ? status::kUnspecified : status::kNotRunning;
+}
+
+OSStatus PipeWireHardware::State::waitShortly(const LoopThread::Lock& lock,
+                                              const std::function<bool()>& isTrue) {
+  const auto deadline = deadlineFromNow();
+  while (true) {
+    const auto turn = std::min(LoopThread::SteadyClock::now() + kShortWait, deadline);
+    if (const OSStatus outcome = waitFor(lock, turn, isTrue); outcome != status::kUnspecified) return outcome;
+    const auto asked = LoopThread::SteadyClock::now();
+    if (const OSStatus outcome = syncWithServer(lock, deadline); outcome != kNoError) return outcome;
+    if (isTrue()) return kNoError;
+    const auto answered = LoopThread::SteadyClock::now();
+    if (answered - asked <= kQuickAnswer || answered >= deadline) return status::kUnspecified;
+  }
+}
+
+OSStatus PipeWireHardware::State::stop(const LoopThread::Lock& lock, const std::set<IOProcID>& ioProcs) {
+  auto& sessions = reconciler.desired().sessions;
+  for (const auto ioProc : ioProcs)
+    if (const auto session = sessions.find(ioProc); session != sessions.end())
+      (isConfiguring ? session->second.isRetired : session->second.isStopping) = true;
+  if (isConfiguring) return kNoError;
+  reconciler.schedule();
+  const auto haveGone = [&] {
+    return std::ranges::none_of(ioProcs, [&](IOProcID ioProc) { return reconciler.hasFilter(ioProc); });
+  };
+  OSStatus outcome = waitShortly(lock, haveGone);
+  if (outcome == status::kUnspecified) {
+    // The streams have been told where to go; with the tap's node they lose the last reason to stay.
+    for (const auto ioProc : ioProcs)
+      if (const auto session = sessions.find(ioProc); session != sessions.end())
+        session->second.isOverdue = true;
+    reconciler.schedule();
+    outcome = waitFor(lock, deadlineFromNow(), haveGone);
+  }
+  if (outcome == status::kUnspecified) return outcome;
+  for (const auto ioProc : ioProcs) { // a server that has gone has lost them
+    sessions.erase(ioProc);
+    reconciler.dropBlock(ioProc);
+  }
+  return kNoError;
+}
+
+OSStatus PipeWireHardware::State::commit(const LoopThread::Lock& lock) {
+  isConfiguring = false;
+  std::set<IOProcID> retired;
+  for (auto& [id, session] : reconciler.desired().sessions) {
+    session.isHeld = false;
+    if (session.isRetired) retired.insert(id);
+  }
+  for (auto& [id, tap] : reconciler.desired().taps)
+    tap.isLeaving |= tap.isRetired;
+  reconciler.schedule();
+  return retired.empty() ? kNoError : stop(lock, retired);
+}
+
+DesiredTap* PipeWireHardware::State::tap(AudioObjectID object) {
+  auto& taps = reconciler.desired().taps;
+  const auto found = taps.find(object);
+  return found == taps.end() || found->second.isRetired ? nullptr : &found->second;
+}
+
+std::optional<GlobalID> PipeWireHardware::State::deviceNode(AudioObjectID device) const {
+  const auto name = devices.nameOf(device);
+  const auto node = name ? graph.nodeNamed(*name) : std::nullopt;
+  if (!node) return std::nullopt;
+  const auto kind = graph.nodes.at(*node).kind;
+  return kind == NodeKind::sink || kind == NodeKind::source ? node : std::nullopt;
+}
+
+std::vector<AudioObjectID> PipeWireHardware::State::processObjects() {
+  std::map<std::uint64_t, ProcessKey> bySerial; // in the order of arrival
+  for (const auto& [id, node] : graph.nodes)
+    if (const auto process = processKeyOfStream(graph, node)) bySerial[node.serial] = *process;
+  std::vector<AudioObjectID> objects;
+  for (const auto& [serial, process] : bySerial)
+    if (const auto id = processes.idOf(process); std::ranges::find(objects, id) == objects.end())
+      objects.push_back(id);
+  return objects;
+}
+
+std::vector<AudioObjectID> PipeWireHardware::State::deviceObjects() {
+  std::map<std::uint64_t, std::string> bySerial;
+  for (const auto& [id, node] : graph.nodes)
+    if (node.kind == NodeKind::sink || node.kind == NodeKind::source) bySerial[node.serial] = node.name;
+  std::vector<AudioObjectID> objects;
+  objects.reserve(bySerial.size() + aggregates.size());
+  for (const auto& [serial, name] : bySerial)
+    objects.push_back(devices.idOf(name));
+  for (const auto& [id, aggregate] : aggregates)
+    objects.push_back(id);
+  return objects;
+}
+
+const AudioClient* PipeWireHardware::State::clientOf(AudioObjectID process) const {
+  const auto key = processes.nameOf(process);
+  if (!key) return nullptr;
+  const auto client = std::ranges::find_if(
+      graph.clients, [&](const auto& entry) { return processKeyOf(graph, entry.first) == key; });
+  return client == graph.clients.end() ? nullptr : &client->second.facts;
+}
+
+bool PipeWireHardware::State::isRunningOutput(AudioObjectID process) const {
+  const auto key = processes.nameOf(process);
+  return key && std::ranges::any_of(graph.nodes, [&](const auto& entry) {
+           return entry.second.isRunning && processKeyOfStream(graph, entry.second) == key;
+         });
+}
+
+AudioObjectID PipeWireHardware::State::chosenDevice(AudioObjectID process) {
+  const auto key = processes.nameOf(process);
+  for (const auto& [id, node] : graph.nodes) {
+    if (!key || processKeyOfStream(graph, node) != key) continue;
+    const auto chosen = chosenNodeOf(graph, id);
+    if (chosen && graph.nodes.at(*chosen).kind == NodeKind::sink)
+      return devices.idOf(graph.nodes.at(*chosen).name);
+  }
+  return kAudioObjectUnknown;
+}
+
+OSStatus PipeWireHardware::State::statusOfNoAggregate(AudioObjectID object) const {
+  return deviceNode(object) ? status::kBadDevice : status::kBadObject;
+}
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "pipewire/graph_edits.h"
+#include "pipewire/loop_thread.h"
+#include "pipewire/server_connection.h"
+
+#include <optional>
+
+namespace sonvel::pipewire {
+
+/// The edits of the real server, through a connection. Loop thread.
+class ServerEdits final : public GraphEdits {
+ public:
+  /// `changed` runs on the loop thread whenever something that was made here changes its state.
+  ServerEdits(ServerConnection& server, std::function<void()> changed);
+
+  std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) override;
+  std::unique_ptr<OwnObject> makeFilter(const DesiredSession& session, const IOProcBlock& block) override;
+  std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind kind) override;
+  void cutLink(GlobalID link) override;
+  void write(GlobalID stream, const MetadataWrite& write) override;
+
+ private:
+  ServerConnection& server_;
+  std::function<void()> changed_;
+};
+
+/// The alarm of a loop: runs `look` on the loop thread.
+class LoopAlarm final : public GraphAlarm {
+ public:
+  LoopAlarm(pw_loop* loop, std::function<void()> look);
+
+  Time now() const override { return LoopThread::SteadyClock::now(); }
+
+  void lookAgainIn(std::chrono::milliseconds delay) override;
+
+ private:
+  std::function<void()> look_;
+  std::optional<Time> due_;
+  LoopEvent soon_;
+  LoopTimer later_;
+};
+
+} // namespace sonvel::pipewire

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <pipewire/pipewire.h>
+
+#include <chrono>
+#include <cstdio>
+
+/// What differs between generations of PipeWire and WirePlumber, each with its reason. First homes are 0.3.65
+/// with 0.4.13 (Debian 12) and 1.4.9 with 0.5.9 (Debian 13).
+namespace sonvel::pipewire::quirks {
+
+/// Since 1.0 a node says itself that it must not keep a device awake (`node.passive`). Before that its links
+/// did (`link.passive`), and the property on a node made the applications silent.
+inline bool nodesCanBePassive() {
+  int major = 0;
+  return std::sscanf(pw_get_library_version(), "%d", &major) == 1 && major >= 1;
+}
+
+/// WirePlumber 0.4 that starts while we are there has to set up the devices first, which it can't while they
+/// run: they get this time. 0.5 would not need it.
+inline constexpr std::chrono::milliseconds kManagerSettles{1000};
+
+/// WirePlumber 0.4 does not link streams again that were there before it was started; 0.5 does so within
+/// milliseconds. After this time we link them ourselves.
+inline constexpr std::chrono::milliseconds kManagerLinksWithin{1000};
+
+// Not a question to ask, but to know: WirePlumber remembers a stream's device and gives it back when the
+// stream appears, 0.4 as `target.node`, 0.5 as `target.object`, over what we wrote there before.
+// stream_targets.cpp reads both as the user's choice.
+//
+// A stereo stream on a device with one channel is mixed down by 0.707 on 0.3.65 and by 0.5 on 1.4.9. A tap
+// for such a device has one channel too, so the server does it by its own rule.
+
+} // namespace sonvel::pipewire::quirks

@@ -1,0 +1,102 @@
+#include "pipewire/stubborn_streams.h"
+
+#include "pipewire/server_quirks.h"
+
+#include <algorithm>
+
+namespace sonvel::pipewire {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// A session manager moves a stream within milliseconds.
+constexpr auto kComesWithin = 2s;
+
+// Another program that sends a stream elsewhere so often within the window wants it more than we do.
+constexpr auto kFightWindow = 10s;
+constexpr int kMovesOfAFight = 20;
+
+bool playsElsewhere(const Graph& graph, GlobalID stream) {
+  const auto tap = graph.nodeNamed(targetTapOf(graph, stream));
+  if (!tap || graph.feeds(stream, *tap)) return false;
+  return std::ranges::any_of(graph.links, [&](const auto& entry) {
+    const auto receiver = graph.nodes.find(entry.second.inputNode);
+    return entry.second.outputNode == stream && receiver != graph.nodes.end() &&
+           receiver->second.kind == NodeKind::sink;
+  });
+}
+
+/// Whether a link was made by a client that is not us. Links that outlive their makers are nobody's.
+bool isOfSomeoneElse(const Graph& graph, const Link& link) {
+  const auto maker = link.client ? graph.clients.find(*link.client) : graph.clients.end();
+  return maker != graph.clients.end() && (maker->second.isSessionManager || !maker->second.isSoundServer);
+}
+
+} // namespace
+
+void StubbornStreams::noteManagerRestart(const Graph& graph) {
+  for (const auto& [id, node] : graph.nodes)
+    if (node.kind == NodeKind::outputStream) orphans_.insert(node.serial);
+}
+
+void StubbornStreams::noteTaken(std::uint64_t serial, GraphAlarm::Time now) {
+  Taken& taken = taken_[serial];
+  if (taken.count == 0 || now - taken.windowStart > kFightWindow) taken = {.windowStart = now};
+  if (++taken.count >= kMovesOfAFight) immovable_.insert(serial);
+}
+
+bool StubbornStreams::update(const Graph& graph, GraphAlarm::Time now) {
+  std::set<std::uint64_t> present;
+  for (const auto& [id, node] : graph.nodes)
+    present.insert(node.serial);
+  const auto isGone = [&](std::uint64_t serial) { return !present.contains(serial); };
+  std::erase_if(taken_, [&](const auto& entry) { return isGone(entry.first); });
+  std::erase_if(orphans_, isGone);
+  std::erase_if(immovable_, isGone);
+  std::erase_if(stranded_, isGone);
+  const bool areSomeOnTheWay = findImmovable(graph, now);
+  return findStranded(graph, now) || areSomeOnTheWay;
+}
+
+bool StubbornStreams::findImmovable(const Graph& graph, GraphAlarm::Time now) {
+  std::map<std::uint64_t, GraphAlarm::Time> elsewhere;
+  for (const auto& [id, node] : graph.nodes) {
+    if (!taken_.contains(node.serial) || immovable_.contains(node.serial) || !playsElsewhere(graph, id))
+      continue;
+    const auto before = elsewhereSince_.find(node.serial);
+    const auto since = before == elsewhereSince_.end() ? now : before->second;
+    if (now - since >= kComesWithin)
+      immovable_.insert(node.serial);
+    else
+      elsewhere[node.serial] = since;
+  }
+  elsewhereSince_ = std::move(elsewhere);
+  return !elsewhereSince_.empty();
+}
+
+bool StubbornStreams::findStranded(const Graph& graph, GraphAlarm::Time now) {
+  if (orphans_.empty() && stranded_.empty()) return false;
+  std::set<GlobalID> linked;
+  for (const auto& [id, link] : graph.links) {
+    linked.insert(link.outputNode);
+    const auto stream = graph.nodes.find(link.outputNode);
+    if (stream == graph.nodes.end() || !isOfSomeoneElse(graph, link)) continue;
+    orphans_.erase(stream->second.serial); // someone links it again
+    stranded_.erase(stream->second.serial);
+  }
+  std::map<std::uint64_t, GraphAlarm::Time> unlinked;
+  for (const auto& [id, node] : graph.nodes) {
+    if (!orphans_.contains(node.serial) || !taken_.contains(node.serial) || linked.contains(id)) continue;
+    const auto before = unlinkedSince_.find(node.serial);
+    const auto since = before == unlinkedSince_.end() ? now : before->second;
+    if (now - since >= quirks::kManagerLinksWithin)
+      stranded_.insert(node.serial);
+    else
+      unlinked[node.serial] = since;
+  }
+  unlinkedSince_ = std::move(unlinked);
+  return !unlinkedSince_.empty();
+}
+
+} // namespace sonvel::pipewire

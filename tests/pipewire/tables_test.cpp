@@ -1,0 +1,158 @@
+// The small functions of this folder, each by a table.
+#include "pipewire/device_volume.h"
+#include "pipewire/graph_index.h"
+#include "pipewire/permissions.h"
+#include "pipewire/process_joining.h"
+
+#include <gmock/gmock.h>
+#include <pipewire/core.h>
+
+namespace sonvel::pipewire {
+
+using testing::ElementsAre;
+using testing::FloatEq;
+
+TEST(DeviceVolume, ScalarOfEachElement) {
+  struct Case {
+    std::vector<float> volumes;
+    std::uint32_t element;
+    std::optional<float> scalar;
+  };
+
+  const std::vector<Case> cases{{{0.125F, 1.0F}, 0, 1.0F}, {{0.125F, 1.0F}, 1, 0.5F},
+                                {{0.125F, 1.0F}, 2, 1.0F}, {{0.125F, 1.0F}, 3, {}},
+                                {{0.5F}, 2, {}},           {{}, 0, {}},
+                                {{-0.125F}, 0, 0.0F}, // a phase that is turned round has no volume
+                                {{3.375F}, 0, 1.0F}}; // the desktop allows more than all
+  for (const auto& [volumes, element, scalar] : cases) {
+    SCOPED_TRACE(testing::PrintToString(volumes) + " " + std::to_string(element));
+    const auto found = volumeScalar(volumes, element);
+    ASSERT_EQ(found.has_value(), scalar.has_value());
+    if (scalar) {
+      EXPECT_FLOAT_EQ(*found, *scalar);
+    }
+  }
+}
+
+TEST(DeviceVolume, SettingKeepsTheBalanceAndTheOtherChannels) {
+  EXPECT_THAT(withVolumeScalar({1.0F, 0.5F}, 0, 0.5F), ElementsAre(FloatEq(0.125F), FloatEq(0.0625F)));
+  EXPECT_THAT(withVolumeScalar({0.0F, 0.0F}, 0, 0.5F), ElementsAre(FloatEq(0.125F), FloatEq(0.125F)));
+  EXPECT_THAT(withVolumeScalar({1.0F, 0.5F, 0.25F}, 2, 0.5F), ElementsAre(1.0F, FloatEq(0.125F), 0.25F));
+}
+
+TEST(DeviceVolume, IsThatOfTheCardsOutputWhereThereIsOne) {
+  constexpr GlobalID kCard = 30;
+  constexpr GlobalID kSink = 40;
+  Graph graph;
+  graph.nodes[kSink].channelVolumes = {1.0F, 1.0F};
+  graph.nodes[kSink].card = kCard;
+  graph.cards[kCard].routes = {{.index = 0, .profileDevice = 3, .channelVolumes = {0.3F}},
+                               {.index = 1, .profileDevice = 4, .channelVolumes = {0.4F, 0.5F}},
+                               {.index = 2, .profileDevice = 5, .channelVolumes = {}}};
+  graph.nodes[kSink].cardProfileDevice = 4;
+  EXPECT_THAT(deviceVolumes(graph, kSink), ElementsAre(0.4F, 0.5F));
+  graph.nodes[kSink].cardProfileDevice = 5; // an output without a volume of its own
+  EXPECT_THAT(deviceVolumes(graph, kSink), ElementsAre(1.0F, 1.0F));
+}
+
+TEST(Permissions, AllowTapsIfStreamsCanBeSeenAndSentSomewhere) {
+  constexpr GlobalID kMetadata = 36;
+  constexpr GlobalID kSomething = 50;
+
+  struct Case {
+    const char* name;
+    std::vector<pw_permission> list;
+    bool allows;
+  };
+
+  const std::vector<Case> cases{
+      {"all", {{PW_ID_ANY, PW_PERM_ALL}}, true},
+      {"an empty list", {}, false},
+      {"streams can't be sent anywhere", {{PW_ID_ANY, PW_PERM_RWX}}, false},
+      {"new objects stay hidden", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_R}}, false},
+      {"nothing can be called", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_X}}, false},
+      {"no writing", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_W}, {kMetadata, PW_PERM_RWX}}, true},
+      {"metadata is read only", {{PW_ID_ANY, PW_PERM_ALL}, {kMetadata, PW_PERM_R | PW_PERM_X}}, false},
+      {"nothing can be made", {{PW_ID_ANY, PW_PERM_ALL}, {PW_ID_CORE, PW_PERM_R}}, false},
+      {"one object is hidden", {{PW_ID_ANY, PW_PERM_ALL}, {kSomething, 0}}, true},
+  };
+  for (const auto& [name, list, allows] : cases)
+    EXPECT_EQ(allowTaps(permissionsFrom(list), kMetadata), allows) << name;
+  const std::vector<pw_permission> noWriting{{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_W}};
+  EXPECT_TRUE(allowTaps(permissionsFrom(noWriting), std::nullopt)) << "no session manager is there";
+}
+
+namespace {
+
+Client clientOf(std::int32_t pid, const char* binary = nullptr, const char* sandbox = nullptr) {
+  Client client;
+  client.serial = 1000 + static_cast<std::uint64_t>(pid);
+  client.facts.processID = pid;
+  if (binary != nullptr) client.facts.processBinary = binary;
+  if (sandbox != nullptr) client.facts.sandboxAppID = sandbox;
+  client.isKnown = true;
+  client.isPulseConnection = binary != nullptr;
+  return client;
+}
+
+} // namespace
+
+TEST(ProcessKey, JoinsWhatIsOneProcessAndNothingElse) {
+  Graph graph;
+  graph.clients = {{1, clientOf(500)},
+                   {2, clientOf(500)},
+                   {3, clientOf(501)},
+                   {4, clientOf(0)},
+                   {5, clientOf(0)},
+                   {6, clientOf(0, "player", "org.example.Player")},
+                   {7, clientOf(0, "helper", "org.example.Player")},
+                   {8, clientOf(0, "player", "org.example.Game")},
+                   {9, clientOf(2, "player")}, // both claim the ID that they have in their sandbox
+                   {10, clientOf(2, "game")},
+                   {11, clientOf(600)},
+                   {12, clientOf(601)}};
+  graph.clients[5].serial = 50;
+  graph.clients[11].isSoundServer = true;
+  graph.clients[12].isKnown = false;
+  EXPECT_EQ(processKeyOf(graph, 1), processKeyOf(graph, 2));
+  EXPECT_EQ(processKeyOf(graph, 6), processKeyOf(graph, 7));
+  std::set<std::optional<ProcessKey>> keys;
+  for (const GlobalID client : {1U, 3U, 4U, 5U, 6U, 8U, 9U, 10U})
+    keys.insert(processKeyOf(graph, client));
+  EXPECT_EQ(keys.size(), 8U);
+  for (const GlobalID client : {11U, 12U, 13U})
+    EXPECT_EQ(processKeyOf(graph, client), std::nullopt);
+}
+
+TEST(ProcessJoining, TakesInWhoComesLaterUnderABundleIDOfTheTap) {
+  struct NamedByBinary final : ApplicationIdentity {
+    std::optional<std::string> bundleIdentifier(const AudioClient& client) const override {
+      return client.processBinary;
+    }
+  };
+
+  const NamedByBinary identity;
+  ProcessJoining joining(identity);
+  Graph graph;
+  graph.clients = {{1, clientOf(1, "player")}, {2, clientOf(2, "player")}};
+  for (const GlobalID client : {1U, 2U}) {
+    graph.nodes[100 + client].kind = NodeKind::outputStream;
+    graph.nodes[100 + client].client = client;
+  }
+  DesiredState desired;
+  DesiredTap& tap = desired.taps[1000];
+  tap.processes = {"process 1 player"};
+  tap.bundleIDs = {"player"};
+  ProcessJoining::noteStrangers(graph, tap);
+  graph.clients[3] = clientOf(3, "player");
+  graph.clients[4] = clientOf(4, "game");
+  joining.join(graph, desired);
+  EXPECT_EQ(tap.processes, (std::set<ProcessKey>{"process 1 player", "process 3 player"}));
+  graph.clients.erase(2); // it was there before and not listed; when it comes again it is new
+  joining.join(graph, desired);
+  graph.clients[2] = clientOf(2, "player");
+  joining.join(graph, desired);
+  EXPECT_TRUE(tap.processes.contains("process 2 player"));
+}
+
+} // namespace sonvel::pipewire
