@@ -2,6 +2,7 @@
 
 #include "app/single_instance.h"
 #include "app/sonvel_app.h"
+#include "pipewire/graph_log.h"
 #include "ui/shell/frame_pace.h"
 
 #include <QApplication>
@@ -48,16 +49,20 @@ int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
   return kFailed;
 }
 
-/// Ends the process if it was only asked something, which needs no display.
-void answerQuestions(int& argumentCount, char** arguments) {
+/// Obeys the options. Ends the process if it was only asked something, which needs no display.
+void obeyOptions(int& argumentCount, char** arguments) {
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("A volume for every application that plays sound."));
   const auto help = parser.addHelpOption();
   const auto version = parser.addVersionOption();
+  const QCommandLineOption verbose(QStringLiteral("verbose"),
+                                   QStringLiteral("Tells every change of the sound server's graph."));
+  parser.addOption(verbose);
   QStringList words;
   for (int i = 0; i < argumentCount; ++i)
     words += QString::fromLocal8Bit(arguments[i]);
   parser.parse(words);
+  if (parser.isSet(verbose)) sonvel::pipewire::setVerbose();
   if (!parser.isSet(help) && !parser.isSet(version)) return;
 
   // Only now: a second application object in one process would be without its accessibility.
@@ -71,7 +76,7 @@ void answerQuestions(int& argumentCount, char** arguments) {
 int main(int argumentCount, char** arguments) {
   QApplication::setApplicationName(QStringLiteral("Sonvel"));
   QApplication::setApplicationVersion(QStringLiteral(SONVEL_VERSION));
-  answerQuestions(argumentCount, arguments);
+  obeyOptions(argumentCount, arguments);
 
   // The panel is small and mostly still: drawn without the graphics card's libraries it takes a third of the
   // memory.
