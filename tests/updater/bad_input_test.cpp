@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <sys/resource.h>
+#include <type_traits>
 
 namespace sonvel::updater {
 namespace {
@@ -35,12 +36,14 @@ Spoil feed(const std::function<void(Feed&)>& change) {
   };
 }
 
-Spoil item(const std::function<void(FeedItem&)>& change) {
-  return feed([change](Feed& changed) { change(changed.items[0]); });
+/// Another value in the feed.
+template <typename Value> Spoil with(Value Feed::*member, const std::type_identity_t<Value>& value) {
+  return feed([=](Feed& changed) { changed.*member = value; });
 }
 
-Spoil address(const char* other) {
-  return item([other](FeedItem& changed) { changed.address = QString::fromLatin1(other); });
+/// Another value in its item.
+template <typename Value> Spoil with(Value FeedItem::*member, const std::type_identity_t<Value>& value) {
+  return feed([=](Feed& changed) { changed.items[0].*member = value; });
 }
 
 Spoil answer(const char* path, const Answer& other) {
@@ -104,45 +107,39 @@ std::vector<BadInput> badFeeds() {
       {"no XML", feedUnreadable, signedText("GIF89a")},
       {"two feeds", feedUnreadable, signedText("<rss></rss><rss></rss>")},
       {"deep", feedUnreadable, signedText("<rss>" + QByteArray("<a>").repeated(100'000))},
-      {"long text", feedUnreadable,
-       feed([](Feed& changed) { changed.more = "<a>" + QByteArray(70'000, 'x') + "</a>"; })},
-      {"many items", feedUnreadable,
-       feed([](Feed& changed) { changed.more = QByteArray("<item/>").repeated(2'000); })},
+      {"long text", feedUnreadable, with(&Feed::more, "<a>" + QByteArray(70'000, 'x') + "</a>")},
+      {"many items", feedUnreadable, with(&Feed::more, QByteArray("<item/>").repeated(2'000))},
       {"entity", feedUnreadable,
        signedText("<!DOCTYPE rss [<!ENTITY f SYSTEM \"file:///etc/passwd\">]><rss>&f;</rss>")},
-      {"no counter", feedUnreadable, feed([](Feed& changed) { changed.counter = 0; })},
-      {"no expiry", feedUnreadable, feed([](Feed& changed) { changed.expires = ""; })},
-      {"expiry without a zone", feedUnreadable,
-       feed([](Feed& changed) { changed.expires = "2030-01-01T00:00:00"; })},
+      {"no counter", feedUnreadable, with(&Feed::counter, 0)},
+      {"no expiry", feedUnreadable, with(&Feed::expires, "")},
+      {"expiry without a zone", feedUnreadable, with(&Feed::expires, "2030-01-01T00:00:00")},
       {"item with an unreadable expiry", feedUnreadable,
-       item([](FeedItem& changed) { changed.more = "<sonvel:expires>never</sonvel:expires>"; })},
-      {"another program's", feedOfOtherProgram,
-       feed([](Feed& changed) { changed.product = "com.example.other"; })},
-      {"expired", feedExpired, feed([](Feed& changed) { changed.expires = "2027-01-15T00:00:00Z"; })},
-      {"item expired", feedExpired, item([](FeedItem& changed) {
-         changed.more = "<sonvel:expires>2026-12-31T00:00:00Z</sonvel:expires>";
-       })},
+       with(&FeedItem::more, "<sonvel:expires>never</sonvel:expires>")},
+      {"another program's", feedOfOtherProgram, with(&Feed::product, "com.example.other")},
+      {"expired", feedExpired, with(&Feed::expires, "2027-01-15T00:00:00Z")},
+      {"item expired", feedExpired,
+       with(&FeedItem::more, "<sonvel:expires>2026-12-31T00:00:00Z</sonvel:expires>")},
       {"replay", feedOlderThanSeen,
        afterwards({.items = {kNewer}, .counter = 11},
-                  [](const World& world) { return Feed{.items = {world.item()}}; })},
+                  [](const World&) { return Feed{}; })}, // would say that there is nothing newer
       {"downgrade", feedOlderThanSeen,
        afterwards({.items = {kNewer}},
                   [](const World& world) { return Feed{.items = {world.item()}, .counter = 12}; })},
 
-      {"http enclosure", insecureDownload, address("http://updates.example/update")},
-      {"file enclosure", insecureDownload, address("file:///bin/sh")},
-      {"relative enclosure", insecureDownload, address("update")},
-      {"no enclosure", insecureDownload, address("")},
-      {"no version", incompleteOffer, item([](FeedItem& changed) { changed.version.clear(); })},
-      {"version of two lines", incompleteOffer,
-       item([](FeedItem& changed) { changed.version = "1.1\nSafe"; })},
-      {"no architecture", incompleteOffer, item([](FeedItem& changed) { changed.architecture.clear(); })},
-      {"no length", incompleteOffer, item([](FeedItem& changed) { changed.length = 0; })},
-      {"negative length", incompleteOffer, item([](FeedItem& changed) { changed.length = -1; })},
-      {"huge length", downloadTooLarge, item([](FeedItem& changed) { changed.length = 10'000'000'000; })},
-      {"no hash", incompleteOffer, item([](FeedItem& changed) { changed.hash.clear(); })},
-      {"short hash", incompleteOffer, item([](FeedItem& changed) { changed.hash.chop(1); })},
-      {"hash that is none", incompleteOffer, item([](FeedItem& changed) { changed.hash[0] = 'x'; })},
+      {"http enclosure", insecureDownload, with(&FeedItem::address, "http://updates.example/update")},
+      {"file enclosure", insecureDownload, with(&FeedItem::address, "file:///bin/sh")},
+      {"relative enclosure", insecureDownload, with(&FeedItem::address, "update")},
+      {"no enclosure", insecureDownload, with(&FeedItem::address, "")},
+      {"no version", incompleteOffer, with(&FeedItem::version, {})},
+      {"version of two lines", incompleteOffer, with(&FeedItem::version, "1.1\nSafe")},
+      {"no architecture", incompleteOffer, with(&FeedItem::architecture, {})},
+      {"no length", incompleteOffer, with(&FeedItem::length, 0)},
+      {"negative length", incompleteOffer, with(&FeedItem::length, -1)},
+      {"huge length", downloadTooLarge, with(&FeedItem::length, 10'000'000'000)},
+      {"no hash", incompleteOffer, with(&FeedItem::hash, {})},
+      {"short hash", incompleteOffer, with(&FeedItem::hash, QByteArray(63, 'a'))},
+      {"hash that is none", incompleteOffer, with(&FeedItem::hash, QByteArray(64, 'x'))},
   };
 }
 
@@ -198,7 +195,7 @@ TEST(BadInput, endsBeforeAnythingIsReadFromAnUnknownServer) {
 TEST(BadInput, isNoBetterWhereTheFeedIsLocal) {
   for (const char* other : {"http://updates.example/update", "http://[::1]:1/update", "file:///bin/sh"}) {
     World world;
-    address(other)(world);
+    with(&FeedItem::address, QLatin1String(other))(world);
     world.cycle().check(UpdateCycle::Asker::user);
     world.expectFailure(UpdateFailure::insecureDownload);
   }
