@@ -105,20 +105,30 @@ GraphMonitor::NodeWatch::NodeWatch(pw_registry* registry, GlobalID id, Graph& gr
   }
 }
 
+/// What a node tells later may hold only some of its properties: what is missing stays as it was.
+void GraphMonitor::NodeWatch::readProperties(Node& node, const spa_dict* properties) {
+  const auto note = [&](const char* key, bool forbids) {
+    if (!textOf(properties, key)) return;
+    if (isTrue(properties, key) == forbids)
+      forbidding_.insert(key);
+    else
+      forbidding_.erase(key);
+  };
+  note(PW_KEY_NODE_DONT_RECONNECT, true);
+  note("node.dont-move", true);
+  note("node.dont-fallback", true); // it would rather end than play elsewhere
+  note(PW_KEY_NODE_AUTOCONNECT, false);
+  node.cannotBeMoved = !forbidding_.empty();
+  if (auto target = textOf(properties, PW_KEY_TARGET_OBJECT)) node.ownTarget = std::move(*target);
+  if (const auto card = numberOf(properties, PW_KEY_DEVICE_ID)) node.card = card;
+  if (const auto output = numberOf(properties, "card.profile.device"))
+    node.cardProfileDevice = static_cast<std::int32_t>(*output);
+}
+
 void GraphMonitor::NodeWatch::onInfo(const pw_node_info* info) {
   Node& node = graph_.nodes[id_];
   node.isRunning = info->state == PW_NODE_STATE_RUNNING;
-  if (info->props != nullptr) {
-    // A program that was linked by hand may also lack the property; the reconciler finds out.
-    const auto autoConnect = textOf(info->props, PW_KEY_NODE_AUTOCONNECT);
-    node.cannotBeMoved = isTrue(info->props, PW_KEY_NODE_DONT_RECONNECT) ||
-                         isTrue(info->props, "node.dont-move") || isTrue(info->props, "node.dont-fallback") ||
-                         autoConnect == "false";
-    node.ownTarget = textOf(info->props, PW_KEY_TARGET_OBJECT).value_or("");
-    node.card = numberOf(info->props, PW_KEY_DEVICE_ID);
-    if (const auto output = numberOf(info->props, "card.profile.device"))
-      node.cardProfileDevice = static_cast<std::int32_t>(*output);
-  }
+  if (info->props != nullptr) readProperties(node, info->props);
   changed_();
 }
 

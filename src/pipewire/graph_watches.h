@@ -3,6 +3,8 @@
 #include "pipewire/graph_monitor.h"
 
 #include <functional>
+#include <set>
+#include <string>
 
 namespace sonvel::pipewire {
 
@@ -46,7 +48,10 @@ class GraphMonitor::NodeWatch : public Watch {
 
  private:
   void onInfo(const pw_node_info* info);
+  void readProperties(Node& node, const spa_dict* properties);
   void onParam(std::uint32_t param, const spa_pod* value);
+
+  std::set<std::string> forbidding_; ///< the properties that forbid to move it
 };
 
 /// Learns which outputs of a card are in use, with their volumes.
