@@ -1,6 +1,7 @@
 #include "app/desktop_audio.h"
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace sonvel {
 
@@ -15,10 +16,15 @@ void raiseDescriptorLimit() noexcept {
   setrlimit(RLIMIT_NOFILE, &limit);
 }
 
+desktop::OwnProgram ownProgram(const BundleInformation& bundle, const desktop::ProcessTree& processes) {
+  const auto facts = processes.process(getpid());
+  return {bundle.bundleIdentifier().value_or(""), facts ? facts->executable : std::nullopt};
+}
+
 } // namespace
 
 DesktopAudio::DesktopAudio()
-    : identity_(processes_, entries_)
+    : identity_(processes_, entries_, ownProgram(bundle_, processes_))
     , hardware_(identity_)
     , applications_(hardware_, identity_, entries_, clock_) {
   raiseDescriptorLimit();

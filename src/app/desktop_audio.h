@@ -35,11 +35,11 @@ class DesktopAudio {
 
  private:
   desktop::SteadyClock clock_;
+  desktop::ProgramBundle bundle_;
   desktop::ProcFilesystem processes_;
   desktop::InstalledDesktopEntries entries_;
   desktop::DesktopIdentity identity_;
   desktop::ProcProcessInformation processInformation_;
-  desktop::ProgramBundle bundle_;
   pipewire::PipeWireHardware hardware_;
   desktop::DesktopApplications applications_;
 };

@@ -2,11 +2,18 @@
 
 #include "audio/app_naming.h"
 #include "audio/object_access.h"
+#include "text/display_name.h"
 
 #include <array>
 
 namespace sonvel {
 namespace {
+
+/// None if nothing of the name can be shown.
+std::optional<std::string> shownName(const std::optional<std::string>& name) {
+  auto shown = displayName(name.value_or(""));
+  return shown.empty() ? std::nullopt : std::optional(std::move(shown));
+}
 
 /// The name of the application that a process belongs to, which for a helper process is another one.
 std::optional<std::string> localizedNameOf(const RunningApplications& applications,
@@ -37,12 +44,13 @@ std::optional<AudioApp> audibleApp(const AudioEnvironment& environment, AudioObj
 
   const bool hasBundleID = bundleID && !bundleID->empty();
   const auto parent = AppNaming::parentBundleID(bundleID);
-  const auto processName = runningApp ? runningApp->localizedName : std::nullopt;
-  const auto localizedName = localizedNameOf(environment.applications, parent, runningApp);
+  const auto processName = shownName(runningApp ? runningApp->localizedName : std::nullopt);
+  const auto localizedName = shownName(localizedNameOf(environment.applications, parent, runningApp));
+  const auto name = shownName(AppNaming::friendlyName(bundleID, processName, localizedName));
   return AudioApp{.objectID = object,
                   .pid = pid,
                   .bundleID = hasBundleID ? *bundleID : "pid " + std::to_string(pid),
-                  .name = AppNaming::friendlyName(bundleID, processName, localizedName),
+                  .name = name.value_or("Unknown App"),
                   .parentBundleID = parent,
                   .isPlayingOutput = true};
 }

@@ -2,6 +2,7 @@
 
 #include "audio/app_naming.h"
 #include "audio/object_access.h"
+#include "text/display_name.h"
 
 #include <algorithm>
 
@@ -29,7 +30,8 @@ std::vector<AudioOutputDevice> enumerateOutputDevices(AudioHardware& hardware) {
     if (!uid) continue;
     auto name = deviceName(hardware, device).value_or(*uid);
     if (AppNaming::isOwnAggregateDevice(name)) continue;
-    devices.push_back({device, *std::move(uid), std::move(name)});
+    auto shown = displayName(name);
+    devices.push_back({device, *std::move(uid), shown.empty() ? "Device" : std::move(shown)});
   }
   return devices;
 }

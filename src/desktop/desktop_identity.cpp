@@ -173,16 +173,33 @@ std::string withoutEntrySuffix(const std::string& id) {
 
 } // namespace
 
-DesktopIdentity::DesktopIdentity(const ProcessTree& processes, const DesktopEntries& entries)
+DesktopIdentity::DesktopIdentity(const ProcessTree& processes, const DesktopEntries& entries, OwnProgram own)
     : processes_(processes)
-    , entries_(entries) {}
+    , entries_(entries)
+    , own_(std::move(own)) {}
 
 std::optional<std::string> DesktopIdentity::bundleIdentifier(const AudioClient& client) const {
   if (auto id = notEmpty(client.sandboxAppID)) return id;
   const auto entries = entries_.current();
-  if (auto id = Search(processes_, *entries).entryOwning(client)) return id;
-  if (const auto id = notEmpty(client.applicationID)) return withoutEntrySuffix(*id);
-  return notEmpty(client.processBinary);
+  bool isFalse = false; // somebody claims to be this program
+  for (auto id : {Search(processes_, *entries).entryOwning(client), notEmpty(client.applicationID),
+                  notEmpty(client.processBinary)}) {
+    if (!id) continue;
+    id = withoutEntrySuffix(*id);
+    if (!isClaimOfOurs(*id, client)) return id;
+    isFalse = true;
+  }
+  if (!isFalse) return std::nullopt;
+  const auto facts = processes_.process(client.processID);
+  const auto file = facts ? std::string(baseName(facts->executable.value_or(facts->name))) : std::string();
+  return file == own_.bundleIdentifier ? std::nullopt : notEmpty(file);
+}
+
+/// Whether the identifier is this program's, and the client is not.
+bool DesktopIdentity::isClaimOfOurs(const std::string& id, const AudioClient& client) const {
+  if (id.empty() || id != own_.bundleIdentifier) return false;
+  const auto facts = processes_.process(client.processID);
+  return !facts || !facts->executable || facts->executable != own_.executable;
 }
 
 } // namespace sonvel::desktop
