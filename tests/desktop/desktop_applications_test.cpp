@@ -7,8 +7,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Optional;
 
 AudioClient client(std::int32_t pid, std::optional<std::string> id = {},
                    std::optional<std::string> name = {}) {
@@ -83,26 +81,15 @@ TEST_F(DesktopApplicationsTest, AreClientsWithAnEntryOrAName) {
     EXPECT_EQ(with(pid), std::nullopt) << pid;
 }
 
-TEST_F(DesktopApplicationsTest, AreFoundByBundleIdentifier) {
-  clients_.clients = {
-      client(10, "player"), client(11, "other", "Other"), client(0, "player"),
-      client(10, "player"), client(0, "player"),
-  };
+TEST_F(DesktopApplicationsTest, AreFoundByIdentifierAndKnownByTheBestOfTheirConnections) {
+  clients_.clients = {client(10, {}, "control"), client(10, "player"), client(10, "other", "late"),
+                      client(0, "player"), client(0, "player")};
+  const RunningApplication player{10, "player", "Abspieler"};
   const RunningApplication unknown{0, "player", "Abspieler"};
   EXPECT_THAT(applications_.runningApplicationsWithBundleIdentifier("player"),
-              ElementsAre(RunningApplication{10, "player", "Abspieler"}, unknown, unknown));
-  EXPECT_THAT(applications_.runningApplicationsWithBundleIdentifier("nameless"), IsEmpty());
+              ElementsAre(player, unknown, unknown));
+  EXPECT_EQ(applications_.runningApplicationWithProcessIdentifier(10), player);
   EXPECT_EQ(applications_.runningApplicationWithProcessIdentifier(0), std::nullopt);
-}
-
-TEST_F(DesktopApplicationsTest, AreKnownByTheBestOfTheirConnections) {
-  clients_.clients = {
-      client(10, {}, "control"),
-      client(10, "player"),
-      client(10, "other", "late"),
-  };
-  EXPECT_THAT(applications_.runningApplicationWithProcessIdentifier(10),
-              Optional(RunningApplication{10, "player", "Abspieler"}));
 }
 
 TEST_F(DesktopApplicationsTest, AreLookedAtOnceInARound) {

@@ -9,6 +9,7 @@ namespace sonvel::desktop {
 namespace {
 
 constexpr std::int32_t kPID = 100;
+constexpr auto kOwnID = "com.quellmarsh.sonvel";
 constexpr auto kUserManager = "/user.slice/user-1000.slice/user@1000.service/";
 
 class MadeUpProcesses final : public ProcessTree {
@@ -65,6 +66,7 @@ ProcessFacts process(std::int32_t parent, const std::string& executable,
 /// What is installed in all cases.
 std::vector<DesktopEntry> installed() {
   return {
+      entry(kOwnID, "/usr/bin/sonvel"),
       entry("player", "/usr/bin/player", {"--from-menu"}),
       entry("org.example.Flat", std::nullopt),
       entry("music", "/usr/bin/music"),
@@ -119,7 +121,8 @@ TEST_P(DesktopIdentityTest, Names) {
   const MadeUpEntries entries(installed());
   auto client = GetParam().client;
   client.processID = kPID;
-  EXPECT_EQ(DesktopIdentity(processes, entries).bundleIdentifier(client), GetParam().expected);
+  const DesktopIdentity identity(processes, entries, {kOwnID, "/usr/bin/sonvel"});
+  EXPECT_EQ(identity.bundleIdentifier(client), GetParam().expected);
 }
 
 std::string caseName(const testing::TestParamInfo<Case>& info) {
@@ -145,6 +148,17 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"ApplicationIDBeatsBinary", "claimed.id", {}, kClaims},
         Case{"ApplicationIDWithoutSuffix", "org.example.App", {}, claiming("org.example.App.desktop")},
         Case{"BinaryComesLast", "claimed-binary", {}, claiming({}, "claimed-binary")},
+        Case{"OwnEntryIsOnlyThatOfTheOwnFile",
+             kOwnID,
+             {{kPID, process(1, "/usr/bin/sonvel", {}, "app-com.quellmarsh.sonvel-1.scope")}}},
+        Case{"OwnIDThatIsClaimedIsNotBelieved",
+             "claimed-binary",
+             {{kPID, process(1, "/usr/bin/claimed-binary", {}, "app-com.quellmarsh.sonvel-1.scope")}},
+             claiming(kOwnID, "claimed-binary")},
+        Case{"OwnIDThatIsAllThatIsClaimedLeavesTheFile",
+             "liar",
+             {{kPID, process(1, "/usr/bin/liar")}},
+             claiming("com.quellmarsh.sonvel.desktop")},
         Case{"EmptyClaimsAreNone", std::nullopt, {}, sandboxed("", claiming("", ""))},
         Case{"NothingTells", std::nullopt, {{kPID, process(1, "/usr/bin/unheard-of")}}}),
     caseName);
@@ -298,16 +312,6 @@ INSTANTIATE_TEST_SUITE_P(
              claiming({}, "music-with-a-long-name")},
         Case{"ShowsNothing", "claimed.id", {{kPID, {.parentID = 1}}}, kClaims}),
     caseName);
-
-TEST(DesktopIdentity, NeverTakesTheFirstProcessForAnApplication) {
-  const MadeUpProcesses processes({{1, process(0, "/usr/bin/music")}, {0, process(0, "/usr/bin/music")}});
-  const MadeUpEntries entries(installed());
-  for (const std::int32_t pid : {1, 0, -1}) {
-    AudioClient client;
-    client.processID = pid;
-    EXPECT_EQ(DesktopIdentity(processes, entries).bundleIdentifier(client), std::nullopt) << pid;
-  }
-}
 
 } // namespace
 } // namespace sonvel::desktop

@@ -8,8 +8,7 @@
 #include <iterator>
 #include <string>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 namespace sonvel::desktop {
 
@@ -23,15 +22,6 @@ constexpr auto kOtherKey = "seen";
 std::string contentsOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-/// Whether `isSo` in another process, whose environment it may change.
-template <class Condition> bool holdsElsewhere(Condition isSo) {
-  const pid_t child = fork();
-  if (child == 0) _exit(isSo() ? 0 : 1);
-  int status = -1;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 /// No file of this process can grow beyond so many bytes while this lives, as on a disk that is full.
@@ -59,111 +49,67 @@ class FullDisk {
 
 } // namespace
 
-TEST(SettingsPreferences, WhatIsStoredIsOnDiskForEveryone) {
+TEST(SettingsPreferences, KeepEveryValueInTheUsersFolder) {
   const TemporaryFolder folder;
-  SettingsPreferences preferences(folder.path("new/folder/sonvel.conf"));
+  setenv("XDG_CONFIG_HOME", folder.path("config").c_str(), 1);
+  SettingsPreferences preferences;
+  unsetenv("XDG_CONFIG_HOME");
+  EXPECT_EQ(preferences.file(), folder.path("config/sonvel/sonvel.conf"));
   EXPECT_FALSE(preferences.boolForKey(kKey));
-  EXPECT_FALSE(fs::exists(folder.path("new"))); // looking changes nothing
-  EXPECT_TRUE(preferences.setBool(true, kKey));
-  EXPECT_FALSE(preferences.boolForKey(kOtherKey));
-  EXPECT_NE(contentsOf(preferences.file()).find("onboarded.v1=true"), std::string::npos);
-
-  SettingsPreferences another(preferences.file());
-  EXPECT_TRUE(another.boolForKey(kKey));
-  EXPECT_TRUE(another.setBool(false, kKey));
-  EXPECT_TRUE(another.setBool(true, kOtherKey));
-  EXPECT_FALSE(preferences.boolForKey(kKey));
-  EXPECT_TRUE(preferences.boolForKey(kOtherKey));
-}
-
-TEST(SettingsPreferences, WhatIsThereAlreadyIsNotWrittenAgain) {
-  const TemporaryFolder folder;
-  const std::string handWritten = "# mine\n[Preferences]\n onboarded.v1 = true\nseen=one\n";
-  SettingsPreferences preferences(folder.write("sonvel.conf", handWritten));
-  EXPECT_TRUE(preferences.setBool(true, kKey));
-  EXPECT_TRUE(preferences.setString("one", kOtherKey));
-  EXPECT_EQ(contentsOf(preferences.file()), handWritten);
-  EXPECT_TRUE(preferences.setBool(false, kKey));
-  EXPECT_TRUE(preferences.setString("two", kOtherKey));
-  EXPECT_FALSE(preferences.boolForKey(kKey));
-  EXPECT_EQ(preferences.stringForKey(kOtherKey), "two");
-}
-
-TEST(SettingsPreferences, TextsComeBackAsTheyWere) {
-  const TemporaryFolder folder;
-  SettingsPreferences preferences(folder.path("sonvel.conf"));
   EXPECT_EQ(preferences.stringForKey(kKey), std::nullopt);
-  for (const std::string value : {"", "1800000000", " blanks ", "a=b;c\\n", "two\nlines", "\u00fc"}) {
+  EXPECT_FALSE(fs::exists(folder.path("config"))) << "reading changed something";
+  for (const std::string value : {"", " blanks ", "a=b;c\\n", "two\nlines", "\u00fc"}) {
     EXPECT_TRUE(preferences.setString(value, kKey));
     EXPECT_TRUE(preferences.setBool(true, kOtherKey));
-    EXPECT_EQ(SettingsPreferences(preferences.file()).stringForKey(kKey), value);
+    const SettingsPreferences another(preferences.file());
+    EXPECT_EQ(another.stringForKey(kKey), value);
+    EXPECT_TRUE(another.boolForKey(kOtherKey));
   }
-}
-
-TEST(SettingsPreferences, AreInTheUsersConfigurationFolder) {
-  const TemporaryFolder folder;
-  EXPECT_TRUE(holdsElsewhere([&] {
-    setenv("XDG_CONFIG_HOME", folder.path("config").c_str(), 1);
-    return SettingsPreferences().setBool(true, kKey);
-  }));
-  EXPECT_TRUE(SettingsPreferences(folder.path("config/sonvel/sonvel.conf")).boolForKey(kKey));
-}
-
-TEST(SettingsPreferences, DamagedFileReadsFalseAndIsKeptWhenSomethingIsStored) {
-  const TemporaryFolder folder;
-  const std::string line = "onboarded.v1=true\n";
-  for (const std::string& damaged :
-       {"[Preferences]\n" + line + "no value in this line\n", "[Preferences\n" + line, line,
-        "[Preferences]\n" + line + std::string(3, '\0'), std::string("\0\0\xff\x01", 4)}) {
-    SCOPED_TRACE(damaged);
-    SettingsPreferences preferences(folder.write("sonvel.conf", damaged));
-    EXPECT_FALSE(preferences.boolForKey(kKey));
-    EXPECT_EQ(contentsOf(preferences.file()), damaged);
-    EXPECT_TRUE(preferences.setBool(true, kOtherKey));
-    EXPECT_TRUE(preferences.boolForKey(kOtherKey));
-    EXPECT_FALSE(preferences.boolForKey(kKey));
-    EXPECT_EQ(contentsOf(preferences.file().string() + ".damaged"), damaged);
-  }
-}
-
-TEST(SettingsPreferences, OnlyTrueIsTrue) {
-  const TemporaryFolder folder;
-  for (const std::string value : {"", "false", "banana", "truetrue", "\xff"}) {
-    const SettingsPreferences preferences(
-        folder.write("sonvel.conf", "[Preferences]\nonboarded.v1=" + value + "\n"));
+  for (const std::string value : {"", "false", "banana", "truetrue"}) {
+    EXPECT_TRUE(preferences.setString(value, kKey));
     EXPECT_FALSE(preferences.boolForKey(kKey)) << value;
   }
 }
 
-TEST(SettingsPreferences, WhatElseStandsThereStays) {
+TEST(SettingsPreferences, LeaveTheRestOfTheFileAsItWas) {
   const TemporaryFolder folder;
-  folder.write("elsewhere", "# mine\n[Preferences]\nseen=true\n[Other]\nx=1\n");
+  const std::string handWritten = "# mine\n[Preferences]\n onboarded.v1 = true\nseen=one\n[Other]\nx=1\n";
+  folder.write("elsewhere", handWritten);
   fs::create_symlink(folder.path("elsewhere"), folder.path("sonvel.conf"));
   SettingsPreferences preferences(folder.path("sonvel.conf"));
   EXPECT_TRUE(preferences.setBool(true, kKey));
-  EXPECT_TRUE(preferences.boolForKey(kOtherKey));
+  EXPECT_EQ(contentsOf(folder.path("elsewhere")), handWritten) << "what is there already was written again";
+  EXPECT_TRUE(preferences.setBool(false, kKey));
   EXPECT_TRUE(fs::is_symlink(preferences.file()));
   const std::string text = contentsOf(folder.path("elsewhere"));
-  for (const auto* kept : {"# mine", "[Other]", "x=1", "onboarded.v1=true"})
+  for (const auto* kept : {"# mine", "[Other]", "x=1", "seen=one"})
     EXPECT_NE(text.find(kept), std::string::npos) << kept;
 }
 
-TEST(SettingsPreferences, WhatCantBeStoredIsNotRemembered) {
+TEST(SettingsPreferences, KeepADamagedFileBesideTheNewOne) {
+  const TemporaryFolder folder;
+  const std::string line = "onboarded.v1=true\n";
+  for (const std::string& damaged :
+       {"[Preferences]\n" + line + "no value\n", line, "[Preferences]\n" + line + std::string(3, '\0'),
+        "[Preferences]\n" + line + "long=" + std::string(1100000, 'x') + "\n"}) {
+    SettingsPreferences preferences(folder.write("sonvel.conf", damaged));
+    EXPECT_FALSE(preferences.boolForKey(kKey));
+    EXPECT_TRUE(contentsOf(preferences.file()) == damaged);
+    EXPECT_TRUE(preferences.setBool(true, kOtherKey));
+    EXPECT_TRUE(preferences.boolForKey(kOtherKey));
+    EXPECT_TRUE(contentsOf(preferences.file().string() + ".damaged") == damaged);
+  }
+}
+
+TEST(SettingsPreferences, RememberNothingThatCannotBeStored) {
   const TemporaryFolder folder;
   fs::create_directories(folder.path("taken/sonvel.conf")); // a folder in its place
   folder.write("file", "");                                 // a file in the place of its folder
   for (const auto* path : {"taken/sonvel.conf", "file/sonvel.conf"}) {
-    SCOPED_TRACE(path);
     SettingsPreferences preferences(folder.path(path));
-    EXPECT_FALSE(preferences.boolForKey(kKey));
-    EXPECT_FALSE(preferences.setBool(true, kKey));
-    EXPECT_FALSE(preferences.boolForKey(kKey));
+    EXPECT_FALSE(preferences.setBool(true, kKey)) << path;
+    EXPECT_FALSE(preferences.boolForKey(kKey)) << path;
   }
-  EXPECT_TRUE(fs::is_directory(folder.path("taken/sonvel.conf")));
-}
-
-TEST(SettingsPreferences, FullDiskLeavesTheFileAsItWas) {
-  const TemporaryFolder folder;
   const std::string before = "[Preferences]\nonboarded.v1=false\nlong=" + std::string(5000, 'x') + "\n";
   SettingsPreferences preferences(folder.write("sonvel.conf", before));
   {
@@ -171,9 +117,11 @@ TEST(SettingsPreferences, FullDiskLeavesTheFileAsItWas) {
     EXPECT_FALSE(preferences.setBool(true, kKey));
   }
   EXPECT_TRUE(contentsOf(preferences.file()) == before);
-  EXPECT_FALSE(preferences.boolForKey(kKey));
-  EXPECT_TRUE(preferences.setBool(true, kKey)); // there is room again
-  EXPECT_TRUE(preferences.boolForKey(kKey));
+  ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+  SettingsPreferences pipe(folder.path("pipe"));
+  EXPECT_FALSE(pipe.boolForKey(kKey)); // and returns
+  EXPECT_TRUE(pipe.setBool(true, kKey));
+  EXPECT_TRUE(pipe.boolForKey(kKey));
 }
 
 } // namespace sonvel::desktop
