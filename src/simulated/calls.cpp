@@ -18,6 +18,10 @@ const char* name(Call call) noexcept {
     return "isPropertySettable";
   case Call::setPropertyData:
     return "setPropertyData";
+  case Call::beginConfiguration:
+    return "beginConfiguration";
+  case Call::commitConfiguration:
+    return "commitConfiguration";
   case Call::createProcessTap:
     return "createProcessTap";
   case Call::destroyProcessTap:

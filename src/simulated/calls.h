@@ -16,6 +16,8 @@ enum class Call {
   hasProperty,
   isPropertySettable,
   setPropertyData,
+  beginConfiguration,
+  commitConfiguration, ///< fails by ending the configuration with that status
   createProcessTap,
   destroyProcessTap,
   createAggregateDevice,

@@ -24,15 +24,22 @@ void mix(std::vector<Frame>& into, const Samples& samples) {
   }
 }
 
-/// Adds what the process plays from `start` on.
-void addSignals(const ProcessScript& process, std::uint64_t start, Samples& samples) {
-  if (!process.isPlaying) return;
-  for (const Signal& signal : process.streams)
+/// Adds what streams play from `start` on.
+void addSignals(const std::vector<Signal>& streams, std::uint64_t start, Samples& samples) {
+  for (const Signal& signal : streams)
     for (std::size_t i = 0; i < samples.size() / kChannels; ++i) {
       const Frame frame = signal(start + i);
       samples[kChannels * i] += frame.left;
       samples[kChannels * i + 1] += frame.right;
     }
+}
+
+bool isTapOf(const Tap& tap, AudioObjectID process, const ProcessScript& script) {
+  const auto has = [](const auto& list, const auto& item) {
+    return std::find(list.begin(), list.end(), item) != list.end();
+  };
+  return has(tap.description.processes, process) ||
+         (script.bundleID && has(tap.description.bundleIDs, *script.bundleID));
 }
 
 } // namespace
@@ -53,53 +60,62 @@ void SimulatedAudio::runCycle(std::uint32_t frames) {
     if (device.isPresent) cycle.heard.emplace(device.script.uid, std::vector<Frame>(frames));
   playProcesses(cycle);
   std::vector<IOProcID> due;
-  due.reserve(ioProcs_.size());
-  for (const auto& ioProc : ioProcs_)
-    due.push_back(ioProc->what.id);
+  for (const auto& ioProc : playingGraph().ioProcs)
+    due.push_back(ioProc.what.id);
   for (const IOProcID id : due)
     playIOProc(cycle, id, lock);
   heard_ = std::move(cycle.heard);
   frame_ += frames;
 }
 
-bool SimulatedAudio::isSilenced(AudioObjectID process) const {
-  return std::any_of(taps_.begin(), taps_.end(), [process](const Tap& tap) {
-    const auto& tapped = tap.description.processes;
-    return tap.description.muteBehavior == TapMuteBehavior::muted &&
-           std::find(tapped.begin(), tapped.end(), process) != tapped.end();
+const SimulatedAudio::Graph& SimulatedAudio::playingGraph() const {
+  return graphBefore_ ? *graphBefore_ : graph_;
+}
+
+bool SimulatedAudio::isSilenced(const Process& process) const {
+  const auto& all = playingGraph().taps;
+  return std::any_of(all.begin(), all.end(), [&](const Tap& tap) {
+    return tap.description.muteBehavior == TapMuteBehavior::muted && isTapOf(tap, process.id, process.script);
+  });
+}
+
+bool SimulatedAudio::isPartial(const Tap& tap) const {
+  return std::any_of(processes_.begin(), processes_.end(), [&](const Process& process) {
+    return !process.script.fixedStreams.empty() && isTapOf(tap, process.id, process.script);
   });
 }
 
 void SimulatedAudio::playProcesses(Cycle& cycle) const {
   for (const Process& process : processes_) {
-    const auto& uid = process.script.outputUID ? process.script.outputUID : defaultDeviceUID_;
+    const auto& chosen = process.script.outputUID;
+    const auto& uid = chosen && presentDevice(*chosen) != nullptr ? chosen : defaultDeviceUID_;
     const auto device = uid ? cycle.heard.find(*uid) : cycle.heard.end();
-    if (device == cycle.heard.end() || isSilenced(process.id)) continue;
+    if (device == cycle.heard.end() || !process.script.isPlaying) continue;
     Samples samples(cycle.frames * kChannels);
-    addSignals(process.script, cycle.start.sampleTimeFrames, samples);
+    addSignals(process.script.fixedStreams, cycle.start.sampleTimeFrames, samples);
+    if (!isSilenced(process)) addSignals(process.script.streams, cycle.start.sampleTimeFrames, samples);
     mix(device->second, samples);
   }
 }
 
 std::vector<float> SimulatedAudio::tapSamples(const Cycle& cycle, const std::string& tapUID) const {
   Samples samples(cycle.frames * kChannels);
-  for (const Tap& tap : taps_)
-    for (const Process& process : processes_) {
-      const auto& tapped = tap.description.processes;
-      if (tap.uid == tapUID && std::find(tapped.begin(), tapped.end(), process.id) != tapped.end())
-        addSignals(process.script, cycle.start.sampleTimeFrames, samples);
-    }
+  for (const Tap& tap : playingGraph().taps)
+    for (const Process& process : processes_)
+      if (tap.uid == tapUID && process.script.isPlaying && isTapOf(tap, process.id, process.script))
+        addSignals(process.script.streams, cycle.start.sampleTimeFrames, samples);
   return samples;
 }
 
 void SimulatedAudio::playIOProc(Cycle& cycle, IOProcID id, std::unique_lock<std::mutex>& lock) {
-  const auto ioProc = std::find_if(ioProcs_.begin(), ioProcs_.end(),
-                                   [id](const auto& other) { return other->what.id == id; });
-  if (ioProc == ioProcs_.end() || !(*ioProc)->what.isStarted) return;
-  const auto aggregate = std::find_if(aggregates_.begin(), aggregates_.end(), [&](const Aggregate& other) {
-    return other.id == (*ioProc)->what.device;
-  });
-  if (aggregate == aggregates_.end()) return;
+  const Graph& graph = playingGraph();
+  const auto ioProc = std::find_if(graph.ioProcs.begin(), graph.ioProcs.end(),
+                                   [id](const auto& other) { return other.what.id == id; });
+  if (ioProc == graph.ioProcs.end() || !ioProc->what.isStarted) return;
+  const auto aggregate =
+      std::find_if(graph.aggregates.begin(), graph.aggregates.end(),
+                   [&](const Aggregate& other) { return other.id == ioProc->what.device; });
+  if (aggregate == graph.aggregates.end()) return;
   const auto device = cycle.heard.find(aggregate->description.subDevices.front().uid);
   if (device == cycle.heard.end() || presentDevice(device->first) == nullptr) return;
 
@@ -107,11 +123,11 @@ void SimulatedAudio::playIOProc(Cycle& cycle, IOProcID id, std::unique_lock<std:
   for (const SubTap& subTap : aggregate->description.taps)
     inputs.push_back(tapSamples(cycle, subTap.uid));
   Samples output(cycle.frames * kChannels);
-  callBlock(**ioProc, cycle.start, inputs, output, lock);
+  callBlock(InstalledIOProc(*ioProc), cycle.start, inputs, output, lock);
   mix(device->second, output);
 }
 
-void SimulatedAudio::callBlock(const InstalledIOProc& ioProc, const AudioTimeStamp& start,
+void SimulatedAudio::callBlock(InstalledIOProc ioProc, const AudioTimeStamp& start,
                                std::vector<std::vector<float>>& inputs, std::vector<float>& output,
                                std::unique_lock<std::mutex>& lock) {
   std::vector<AudioBuffer> inputBuffers;
@@ -119,11 +135,12 @@ void SimulatedAudio::callBlock(const InstalledIOProc& ioProc, const AudioTimeSta
   AudioBuffer outputBuffer = bufferOf(output);
   AudioBufferList outputList{std::span(&outputBuffer, 1)};
 
-  runningIOProc_ = &ioProc;
+  runningIOProc_ = ioProc.what.id;
   lock.unlock();
-  ioProc.block(start, AudioBufferList{inputBuffers}, start, outputList, start);
+  (*ioProc.block)(start, AudioBufferList{inputBuffers}, start, outputList, start);
+  ioProc.block.reset(); // before anyone is told that it has returned
   lock.lock();
-  runningIOProc_ = nullptr;
+  runningIOProc_ = 0;
   blockReturned_.notify_all();
 }
 

@@ -11,14 +11,35 @@ OSStatus SimulatedAudio::carryOut(LoggedCall call, const Work& work) {
     hook = callHook_;
   }
   if (hook) hook(call.call, call.object);
-
-  const std::lock_guard lock(mutex_);
-  const std::span<const AudioObjectID> objects =
-      call.tap ? std::span<const AudioObjectID>(call.tap->processes) : std::span(&call.object, 1);
-  const auto failure = failures_.take(call.call, objects, call.address.selector);
-  call.status = failure ? *failure : work(call);
-  log_.push_back(call);
+  {
+    const std::lock_guard lock(mutex_);
+    const std::span<const AudioObjectID> objects =
+        call.tap ? std::span<const AudioObjectID>(call.tap->processes) : std::span(&call.object, 1);
+    const auto failure = failures_.take(call.call, objects, call.address.selector);
+    call.status = failure ? *failure : work(call);
+    if (failure && call.call == Call::commitConfiguration) work(call); // which ends in either case
+    log_.push_back(call);
+  }
+  tellListeners();
   return call.status;
+}
+
+OSStatus SimulatedAudio::beginConfiguration() {
+  return carryOut({.call = Call::beginConfiguration}, [&](LoggedCall&) -> OSStatus {
+    if (graphBefore_) return status::kIllegalOperation;
+    graphBefore_ = graph_;
+    return kNoError;
+  });
+}
+
+OSStatus SimulatedAudio::commitConfiguration() {
+  std::optional<Graph> released; // after the lock: what the blocks hold is not ours
+  return carryOut({.call = Call::commitConfiguration}, [&](LoggedCall&) -> OSStatus {
+    if (!graphBefore_) return status::kIllegalOperation;
+    released = std::exchange(graphBefore_, std::nullopt);
+    waitForBlock();
+    return kNoError;
+  });
 }
 
 OSStatus SimulatedAudio::createProcessTap(const TapDescription& description, AudioObjectID& tap) {
@@ -29,26 +50,28 @@ OSStatus SimulatedAudio::createProcessTap(const TapDescription& description, Aud
                        [process](const Process& other) { return other.id == process; }))
         return status::kBadObject;
     tap = call.object = allotObject(kAudioObjectUnknown);
-    taps_.push_back({tap, "tap-" + std::to_string(tap), description});
+    graph_.taps.push_back({tap, "tap-" + std::to_string(tap), description});
     return kNoError;
   });
 }
 
 OSStatus SimulatedAudio::destroyProcessTap(AudioObjectID tap) {
   return carryOut({.call = Call::destroyProcessTap, .object = tap}, [&](LoggedCall&) -> OSStatus {
+    endListeners(tap);
     const auto isIt = [tap](const Tap& other) { return other.id == tap; };
-    return std::erase_if(taps_, isIt) > 0 || lost_.erase(tap) > 0 ? kNoError : status::kBadObject;
+    return std::erase_if(graph_.taps, isIt) > 0 || lost_.erase(tap) > 0 ? kNoError : status::kBadObject;
   });
 }
 
 OSStatus SimulatedAudio::checkAggregate(const AggregateDeviceDescription& description) const {
-  for (const Aggregate& aggregate : aggregates_)
+  for (const Aggregate& aggregate : graph_.aggregates)
     if (aggregate.description.uid == description.uid) return status::kIllegalOperation;
   if (description.subDevices.empty()) return status::kBadDevice;
   for (const SubDevice& subDevice : description.subDevices)
     if (presentDevice(subDevice.uid) == nullptr) return status::kBadDevice;
   for (const SubTap& subTap : description.taps)
-    if (std::none_of(taps_.begin(), taps_.end(), [&](const Tap& tap) { return tap.uid == subTap.uid; }))
+    if (std::none_of(graph_.taps.begin(), graph_.taps.end(),
+                     [&](const Tap& tap) { return tap.uid == subTap.uid; }))
       return status::kBadObject;
   return kNoError;
 }
@@ -60,27 +83,26 @@ OSStatus SimulatedAudio::createAggregateDevice(const AggregateDeviceDescription&
                   [&](LoggedCall& call) -> OSStatus {
                     if (const OSStatus status = checkAggregate(description)) return status;
                     device = call.object = allotObject(kAudioObjectUnknown);
-                    aggregates_.push_back({device, description});
+                    graph_.aggregates.push_back({device, description});
+                    changed(kSystemObject, property::kDevices);
                     return kNoError;
                   });
 }
 
 OSStatus SimulatedAudio::destroyAggregateDevice(AudioObjectID device) {
-  std::vector<std::unique_ptr<InstalledIOProc>> released;
+  std::vector<InstalledIOProc> released; // after the lock: what the blocks hold is not ours
   return carryOut({.call = Call::destroyAggregateDevice, .object = device}, [&](LoggedCall&) -> OSStatus {
     const auto isIt = [device](const Aggregate& other) { return other.id == device; };
-    if (std::erase_if(aggregates_, isIt) == 0 && lost_.erase(device) == 0)
+    if (std::erase_if(graph_.aggregates, isIt) == 0 && lost_.erase(device) == 0)
       return isDevice(device) ? status::kBadDevice : status::kBadObject;
-    for (const auto& ioProc : ioProcs_)
-      if (ioProc->what.device == device) ioProc->what.isStarted = false;
-    blockReturned_.wait(mutex_, [&] {
-      const InstalledIOProc* const running = runningIOProc_;
-      return running == nullptr || running->what.device != device;
-    });
+    auto& ioProcs = graph_.ioProcs;
     const auto others = std::stable_partition(
-        ioProcs_.begin(), ioProcs_.end(), [&](const auto& ioProc) { return ioProc->what.device != device; });
-    std::move(others, ioProcs_.end(), std::back_inserter(released));
-    ioProcs_.erase(others, ioProcs_.end());
+        ioProcs.begin(), ioProcs.end(), [&](const auto& ioProc) { return ioProc.what.device != device; });
+    std::move(others, ioProcs.end(), std::back_inserter(released));
+    ioProcs.erase(others, ioProcs.end());
+    waitForBlock();
+    endListeners(device);
+    changed(kSystemObject, property::kDevices);
     return kNoError;
   });
 }
@@ -93,25 +115,23 @@ OSStatus SimulatedAudio::createIOProcID(AudioObjectID device, const IOQueue& que
                     if (const OSStatus status = checkIsAggregate(device)) return status;
                     if (!block) return status::kIllegalOperation;
                     ioProc = call.ioProc = nextIOProcID_++;
-                    ioProcs_.push_back(std::make_unique<InstalledIOProc>(
-                        InstalledIOProc{{.id = ioProc, .device = device, .queue = queue}, std::move(block)}));
+                    graph_.ioProcs.push_back({{.id = ioProc, .device = device, .queue = queue},
+                                              std::make_shared<const IOProcBlock>(std::move(block))});
                     return kNoError;
                   });
 }
 
 OSStatus SimulatedAudio::destroyIOProcID(AudioObjectID device, IOProcID ioProc) {
-  std::unique_ptr<InstalledIOProc> released; // after the lock: what the block holds is not ours
-  return carryOut({.call = Call::destroyIOProcID, .object = device, .ioProc = ioProc},
-                  [&](LoggedCall&) -> OSStatus {
-                    InstalledIOProc* const found = installedIOProc(device, ioProc);
-                    if (found == nullptr) return status::kBadObject;
-                    stopAndWait(*found);
-                    const auto isIt = [&](const auto& other) { return other.get() == found; };
-                    const auto place = std::find_if(ioProcs_.begin(), ioProcs_.end(), isIt);
-                    released = std::move(*place);
-                    ioProcs_.erase(place);
-                    return kNoError;
-                  });
+  std::shared_ptr<const IOProcBlock> released; // after the lock: what the block holds is not ours
+  return carryOut(
+      {.call = Call::destroyIOProcID, .object = device, .ioProc = ioProc}, [&](LoggedCall&) -> OSStatus {
+        InstalledIOProc* const found = installedIOProc(device, ioProc);
+        if (found == nullptr) return status::kBadObject;
+        stopAndWait(*found);
+        released = std::move(found->block);
+        std::erase_if(graph_.ioProcs, [ioProc](const auto& other) { return other.what.id == ioProc; });
+        return kNoError;
+      });
 }
 
 OSStatus SimulatedAudio::deviceStart(AudioObjectID device, IOProcID ioProc) {
@@ -137,7 +157,19 @@ OSStatus SimulatedAudio::deviceStop(AudioObjectID device, IOProcID ioProc) {
 
 void SimulatedAudio::stopAndWait(InstalledIOProc& ioProc) {
   ioProc.what.isStarted = false;
-  blockReturned_.wait(mutex_, [&] { return runningIOProc_ != &ioProc; });
+  waitForBlock();
+}
+
+/// Waits while a block runs that is to run no longer. In a configuration it may.
+void SimulatedAudio::waitForBlock() {
+  blockReturned_.wait(mutex_, [this] { return graphBefore_ || !isRunningStopped(); });
+}
+
+bool SimulatedAudio::isRunningStopped() const {
+  return runningIOProc_ != 0 &&
+         std::none_of(graph_.ioProcs.begin(), graph_.ioProcs.end(), [this](const InstalledIOProc& ioProc) {
+           return ioProc.what.id == runningIOProc_ && ioProc.what.isStarted;
+         });
 }
 
 bool SimulatedAudio::isDevice(AudioObjectID object) const {
@@ -146,16 +178,15 @@ bool SimulatedAudio::isDevice(AudioObjectID object) const {
 }
 
 OSStatus SimulatedAudio::checkIsAggregate(AudioObjectID object) const {
-  if (std::any_of(aggregates_.begin(), aggregates_.end(),
+  if (std::any_of(graph_.aggregates.begin(), graph_.aggregates.end(),
                   [object](const Aggregate& other) { return other.id == object; }))
     return kNoError;
   return isDevice(object) ? status::kBadDevice : status::kBadObject;
 }
 
-SimulatedAudio::InstalledIOProc* SimulatedAudio::installedIOProc(AudioObjectID device,
-                                                                 IOProcID ioProc) const {
-  for (const auto& other : ioProcs_)
-    if (other->what.id == ioProc && other->what.device == device) return other.get();
+SimulatedAudio::InstalledIOProc* SimulatedAudio::installedIOProc(AudioObjectID device, IOProcID ioProc) {
+  for (auto& other : graph_.ioProcs)
+    if (other.what.id == ioProc && other.what.device == device) return &other;
   return nullptr;
 }
 

@@ -26,7 +26,8 @@ std::optional<PropertyValue> streamsProperty(const PropertyAddress& address, std
   return streams;
 }
 
-std::optional<PropertyValue> processProperty(const PropertyAddress& address, const ProcessScript& process) {
+std::optional<PropertyValue> processProperty(const PropertyAddress& address, const ProcessScript& process,
+                                             AudioObjectID chosenDevice) {
   if (!isGlobal(address)) return std::nullopt;
   switch (address.selector) {
   case property::kProcessIsRunningOutput:
@@ -35,6 +36,8 @@ std::optional<PropertyValue> processProperty(const PropertyAddress& address, con
     return process.pid;
   case property::kProcessBundleID:
     return process.bundleID;
+  case property::kProcessChosenDevice:
+    return chosenDevice;
   default:
     return std::nullopt;
   }
@@ -62,6 +65,20 @@ std::optional<PropertyValue> aggregateProperty(const PropertyAddress& address,
   if (address.selector == property::kDeviceUID) return PropertyText(aggregate.uid);
   if (address.selector == property::kObjectName) return PropertyText(aggregate.name);
   return std::nullopt;
+}
+
+std::optional<PropertyValue> tapProperty(const PropertyAddress& address, const Tap& tap, bool isPartial) {
+  if (!isGlobal(address)) return std::nullopt;
+  switch (address.selector) {
+  case property::kTapUID:
+    return PropertyText(tap.uid);
+  case property::kTapProcessList:
+    return PropertyList(tap.description.processes);
+  case property::kTapIsPartial:
+    return static_cast<std::uint32_t>(isPartial ? 1 : 0);
+  default:
+    return std::nullopt;
+  }
 }
 
 /// Sets one control of a device and lets the others follow: the main one is the louder of the two channels,
@@ -100,9 +117,16 @@ std::optional<PropertyValue> SimulatedAudio::systemProperty(const PropertyAddres
   if (address.selector != property::kDevices) return std::nullopt;
   for (const Device& device : devices_)
     if (device.isPresent) list.push_back(device.id);
-  for (const Aggregate& aggregate : aggregates_)
+  for (const Aggregate& aggregate : graph_.aggregates)
     list.push_back(aggregate.id);
   return list;
+}
+
+/// A device that is away keeps its object until it comes back as a new one.
+AudioObjectID SimulatedAudio::chosenDevice(const ProcessScript& process) const {
+  const auto isIt = [&](const Device& device) { return device.script.uid == process.outputUID; };
+  const auto device = std::find_if(devices_.begin(), devices_.end(), isIt);
+  return device != devices_.end() ? device->id : kAudioObjectUnknown;
 }
 
 OSStatus SimulatedAudio::findProperty(AudioObjectID object, const PropertyAddress& address,
@@ -110,22 +134,22 @@ OSStatus SimulatedAudio::findProperty(AudioObjectID object, const PropertyAddres
   const auto hasID = [object](const auto& record) { return record.id == object; };
   const auto process = std::find_if(processes_.begin(), processes_.end(), hasID);
   const auto device = std::find_if(devices_.begin(), devices_.end(), hasID);
-  const auto aggregate = std::find_if(aggregates_.begin(), aggregates_.end(), hasID);
-  const auto tap = std::find_if(taps_.begin(), taps_.end(), hasID);
+  const auto aggregate = std::find_if(graph_.aggregates.begin(), graph_.aggregates.end(), hasID);
+  const auto tap = std::find_if(graph_.taps.begin(), graph_.taps.end(), hasID);
 
   std::optional<PropertyValue> found;
   if (object == kSystemObject)
     found = systemProperty(address);
   else if (process != processes_.end())
-    found = processProperty(address, process->script);
+    found = processProperty(address, process->script, chosenDevice(process->script));
   else if (device != devices_.end() && device->isPresent)
     found = deviceProperty(address, device->script);
-  else if (aggregate != aggregates_.end())
+  else if (aggregate != graph_.aggregates.end())
     found = aggregateProperty(address, aggregate->description);
-  else if (tap == taps_.end())
+  else if (tap != graph_.taps.end())
+    found = tapProperty(address, *tap, isPartial(*tap));
+  else
     return status::kBadObject;
-  else if (address.selector == property::kTapUID && isGlobal(address))
-    found = PropertyText(tap->uid);
 
   if (!found) return status::kUnknownProperty;
   value = std::move(*found);
@@ -194,7 +218,8 @@ OSStatus SimulatedAudio::isPropertySettable(AudioObjectID object, const Property
                     PropertyValue value;
                     if (const OSStatus status = findProperty(object, address, value)) return status;
                     const VolumeControl* const control = volumeControl(object, address);
-                    isSettable = control != nullptr && control->isSettable;
+                    isSettable = address.selector == property::kTapProcessList ||
+                                 (control != nullptr && control->isSettable);
                     return kNoError;
                   });
 }
@@ -205,17 +230,41 @@ OSStatus SimulatedAudio::setPropertyData(AudioObjectID object, const PropertyAdd
                   [&](LoggedCall&) -> OSStatus {
                     PropertyValue value;
                     if (const OSStatus status = findProperty(object, address, value)) return status;
-                    const VolumeControl* const control = volumeControl(object, address);
-                    if (control == nullptr || !control->isSettable) return status::kIllegalOperation;
-                    float scalar = 0.0F;
-                    if (data.size() != sizeof scalar) return status::kBadPropertySize;
-                    std::memcpy(&scalar, data.data(), sizeof scalar);
-                    if (std::isnan(scalar)) return status::kIllegalOperation;
-                    const auto device = std::find_if(devices_.begin(), devices_.end(),
-                                                     [&](const Device& other) { return other.id == object; });
-                    setVolume(device->script.volumes, address.element, std::clamp(scalar, 0.0F, 1.0F));
-                    return kNoError;
+                    return address.selector == property::kTapProcessList ? setTapProcesses(object, data)
+                                                                         : writeVolume(object, address, data);
                   });
+}
+
+OSStatus SimulatedAudio::setTapProcesses(AudioObjectID tap, std::span<const std::byte> data) {
+  if (data.size() % sizeof(AudioObjectID) != 0) return status::kBadPropertySize;
+  std::vector<AudioObjectID> wanted(data.size() / sizeof(AudioObjectID));
+  std::copy(data.begin(), data.end(), std::as_writable_bytes(std::span(wanted)).begin());
+  for (const AudioObjectID process : wanted)
+    if (std::none_of(processes_.begin(), processes_.end(),
+                     [process](const Process& other) { return other.id == process; }))
+      return status::kBadObject;
+  const auto found = std::find_if(graph_.taps.begin(), graph_.taps.end(),
+                                  [tap](const Tap& other) { return other.id == tap; });
+  found->description.processes = std::move(wanted);
+  changed(tap, property::kTapProcessList);
+  changed(tap, property::kTapIsPartial);
+  return kNoError;
+}
+
+OSStatus SimulatedAudio::writeVolume(AudioObjectID object, const PropertyAddress& address,
+                                     std::span<const std::byte> data) {
+  const VolumeControl* const control = volumeControl(object, address);
+  if (control == nullptr || !control->isSettable) return status::kIllegalOperation;
+  float scalar = 0.0F;
+  if (data.size() != sizeof scalar) return status::kBadPropertySize;
+  std::memcpy(&scalar, data.data(), sizeof scalar);
+  if (std::isnan(scalar)) return status::kIllegalOperation;
+  const auto device =
+      std::find_if(devices_.begin(), devices_.end(), [&](const Device& other) { return other.id == object; });
+  setVolume(device->script.volumes, address.element, std::clamp(scalar, 0.0F, 1.0F));
+  for (const auto& [element, other] : device->script.volumes)
+    changes_.push_back({object, {property::kDeviceVolumeScalar, scope::kOutput, element}});
+  return kNoError;
 }
 
 const VolumeControl* SimulatedAudio::volumeControl(AudioObjectID object,

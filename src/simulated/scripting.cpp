@@ -19,29 +19,52 @@ Signal sineSignal(double frequencyHz, float amplitude) {
   };
 }
 
+/// Holds the lock while something is changed, and then tells the listeners.
+class SimulatedAudio::Change {
+ public:
+  explicit Change(SimulatedAudio& audio)
+      : audio_(audio)
+      , lock_(audio.mutex_) {}
+
+  Change(const Change&) = delete;
+  Change& operator=(const Change&) = delete;
+
+  ~Change() {
+    lock_.unlock();
+    audio_.tellListeners();
+  }
+
+ private:
+  SimulatedAudio& audio_;
+  std::unique_lock<std::mutex> lock_;
+};
+
 AudioObjectID SimulatedAudio::allotObject(AudioObjectID wished) {
   if (wished == kAudioObjectUnknown) return nextObjectID_++;
   const auto hasID = [wished](const auto& record) { return record.id == wished; };
   if (wished == kSystemObject || std::any_of(processes_.begin(), processes_.end(), hasID) ||
       std::any_of(devices_.begin(), devices_.end(), hasID) ||
-      std::any_of(aggregates_.begin(), aggregates_.end(), hasID) ||
-      std::any_of(taps_.begin(), taps_.end(), hasID))
+      std::any_of(graph_.aggregates.begin(), graph_.aggregates.end(), hasID) ||
+      std::any_of(graph_.taps.begin(), graph_.taps.end(), hasID))
     throw std::invalid_argument("the object ID is taken");
   nextObjectID_ = std::max(nextObjectID_, wished + 1);
   return wished;
 }
 
 AudioObjectID SimulatedAudio::addProcess(ProcessScript process) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   const AudioObjectID id = allotObject(process.objectID);
   processes_.push_back({id, std::move(process)});
+  changed(kSystemObject, property::kProcessObjectList);
   return id;
 }
 
 void SimulatedAudio::removeProcess(AudioObjectID process) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   if (std::erase_if(processes_, [=](const Process& other) { return other.id == process; }) == 0)
     throw std::invalid_argument("no such process");
+  endListeners(process);
+  changed(kSystemObject, property::kProcessObjectList);
 }
 
 ProcessScript& SimulatedAudio::processScript(AudioObjectID process) {
@@ -51,23 +74,32 @@ ProcessScript& SimulatedAudio::processScript(AudioObjectID process) {
 }
 
 void SimulatedAudio::setPlaying(AudioObjectID process, bool isPlaying) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   processScript(process).isPlaying = isPlaying;
+  changed(process, property::kProcessIsRunningOutput);
 }
 
 void SimulatedAudio::setSignal(AudioObjectID process, Signal signal) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   processScript(process).streams = {std::move(signal)};
 }
 
 void SimulatedAudio::addStream(AudioObjectID process, Signal signal) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   processScript(process).streams.push_back(std::move(signal));
 }
 
 void SimulatedAudio::setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   processScript(process).outputUID = std::move(deviceUID);
+  changed(process, property::kProcessChosenDevice);
+}
+
+void SimulatedAudio::setFixedStreams(AudioObjectID process, std::vector<Signal> signals) {
+  const Change change(*this);
+  processScript(process).fixedStreams = std::move(signals);
+  for (const Tap& tap : graph_.taps)
+    changed(tap.id, property::kTapIsPartial);
 }
 
 SimulatedAudio::Device* SimulatedAudio::knownDevice(const std::string& uid) {
@@ -84,54 +116,66 @@ const SimulatedAudio::Device* SimulatedAudio::presentDevice(const std::string& u
 }
 
 AudioObjectID SimulatedAudio::addDevice(DeviceScript device) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   if (knownDevice(device.uid) != nullptr) throw std::invalid_argument("the device UID is taken");
   const AudioObjectID id = allotObject(device.objectID);
   if (!defaultDeviceUID_ && device.outputStreams > 0) defaultDeviceUID_ = device.uid;
   devices_.push_back({.id = id, .script = std::move(device)});
+  devicesChanged();
   return id;
 }
 
 void SimulatedAudio::removeDevice(const std::string& uid) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   Device* const device = knownDevice(uid);
   if (device == nullptr || !device->isPresent) throw std::invalid_argument("no such device");
   device->isPresent = false;
+  endListeners(device->id);
+  devicesChanged();
 }
 
 AudioObjectID SimulatedAudio::returnDevice(const std::string& uid) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   Device* const device = knownDevice(uid);
   if (device == nullptr || device->isPresent) throw std::invalid_argument("no device of this UID is away");
   device->isPresent = true;
   device->id = allotObject(kAudioObjectUnknown);
+  for (const Process& process : processes_)
+    if (process.script.outputUID == uid) changed(process.id, property::kProcessChosenDevice);
+  devicesChanged();
   return device->id;
 }
 
 void SimulatedAudio::setDefaultDevice(std::optional<std::string> uid) {
-  const std::lock_guard lock(mutex_);
+  const Change change(*this);
   if (uid && knownDevice(*uid) == nullptr) throw std::invalid_argument("no such device");
   defaultDeviceUID_ = std::move(uid);
+  changed(kSystemObject, property::kDefaultOutputDevice);
+}
+
+void SimulatedAudio::devicesChanged() {
+  changed(kSystemObject, property::kDevices);
+  changed(kSystemObject, property::kDefaultOutputDevice);
 }
 
 AudioObjectID SimulatedAudio::deviceWithUID(const std::string& uid) const {
   const std::lock_guard lock(mutex_);
   if (const Device* const device = presentDevice(uid)) return device->id;
-  for (const Aggregate& aggregate : aggregates_)
+  for (const Aggregate& aggregate : graph_.aggregates)
     if (aggregate.description.uid == uid) return aggregate.id;
   return kAudioObjectUnknown;
 }
 
 void SimulatedAudio::loseTap(AudioObjectID tap) {
-  const std::lock_guard lock(mutex_);
-  if (std::erase_if(taps_, [=](const Tap& other) { return other.id == tap; }) == 0)
+  const Change change(*this);
+  if (std::erase_if(graph_.taps, [=](const Tap& other) { return other.id == tap; }) == 0)
     throw std::invalid_argument("no such tap");
   lost_.insert(tap);
 }
 
 void SimulatedAudio::loseAggregateDevice(AudioObjectID device) {
-  const std::lock_guard lock(mutex_);
-  if (std::erase_if(aggregates_, [=](const Aggregate& other) { return other.id == device; }) == 0)
+  const Change change(*this);
+  if (std::erase_if(graph_.aggregates, [=](const Aggregate& other) { return other.id == device; }) == 0)
     throw std::invalid_argument("no such aggregate device");
   lost_.insert(device);
 }
@@ -153,26 +197,25 @@ void SimulatedAudio::setCallHook(std::function<void(Call, AudioObjectID object)>
 
 std::vector<Tap> SimulatedAudio::taps() const {
   const std::lock_guard lock(mutex_);
-  return taps_;
+  return graph_.taps;
 }
 
 std::vector<Aggregate> SimulatedAudio::aggregates() const {
   const std::lock_guard lock(mutex_);
-  return aggregates_;
+  return graph_.aggregates;
 }
 
 std::vector<IOProc> SimulatedAudio::ioProcs() const {
   const std::lock_guard lock(mutex_);
   std::vector<IOProc> found;
-  found.reserve(ioProcs_.size());
-  for (const auto& ioProc : ioProcs_)
-    found.push_back(ioProc->what);
+  for (const auto& ioProc : graph_.ioProcs)
+    found.push_back(ioProc.what);
   return found;
 }
 
 bool SimulatedAudio::isClean() const {
   const std::lock_guard lock(mutex_);
-  return taps_.empty() && aggregates_.empty() && ioProcs_.empty();
+  return graph_.taps.empty() && graph_.aggregates.empty() && graph_.ioProcs.empty();
 }
 
 std::vector<LoggedCall> SimulatedAudio::log() const {

@@ -36,7 +36,8 @@ struct ProcessScript {
   std::optional<std::string> bundleID = {}; ///< none reads as a null reference
   bool isPlaying = true;
   std::vector<Signal> streams = {};          ///< mixed; empty plays silence
-  std::optional<std::string> outputUID = {}; ///< device it plays to; none: the default device
+  std::vector<Signal> fixedStreams = {};     ///< streams that nobody may move: no tap takes them
+  std::optional<std::string> outputUID = {}; ///< device it was sent to; none: it follows the default device
 
   AudioObjectID objectID = kAudioObjectUnknown; ///< 0: one is allotted
 };

@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <utility>
 
 namespace sonvel::simulated {
 
@@ -21,6 +22,7 @@ namespace sonvel::simulated {
 ///
 /// Where the contract leaves the moment open the strictest one is taken: a muted tap silences its processes
 /// from its creation to its destruction. An object ID is never given twice, unless a script asks for it.
+/// Property listeners are called on the thread that has changed something, before its call returns.
 ///
 /// Every function may be called from any thread, but none from an IOProc's block.
 class SimulatedAudio final : public AudioHardware {
@@ -30,7 +32,8 @@ class SimulatedAudio final : public AudioHardware {
   /// A process appears, last in the list. Returns its object.
   AudioObjectID addProcess(ProcessScript process);
 
-  /// A process ends. Taps on it stay and are silent; they hear a process that comes with the same object ID.
+  /// A process ends. Taps on it stay and are silent; they hear a process that comes with the same object ID
+  /// or one of their bundle IDs.
   void removeProcess(AudioObjectID process);
 
   void setPlaying(AudioObjectID process, bool isPlaying);
@@ -41,7 +44,11 @@ class SimulatedAudio final : public AudioHardware {
   /// The process opens one more stream.
   void addStream(AudioObjectID process, Signal signal);
 
-  /// Moves the process to a device, or to the default device.
+  /// Replaces the streams of the process that nobody may move.
+  void setFixedStreams(AudioObjectID process, std::vector<Signal> signals);
+
+  /// The user sends the process to a device in another mixer, or lets it follow the default device again. A
+  /// tapped process is heard there only after its tap has gone.
   void setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID);
 
   // Script: devices.
@@ -88,8 +95,8 @@ class SimulatedAudio final : public AudioHardware {
   /// aggregate as input and one as output.
   void runCycle(std::uint32_t frames = 512);
 
-  /// What the device made audible in the last cycle, before its own volume: the processes that play to it
-  /// and are not silenced by a tap, and what IOProcs wrote. Empty for a device that was not there.
+  /// What the device made audible in the last cycle, before its own volume: the processes that play to it and
+  /// are not silenced by a tap, and what IOProcs wrote. Empty for a device that was not there.
   std::vector<Frame> heard(const std::string& deviceUID) const;
 
   // Looking.
@@ -119,6 +126,11 @@ class SimulatedAudio final : public AudioHardware {
                               bool& isSettable) override;
   OSStatus setPropertyData(AudioObjectID object, const PropertyAddress& address,
                            std::span<const std::byte> data) override;
+  OSStatus addPropertyListener(AudioObjectID object, const PropertyAddress& address,
+                               PropertyListener listener, PropertyListenerID& id) override;
+  OSStatus removePropertyListener(PropertyListenerID id) override;
+  OSStatus beginConfiguration() override;
+  OSStatus commitConfiguration() override;
   OSStatus createProcessTap(const TapDescription& description, AudioObjectID& tap) override;
   OSStatus destroyProcessTap(AudioObjectID tap) override;
   OSStatus createAggregateDevice(const AggregateDeviceDescription& description,
@@ -144,13 +156,29 @@ class SimulatedAudio final : public AudioHardware {
 
   struct InstalledIOProc {
     IOProc what;
-    IOProcBlock block;
+    std::shared_ptr<const IOProcBlock> block;
   };
 
+  /// What was made through AudioHardware.
+  struct Graph {
+    std::vector<Tap> taps = {};
+    std::vector<Aggregate> aggregates = {};
+    std::vector<InstalledIOProc> ioProcs = {};
+  };
+
+  using Property = std::pair<AudioObjectID, PropertyAddress>;
+
+  struct Listener {
+    PropertyListenerID id;
+    Property property;
+    PropertyListener call;
+  };
+
+  class Change;
   struct Cycle;
   using Work = std::function<OSStatus(LoggedCall&)>;
 
-  /// Lets `work` answer a call, under the lock, unless it is to fail, and logs it.
+  /// Lets `work` answer a call, under the lock, unless it is to fail, logs it and tells the listeners.
   OSStatus carryOut(LoggedCall call, const Work& work);
 
   // All of these under the lock.
@@ -164,24 +192,39 @@ class SimulatedAudio final : public AudioHardware {
   const VolumeControl* volumeControl(AudioObjectID object, const PropertyAddress& address) const;
   OSStatus checkAggregate(const AggregateDeviceDescription& description) const;
   OSStatus checkIsAggregate(AudioObjectID object) const;
-  InstalledIOProc* installedIOProc(AudioObjectID device, IOProcID ioProc) const;
+  InstalledIOProc* installedIOProc(AudioObjectID device, IOProcID ioProc);
   void stopAndWait(InstalledIOProc& ioProc);
-  bool isSilenced(AudioObjectID process) const;
+  void waitForBlock();
+  bool isRunningStopped() const;
+  const Graph& playingGraph() const;
+  bool isSilenced(const Process& process) const;
+  bool isPartial(const Tap& tap) const;
+  AudioObjectID chosenDevice(const ProcessScript& process) const;
+  OSStatus setTapProcesses(AudioObjectID tap, std::span<const std::byte> data);
+  OSStatus writeVolume(AudioObjectID device, const PropertyAddress& address, std::span<const std::byte> data);
+  void changed(AudioObjectID object, std::uint32_t selector);
+  void devicesChanged();
+  void endListeners(AudioObjectID object);
+
+  /// Not under the lock.
+  void tellListeners();
+
   void playProcesses(Cycle& cycle) const;
   std::vector<float> tapSamples(const Cycle& cycle, const std::string& tapUID) const;
   void playIOProc(Cycle& cycle, IOProcID id, std::unique_lock<std::mutex>& lock);
-  void callBlock(const InstalledIOProc& ioProc, const AudioTimeStamp& start,
-                 std::vector<std::vector<float>>& inputs, std::vector<float>& output,
-                 std::unique_lock<std::mutex>& lock);
+  void callBlock(InstalledIOProc ioProc, const AudioTimeStamp& start, std::vector<std::vector<float>>& inputs,
+                 std::vector<float>& output, std::unique_lock<std::mutex>& lock);
 
   mutable std::mutex mutex_; ///< guards everything below but is not held while a block or the hook runs
   std::vector<Process> processes_;
   std::vector<Device> devices_;
   std::optional<std::string> defaultDeviceUID_;
-  std::vector<Tap> taps_;
-  std::vector<Aggregate> aggregates_;
-  std::set<AudioObjectID> lost_; ///< taps and aggregates that are lost and not yet destroyed
-  std::vector<std::unique_ptr<InstalledIOProc>> ioProcs_;
+  Graph graph_;
+  std::optional<Graph> graphBefore_; ///< what plays while a configuration is open
+  std::set<AudioObjectID> lost_;     ///< taps and aggregates that are lost and not yet destroyed
+  std::vector<Listener> listeners_;
+  std::vector<Property> changes_; ///< that the listeners have not been told
+  PropertyListenerID nextListenerID_ = 1;
   AudioObjectID nextObjectID_ = 100;
   IOProcID nextIOProcID_ = 1;
   FailurePlan failures_;
@@ -189,11 +232,12 @@ class SimulatedAudio final : public AudioHardware {
   std::function<void(Call, AudioObjectID)> callHook_;
   std::map<std::string, std::vector<Frame>> heard_;
 
-  const InstalledIOProc* runningIOProc_ = nullptr; ///< whose block runs now
-  std::condition_variable_any blockReturned_;      ///< runningIOProc_ has become null
+  IOProcID runningIOProc_ = 0;                ///< whose block runs now; 0: none
+  std::condition_variable_any blockReturned_; ///< runningIOProc_ has become 0
 
-  std::mutex cycleMutex_;   ///< held for the length of a cycle: one runs at a time
-  std::uint64_t frame_ = 0; ///< the first of the next cycle; guarded by cycleMutex_
+  std::mutex listenerMutex_; ///< held while a listener runs
+  std::mutex cycleMutex_;    ///< held for the length of a cycle: one runs at a time
+  std::uint64_t frame_ = 0;  ///< the first of the next cycle; guarded by cycleMutex_
 };
 
 } // namespace sonvel::simulated

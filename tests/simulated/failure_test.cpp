@@ -59,8 +59,15 @@ TEST_F(Failing, CanBeNarrowedToAnObjectAndASelector) {
 
   AudioObjectID tap = kAudioObjectUnknown;
   audio.fail({.call = Call::createProcessTap, .status = kScripted, .object = other});
-  EXPECT_EQ(audio.createProcessTap({{process}, "", true, TapMuteBehavior::muted}, tap), kNoError);
-  EXPECT_EQ(audio.createProcessTap({{process, other}, "", true, TapMuteBehavior::muted}, tap), kScripted);
+  EXPECT_EQ(
+      audio.createProcessTap(
+          {.processes = {process}, .name = "", .isPrivate = true, .muteBehavior = TapMuteBehavior::muted},
+          tap),
+      kNoError);
+  EXPECT_EQ(
+      audio.createProcessTap(
+          {.processes = {process, other}, .isPrivate = true, .muteBehavior = TapMuteBehavior::muted}, tap),
+      kScripted);
 }
 
 TEST_F(Failing, OldestOrderTakesTheCallAndTheOthersCountIt) {
@@ -112,7 +119,11 @@ TEST_F(Failing, SuccessWithoutAnObject) {
   AudioObjectID object = 1;
   IOProcID ioProc = 1;
   std::optional<std::string> text = "before";
-  EXPECT_EQ(audio.createProcessTap({{process}, "", true, TapMuteBehavior::muted}, object), kNoError);
+  EXPECT_EQ(
+      audio.createProcessTap(
+          {.processes = {process}, .name = "", .isPrivate = true, .muteBehavior = TapMuteBehavior::muted},
+          object),
+      kNoError);
   EXPECT_EQ(object, kAudioObjectUnknown);
   object = 1;
   EXPECT_EQ(audio.createAggregateDevice(audio.aggregates().front().description, object), kNoError);

@@ -103,7 +103,10 @@ TEST_F(Script, LogTellsWhatWasAskedAndAnswered) {
   ASSERT_EQ(log.size(), 2U);
   EXPECT_EQ(log[0], (LoggedCall{.call = Call::createProcessTap,
                                 .object = tap,
-                                .tap = TapDescription{{process}, "tap", true, TapMuteBehavior::muted}}));
+                                .tap = TapDescription{.processes = {process},
+                                                      .name = "tap",
+                                                      .isPrivate = true,
+                                                      .muteBehavior = TapMuteBehavior::muted}}));
   EXPECT_EQ(log[1],
             (LoggedCall{.call = Call::destroyProcessTap, .object = 4711, .status = status::kBadObject}));
 }

@@ -31,7 +31,10 @@ class TappedWorld : public testing::Test {
 
   AudioObjectID makeTap(TapMuteBehavior muteBehavior = TapMuteBehavior::muted) {
     AudioObjectID tap = kAudioObjectUnknown;
-    EXPECT_EQ(audio.createProcessTap({{process}, "tap", true, muteBehavior}, tap), kNoError);
+    EXPECT_EQ(
+        audio.createProcessTap(
+            {.processes = {process}, .name = "tap", .isPrivate = true, .muteBehavior = muteBehavior}, tap),
+        kNoError);
     return tap;
   }
 
