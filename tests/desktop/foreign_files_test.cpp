@@ -11,8 +11,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace sonvel::desktop {
@@ -108,13 +110,19 @@ TEST(ProcFilesystem, SurvivesProcessesThatDieWhileTheyAreRead) {
   EXPECT_EQ(information.procName(getpid(), name), 12);
   EXPECT_STREQ(name.data(), "desktop_test");
   EXPECT_EQ(information.procName(getpid(), std::span(name).first(4)), 3);
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < 1000; ++i) {
     const pid_t child = fork();
     if (child == 0) _exit(0);
-    while (waitpid(child, nullptr, WNOHANG) == 0) {
+    std::atomic<bool> hasEnded = false;
+    std::thread reaper([&] {
+      waitpid(child, nullptr, 0);
+      hasEnded = true;
+    });
+    while (!hasEnded) {
       (void)information.procName(child, name);
       (void)processes.process(child);
     }
+    reaper.join();
     EXPECT_EQ(information.procName(child, name), 0);
     EXPECT_EQ(processes.process(child), std::nullopt);
   }
