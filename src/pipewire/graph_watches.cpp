@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <string_view>
 #include <unistd.h>
 
 namespace sonvel::pipewire {
@@ -24,12 +25,40 @@ std::string ownHostName() {
   return name.data();
 }
 
+/// The application of a sandbox. Only the server puts a client under restricted access; without that, the
+/// application ID says no more than the client claims.
+std::optional<std::string> sandboxOf(const spa_dict* properties) {
+  const auto access = textOf(properties, PW_KEY_ACCESS);
+  if (!access || *access == "unrestricted" || *access == "default") return std::nullopt;
+  return textOf(properties, "pipewire.access.portal.app_id");
+}
+
+/// The name of the sound system's own program that this process runs, if it runs one. It is told by the file,
+/// where only an administrator installs; any program can call itself "wireplumber".
+std::optional<std::string> soundSystemProgramOf(std::int32_t pid) {
+  constexpr std::array<std::string_view, 4> kFolders{"/usr/", "/bin/", "/nix/store/", "/gnu/store/"};
+  constexpr std::array<std::string_view, 4> kPrograms{"pipewire", "pipewire-pulse", "wireplumber",
+                                                      "pipewire-media-session"};
+  std::array<char, 4096> target{};
+  const auto link = "/proc/" + std::to_string(pid) + "/exe";
+  const ssize_t length = readlink(link.c_str(), target.data(), target.size());
+  if (pid <= 0 || length <= 0) return std::nullopt;
+  std::string_view path(target.data(), static_cast<std::size_t>(length));
+  if (constexpr std::string_view kDeleted = " (deleted)"; path.ends_with(kDeleted)) // replaced by an upgrade
+    path.remove_suffix(kDeleted.size());
+  const auto name = path.substr(path.rfind('/') + 1);
+  const bool isInstalled =
+      std::ranges::any_of(kFolders, [&](auto folder) { return path.starts_with(folder); });
+  if (!isInstalled || std::ranges::find(kPrograms, name) == kPrograms.end()) return std::nullopt;
+  return std::string(name);
+}
+
 /// The process of a client. A program on the PulseAudio socket is known only by the process ID that it
 /// claims, because the server vouches for its PulseAudio helper instead. A claim from another machine or from
 /// inside a sandbox names no process here: then it is 0.
 std::int32_t processOf(const spa_dict* properties, std::int32_t vouched, bool isPulse) {
   if (!isPulse) return vouched;
-  if (textOf(properties, "pipewire.access.portal.app_id")) return 0;
+  if (sandboxOf(properties)) return 0;
   const auto host = textOf(properties, "application.process.host");
   if (host && *host != ownHostName()) return 0;
   return static_cast<std::int32_t>(numberOf(properties, PW_KEY_APP_PROCESS_ID).value_or(0));
@@ -73,16 +102,16 @@ void GraphMonitor::ClientWatch::onInfo(const pw_client_info* info) {
   client.isPulseConnection = textOf(properties, PW_KEY_CLIENT_API) == "pipewire-pulse";
   client.vouchedPID = static_cast<std::int32_t>(numberOf(properties, PW_KEY_SEC_PID).value_or(0));
   client.facts.processID = processOf(properties, client.vouchedPID, client.isPulseConnection);
-  client.facts.sandboxAppID = textOf(properties, "pipewire.access.portal.app_id");
+  client.facts.sandboxAppID = sandboxOf(properties);
   client.facts.applicationID = textOf(properties, PW_KEY_APP_ID);
   client.facts.applicationName = textOf(properties, PW_KEY_APP_NAME);
   client.facts.processBinary = textOf(properties, PW_KEY_APP_PROCESS_BINARY);
   // The session manager and the server's helpers play nothing of an application's, and neither do we.
-  const auto& binary = client.facts.processBinary;
-  client.isSoundServer = client.vouchedPID == getpid() || binary == "pipewire" ||
-                         binary == "pipewire-pulse" || binary == "wireplumber" ||
-                         (client.isPulseConnection && client.facts.processID == client.vouchedPID);
-  client.isSessionManager = binary == "wireplumber";
+  // Programs on the PulseAudio socket share the process that the server vouches for with their helper.
+  const auto program = soundSystemProgramOf(client.vouchedPID);
+  const bool isHelper = program && (!client.isPulseConnection || client.facts.processID == client.vouchedPID);
+  client.isSoundServer = client.vouchedPID == getpid() || isHelper;
+  client.isSessionManager = program == "wireplumber" || program == "pipewire-media-session";
   changed_();
 }
 

@@ -10,7 +10,7 @@ namespace sonvel {
 /// What the sound server knows of a program that is connected to it.
 struct AudioClient {
   std::int32_t processID = 0;                 ///< 0 where it can't be known
-  std::optional<std::string> sandboxAppID;    ///< application of a sandbox, vouched for by the server
+  std::optional<std::string> sandboxAppID;    ///< application of a sandbox, whose access the server restricts
   std::optional<std::string> applicationID;   ///< `application.id`, as the program claims
   std::optional<std::string> applicationName; ///< `application.name`, as the program claims
   std::optional<std::string> processBinary;   ///< `application.process.binary`, as the program claims

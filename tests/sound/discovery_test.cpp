@@ -105,4 +105,15 @@ TEST_F(Discovery, ProgramWithoutEntryIsNamedAfterWhatItClaims) {
   EXPECT_EQ(find(named.pid()).bundleID, "org.example.Named");
 }
 
+TEST_F(Discovery, ProgramThatClaimsToBePartOfTheSoundSystemIsListed) {
+  ToneClient client(session_, {.binaryName = "wireplumber",
+                               .properties = {{"application.name", "Rogue\n\u202e"},
+                                              {"application.id", "com.quellmarsh.sonvel"},
+                                              {"pipewire.access.portal.app_id", "com.quellmarsh.sonvel"}}});
+  client.open("tone", {.tone = kTone});
+  const AudioApp app = find(client.pid());
+  EXPECT_EQ(app.bundleID, "wireplumber");
+  EXPECT_EQ(app.name, "Rogue");
+}
+
 } // namespace sonvel::sound
