@@ -6,7 +6,10 @@
 #include "ui/symbols/symbol_image_provider.h"
 #include "ui/symbols/symbols.h"
 
+#include <QCoreApplication>
 #include <QDesktopServices>
+#include <QDir>
+#include <QFile>
 #include <QQmlEngine>
 #include <QQuickItem>
 
@@ -15,7 +18,9 @@ namespace sonvel {
 namespace {
 
 QIcon trayPicture(const PanelTheme& theme) {
-  return symbolIcon(QStringLiteral("slider.vertical.3"), theme.primary());
+  // By name, so that the tray's host gives it the colour of its bar; as pixels where it is not installed.
+  return QIcon::fromTheme(QStringLiteral("com.quellmarsh.sonvel-symbolic"),
+                          symbolIcon(QStringLiteral("slider.vertical.3"), theme.primary()));
 }
 
 } // namespace
@@ -60,15 +65,19 @@ void PanelHost::connectRoot(QQuickItem& root) {
   tell(notice_.text());
   connect(this, &PanelHost::serverNoticeChanged, &root, tell);
   connect(&root, SIGNAL(quitRequested()), this, SLOT(onQuitRequested()));
-  connect(&root, SIGNAL(settingsRequested(QUrl)), this, SLOT(onSettingsRequested(QUrl)));
+  connect(&root, SIGNAL(settingsRequested(QUrl)), this, SLOT(onSettingsRequested()));
 }
 
 void PanelHost::onQuitRequested() {
   quit_();
 }
 
-void PanelHost::onSettingsRequested(const QUrl& settings) {
-  QDesktopServices::openUrl(settings);
+// No desktop of this kind has settings for it, so the installed page is shown that says how to give access.
+void PanelHost::onSettingsRequested() {
+  const QDir programFolder(QCoreApplication::applicationDirPath());
+  const QString page = QDir::cleanPath(programFolder.filePath(QStringLiteral(SONVEL_ACCESS_PAGE)));
+  const bool isShown = QFile::exists(page) && QDesktopServices::openUrl(QUrl::fromLocalFile(page));
+  if (auto* const root = sender(); root != nullptr && !isShown) root->setProperty("settingsMissing", true);
 }
 
 } // namespace sonvel

@@ -41,7 +41,7 @@ class PanelHost final : public QObject {
   void connectRoot(QQuickItem& root);
 
   Q_SLOT void onQuitRequested();
-  Q_SLOT void onSettingsRequested(const QUrl& settings);
+  Q_SLOT void onSettingsRequested();
 
   const std::function<void()> quit_;
   PanelTheme theme_;

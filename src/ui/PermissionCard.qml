@@ -7,6 +7,14 @@ Rectangle {
     id: root
 
     required property MixerViewModel model
+    required property bool settingsMissing
+
+    // What is true on this desktop; its consent is what the sound server lets Sonvel do.
+    readonly property string explanation: "To show and adjust each app's sound, Sonvel needs the sound server's permission to move and play what apps play. Nothing is recorded, saved, or sent; no restart, no driver. You can revoke it anytime."
+    readonly property string grantHelp: "Tries whether the sound server lets Sonvel control other apps"
+    readonly property string settingsHelp: "Opens the page on how to give access to sound"
+    readonly property string deniedHint: "Access is currently denied. Allow “Sonvel” in the rules of the sound server, then it appears automatically."
+    readonly property string missingHint: "This desktop has no settings for access to sound. Restart Sonvel outside of its sandbox, or see docs/access.md."
 
     signal settingsRequested(url settings)
 
@@ -41,7 +49,7 @@ Rectangle {
 
         PanelLabel {
             Layout.fillWidth: true
-            text: "To show and adjust each app's sound, macOS asks Sonvel to access system audio — the modern, driverless method. Nothing is recorded, saved, or sent; no restart, no kernel extension. You can revoke it anytime."
+            text: root.explanation
             font: PanelTheme.caption
             color: PanelTheme.secondary
             wrapMode: Text.Wrap
@@ -58,14 +66,14 @@ Rectangle {
                 prominent: true
                 spinning: root.model.isRequestingPermission
                 enabled: !root.model.isRequestingPermission
-                Accessible.description: "Shows the macOS Audio Recording permission prompt"
+                Accessible.description: root.grantHelp
                 onClicked: root.model.requestPermission()
             }
 
             BorderedButton {
                 text: "Open Settings"
                 font: PanelTheme.body
-                Accessible.description: "Opens macOS Privacy and Security settings"
+                Accessible.description: root.settingsHelp
                 onClicked: root.settingsRequested(PanelText.settingsURL)
             }
         }
@@ -73,9 +81,18 @@ Rectangle {
         PanelLabel {
             Layout.fillWidth: true
             visible: PanelText.isDenied(root.model.permission)
-            text: "Access is currently denied. Enable “Sonvel” under Privacy & Security ▸ Audio Recording, then it appears automatically."
+            text: root.deniedHint
             font: PanelTheme.caption
             color: PanelTheme.orange
+            wrapMode: Text.Wrap
+        }
+
+        PanelLabel {
+            Layout.fillWidth: true
+            visible: root.settingsMissing
+            text: root.missingHint
+            font: PanelTheme.caption
+            color: PanelTheme.secondary
             wrapMode: Text.Wrap
         }
     }

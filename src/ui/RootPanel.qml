@@ -8,6 +8,7 @@ Rectangle {
 
     required property MixerViewModel model
     required property string serverNotice
+    property bool settingsMissing: false // they were asked for
 
     signal quitRequested()
     signal settingsRequested(url settings)
@@ -79,6 +80,7 @@ Rectangle {
                 Layout.fillWidth: true
                 visible: !root.model.permissionGranted
                 model: root.model
+                settingsMissing: root.settingsMissing
                 onSettingsRequested: settings => root.settingsRequested(settings)
             }
 

@@ -133,8 +133,9 @@ TEST(ProgramTest, RestrictedProgramTakesNothingOverUntilItMay) {
   Program program({.sound = {.accessArguments = R"(access.restricted = [ "sonvel" ])"}});
   program.open();
   EXPECT_TRUE(program.desktop.shows("Grant Audio Access"));
-  EXPECT_TRUE(program.desktop.shows("Access is currently denied. Enable “Sonvel” under Privacy & Security ▸ "
-                                    "Audio Recording, then it appears automatically."));
+  EXPECT_TRUE(
+      program.desktop.shows("Access is currently denied. Allow “Sonvel” in the rules of the sound server, "
+                            "then it appears automatically."));
   EXPECT_TRUE(program.isHeard(1.0, 5s));
   EXPECT_TRUE(program.isGone());
 

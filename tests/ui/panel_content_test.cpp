@@ -190,15 +190,15 @@ TEST_F(PanelContentTest, ShowsTheMasterVolumeOrTheCard) {
 -text This output device has no adjustable master volume. in secondary
 +lock.shield in accent
 +text One permission to control app audio
-+text To show and adjust each app's sound, macOS asks Sonvel to access system audio — the modern, driverless method. Nothing is recorded, saved, or sent; no restart, no kernel extension. You can revoke it anytime. in secondary
-+button Grant Audio Access | Shows the macOS Audio Recording permission prompt
-+button Open Settings | Opens macOS Privacy and Security settings
++text To show and adjust each app's sound, Sonvel needs the sound server's permission to move and play what apps play. Nothing is recorded, saved, or sent; no restart, no driver. You can revoke it anytime. in secondary
++button Grant Audio Access | Tries whether the sound server lets Sonvel control other apps
++button Open Settings | Opens the page on how to give access to sound
 +text Audio access was revoked. Audio was restored to its normal output. in secondary)"},
        {[&] { setPreflight(1); },
-        R"(+text Access is currently denied. Enable “Sonvel” under Privacy & Security ▸ Audio Recording, then it appears automatically. in orange)"},
+        R"(+text Access is currently denied. Allow “Sonvel” in the rules of the sound server, then it appears automatically. in orange)"},
        {[&] { click(button("Grant Audio Access")); },
-        R"(-button Grant Audio Access | Shows the macOS Audio Recording permission prompt
-+button Waiting… | Shows the macOS Audio Recording permission prompt disabled)"},
+        R"(-button Grant Audio Access | Tries whether the sound server lets Sonvel control other apps
++button Waiting… | Tries whether the sound server lets Sonvel control other apps disabled)"},
        {[&] {
           click(button("Waiting…"));
           EXPECT_EQ(consent_.openRequests(), 1U) << "a second request was made";
@@ -206,9 +206,12 @@ TEST_F(PanelContentTest, ShowsTheMasterVolumeOrTheCard) {
           consent_.answer(false);
           ASSERT_TRUE(pumpUntil([this] { return !model_->isRequestingPermission(); }));
         },
-        R"(-button Waiting… | Shows the macOS Audio Recording permission prompt disabled
-+button Grant Audio Access | Shows the macOS Audio Recording permission prompt)"}});
+        R"(-button Waiting… | Tries whether the sound server lets Sonvel control other apps disabled
++button Grant Audio Access | Tries whether the sound server lets Sonvel control other apps)"}});
   EXPECT_EQ(settings.count(), 1);
+  const QString hint = "text This desktop has no settings for access to sound. Restart Sonvel outside of its "
+                       "sandbox, or see docs/access.md. in secondary";
+  expectChanges({{[&] { root()->setProperty("settingsMissing", true); }, qUtf8Printable("+" + hint)}});
   consent_.setPreflight(1);
   preferences_.values[MixerViewModel::firstRunKey] = false;
   model_ = std::make_shared<MixerViewModel>(
