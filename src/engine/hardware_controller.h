@@ -68,12 +68,10 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   /// as addChannel does.
   void rebuild(AudioObjectID appID);
 
-  // Applications that are to be under control whenever they play.
+  // Settings of applications without a session.
 
-  /// An application that has no session gets one with these settings by itself as soon as a process of it
-  /// appears or begins to play, and at once if it plays now. One that has a session gets one again if it
-  /// loses it to a device or a server that was gone. Replaces what was kept for the key. Ends with
-  /// forgetSettings, and for all applications with teardownAll.
+  /// Keeps settings for an application. Nothing uses them yet: no session is started from them. Replaces what
+  /// was kept for the key.
   void keepSettings(const std::string& key, float gain, bool muted, std::optional<std::string> outputUID);
 
   void forgetSettings(const std::string& key);
@@ -81,12 +79,13 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   // Reports. Each replaces the one before; null: none. The observer is called as work of the executor of this
   // controller and must neither block nor throw: it passes on what it hears, for example by Relay::bind.
 
-  /// Calls `observer` with the whole state of a session after each change of it, whoever asked for the change
-  /// (a call of this controller, a device that comes or goes, a new default device, a move in another mixer,
-  /// a process that begins or ends), and at once for each session that exists.
+  /// Calls `observer` with the state of a session when a call of this controller or a retry starts it, fails
+  /// to start it or ends it, and at once for each session that exists. Changes of devices, routes elsewhere,
+  /// processes, gain and mute are not reported yet, nor are teardowns that fail.
   void onSessionChanged(SessionObserver observer);
 
-  /// Calls `observer` with the devices that a session can play on after each change of them, and at once.
+  /// Calls `observer` once, now, with the devices that a session can play on. Later changes are not reported
+  /// yet.
   void onOutputDevicesChanged(std::function<void(std::vector<AudioOutputDevice>)> observer);
 
   // Queries.
