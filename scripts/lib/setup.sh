@@ -12,7 +12,7 @@ build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-
 # What the tests are built with, and the desktop and the sound session that they run in.
 test_packages=(libgtest-dev libgmock-dev libatspi2.0-dev libxcb1-dev
                dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
-               python3-pytest python3-numpy python3-gi python3-dbusmock python3-pyatspi gir1.2-atspi-2.0
+               python3-pytest python3-numpy python3-dbus python3-dbusmock
                xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
 bench_packages=(libbenchmark-dev pavucontrol)
 lint_packages=(git "clang-$clang_version" "libclang-rt-$clang_version-dev" "clang-tidy-$clang_version"

@@ -1,4 +1,5 @@
-// Says the appearance that the desktop's settings ask for, each time that it changes, and ends with its input.
+// Says the appearance that the desktop's settings ask for, each time that it changes, and ends with its
+// input.
 #include "desktop/portal_appearance.h"
 
 #include <QCoreApplication>

@@ -51,9 +51,12 @@ class Desktop:
         self.session = Session(data_folders=[self._data.name], **session)
         self.environment = self.session.environment | {"DISPLAY": self.display.name, "QT_QPA_PLATFORM": "xcb",
                                                        "QT_SCALE_FACTOR": str(scale)}
+        self._accessibility = None
         if is_read:
             self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
-            self.session.start("/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
+            # It takes its bus with it only where it is asked to end.
+            self._accessibility = self.session.start("setpriv", "--pdeathsig", "TERM",
+                                                     "/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
             self.screen = ScreenReader(self.environment, PROGRAM_NAME)
         self._portal = Service(self.environment, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
                                [(SETTINGS, "ReadAll", "as", "a{sa{sv}}", READ_ALL)])
@@ -65,6 +68,8 @@ class Desktop:
     def __exit__(self, *_):
         for service in filter(None, (self.tray, self._portal)):
             end(service.process)
+        if self._accessibility:
+            end(self._accessibility)
         self.session.end()
         self.display.close()
         self._data.cleanup()

@@ -46,6 +46,7 @@ struct Mixer {
 
   static void onGlobalRemove(void* data, std::uint32_t id) {
     auto& self = *static_cast<Mixer*>(data);
+    self.entries.erase(id); // the server removes them too, and tells nobody
     if (id != self.metadataID) return;
     self.metadata = nullptr;
     self.entries.clear();
