@@ -4,6 +4,7 @@ import pytest
 from support.bus import BIN
 from support.screen import Display
 from support.tray import Tray
+from support.waiting import wait_until
 
 PROGRAM = BIN / "tray-icon"
 BLUE, RED = b"\xff\x00\x00\xff", b"\xff\xff\x00\x00"
@@ -48,6 +49,7 @@ def test_comes_with_the_tray_and_goes_with_it(bus, start):
         if not leaves_with_tray:
             tray.set_host(False)
             assert program.hear() == "not shown"
+            wait_until(lambda: not tray.icons(), what="no icon")
         tray.close()
         if leaves_with_tray:
             assert program.hear() == "not shown"
