@@ -26,7 +26,8 @@ desktop::OwnProgram ownProgram(const BundleInformation& bundle, const desktop::P
 DesktopAudio::DesktopAudio()
     : identity_(processes_, entries_, ownProgram(bundle_, processes_))
     , hardware_(identity_)
-    , applications_(hardware_, identity_, entries_, clock_) {
+    , applications_(hardware_, identity_, entries_, clock_)
+    , icons_(entries_) {
   raiseDescriptorLimit();
 }
 

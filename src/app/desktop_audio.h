@@ -1,11 +1,13 @@
 #pragma once
 
-#include "audio/audio_environment.h"
+#include "app/program_audio.h"
+#include "desktop/desktop_application_icons.h"
 #include "desktop/desktop_applications.h"
 #include "desktop/desktop_entries.h"
 #include "desktop/desktop_identity.h"
 #include "desktop/proc_process_information.h"
 #include "desktop/program_bundle.h"
+#include "desktop/settings_preferences.h"
 #include "desktop/steady_clock.h"
 #include "pipewire/pipewire_hardware.h"
 
@@ -14,24 +16,25 @@ namespace sonvel {
 /// The implementations for a real desktop, joined: PipeWire for sound, the session's desktop entries and the
 /// process table for who plays it. Connects to the sound server when it is made, as PipeWireHardware does,
 /// and lets this process open as many files as it may.
-class DesktopAudio {
+class DesktopAudio final : public ProgramAudio {
  public:
   DesktopAudio();
   DesktopAudio(const DesktopAudio&) = delete;
   DesktopAudio& operator=(const DesktopAudio&) = delete;
 
-  /// What it refers to lives as long as this object.
-  AudioEnvironment environment() { return {hardware_, processInformation_, bundle_, applications_}; }
+  AudioEnvironment environment() override { return {hardware_, processInformation_, bundle_, applications_}; }
 
-  AudioServer& server() noexcept { return hardware_.server(); }
+  AudioServer& server() override { return hardware_.server(); }
 
-  const BundleInformation& bundle() const noexcept { return bundle_; }
+  const BundleInformation& bundle() const override { return bundle_; }
 
-  const RunningApplications& applications() const noexcept { return applications_; }
+  const RunningApplications& applications() const override { return applications_; }
 
-  const desktop::DesktopEntries& entries() const noexcept { return entries_; }
+  const ApplicationIcons& icons() const override { return icons_; }
 
-  Clock& clock() noexcept { return clock_; }
+  Clock& clock() override { return clock_; }
+
+  Preferences& preferences() override { return preferences_; }
 
  private:
   desktop::SteadyClock clock_;
@@ -42,6 +45,8 @@ class DesktopAudio {
   desktop::ProcProcessInformation processInformation_;
   pipewire::PipeWireHardware hardware_;
   desktop::DesktopApplications applications_;
+  desktop::DesktopApplicationIcons icons_;
+  desktop::SettingsPreferences preferences_;
 };
 
 } // namespace sonvel

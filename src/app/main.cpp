@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QQuickWindow>
+#include <QTimer>
 #include <cstdio>
 #include <exception>
 #include <optional>
@@ -16,9 +17,10 @@ namespace {
 
 enum ExitCode { kFailed = 1, kNoAnswer = 2 };
 
-int run(std::optional<sonvel::SonvelApp>& app, sonvel::updater::Relaunch& relaunch) {
+int run(std::optional<sonvel::SonvelApp>& app, sonvel::updater::Relaunch& relaunch,
+        sonvel::Machine machine = sonvel::Machine::real) {
   try {
-    app.emplace(relaunch);
+    app.emplace(relaunch, machine);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "sonvel: %s\n", error.what());
     return kFailed;
@@ -49,26 +51,39 @@ int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
   return kFailed;
 }
 
+/// Beside one that runs on the real sound; the panel is shown at once.
+int runSimulated(sonvel::updater::Relaunch& relaunch) {
+  std::optional<sonvel::SonvelApp> app;
+  QTimer::singleShot(0, [&] {
+    if (app) app->showPanel();
+  });
+  return run(app, relaunch, sonvel::Machine::simulated);
+}
+
 /// Obeys the options. Ends the process if it was only asked something, which needs no display.
-void obeyOptions(int& argumentCount, char** arguments) {
+sonvel::Machine obeyOptions(int& argumentCount, char** arguments) {
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("A volume for every application that plays sound."));
   const auto help = parser.addHelpOption();
   const auto version = parser.addVersionOption();
   const QCommandLineOption verbose(QStringLiteral("verbose"),
                                    QStringLiteral("Tells every change of the sound server's graph."));
-  parser.addOption(verbose);
+  const QCommandLineOption simulated(
+      QStringLiteral("simulated"),
+      QStringLiteral("Opens the panel on a simulated machine; nothing is heard."));
+  parser.addOptions({verbose, simulated});
   QStringList words;
   for (int i = 0; i < argumentCount; ++i)
     words += QString::fromLocal8Bit(arguments[i]);
   parser.parse(words);
   if (parser.isSet(verbose)) sonvel::pipewire::setVerbose();
-  if (!parser.isSet(help) && !parser.isSet(version)) return;
+  if (!parser.isSet(help) && !parser.isSet(version))
+    return parser.isSet(simulated) ? sonvel::Machine::simulated : sonvel::Machine::real;
 
   // Only now: a second application object in one process would be without its accessibility.
   const QCoreApplication application(argumentCount, arguments);
   if (parser.isSet(version)) parser.showVersion();
-  parser.showHelp();
+  parser.showHelp(); // ends the process
 }
 
 } // namespace
@@ -76,7 +91,7 @@ void obeyOptions(int& argumentCount, char** arguments) {
 int main(int argumentCount, char** arguments) {
   QApplication::setApplicationName(QStringLiteral("Sonvel"));
   QApplication::setApplicationVersion(QStringLiteral(SONVEL_VERSION));
-  obeyOptions(argumentCount, arguments);
+  const auto machine = obeyOptions(argumentCount, arguments);
 
   // The panel is small and mostly still: drawn without the graphics card's libraries it takes a third of the
   // memory.
@@ -87,7 +102,8 @@ int main(int argumentCount, char** arguments) {
   const sonvel::ui::FramePace framePace;
 
   sonvel::updater::Relaunch relaunch;
-  const int exitCode = runAsOnlyOne(relaunch);
+  const int exitCode =
+      machine == sonvel::Machine::simulated ? runSimulated(relaunch) : runAsOnlyOne(relaunch);
   relaunch.perform();
   return exitCode;
 }

@@ -25,12 +25,11 @@ QIcon trayPicture(const PanelTheme& theme) {
 
 } // namespace
 
-PanelHost::PanelHost(MixerViewModel& model, DesktopAudio& audio, DesktopAppearance& appearance,
+PanelHost::PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance,
                      Executor& mainThread, std::function<void()> quit)
     : quit_(std::move(quit))
     , theme_(appearance)
-    , applicationIcons_(audio.entries())
-    , icons_(audio.applications(), applicationIcons_)
+    , icons_(audio.applications(), audio.icons())
     , notice_(audio.server(), mainThread, [this](const QString& text) { Q_EMIT serverNoticeChanged(text); })
     , tray_(trayPicture(theme_))
     , window_(content(model), audio.clock())

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "app/desktop_audio.h"
+#include "app/program_audio.h"
 #include "app/server_notice.h"
-#include "desktop/desktop_application_icons.h"
 #include "desktop/portal_appearance.h"
 #include "model/mixer_view_model.h"
 #include "ui/icons/app_icon_cache.h"
@@ -23,7 +22,7 @@ class PanelHost final : public QObject {
  public:
   /// Shows the icon, or the window where there is no tray. `quit` is called when the user wants the program
   /// to end. The others outlive this object.
-  PanelHost(MixerViewModel& model, DesktopAudio& audio, DesktopAppearance& appearance, Executor& mainThread,
+  PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance, Executor& mainThread,
             std::function<void()> quit);
 
   /// Shows the panel to a user who asked for it by other means than its icon.
@@ -45,7 +44,6 @@ class PanelHost final : public QObject {
 
   const std::function<void()> quit_;
   PanelTheme theme_;
-  desktop::DesktopApplicationIcons applicationIcons_;
   AppIconCache icons_;
   ServerNotice notice_;
   ui::TrayIcon tray_;

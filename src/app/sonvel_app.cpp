@@ -1,20 +1,33 @@
 #include "app/sonvel_app.h"
 
+#include "app/desktop_audio.h"
+#include "app/simulated_machine.h"
+
 #include <QCoreApplication>
 #include <utility>
 
 namespace sonvel {
 
-SonvelApp::SonvelApp(updater::Relaunch& relaunch)
-    : consent_(audio_.server())
+namespace {
+
+std::unique_ptr<ProgramAudio> make(Machine machine) {
+  if (machine == Machine::simulated) return std::make_unique<SimulatedMachine>();
+  return std::make_unique<DesktopAudio>();
+}
+
+} // namespace
+
+SonvelApp::SonvelApp(updater::Relaunch& relaunch, Machine machine)
+    : audio_(make(machine))
+    , consent_(audio_->server())
     , permission_(consent_)
-    , updates_(
-          {audio_.bundle(), audio_.clock(), preferences_, appearance_, relaunch, [this] { terminate(); }})
-    , hardware_(std::make_shared<Actor<HardwareController>>(audio_.environment(), audio_.clock()))
-    , delegate_(std::make_shared<AppDelegate>(
-          MixerDependencies{hardware_, mainThread_, audio_.clock(), permission_, preferences_, updates_}))
+    , updates_({audio_->bundle(), audio_->clock(), audio_->preferences(), appearance_, relaunch,
+                [this] { terminate(); }})
+    , hardware_(std::make_shared<Actor<HardwareController>>(audio_->environment(), audio_->clock()))
+    , delegate_(std::make_shared<AppDelegate>(MixerDependencies{
+          hardware_, mainThread_, audio_->clock(), permission_, audio_->preferences(), updates_}))
     , quitRequests_([this] { terminate(); }) {
-  panel_ = std::make_unique<PanelHost>(delegate_->model(), audio_, appearance_, mainThread_,
+  panel_ = std::make_unique<PanelHost>(delegate_->model(), *audio_, appearance_, mainThread_,
                                        [this] { terminate(); });
 }
 

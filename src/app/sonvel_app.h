@@ -2,16 +2,21 @@
 
 #include "app/app_delegate.h"
 #include "app/app_updates.h"
-#include "app/desktop_audio.h"
 #include "app/panel_host.h"
+#include "app/program_audio.h"
 #include "app/quit_requests.h"
 #include "desktop/consent_library.h"
-#include "desktop/settings_preferences.h"
 #include "model/qt_executor.h"
 
 #include <memory>
 
 namespace sonvel {
+
+/// What the program runs on.
+enum class Machine {
+  real,
+  simulated, ///< in memory; nothing is heard
+};
 
 /// The program: chooses the implementations, joins them, and keeps them from its start to its end. One for
 /// the life of the process. Main thread, with a QApplication.
@@ -19,7 +24,7 @@ class SonvelApp final : private TerminatingApplication {
  public:
   /// Makes everything and shows the tray icon. `relaunch`, which outlives this object, is told when a new
   /// version is to start after it. Throws std::runtime_error if sound can't be set up at all.
-  explicit SonvelApp(updater::Relaunch& relaunch);
+  explicit SonvelApp(updater::Relaunch& relaunch, Machine machine = Machine::real);
 
   /// Lets everything go that is still at work, and waits for it.
   ~SonvelApp() override;
@@ -39,10 +44,9 @@ class SonvelApp final : private TerminatingApplication {
  private:
   void replyToApplicationShouldTerminate(bool mayTerminate) override;
 
-  DesktopAudio audio_;
+  const std::unique_ptr<ProgramAudio> audio_;
   desktop::ConsentLibrary consent_;
   AudioPermission permission_;
-  desktop::SettingsPreferences preferences_;
   desktop::PortalAppearance appearance_;
   QtExecutor mainThread_;
   AppUpdates updates_;

@@ -6,7 +6,6 @@
 
 #include <QCoreApplication>
 #include <optional>
-#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -41,51 +40,27 @@ class ServerNoticeTest : public ::testing::Test {
                                       }};
 };
 
-struct Words {
-  Connection connection;
-  const char* text;
-};
-
-void PrintTo(const Words& words, std::ostream* out) {
-  *out << words.text;
-}
-
-class ServerNoticeWords : public ServerNoticeTest, public ::testing::WithParamInterface<Words> {};
-
-TEST_P(ServerNoticeWords, AreThoseOfTheConnection) {
-  const auto& [connection, text] = GetParam();
-  EXPECT_EQ(serverNotice(connection, Rights::granted), QString(text));
-  EXPECT_EQ(serverNotice(connection, Rights::restricted), QString()) << "the model tells of that";
-  server_.setConnection(connection);
-  const ServerNotice later(server_, mainThread_, [](const QString&) { FAIL() << "nothing has changed"; });
-  EXPECT_EQ(later.text(), QString(text));
+TEST_F(ServerNoticeTest, SaysOnTheMainThreadWhatTheUserSeesChange) {
+  const std::pair<Connection, const char*> cases[] = {
+      {Connection::connecting, "Waiting for the sound service to start."},
+      {Connection::connected, ""},
+      {Connection::lost, "The sound service has stopped. Sonvel goes on by itself when it is back."}};
+  for (const auto& [connection, text] : cases) {
+    EXPECT_EQ(serverNotice(connection, Rights::granted), text);
+    EXPECT_EQ(serverNotice(connection, Rights::restricted), "") << "the permission card says it";
+  }
+  become({Connection::connected, Connection::lost, Connection::connecting}); // before anybody has looked
+  server_.setRights(Rights::granted);
   QCoreApplication::processEvents();
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, ServerNoticeWords,
-    ::testing::Values(Words{Connection::connecting, "Waiting for the sound service to start."},
-                      Words{Connection::connected, ""},
-                      Words{Connection::lost,
-                            "The sound service has stopped. Sonvel goes on by itself when it is back."}));
-
-TEST_F(ServerNoticeTest, TellsOnTheMainThreadWhatChangedOnAnother) {
+  EXPECT_THAT(heard_, IsEmpty());
   become({Connection::connected});
   EXPECT_THAT(heard_, IsEmpty());
   QCoreApplication::processEvents();
-  EXPECT_THAT(heard_, ElementsAre(QString()));
   become({Connection::lost});
   QCoreApplication::processEvents();
-  EXPECT_THAT(heard_, ElementsAre(QString(), serverNotice(Connection::lost, Rights::granted)));
+  EXPECT_THAT(heard_, ElementsAre("", serverNotice(Connection::lost, Rights::granted)));
   EXPECT_EQ(notice_->text(), heard_.back());
   EXPECT_THAT(threads_, ::testing::Each(std::this_thread::get_id()));
-}
-
-TEST_F(ServerNoticeTest, TellsOnlyWhatTheUserSeesChange) {
-  become({Connection::connected, Connection::lost, Connection::connecting}); // before anybody has looked
-  server_.setRights(AudioServer::Rights::granted);
-  QCoreApplication::processEvents();
-  EXPECT_THAT(heard_, IsEmpty());
 }
 
 TEST_F(ServerNoticeTest, IsSilentAfterItsEnd) {

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QQuickItem>
+#include <QQuickWindow>
 #include <QTemporaryDir>
+#include <QTest>
 #include <csignal>
 #include <cstdlib>
 #include <optional>
@@ -41,8 +44,17 @@ TEST_F(SonvelAppTest, EndsOnceHoweverOftenItIsAskedAndBeforeItRuns) {
   EXPECT_EQ(app_->run(), EXIT_SUCCESS);
 }
 
-TEST_F(SonvelAppTest, BearsARequestToEndWhileItIsDestroyed) {
+TEST_F(SonvelAppTest, RunsOnASimulatedMachineAndBearsARequestToEndWhileItIsDestroyed) {
+  app_.emplace(relaunch_, Machine::simulated);
   ASSERT_TRUE(app_->showPanel()); // its work keeps the model, which the end waits for
+  const auto rows = [] {
+    const auto windows = QGuiApplication::topLevelWindows();
+    const auto* const window = windows.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(windows.front());
+    const auto* const root = window != nullptr ? window->contentItem()->childItems().value(0) : nullptr;
+    const auto* const model = root != nullptr ? root->property("model").value<MixerViewModel*>() : nullptr;
+    return model != nullptr ? model->channels()->rows().size() : 0;
+  };
+  EXPECT_TRUE(QTest::qWaitFor([&] { return rows() >= 3; }, 20000)) << rows() << " rows";
   std::raise(SIGTERM);
   app_.reset();
 }
