@@ -1,7 +1,8 @@
-// What the user does. The model changes and the controller is asked to follow in the same moment, so that it
-// is asked in the order of the changes; nobody waits for it.
+// What the user does. Each action asks the controller at once, so that it is asked in the order of the
+// actions; none waits for it.
 
 #include "audio/mixer_math.h"
+#include "engine/hardware_controller.h"
 #include "model/mixer_view_model.h"
 
 #include <algorithm>
@@ -19,31 +20,31 @@ void MixerViewModel::setGain(int percent, ChannelState* channel) {
   if (channel == nullptr) return;
   channel->setGainPercent(percent);
   remember(*channel);
-  if (channel->active()) handOnGain(*channel);
+  if (channel->active()) sendGain(*channel);
 }
 
 void MixerViewModel::toggleMute(ChannelState* channel) {
   if (channel == nullptr) return;
   channel->setMuted(!channel->muted());
   remember(*channel);
-  if (channel->active()) handOnMute(*channel);
+  if (channel->active()) sendMute(*channel);
 }
 
 void MixerViewModel::dismissChannel(ChannelState* channel) {
   if (channel == nullptr) return;
-  // A view may be in the middle of something with the row that calls this.
+  // The view that calls this may go on to use the row.
   dependencies_.mainThread.post([row = channel->shared_from_this()] {});
   const auto objectID = channel->objectID();
   const bool wasActive = channel->active();
   rememberedSettings_.erase(channel->stableKey());
   channels_.removeRowsWithKey(channel->stableKey());
-  if (wasActive) (void)hardware_.removeChannel(objectID);
+  if (wasActive) sendRemoval(objectID);
 }
 
 void MixerViewModel::setOutput(const std::optional<std::string>& uid, ChannelState* channel) {
   if (channel == nullptr) return;
   channel->setOutputUID(uid);
-  if (channel->active()) handOnOutput(*channel);
+  if (channel->active()) (void)sendOutput(shared_from_this(), channel->shared_from_this());
 }
 
 void MixerViewModel::setOutput(const QVariant& uid, ChannelState* channel) {
@@ -62,7 +63,9 @@ QString MixerViewModel::outputName(const QVariant& uid) const {
 
 void MixerViewModel::setMaster(double value) {
   setMasterVolume(value);
-  (void)hardware_.setMasterVolume(static_cast<float>(value));
+  dependencies_.tell([volume = static_cast<float>(value)](HardwareController& controller) {
+    controller.setMasterVolume(volume);
+  });
 }
 
 void MixerViewModel::resetAllVolumes() {
@@ -72,13 +75,14 @@ void MixerViewModel::resetAllVolumes() {
     row->setMuted(false);
     remember(*row);
     if (!row->active()) continue;
-    handOnGain(*row);
-    handOnMute(*row);
+    sendGain(*row);
+    sendMute(*row);
   }
 }
 
 void MixerViewModel::everythingToSystemOutput() {
-  start([self = shared_from_this()] { return self->moveAllToSystemOutput(); });
+  (void)startTask(dependencies_.mainThread,
+                  [self = shared_from_this()] { return self->moveAllToSystemOutput(); });
 }
 
 void MixerViewModel::checkForUpdates() {
@@ -89,25 +93,27 @@ void MixerViewModel::remember(const ChannelState& row) {
   rememberedSettings_[row.stableKey()] = {.gainPercent = row.gainPercent(), .muted = row.muted()};
 }
 
-void MixerViewModel::handOnGain(const ChannelState& row) {
-  (void)hardware_.setGain(MixerMath::percentToGain(row.gainPercent()), row.objectID());
+void MixerViewModel::sendGain(const ChannelState& row) const {
+  dependencies_.tell([gain = MixerMath::percentToGain(row.gainPercent()), objectID = row.objectID()](
+                         HardwareController& controller) { controller.setGain(gain, objectID); });
 }
 
-void MixerViewModel::handOnMute(const ChannelState& row) {
-  (void)hardware_.setMuted(row.muted(), row.objectID());
+void MixerViewModel::sendMute(const ChannelState& row) const {
+  dependencies_.tell([muted = row.muted(), objectID = row.objectID()](HardwareController& controller) {
+    controller.setMuted(muted, objectID);
+  });
 }
 
-void MixerViewModel::handOnOutput(ChannelState& row) {
-  (void)moveToOutput(shared_from_this(), row.shared_from_this());
+void MixerViewModel::sendRemoval(AudioObjectID objectID) const {
+  dependencies_.tell([objectID](HardwareController& controller) { controller.removeChannel(objectID); });
 }
 
-QCoro::Task<> MixerViewModel::moveToOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row) {
-  try {
-    co_await model->hardware_.setOutput(row->outputUID(), row->objectID());
-    row->setLastError(std::nullopt);
-  } catch (const std::exception& error) {
-    row->setLastError(error.what());
-  }
+QCoro::Task<> MixerViewModel::sendOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row) {
+  auto move =
+      model->dependencies_.ask([uid = row->outputUID(), objectID = row->objectID()](
+                                   HardwareController& controller) { controller.setOutput(uid, objectID); });
+  const auto moved = co_await std::move(move);
+  row->setLastError(moved.failure);
 }
 
 QCoro::Task<> MixerViewModel::moveAllToSystemOutput() {
@@ -115,11 +121,9 @@ QCoro::Task<> MixerViewModel::moveAllToSystemOutput() {
   for (const auto& row : rows) {
     row->setOutputUID(std::nullopt);
     if (!row->active()) continue;
-    try {
-      co_await hardware_.setOutput(std::nullopt, row->objectID());
-    } catch (const std::exception&) {
-      continue; // the others are to follow all the same
-    }
+    (void)co_await dependencies_.ask([objectID = row->objectID()](HardwareController& controller) {
+      controller.setOutput(std::nullopt, objectID);
+    });
   }
 }
 

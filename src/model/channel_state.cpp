@@ -52,7 +52,7 @@ void ChannelState::setOutputUID(std::optional<std::string> uid) {
   Q_EMIT outputUIDChanged();
 }
 
-void ChannelState::setLastError(std::optional<std::string> error) {
+void ChannelState::setLastError(std::optional<CallFailure> error) {
   lastError_ = std::move(error);
   Q_EMIT lastErrorChanged();
 }
@@ -72,7 +72,7 @@ QVariant ChannelState::outputUIDText() const {
 }
 
 QVariant ChannelState::lastErrorText() const {
-  return toVariant(lastError_);
+  return lastError_ ? toVariant(lastError_->text) : QVariant();
 }
 
 } // namespace sonvel

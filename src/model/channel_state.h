@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/audio_app.h"
+#include "model/call_failure.h"
 
 #include <QObject>
 #include <QVariant>
@@ -23,6 +24,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
   Q_PROPERTY(bool isPlaying READ isPlaying WRITE setPlaying NOTIFY isPlayingChanged)
   Q_PROPERTY(QVariant outputUID READ outputUIDText NOTIFY outputUIDChanged)
   Q_PROPERTY(QVariant lastError READ lastErrorText NOTIFY lastErrorChanged)
+  Q_PROPERTY(int lastErrorStatus READ lastErrorStatus NOTIFY lastErrorChanged)
   Q_PROPERTY(int zeroStreak READ zeroStreak WRITE setZeroStreak NOTIFY zeroStreakChanged)
   Q_PROPERTY(int idleTicks READ idleTicks WRITE setIdleTicks NOTIFY idleTicksChanged)
 
@@ -74,10 +76,10 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   void setOutputUID(std::optional<std::string> uid);
 
-  /// Why the tap could not be started or moved, in one line; none after a success.
-  const std::optional<std::string>& lastError() const noexcept { return lastError_; }
+  /// Why the tap could not be started or moved; none after a success.
+  const std::optional<CallFailure>& lastError() const noexcept { return lastError_; }
 
-  void setLastError(std::optional<std::string> error);
+  void setLastError(std::optional<CallFailure> error);
 
   /// Polls in a row at which the tap was silent although the application plays.
   int zeroStreak() const noexcept { return zeroStreak_; }
@@ -95,6 +97,9 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   QVariant outputUIDText() const;
   QVariant lastErrorText() const;
+
+  /// What the audio system returned; 0 if it was not what failed.
+  int lastErrorStatus() const { return lastError_ ? lastError_->status.value_or(kNoError) : kNoError; }
 
  Q_SIGNALS:
   void appChanged();
@@ -117,7 +122,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
   bool active_ = false;
   bool isPlaying_ = true;
   std::optional<std::string> outputUID_;
-  std::optional<std::string> lastError_;
+  std::optional<CallFailure> lastError_;
   int zeroStreak_ = 0;
   int idleTicks_ = 0;
 };

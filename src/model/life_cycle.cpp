@@ -1,9 +1,24 @@
-// How the model comes up, what it does when the panel comes and goes, and how it ends.
+// How the model starts, what it does when the panel or the permission comes and goes, and how it ends.
 
+#include "engine/hardware_controller.h"
 #include "model/mixer_view_model.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace sonvel {
 namespace {
+
+/// Smaller differences are the device's rounding of what the user has set.
+constexpr double kMasterVolumeTolerance = 0.02;
+
+MixerStatus afterRevocation(const CallOutcome<std::vector<HardwareTeardownResult>>& outcome) {
+  using enum MixerStatus::Event;
+  if (outcome.failure) return {.event = restorationFails, .failures = outcome.failure->text};
+  const auto failed = std::ranges::find_if_not(*outcome.value, &HardwareTeardownResult::restored);
+  if (failed == outcome.value->end()) return {.event = permissionRevoked};
+  return {.event = restorationFails, .failures = failed->failureText()};
+}
 
 /// As the user's language puts names in order, whatever their case.
 QCollator makeNameOrder() {
@@ -16,10 +31,19 @@ QCollator makeNameOrder() {
 
 MixerViewModel::MixerViewModel(MixerDependencies dependencies)
     : dependencies_(std::move(dependencies))
-    , hardware_(dependencies_.hardware, dependencies_.mainThread)
     , nameOrder_(makeNameOrder())
-    , isFirstRun_(!dependencies_.preferences.boolForKey(firstRunKey))
-    , updatesAvailable_(dependencies_.updates.isAvailable()) {}
+    , updatesAvailable_(dependencies_.updates.isAvailable())
+    , permission_(dependencies_, {.granted = [this] { return reconcile(); },
+                                  .revoked = [this] { return handlePermissionRevocation(); }})
+    , polling_(dependencies_, channels_, audibleIDs_,
+               {.refreshMaster = [this] { return refreshMaster(); },
+                .reconcile = [this] { return reconcile(); }}) {
+  connect(&permission_, &PermissionFlow::statusChanged, this, &MixerViewModel::permissionChanged);
+  connect(&permission_, &PermissionFlow::isGrantedChanged, this, &MixerViewModel::permissionGrantedChanged);
+  connect(&permission_, &PermissionFlow::isRequestingChanged, this,
+          &MixerViewModel::isRequestingPermissionChanged);
+  connect(&permission_, &PermissionFlow::isFirstRunChanged, this, &MixerViewModel::isFirstRunChanged);
+}
 
 MixerViewModel::~MixerViewModel() {
   cancelTasks();
@@ -27,36 +51,57 @@ MixerViewModel::~MixerViewModel() {
 
 void MixerViewModel::onAppear() {
   isPanelOpen_ = true;
-  ensurePermissionMonitor();
-  start([self = shared_from_this()] { return self->bootstrap(); });
+  permission_.ensureMonitor({shared_from_this(), &permission_});
+  (void)startTask(dependencies_.mainThread, [self = shared_from_this()] { return self->bootstrap(); });
 }
 
 QCoro::Task<> MixerViewModel::bootstrap() {
-  setPermission(dependencies_.permission.status());
-  setPermissionGranted(permission_ == AudioCaptureStatus::authorized);
-  if (permissionGranted_) markOnboarded();
-  setOutputDevices(co_await hardware_.outputDevices());
+  permission_.refresh();
+  const auto devices = co_await dependencies_.ask(&HardwareController::outputDevices);
+  if (devices.value) setOutputDevices(*devices.value);
   co_await reconcile();
   co_await refreshMaster();
-  if (isPanelOpen_ && !isQuitting_) startPolling(); // it may have gone meanwhile
+  // The panel may have been closed meanwhile.
+  if (isPanelOpen_ && !isQuitting_) polling_.start({shared_from_this(), &polling_});
 }
 
 void MixerViewModel::onDisappear() {
   isPanelOpen_ = false;
-  if (pollTask_) pollTask_->cancel();
-  pollTask_.reset();
+  polling_.cancel();
 }
 
 QCoro::Task<> MixerViewModel::teardownForQuit() {
   const auto self = shared_from_this();
   isQuitting_ = true;
   cancelTasks();
-  (void)co_await hardware_.teardownAll();
+  (void)co_await dependencies_.ask(&HardwareController::teardownAll);
 }
 
 void MixerViewModel::cancelTasks() {
-  if (pollTask_) pollTask_->cancel();
-  if (permissionMonitorTask_) permissionMonitorTask_->cancel();
+  polling_.cancel();
+  permission_.cancelMonitor();
+}
+
+void MixerViewModel::requestPermission() {
+  permission_.request({shared_from_this(), &permission_});
+}
+
+QCoro::Task<> MixerViewModel::handlePermissionRevocation() {
+  const auto outcome = co_await dependencies_.ask(&HardwareController::teardownAll);
+  audibleIDs_.clear();
+  for (const auto& row : channels_.rows()) {
+    row->setActive(false);
+    row->setLevel(0.0F);
+  }
+  setStatus(afterRevocation(outcome));
+}
+
+QCoro::Task<> MixerViewModel::refreshMaster() {
+  const auto volume = co_await dependencies_.ask(&HardwareController::masterVolume);
+  if (!volume.value) co_return;
+  setMasterSupported(volume.value->has_value());
+  if (volume.value->has_value() && std::abs(double{**volume.value} - masterVolume_) > kMasterVolumeTolerance)
+    setMasterVolume(**volume.value);
 }
 
 QVariantList MixerViewModel::outputDeviceMaps() const {
@@ -82,27 +127,7 @@ void MixerViewModel::setOutputDevices(std::vector<AudioOutputDevice> devices) {
   Q_EMIT outputDevicesChanged();
 }
 
-void MixerViewModel::setPermission(AudioCaptureStatus permission) {
-  permission_ = permission;
-  Q_EMIT permissionChanged();
-}
-
-void MixerViewModel::setPermissionGranted(bool isGranted) {
-  permissionGranted_ = isGranted;
-  Q_EMIT permissionGrantedChanged();
-}
-
-void MixerViewModel::setRequestingPermission(bool isRequesting) {
-  isRequestingPermission_ = isRequesting;
-  Q_EMIT isRequestingPermissionChanged();
-}
-
-void MixerViewModel::setFirstRun(bool isFirstRun) {
-  isFirstRun_ = isFirstRun;
-  Q_EMIT isFirstRunChanged();
-}
-
-void MixerViewModel::setStatus(QString status) {
+void MixerViewModel::setStatus(MixerStatus status) {
   status_ = std::move(status);
   Q_EMIT statusChanged();
 }

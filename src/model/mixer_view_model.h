@@ -1,34 +1,22 @@
 #pragma once
 
-#include "audio/audio_permission.h"
+#include "audio/output_devices.h"
 #include "model/channel_list.h"
-#include "model/hardware_calls.h"
-#include "model/task.h"
-#include "model/update_checking.h"
-#include "platform/preferences.h"
+#include "model/mixer_dependencies.h"
+#include "model/mixer_status.h"
+#include "model/permission_flow.h"
+#include "model/polling.h"
 
 #include <QCollator>
-#include <unordered_set>
 
 namespace sonvel {
 
-/// What the model is made with. The referents outlive the model and its tasks, and `mainThread` every answer
-/// of `permission` too.
-struct MixerDependencies {
-  std::shared_ptr<Actor<HardwareController>> hardware;
-  Executor& mainThread; ///< runs on the thread of the model
-  Clock& clock;
-  AudioPermission& permission;
-  Preferences& preferences;
-  UpdateChecking& updates;
-};
-
 /// One row for each application that plays or has played, and everything that the panel shows and does.
 ///
-/// Held by a shared_ptr, and by each of its tasks while that task is at work: it goes when the last of them
-/// lets go, on the main thread. Its end cancels no task and takes no tap down; teardownForQuit does. Main
-/// thread, which no member makes wait for sound. Every write of a property is announced, also of an equal
-/// value.
+/// Held by a shared_ptr, and by each of its tasks while that task is at work, so that it is destroyed on the
+/// main thread when the last of them ends. Its destructor cancels the tasks that sleep and takes no tap down;
+/// teardownForQuit does both. Main thread; no member waits for the audio system. Every write of a property
+/// is announced, also of an equal value.
 class MixerViewModel final : public QObject, public std::enable_shared_from_this<MixerViewModel> {
   Q_OBJECT
   Q_PROPERTY(sonvel::ChannelList* channels READ channels CONSTANT)
@@ -39,17 +27,16 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   Q_PROPERTY(bool permissionGranted READ permissionGranted NOTIFY permissionGrantedChanged)
   Q_PROPERTY(bool isRequestingPermission READ isRequestingPermission NOTIFY isRequestingPermissionChanged)
   Q_PROPERTY(bool isFirstRun READ isFirstRun NOTIFY isFirstRunChanged)
-  Q_PROPERTY(QString status READ status NOTIFY statusChanged)
+  Q_PROPERTY(sonvel::MixerStatus status READ status NOTIFY statusChanged)
   Q_PROPERTY(bool updatesAvailable READ updatesAvailable CONSTANT)
 
  public:
-  /// The key of the preference that says whether the user has been welcomed.
-  static constexpr const char* firstRunKey = "com.quellmarsh.sonvel.didOnboard";
+  static constexpr const char* firstRunKey = PermissionFlow::firstRunKey;
 
-  /// Reads that preference and does nothing else.
+  /// Reads the preference of the first run and does nothing else.
   explicit MixerViewModel(MixerDependencies dependencies);
 
-  /// Ends the tasks that only sleep, so that none is left to wake when the clock is gone too.
+  /// A task that slept on would use the clock after its end.
   ~MixerViewModel() override;
 
   MixerViewModel(const MixerViewModel&) = delete;
@@ -67,33 +54,30 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   const std::vector<AudioOutputDevice>& outputDevices() const noexcept { return outputDevices_; }
 
-  /// As it was learnt last.
-  AudioCaptureStatus permission() const noexcept { return permission_; }
+  AudioCaptureStatus permission() const noexcept { return permission_.status(); }
 
-  /// Whether taps may be started.
-  bool permissionGranted() const noexcept { return permissionGranted_; }
+  bool permissionGranted() const noexcept { return permission_.isGranted(); }
 
-  /// From the user's request to its answer.
-  bool isRequestingPermission() const noexcept { return isRequestingPermission_; }
+  bool isRequestingPermission() const noexcept { return permission_.isRequesting(); }
 
-  bool isFirstRun() const noexcept { return isFirstRun_; }
+  bool isFirstRun() const noexcept { return permission_.isFirstRun(); }
 
-  /// One line about the whole; empty at first.
-  const QString& status() const noexcept { return status_; }
+  /// What the status line is about.
+  const MixerStatus& status() const noexcept { return status_; }
 
   bool updatesAvailable() const noexcept { return updatesAvailable_; }
 
   // The life of the panel and the program.
 
-  /// The panel has appeared: watches the permission from the first time on, brings everything up to date and
-  /// polls.
+  /// The panel has appeared: brings everything up to date and starts to poll. From the first time on the
+  /// permission is watched.
   Q_INVOKABLE void onAppear();
 
-  /// The panel has gone: ends the polling. Taps and the watch on the permission go on.
+  /// The panel has gone: ends the polling. The taps stay, and the permission is still watched.
   Q_INVOKABLE void onDisappear();
 
-  /// Ends all periodic work and gives every application its own output back; over when that has been tried.
-  /// No tap is started from here on.
+  /// Cancels all periodic work and gives every application its own output back. It has ended when that has
+  /// been tried. No tap is started after this call.
   QCoro::Task<> teardownForQuit();
 
   // What the user does. Each changes the model before it returns, and does not wait for the hardware to
@@ -104,7 +88,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   Q_INVOKABLE void toggleMute(sonvel::ChannelState* channel);
 
-  /// Removes the row and forgets its settings. The row lives on until control is back in the event loop.
+  /// Removes the row and forgets its settings. The object itself lives until the event loop runs next.
   Q_INVOKABLE void dismissChannel(sonvel::ChannelState* channel);
 
   /// None follows the system output.
@@ -125,8 +109,8 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// Every row to 100 percent, unmuted.
   Q_INVOKABLE void resetAllVolumes();
 
-  /// Every row back to the system output, one after the other, without a word of failures. The rows change
-  /// as their turn comes.
+  /// Every row back to the system output, one after the other: each row changes when its turn comes.
+  /// Failures are not shown.
   Q_INVOKABLE void everythingToSystemOutput();
 
   /// Asks for the permission to capture; the answer shows in the properties.
@@ -155,7 +139,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
     bool operator==(const RememberedSettings&) const = default;
   };
 
-  /// What playing a row depends on.
+  /// What a tap is started with.
   struct ChannelSettings {
     explicit ChannelSettings(const ChannelState& row);
 
@@ -167,11 +151,12 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// The keys that play, each once and with its first application, in the order of the list.
   using AudibleMap = std::vector<std::pair<std::string, AudioApp>>;
 
-  // A coroutine that is a member is awaited by one that holds the model until then.
-
-  template <class Body> void start(Body body) { (void)startTask(dependencies_.mainThread, std::move(body)); }
+  // Whoever awaits one of the coroutines below holds the model until then.
 
   void cancelTasks();
+  QCoro::Task<> bootstrap();
+  QCoro::Task<> refreshMaster();
+  QCoro::Task<> handlePermissionRevocation();
 
   // Reconciliation: bringing the rows in line with the applications that play.
   QCoro::Task<> reconcile();
@@ -182,65 +167,35 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   void catchUp(ChannelState& row, const ChannelSettings& started);
   bool hasRowFor(AudioObjectID objectID) const;
   void sortRows();
-  QString rowCounts() const;
-
-  // Polling, while the panel is there.
-  void startPolling();
-  static QCoro::Task<> poll(std::weak_ptr<MixerViewModel> weakModel, Clock& clock, Executor& mainThread,
-                            std::stop_token cancellation);
-  QCoro::Task<> pollMeters();
-  QCoro::Task<> refreshMaster();
+  MixerStatus rowCounts() const;
 
   // Actions.
   void remember(const ChannelState& row);
-  void handOnGain(const ChannelState& row);
-  void handOnMute(const ChannelState& row);
-  void handOnOutput(ChannelState& row);
-  static QCoro::Task<> moveToOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row);
+  void sendGain(const ChannelState& row) const;
+  void sendMute(const ChannelState& row) const;
+  void sendRemoval(AudioObjectID objectID) const;
+  static QCoro::Task<> sendOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row);
   QCoro::Task<> moveAllToSystemOutput();
-
-  // Permission.
-  void ensurePermissionMonitor();
-  static QCoro::Task<> monitorPermission(std::weak_ptr<MixerViewModel> weakModel, Clock& clock,
-                                         Executor& mainThread, std::stop_token cancellation);
-  QCoro::Task<> checkPermission();
-  QCoro::Task<> handlePermissionRevocation();
-  static QCoro::Task<> receiveAnswer(std::weak_ptr<MixerViewModel> weakModel, bool isGranted);
-  QCoro::Task<> probePermission();
-  QCoro::Task<> finishRequest(bool isGranted);
-  void markOnboarded();
-
-  QCoro::Task<> bootstrap();
 
   QVariantList outputDeviceMaps() const;
   void setMasterVolume(double volume);
   void setMasterSupported(bool isSupported);
   void setOutputDevices(std::vector<AudioOutputDevice> devices);
-  void setPermission(AudioCaptureStatus permission);
-  void setPermissionGranted(bool isGranted);
-  void setRequestingPermission(bool isRequesting);
-  void setFirstRun(bool isFirstRun);
-  void setStatus(QString status);
+  void setStatus(MixerStatus status);
 
   const MixerDependencies dependencies_;
-  const HardwareCalls hardware_;
   const QCollator nameOrder_;
+  const bool updatesAvailable_;
 
   ChannelList channels_;
   double masterVolume_ = 1.0;
   bool masterSupported_ = true;
   std::vector<AudioOutputDevice> outputDevices_;
-  AudioCaptureStatus permission_ = AudioCaptureStatus::unknown;
-  bool permissionGranted_ = false;
-  bool isRequestingPermission_ = false;
-  bool isFirstRun_;
-  QString status_;
-  const bool updatesAvailable_;
-
+  MixerStatus status_;
   std::map<std::string, RememberedSettings> rememberedSettings_; ///< by stable key
   std::unordered_set<AudioObjectID> audibleIDs_;                 ///< at the last reconciliation
-  std::optional<Task> pollTask_;
-  std::optional<Task> permissionMonitorTask_;
+  PermissionFlow permission_;
+  Polling polling_;
   bool isPanelOpen_ = false;
   bool isQuitting_ = false;
 };

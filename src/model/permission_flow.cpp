@@ -1,101 +1,111 @@
-// Asking for the permission to capture, and following it while the program runs.
+#include "model/permission_flow.h"
 
+#include "engine/hardware_controller.h"
 #include "model/clock_sleep.h"
-#include "model/mixer_view_model.h"
-
-#include <algorithm>
 
 namespace sonvel {
 namespace {
 
 constexpr std::chrono::seconds kMonitorInterval{5};
 
-QString revocationText(const std::vector<HardwareTeardownResult>& results) {
-  const auto failed = std::ranges::find_if_not(results, &HardwareTeardownResult::restored);
-  if (failed == results.end())
-    return QStringLiteral("Audio access was revoked. Audio was restored to its normal output.");
-  return QStringLiteral("Audio access was revoked. ") + QStringLiteral("Audio restoration is retrying: ") +
-         QString::fromStdString(failed->failureText());
-}
-
 } // namespace
 
-void MixerViewModel::requestPermission() {
+PermissionFlow::PermissionFlow(const MixerDependencies& dependencies, Consequences consequences)
+    : dependencies_(dependencies)
+    , consequences_(std::move(consequences))
+    , isFirstRun_(!dependencies.preferences.boolForKey(firstRunKey)) {}
+
+void PermissionFlow::refresh() {
+  setStatus(dependencies_.permission.status());
+  if (isGranted_) markOnboarded();
+}
+
+void PermissionFlow::request(const Self& self) {
   markOnboarded(); // whatever the answer will be, the user has acted
-  setRequestingPermission(true);
+  setRequesting(true);
   const bool isAsked = dependencies_.permission.request(
-      [weakModel = weak_from_this(), &mainThread = dependencies_.mainThread](bool isGranted) {
-        // On any thread, which must not come to hold the model.
-        (void)startTask(mainThread, [weakModel, isGranted] { return receiveAnswer(weakModel, isGranted); });
+      [weakSelf = std::weak_ptr(self), &mainThread = dependencies_.mainThread](bool isGranted) {
+        // This may be any thread. Only the main thread may hold the model, since it may be the last to.
+        (void)startTask(mainThread, [weakSelf, isGranted] { return receiveAnswer(weakSelf, isGranted); });
       });
-  if (!isAsked) start([self = shared_from_this()] { return self->probePermission(); });
+  if (!isAsked) (void)startTask(dependencies_.mainThread, [self] { return probe(self); });
 }
 
-QCoro::Task<> MixerViewModel::receiveAnswer(std::weak_ptr<MixerViewModel> weakModel, bool isGranted) {
-  if (const auto model = weakModel.lock()) co_await model->finishRequest(isGranted);
+QCoro::Task<> PermissionFlow::receiveAnswer(std::weak_ptr<PermissionFlow> weakSelf, bool isGranted) {
+  if (const auto self = weakSelf.lock()) co_await self->finishRequest(isGranted);
 }
 
-QCoro::Task<> MixerViewModel::probePermission() {
-  const auto couldCapture = co_await hardware_.probeCapture();
-  co_await finishRequest(couldCapture.value_or(false));
+QCoro::Task<> PermissionFlow::probe(Self self) {
+  auto reply = self->dependencies_.hardware
+                   ->callForAnswer<std::optional<bool>>(
+                       [](HardwareController& controller, HardwareController::ProbeAnswer answer) {
+                         controller.probeCapture(std::move(answer));
+                       })
+                   .resumeOn(self->dependencies_.mainThread);
+  const auto outcome = co_await MixerDependencies::outcomeOf(std::move(reply));
+  co_await self->finishRequest(outcome.value && outcome.value->value_or(false));
 }
 
-QCoro::Task<> MixerViewModel::finishRequest(bool isGranted) {
-  setPermission(isGranted ? AudioCaptureStatus::authorized : dependencies_.permission.status());
-  setPermissionGranted(permission_ == AudioCaptureStatus::authorized);
-  setRequestingPermission(false);
-  if (!permissionGranted_) co_return;
+QCoro::Task<> PermissionFlow::finishRequest(bool isGranted) {
+  setStatus(isGranted ? AudioCaptureStatus::authorized : dependencies_.permission.status());
+  setRequesting(false);
+  if (!isGranted_) co_return;
   markOnboarded();
-  co_await reconcile();
+  co_await consequences_.granted();
 }
 
-void MixerViewModel::ensurePermissionMonitor() {
-  if (permissionMonitorTask_) return;
-  permissionMonitorTask_ = startTask(
-      dependencies_.mainThread, [weakModel = weak_from_this(), &clock = dependencies_.clock,
-                                 &mainThread = dependencies_.mainThread](std::stop_token cancellation) {
-        return monitorPermission(weakModel, clock, mainThread, std::move(cancellation));
-      });
+void PermissionFlow::ensureMonitor(const Self& self) {
+  if (monitorTask_) return;
+  monitorTask_ = startTask(dependencies_.mainThread,
+                           [weakSelf = std::weak_ptr(self), &clock = dependencies_.clock,
+                            &mainThread = dependencies_.mainThread](std::stop_token cancellation) {
+                             return monitor(weakSelf, clock, mainThread, std::move(cancellation));
+                           });
 }
 
-QCoro::Task<> MixerViewModel::monitorPermission(std::weak_ptr<MixerViewModel> weakModel, Clock& clock,
-                                                Executor& mainThread, std::stop_token cancellation) {
+void PermissionFlow::cancelMonitor() {
+  if (monitorTask_) monitorTask_->cancel();
+}
+
+QCoro::Task<> PermissionFlow::monitor(std::weak_ptr<PermissionFlow> weakSelf, Clock& clock,
+                                      Executor& mainThread, std::stop_token cancellation) {
   while (!cancellation.stop_requested()) {
-    auto model = weakModel.lock();
-    if (!model) co_return;
-    co_await model->checkPermission();
-    model.reset(); // the monitor must not keep the model over its sleep
+    auto self = weakSelf.lock();
+    if (!self) co_return;
+    co_await self->check();
+    self.reset(); // the sleep must not keep the model
     co_await ClockSleep(clock, mainThread, kMonitorInterval, cancellation);
   }
 }
 
-QCoro::Task<> MixerViewModel::checkPermission() {
+QCoro::Task<> PermissionFlow::check() {
   const auto reading = dependencies_.permission.status();
   const bool isRefused = reading == AudioCaptureStatus::denied || reading == AudioCaptureStatus::undetermined;
-  if (permissionGranted_ && isRefused) {
-    setPermission(reading);
-    setPermissionGranted(false);
-    co_await handlePermissionRevocation();
-  } else if (!permissionGranted_) {
-    setPermission(reading);
-    setPermissionGranted(reading == AudioCaptureStatus::authorized);
-    if (permissionGranted_) markOnboarded();
+  if (!isGranted_) {
+    setStatus(reading);
+    if (isGranted_) markOnboarded();
+  } else if (isRefused) {
+    setStatus(reading);
+    co_await consequences_.revoked();
   }
 }
 
-QCoro::Task<> MixerViewModel::handlePermissionRevocation() {
-  const auto results = co_await hardware_.teardownAll();
-  audibleIDs_.clear();
-  for (const auto& row : channels_.rows()) {
-    row->setActive(false);
-    row->setLevel(0.0F);
-  }
-  setStatus(revocationText(results));
-}
-
-void MixerViewModel::markOnboarded() {
+void PermissionFlow::markOnboarded() {
   (void)dependencies_.preferences.setBool(true, firstRunKey);
-  setFirstRun(false);
+  isFirstRun_ = false;
+  Q_EMIT isFirstRunChanged();
+}
+
+void PermissionFlow::setStatus(AudioCaptureStatus status) {
+  status_ = status;
+  Q_EMIT statusChanged();
+  isGranted_ = status == AudioCaptureStatus::authorized;
+  Q_EMIT isGrantedChanged();
+}
+
+void PermissionFlow::setRequesting(bool isRequesting) {
+  isRequesting_ = isRequesting;
+  Q_EMIT isRequestingChanged();
 }
 
 } // namespace sonvel

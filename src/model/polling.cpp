@@ -1,10 +1,8 @@
-// The loop that runs while the panel is there: meters, master volume and reconciliation.
+#include "model/polling.h"
 
 #include "audio/mixer_math.h"
+#include "engine/hardware_controller.h"
 #include "model/clock_sleep.h"
-#include "model/mixer_view_model.h"
-
-#include <cmath>
 
 namespace sonvel {
 namespace {
@@ -13,59 +11,61 @@ constexpr std::chrono::milliseconds kTickInterval{120};
 constexpr unsigned kTicksPerMasterRefresh = 5;
 constexpr unsigned kTicksPerReconciliation = 10;
 
-/// Silent polls in a row at which a tap counts as broken.
+/// Silent polls in a row after which a tap counts as broken.
 constexpr int kZeroStreakToRebuild = 12;
-
-/// Smaller differences are the device's rounding of what the user has set.
-constexpr double kMasterVolumeTolerance = 0.02;
 
 } // namespace
 
-void MixerViewModel::startPolling() {
-  if (pollTask_) pollTask_->cancel();
-  pollTask_ = startTask(dependencies_.mainThread,
-                        [weakModel = weak_from_this(), &clock = dependencies_.clock,
-                         &mainThread = dependencies_.mainThread](std::stop_token cancellation) {
-                          return poll(weakModel, clock, mainThread, std::move(cancellation));
-                        });
+Polling::Polling(const MixerDependencies& dependencies, const ChannelList& channels,
+                 const std::unordered_set<AudioObjectID>& audibleIDs, Duties duties)
+    : dependencies_(dependencies)
+    , channels_(channels)
+    , audibleIDs_(audibleIDs)
+    , duties_(std::move(duties)) {}
+
+void Polling::start(const std::shared_ptr<Polling>& self) {
+  cancel();
+  task_ = startTask(dependencies_.mainThread,
+                    [weakSelf = std::weak_ptr(self), &clock = dependencies_.clock,
+                     &mainThread = dependencies_.mainThread](std::stop_token cancellation) {
+                      return run(weakSelf, clock, mainThread, std::move(cancellation));
+                    });
 }
 
-QCoro::Task<> MixerViewModel::poll(std::weak_ptr<MixerViewModel> weakModel, Clock& clock,
-                                   Executor& mainThread, std::stop_token cancellation) {
+void Polling::cancel() {
+  if (task_) task_->cancel();
+  task_.reset();
+}
+
+QCoro::Task<> Polling::run(std::weak_ptr<Polling> weakSelf, Clock& clock, Executor& mainThread,
+                           std::stop_token cancellation) {
   for (unsigned tick = 0; !cancellation.stop_requested(); ++tick) {
-    const auto model = weakModel.lock();
-    if (!model) co_return;
-    co_await model->pollMeters();
-    if (tick % kTicksPerMasterRefresh == 0) co_await model->refreshMaster();
-    if (tick % kTicksPerReconciliation == 0) co_await model->reconcile();
+    const auto self = weakSelf.lock();
+    if (!self) co_return;
+    co_await self->pollMeters();
+    if (tick % kTicksPerMasterRefresh == 0) co_await self->duties_.refreshMaster();
+    if (tick % kTicksPerReconciliation == 0) co_await self->duties_.reconcile();
     co_await ClockSleep(clock, mainThread, kTickInterval, cancellation);
   }
 }
 
-QCoro::Task<> MixerViewModel::pollMeters() {
-  const auto peaks = co_await hardware_.peaks();
+QCoro::Task<> Polling::pollMeters() {
+  const auto peaks = co_await dependencies_.ask(&HardwareController::peaks);
+  if (!peaks.value) co_return; // the meters stay until the next poll
   const auto rows = channels_.rows();
   for (const auto& row : rows) {
     if (!row->active()) continue;
-    const auto found = peaks.find(row->objectID());
-    const float peak = found != peaks.end() ? found->second : 0.0F;
+    const auto objectID = row->objectID();
+    const auto found = peaks.value->find(objectID);
+    const float peak = found != peaks.value->end() ? found->second : 0.0F;
     row->setLevel(MixerMath::meterLevel(peak));
-    const bool isSilentWhilePlaying = !(peak > 0.0F) && audibleIDs_.contains(row->objectID());
+    const bool isSilentWhilePlaying = !(peak > 0.0F) && audibleIDs_.contains(objectID);
     row->setZeroStreak(isSilentWhilePlaying ? row->zeroStreak() + 1 : 0);
     if (row->zeroStreak() < kZeroStreakToRebuild) continue;
     row->setZeroStreak(0);
-    try {
-      co_await hardware_.rebuild(row->objectID());
-    } catch (const std::exception&) {
-      continue; // as many silent polls later it is tried again
-    }
+    // If this fails, it is tried again after as many silent polls.
+    (void)co_await dependencies_.ask([objectID](HardwareController& c) { c.rebuild(objectID); });
   }
-}
-
-QCoro::Task<> MixerViewModel::refreshMaster() {
-  const auto volume = co_await hardware_.masterVolume();
-  setMasterSupported(volume.has_value());
-  if (volume && std::abs(double{*volume} - masterVolume_) > kMasterVolumeTolerance) setMasterVolume(*volume);
 }
 
 } // namespace sonvel

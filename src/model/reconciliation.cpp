@@ -1,6 +1,7 @@
 // Bringing the rows in line with the applications that play.
 
 #include "audio/mixer_math.h"
+#include "engine/hardware_controller.h"
 #include "model/mixer_view_model.h"
 
 #include <algorithm>
@@ -32,11 +33,12 @@ MixerViewModel::ChannelSettings::ChannelSettings(const ChannelState& row)
     , outputUID(row.outputUID()) {}
 
 QCoro::Task<> MixerViewModel::reconcile() {
-  const auto apps = co_await hardware_.audibleApps();
+  const auto apps = co_await dependencies_.ask(&HardwareController::audibleApps);
+  if (!apps.value) co_return; // the rows stay until the next reconciliation
   audibleIDs_.clear();
-  for (const auto& app : apps)
+  for (const auto& app : *apps.value)
     audibleIDs_.insert(app.objectID);
-  const auto audible = byKey(apps);
+  const auto audible = byKey(*apps.value);
   const auto rowsBefore = channels_.rows();
 
   for (const auto& [key, app] : audible) {
@@ -45,15 +47,16 @@ QCoro::Task<> MixerViewModel::reconcile() {
     if (row->objectID() != app.objectID) row->setApp(app);
     row->setIdleTicks(0);
     row->setPlaying(true);
-    if (permissionGranted_ && !row->active()) co_await startTap(row);
+    if (permissionGranted() && !row->active()) co_await startTap(row);
   }
   co_await pauseMissingRows(audible);
   sortRows();
   setStatus(rowCounts());
 }
 
-/// Null for a row that the user has removed since the reconciliation began: a later one sees the application
-/// for the first time. A row that another reconciliation has made meanwhile is the application's row.
+/// The row of the key, made if there is none; two reconciliations may run at once, and one may have made it
+/// for the other. Null if the user has removed the row since the reconciliation began: the next one makes a
+/// new row.
 ChannelList::Row MixerViewModel::rowFor(const std::string& key, const AudioApp& app,
                                         const std::vector<ChannelList::Row>& rowsBefore) {
   if (auto row = channels_.rowWithKey(key)) return row;
@@ -79,7 +82,9 @@ QCoro::Task<> MixerViewModel::pauseMissingRows(AudibleMap audible) {
     row->setPlaying(false);
     row->setLevel(0.0F);
     if (row->active()) {
-      (void)co_await hardware_.removeChannel(row->objectID());
+      (void)co_await dependencies_.ask([objectID = row->objectID()](HardwareController& controller) {
+        return controller.removeChannel(objectID);
+      });
       row->setActive(false);
       row->setLevel(0.0F); // until here it was metered
     }
@@ -90,17 +95,20 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   if (isQuitting_) co_return;
   const auto app = row->app();
   const ChannelSettings settings(*row);
-  try {
-    co_await hardware_.addChannel(app, MixerMath::percentToGain(settings.gainPercent), settings.muted,
-                                  settings.outputUID);
-  } catch (const std::exception& error) {
+  // In a variable of its own: GCC 12 destroys a closure twice that is made inside the awaited expression.
+  auto start = dependencies_.ask([app, settings](HardwareController& controller) {
+    controller.addChannel(app, MixerMath::percentToGain(settings.gainPercent), settings.muted,
+                          settings.outputUID);
+  });
+  const auto started = co_await std::move(start);
+  if (started.failure) {
     row->setActive(false);
-    row->setLastError(error.what());
+    row->setLastError(started.failure);
     co_return;
   }
   if (!channels_.contains(*row) || row->objectID() != app.objectID) {
-    // The row has gone, or stands for another process, since the start was asked for.
-    if (!hasRowFor(app.objectID)) (void)co_await hardware_.removeChannel(app.objectID);
+    // Since the start was asked for, the row was removed or has come to stand for another process.
+    if (!hasRowFor(app.objectID)) sendRemoval(app.objectID);
     co_return;
   }
   row->setActive(true);
@@ -109,11 +117,11 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   catchUp(*row, settings);
 }
 
-/// Hands on what the user has changed while the row was not active yet, since `started` was read.
+/// Sends what the user has changed since `started` was read, when the row was not active yet.
 void MixerViewModel::catchUp(ChannelState& row, const ChannelSettings& started) {
-  if (row.gainPercent() != started.gainPercent) handOnGain(row);
-  if (row.muted() != started.muted) handOnMute(row);
-  if (row.outputUID() != started.outputUID) handOnOutput(row);
+  if (row.gainPercent() != started.gainPercent) sendGain(row);
+  if (row.muted() != started.muted) sendMute(row);
+  if (row.outputUID() != started.outputUID) (void)sendOutput(shared_from_this(), row.shared_from_this());
 }
 
 bool MixerViewModel::hasRowFor(AudioObjectID objectID) const {
@@ -127,14 +135,13 @@ void MixerViewModel::sortRows() {
   });
 }
 
-QString MixerViewModel::rowCounts() const {
+MixerStatus MixerViewModel::rowCounts() const {
   const auto& rows = channels_.rows();
-  if (rows.empty()) return QStringLiteral("No apps have played audio yet.");
+  if (rows.empty()) return {.event = MixerStatus::Event::noAppsYet};
   const auto playing = std::ranges::count_if(rows, &ChannelState::isPlaying, &ChannelList::Row::operator*);
-  const auto idle = std::ssize(rows) - playing;
-  auto text = QString::number(playing) + QStringLiteral(" playing");
-  if (idle > 0) text += QStringLiteral(" \u00B7 ") + QString::number(idle) + QStringLiteral(" idle");
-  return text;
+  return {.event = MixerStatus::Event::appsListed,
+          .playing = static_cast<int>(playing),
+          .idle = static_cast<int>(std::ssize(rows) - playing)};
 }
 
 } // namespace sonvel

@@ -151,7 +151,7 @@ FocusScope {
             ErrorText {
                 Layout.fillWidth: true
                 visible: root.ch.lastError !== undefined
-                error: root.ch.lastError ?? ""
+                error: PanelText.errorText(root.ch.lastError ?? "", root.ch.lastErrorStatus)
             }
 
             PanelLabel {

@@ -1,73 +1,90 @@
+// The permission, the panel that comes and goes, and the end.
+
 #include "model/model_test.h"
 
-#include <QMetaProperty>
+#include <QSignalSpy>
 
 namespace sonvel {
 namespace {
 
 using enum AudioCaptureStatus;
+using simulated::Call;
 using testing::IsEmpty;
 
-using LifeCycleTest = MixerTest;
+class LifeCycleTest : public MixerTest {
+ protected:
+  static constexpr int kAuthorized = 0;
+  static constexpr int kDenied = 1;
+  static constexpr int kUndetermined = 2;
 
-constexpr const char* kFlag = "com.quellmarsh.sonvel.didOnboard";
+  static constexpr const char* kFlag = "com.quellmarsh.sonvel.didOnboard";
 
-TEST_F(LifeCycleTest, StartsWithoutAWordToAnybody) {
+  void makeModel() {
+    model_ = std::make_shared<MixerViewModel>(
+        MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
+  }
+
+  using State = std::tuple<AudioCaptureStatus, bool, bool>; ///< permission, granted, requesting
+
+  State state() const {
+    return {model_->permission(), model_->permissionGranted(), model_->isRequestingPermission()};
+  }
+
+  void playThree() {
+    for (const std::string name : {"Alpha", "Beta", "Gamma"})
+      play(name, "com.example." + name);
+  }
+
+  void quit() {
+    (void)startTask(mainThread_, [this] { return waitForTeardown(); });
+  }
+
+  QCoro::Task<> waitForTeardown() {
+    co_await model_->teardownForQuit();
+    isCleanAtTheEnd_ = audio_.isClean();
+  }
+
+  std::optional<bool> isCleanAtTheEnd_; ///< none until the teardown is over
+};
+
+TEST_F(LifeCycleTest, StartsWithoutACallToAnybody) {
   EXPECT_TRUE(settle());
   EXPECT_THAT(audio_.log(), IsEmpty());
   EXPECT_EQ(clock_.pendingCount(), 0U);
-  EXPECT_EQ(model_->permission(), unknown);
-  EXPECT_EQ(std::tuple(model_->permissionGranted(), model_->isRequestingPermission(), model_->isFirstRun(),
-                       model_->masterVolume(), model_->masterSupported()),
-            std::tuple(false, false, true, 1.0, true));
-  EXPECT_EQ(model_->status(), "");
+  EXPECT_EQ(state(), State(unknown, false, false));
+  EXPECT_EQ(std::tuple(model_->isFirstRun(), model_->masterVolume(), model_->masterSupported()),
+            std::tuple(true, 1.0, true));
+  EXPECT_EQ(model_->status(), MixerStatus{});
   EXPECT_THAT(model_->outputDevices(), IsEmpty());
-  EXPECT_EQ(model_->channels()->rowCount(), 0);
-  EXPECT_THAT(preferences_.values, IsEmpty());
 }
 
 TEST_F(LifeCycleTest, TheFirstRunEndsWhenThePermissionIsFound) {
-  struct Case {
-    bool wasOnboarded;
-    int preflight;
-    bool isFirstRun; ///< after the panel has appeared
-  };
-
-  for (const auto& [wasOnboarded, preflight, isFirstRun] :
-       {Case{false, 1, true}, Case{false, 0, false}, Case{true, 1, false}, Case{true, 0, false}}) {
-    preferences_.values = {};
-    if (wasOnboarded) preferences_.values[kFlag] = true;
-    consent_.setPreflight(preflight);
-    model_ = std::make_shared<MixerViewModel>(
-        MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
-    EXPECT_EQ(model_->isFirstRun(), !wasOnboarded);
-    openPanel();
-    EXPECT_EQ(model_->isFirstRun(), isFirstRun);
-    EXPECT_EQ(preferences_.boolForKey(kFlag), !isFirstRun);
-    EXPECT_EQ(model_->permission(), preflight == 0 ? authorized : denied);
-    model_->onDisappear();
+  for (const bool wasOnboarded : {false, true}) {
+    for (const int preflight : {kAuthorized, kDenied}) {
+      preferences_.values = {{kFlag, wasOnboarded}};
+      consent_.setPreflight(preflight);
+      makeModel();
+      EXPECT_EQ(model_->isFirstRun(), !wasOnboarded);
+      openPanel();
+      EXPECT_EQ(model_->isFirstRun(), !wasOnboarded && preflight == kDenied);
+      EXPECT_EQ(preferences_.boolForKey(kFlag), !model_->isFirstRun());
+      model_->onDisappear();
+    }
   }
-}
-
-TEST_F(LifeCycleTest, AppearingReturnsBeforeAnythingIsDone) {
-  model_->onAppear();
-  EXPECT_EQ(model_->permission(), unknown);
-  ASSERT_TRUE(settle());
-  EXPECT_EQ(model_->permission(), authorized);
 }
 
 TEST_F(LifeCycleTest, EachAppearanceBringsEverythingUpToDate) {
   openPanel();
-  EXPECT_EQ(model_->outputDevices().size(), 2U);
   EXPECT_EQ(model_->property("outputDevices").toList().at(1).toMap(),
             (QVariantMap{{"uid", "headset"}, {"name", "Headset"}}));
   model_->onDisappear();
-  consent_.setPreflight(1);
+  consent_.setPreflight(kDenied);
   audio_.removeDevice("headset");
-  audio_.setDefaultDevice("speakers");
   model_->setMaster(0.2);
   play("Player", "com.example.player");
-  openPanel();
+  model_->onAppear();
+  EXPECT_EQ(model_->permission(), authorized) << "appearing waits for nothing";
+  ASSERT_TRUE(settle());
   EXPECT_EQ(model_->permission(), denied);
   EXPECT_EQ(model_->outputDevices().size(), 1U);
   EXPECT_NEAR(model_->masterVolume(), 0.2, 1e-6);
@@ -76,132 +93,184 @@ TEST_F(LifeCycleTest, EachAppearanceBringsEverythingUpToDate) {
 
 TEST_F(LifeCycleTest, AClosedPanelCostsTheMonitorsTimerAlone) {
   play("Player", "com.example.player");
-  openPanel();
-  auto* const player = row("com.example.player");
-  model_->setGain(50, player);
-  model_->setOutput(std::string("headset"), player);
-  ASSERT_TRUE(settle());
-  EXPECT_EQ(clock_.pendingCount(), 2U);
-  model_->onDisappear();
-  ASSERT_TRUE(settle());
-  EXPECT_EQ(clock_.pendingCount(), 1U);
+  for (int i = 0; i < 3; ++i) {
+    openPanel();
+    openPanel();
+    EXPECT_EQ(clock_.pendingCount(), 2U) << "one loop, one monitor";
+    model_->onDisappear();
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(clock_.pendingCount(), 1U);
+  }
   audio_.clearLog();
   pass(30s);
   EXPECT_THAT(audio_.log(), IsEmpty());
-  EXPECT_TRUE(player->active());
-  EXPECT_FLOAT_EQ(heard("headset"), 0.125F);
-}
-
-TEST_F(LifeCycleTest, APanelThatHasGoneBeforeItWasUpToDateIsNotPolledFor) {
+  EXPECT_TRUE(row("com.example.player")->active());
   model_->onAppear();
   model_->onDisappear();
   ASSERT_TRUE(settle());
-  EXPECT_EQ(clock_.pendingCount(), 1U);
-  model_->onAppear();
-  model_->onDisappear();
-  model_->onAppear();
-  ASSERT_TRUE(settle());
-  EXPECT_TRUE(MixerInspector::isPolling(*model_));
-  EXPECT_EQ(clock_.pendingCount(), 2U);
+  EXPECT_EQ(clock_.pendingCount(), 1U) << "it was closed before it was up to date";
 }
 
-class QuitTest : public MixerTest {
- protected:
-  void quit() {
-    (void)startTask(mainThread_, [this] { return waitForTeardown(); });
-  }
-
-  QCoro::Task<> waitForTeardown() {
-    co_await model_->teardownForQuit();
-    isOver_ = true;
-    isCleanAtTheEnd_ = audio_.isClean();
-  }
-
-  bool isOver_ = false;
-  bool isCleanAtTheEnd_ = false;
-};
-
-TEST_F(QuitTest, GivesEverythingBackBeforeItIsOver) {
-  for (const std::string name : {"Alpha", "Beta", "Gamma"})
-    play(name, "com.example." + name);
-  openPanel();
-  EXPECT_EQ(audio_.taps().size(), 3U);
-  quit();
-  ASSERT_TRUE(settle());
-  EXPECT_TRUE(isOver_);
-  EXPECT_TRUE(isCleanAtTheEnd_);
-  EXPECT_EQ(clock_.pendingCount(), 0U) << "nothing waits any more";
-}
-
-TEST_F(QuitTest, IsOverAtOnceIfThePanelWasNeverOpened) {
-  quit();
-  ASSERT_TRUE(settle());
-  EXPECT_TRUE(isOver_);
-  EXPECT_THAT(audio_.log(), IsEmpty());
-}
-
-TEST_F(QuitTest, WhatIsUnderWayStartsNothingAnyMore) {
-  for (const std::string name : {"Alpha", "Beta", "Gamma"})
-    play(name, "com.example." + name);
-  HeldCall held(audio_, {.call = simulated::Call::createProcessTap});
+TEST_F(LifeCycleTest, QuittingGivesEverythingBackBeforeItIsOverAndStartsNothing) {
+  playThree();
+  HeldCall held(audio_, {.call = Call::createProcessTap});
   model_->onAppear();
   ASSERT_TRUE(pumpUntil([&] { return held.isHeld(); }));
   quit();
   pump();
-  EXPECT_FALSE(isOver_);
+  EXPECT_EQ(isCleanAtTheEnd_, std::nullopt);
   held.release();
   ASSERT_TRUE(settle());
-  EXPECT_TRUE(isOver_);
-  EXPECT_TRUE(isCleanAtTheEnd_);
+  EXPECT_EQ(isCleanAtTheEnd_, true);
   EXPECT_TRUE(audio_.isClean());
-  EXPECT_EQ(clock_.pendingCount(), 0U) << "nor does the polling";
+  EXPECT_EQ(clock_.pendingCount(), 0U) << "nothing waits any more";
 }
 
-TEST_F(QuitTest, IsOverAlsoIfSomethingCanNotBeGivenBack) {
+TEST_F(LifeCycleTest, QuittingIsOverAlsoIfSomethingCanNotBeGivenBack) {
   play("Player", "com.example.player");
   openPanel();
-  audio_.fail({.call = simulated::Call::destroyProcessTap});
+  audio_.fail({.call = Call::destroyProcessTap});
   quit();
   ASSERT_TRUE(settle());
-  EXPECT_TRUE(isOver_);
-  EXPECT_FALSE(isCleanAtTheEnd_);
+  EXPECT_EQ(isCleanAtTheEnd_, false);
   pass(2s);
   EXPECT_TRUE(audio_.isClean());
 }
 
 TEST_F(LifeCycleTest, UpdatesAreThereOrNot) {
-  EXPECT_FALSE(model_->updatesAvailable());
-  model_->checkForUpdates();
-  EXPECT_EQ(updates_.checks, 0);
-  updates_.available = true;
-  model_ = std::make_shared<MixerViewModel>(
-      MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
-  EXPECT_TRUE(model_->updatesAvailable());
-  model_->checkForUpdates();
-  EXPECT_EQ(updates_.checks, 1);
+  for (const bool isAvailable : {false, true}) {
+    updates_.available = isAvailable;
+    makeModel();
+    EXPECT_EQ(model_->updatesAvailable(), isAvailable);
+    model_->checkForUpdates();
+    EXPECT_EQ(updates_.checks, isAvailable ? 1 : 0);
+  }
 }
 
 TEST_F(LifeCycleTest, EveryWriteIsAnnouncedAlsoOfTheSameValue) {
-  play("Player", "com.example.player");
   openPanel();
-  std::map<std::string, int> announced;
-  const auto count = [&](const char* name, auto signal) {
-    QObject::connect(model_.get(), signal, [&announced, name] { ++announced[name]; });
-  };
-  count("permission", &MixerViewModel::permissionChanged);
-  count("granted", &MixerViewModel::permissionGrantedChanged);
-  count("first run", &MixerViewModel::isFirstRunChanged);
-  count("devices", &MixerViewModel::outputDevicesChanged);
-  count("status", &MixerViewModel::statusChanged);
-  count("supported", &MixerViewModel::masterSupportedChanged);
-  count("volume", &MixerViewModel::masterVolumeChanged);
+  const auto count = [this](auto signal) { return std::make_unique<QSignalSpy>(model_.get(), signal); };
+  const auto permission = count(&MixerViewModel::permissionChanged);
+  const auto granted = count(&MixerViewModel::permissionGrantedChanged);
+  const auto firstRun = count(&MixerViewModel::isFirstRunChanged);
+  const auto devices = count(&MixerViewModel::outputDevicesChanged);
+  const auto status = count(&MixerViewModel::statusChanged);
+  const auto supported = count(&MixerViewModel::masterSupportedChanged);
+  const auto volume = count(&MixerViewModel::masterVolumeChanged);
   model_->setMaster(model_->masterVolume());
   openPanel();
-  EXPECT_THAT(announced,
-              testing::UnorderedElementsAre(testing::Pair("permission", 1), testing::Pair("granted", 1),
-                                            testing::Pair("first run", 1), testing::Pair("devices", 1),
-                                            testing::Pair("status", 2), testing::Pair("supported", 2),
-                                            testing::Pair("volume", 1)));
+  EXPECT_EQ((std::array{permission->count(), granted->count(), firstRun->count(), devices->count(),
+                        status->count(), supported->count(), volume->count()}),
+            (std::array{qsizetype{1}, qsizetype{1}, qsizetype{1}, qsizetype{1}, qsizetype{2}, qsizetype{2},
+                        qsizetype{1}}));
+}
+
+TEST_F(LifeCycleTest, ARequestIsAnsweredByTheUser) {
+  struct Case {
+    bool answer;
+    std::optional<int> preflight;
+    State state;
+  };
+
+  play("Player", "com.example.player");
+  for (const auto& [answer, preflight, expected] :
+       {Case{false, kDenied, {denied, false, false}}, Case{false, std::nullopt, {unknown, false, false}},
+        Case{false, kUndetermined, {undetermined, false, false}},
+        Case{true, kDenied, {authorized, true, false}}}) {
+    audio_.clearLog();
+    consent_.setPreflight(preflight);
+    model_->requestPermission();
+    EXPECT_FALSE(model_->isFirstRun()) << "the user has acted";
+    ASSERT_TRUE(settle());
+    consent_.answer(answer);
+    EXPECT_TRUE(model_->isRequestingPermission()) << "the answer is applied on the main thread";
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(state(), expected);
+    EXPECT_EQ(reads(property::kProcessObjectList), answer ? 1 : 0);
+  }
+  EXPECT_TRUE(row("com.example.player")->active());
+  model_->requestPermission();
+  model_.reset();
+  audio_.clearLog();
+  consent_.answer(true);
+  ASSERT_TRUE(settle());
+  EXPECT_THAT(audio_.log(), IsEmpty()) << "the answer came too late";
+}
+
+TEST_F(LifeCycleTest, WhereNobodyCanBeAskedTheProbeTells) {
+  struct Case {
+    std::optional<float> sample; ///< of the one application; none: there is none
+    int preflight;
+    State state;
+  };
+
+  consent_.setRequestable(false);
+  for (const auto& [sample, preflight, expected] :
+       {Case{std::nullopt, kUndetermined, {undetermined, false, false}},
+        Case{0.0F, kDenied, {denied, false, false}}, Case{0.25F, kDenied, {authorized, true, false}}}) {
+    const auto process = sample ? play("Player", "com.example.player", *sample) : kAudioObjectUnknown;
+    consent_.setPreflight(preflight);
+    model_->requestPermission();
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(model_->isRequestingPermission(), sample.has_value()) << "the probe listens";
+    heard();
+    pass(600ms);
+    EXPECT_EQ(state(), expected);
+    if (process != kAudioObjectUnknown) audio_.removeProcess(process);
+  }
+}
+
+TEST_F(LifeCycleTest, TheMonitorFollowsTheSettings) {
+  struct Case {
+    std::optional<int> preflight;
+    State state;
+  };
+
+  consent_.setPreflight(kDenied);
+  openPanel();
+  model_->onDisappear();
+  for (const auto& [preflight, expected] :
+       {Case{kUndetermined, {undetermined, false, false}}, Case{kAuthorized, {authorized, true, false}},
+        Case{std::nullopt, {authorized, true, false}}, Case{kDenied, {denied, false, false}}}) {
+    const auto before = state();
+    EXPECT_EQ(model_->isFirstRun(), !preferences_.boolForKey(kFlag));
+    consent_.setPreflight(preflight);
+    pass(kMonitorInterval - 1ns);
+    EXPECT_EQ(state(), before);
+    audio_.clearLog();
+    pass(1ns);
+    EXPECT_EQ(state(), expected);
+    EXPECT_THAT(audio_.log(), IsEmpty()) << "taps wait for the next reconciliation";
+  }
+}
+
+TEST_F(LifeCycleTest, ARevocationGivesEverythingBackAndTellsTheFirstFailure) {
+  using enum MixerStatus::Event;
+  for (const bool fails : {false, true}) {
+    consent_.setPreflight(kAuthorized);
+    playThree();
+    openPanel();
+    model_->setGain(10, row("com.example.Beta"));
+    heard();
+    passTicks(1);
+    model_->onDisappear();
+    if (fails) {
+      audio_.fail({.call = Call::destroyProcessTap, .status = -50, .after = 1});
+      audio_.fail({.call = Call::deviceStop, .status = -51, .after = 2});
+    }
+    consent_.setPreflight(kDenied);
+    pass(kMonitorInterval);
+    EXPECT_EQ(state(), State(denied, false, false));
+    for (const auto& row : model_->channels()->rows())
+      EXPECT_EQ(std::tuple(row->active(), row->level(), row->isPlaying()), std::tuple(false, 0.0F, true));
+    EXPECT_EQ(row("com.example.Beta")->gainPercent(), 10);
+    EXPECT_THAT(MixerInspector::audibleIDs(*model_), IsEmpty());
+    const auto failure = "AudioHardwareDestroyProcessTap (OSStatus -50)";
+    EXPECT_EQ(model_->status(), fails ? (MixerStatus{.event = restorationFails, .failures = failure})
+                                      : MixerStatus{.event = permissionRevoked});
+    pass(2s); // the retry
+    EXPECT_TRUE(audio_.isClean());
+  }
 }
 
 } // namespace

@@ -95,8 +95,8 @@ std::set<AudioObjectID> MixerInspector::audibleIDs(const MixerViewModel& model) 
   return {model.audibleIDs_.begin(), model.audibleIDs_.end()};
 }
 
-bool MixerInspector::isPolling(const MixerViewModel& model) {
-  return model.pollTask_ && !model.pollTask_->isCancelled();
+bool MixerInspector::isPanelOpen(const MixerViewModel& model) {
+  return model.isPanelOpen_;
 }
 
 // HeldCall

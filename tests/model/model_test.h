@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/hardware_controller.h"
 #include "model/mixer_view_model.h"
 #include "model/qt_executor.h"
 #include "model/scripted_desktop.h"
@@ -48,7 +49,7 @@ class MixerInspector {
 
   static std::map<std::string, Settings> remembered(const MixerViewModel& model);
   static std::set<AudioObjectID> audibleIDs(const MixerViewModel& model);
-  static bool isPolling(const MixerViewModel& model);
+  static bool isPanelOpen(const MixerViewModel& model);
 };
 
 /// Which call to hold.

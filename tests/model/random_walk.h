@@ -10,36 +10,6 @@ namespace sonvel {
 /// A world in which anything may happen at random, and what must hold in it whatever has happened.
 class RandomWalk : public MixerTest {
  protected:
-  /// What may happen in one step.
-  enum class Event {
-    gainIsSet,
-    muteIsToggled,
-    rowIsDismissed,
-    outputIsChosen,
-    masterIsSet,
-    volumesAreReset,
-    everythingGoesToSystemOutput,
-    processStarts,
-    processEnds,
-    processRestarts,
-    playingChanges,
-    silenceChanges,
-    deviceComesOrGoes,
-    defaultDeviceChanges,
-    permissionChanges,
-    permissionIsRequested,
-    requestIsAnswered,
-    buildingFails,
-    tearingDownFails,
-    readingFails,
-    objectIsLost,
-    failuresEnd,
-    tickPasses,
-    timePasses,
-    panelAppears,
-    panelDisappears,
-  };
-
   RandomWalk();
 
   void seed(std::uint64_t value) { random_.seed(value); }
@@ -90,14 +60,27 @@ class RandomWalk : public MixerTest {
     AudioObjectID aggregate;
   };
 
-  void happen(Event event);
-  void userDoes(Event event);
-  void playersDo(Event event);
-  void machineDoes(Event event);
-  void hardwareFails(Event event);
+  /// Something that may happen in one step.
+  struct Action {
+    const char* name;
+    unsigned weight; ///< how often it happens, compared with the others
+    void (*act)(RandomWalk& walk);
+  };
+
+  static const std::vector<Action>& actions();
+
   void loseObject();
+  void failTearingDown();
   std::optional<SessionObjects> anySession();
-  void permissionDoes(Event event);
+  Player* anyRunningPlayer();
+
+  /// One of `values`, by chance.
+  template <class Values> const auto& anyOf(const Values& values) {
+    return values.at(pick(static_cast<unsigned>(values.size())));
+  }
+
+  /// Adds to the history of this step.
+  void note(const std::string& text) { history_.back() += " " + text; }
 
   void start(Player& player);
   ChannelState* anyRow();

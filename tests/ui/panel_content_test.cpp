@@ -112,7 +112,7 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
                  {[&] {
                     menu("Follow System Output")();
                     click(button("Unmute Alpha"));
-                    alpha->setLastError("Tap <b>failed</b> (OSStatus -50)");
+                    alpha->setLastError(CallFailure{"Tap <b>failed</b> (OSStatus -50)"});
                   },
                   R"(-text 150 percent in secondary
 -button Unmute Alpha | Unmute
@@ -154,7 +154,7 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
 +meter 0 at 0.25
 +text Paused — keeps this volume when it plays again in secondary
 +text 0 playing · 1 idle in secondary)"},
-                 {[&] { alpha->setLastError("Late"); },
+                 {[&] { alpha->setLastError(CallFailure{"Late"}); },
                   R"(-text Paused — keeps this volume when it plays again in secondary
 +text Audio control error, Late)"},
                  {[&] { root()->setProperty("serverNotice", "Sound is away"); },

@@ -133,9 +133,9 @@ TEST_F(PanelInputTest, ButtonsOfTheWholePanel) {
   EXPECT_EQ(updates_.checks, 1);
   click(button("Quit"));
   EXPECT_EQ(quit.count(), 1);
-  EXPECT_TRUE(MixerInspector::isPolling(*model_));
+  EXPECT_TRUE(MixerInspector::isPanelOpen(*model_));
   close();
-  EXPECT_FALSE(MixerInspector::isPolling(*model_));
+  EXPECT_FALSE(MixerInspector::isPanelOpen(*model_));
 }
 
 /// The user holds something while the list changes.

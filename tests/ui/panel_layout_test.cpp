@@ -66,8 +66,9 @@ class LayoutTest : public PanelTest {
     play("C" + longName, "org.routed");
     open();
     stopPlaying(paused);
-    row("org.paused")->setLastError(std::string(400, 'x'));
-    row("org.error")->setLastError(QString("The device refuses to play. ").repeated(14).toStdString());
+    row("org.paused")->setLastError(CallFailure{std::string(400, 'x')});
+    row("org.error")
+        ->setLastError(CallFailure{QString("The device refuses to play. ").repeated(14).toStdString()});
     for (const char* key : {"org.error", "org.routed"})
       model_->setOutput(std::optional<std::string>("long"), row(key));
     model_->setGain(200, row("org.routed"));

@@ -19,21 +19,39 @@ TEST(PanelTextTest, NumbersOfAnySize) {
 }
 
 TEST(PanelTextTest, OneStatusLine) {
-  const char* const kNoApps = "No apps have played audio yet.";
+  using enum MixerStatus::Event;
 
   const struct {
     const char* notice;
-    const char* status;
+    MixerStatus status;
     int rows;
     const char* shown;
-  } cases[] = {{"", "", 0, ""},
-               {"", kNoApps, 0, ""},
-               {"", kNoApps, 1, kNoApps},
-               {"", "Audio permission was revoked.", 0, "Audio permission was revoked."},
-               {"Sound is away", "2 playing", 2, "Sound is away"}};
+  } cases[] = {
+      {"", {}, 0, ""},
+      {"", {.event = noAppsYet}, 0, ""},
+      {"", {.event = noAppsYet}, 1, "No apps have played audio yet."},
+      {"", {.event = appsListed, .playing = 3}, 3, "3 playing"},
+      {"", {.event = appsListed, .idle = 4}, 4, "0 playing \u00B7 4 idle"},
+      {"",
+       {.event = permissionRevoked},
+       0,
+       "Audio access was revoked. Audio was restored to its normal output."},
+      {"",
+       {.event = restorationFails, .failures = "A; B"},
+       0,
+       "Audio access was revoked. Audio restoration is retrying: A; B"},
+      {"Sound is away", {.event = appsListed, .playing = 2}, 2, "Sound is away"},
+  };
 
   for (const auto& [notice, status, rows, shown] : cases)
-    EXPECT_EQ(PanelText::statusLine(notice, status, rows), shown) << status;
+    EXPECT_EQ(PanelText::statusLine(notice, status, rows), QString::fromUtf8(shown));
+}
+
+TEST(PanelTextTest, AFailureIsSaidInWordsWithItsNumberBehind) {
+  EXPECT_EQ(PanelText::errorText("output device failed (OSStatus -1)", kNoError),
+            "output device failed (OSStatus -1)");
+  EXPECT_EQ(PanelText::errorText("CreateAggregateDevice failed (OSStatus 560227702)", status::kBadDevice),
+            "The device is not there. CreateAggregateDevice failed (OSStatus 560227702)");
 }
 
 TEST(PanelTextTest, IconsByPidAndEncodedNames) {

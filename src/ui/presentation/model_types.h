@@ -34,6 +34,12 @@ struct AudioAppForViews {
   QML_VALUE_TYPE(audioApp)
 };
 
+struct MixerStatusForViews {
+  Q_GADGET
+  QML_FOREIGN(sonvel::MixerStatus)
+  QML_VALUE_TYPE(mixerStatus)
+};
+
 struct AudioCaptureStatusForViews {
   Q_GADGET
   QML_FOREIGN(sonvel::AudioCaptureStatus)

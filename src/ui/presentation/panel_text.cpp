@@ -1,6 +1,7 @@
 #include "ui/presentation/panel_text.h"
 
 #include "audio/mixer_math.h"
+#include "platform/audio_types.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,12 +9,27 @@
 namespace sonvel {
 namespace {
 
-/// What the model says of an empty list, which the list says itself.
-constexpr QLatin1String kNoAppsStatus("No apps have played audio yet.");
-
 int roundToInt(double value) {
   constexpr double kLimit = 1e6; // far beyond any percentage, and safe to convert
   return std::isnan(value) ? 0 : static_cast<int>(std::lround(std::clamp(value, -kLimit, kLimit)));
+}
+
+/// What a status of the audio system means to its user; empty if it means nothing to them.
+QString statusWords(OSStatus status) {
+  switch (status) {
+  case status::kNotRunning:
+    return QStringLiteral("The sound server is not running.");
+  case status::kUnspecified:
+    return QStringLiteral("The sound server did not answer in time.");
+  case status::kBadDevice:
+    return QStringLiteral("The device is not there.");
+  case status::kBadObject:
+    return QStringLiteral("The app is not there any more.");
+  case status::kIllegalOperation:
+    return QStringLiteral("The sound server does not allow it.");
+  default:
+    return {};
+  }
 }
 
 QString encoded(const std::string& text) {
@@ -79,9 +95,37 @@ QString PanelText::cardTitle(bool isFirstRun) {
                     : QStringLiteral("One permission to control app audio");
 }
 
-QString PanelText::statusLine(const QString& serverNotice, const QString& status, int rowCount) {
+QString PanelText::statusText(const MixerStatus& status) {
+  using enum MixerStatus::Event;
+  const auto revoked = QStringLiteral("Audio access was revoked. ");
+  switch (status.event) {
+  case noAppsYet:
+    return QStringLiteral("No apps have played audio yet.");
+  case appsListed: {
+    const auto playing = QString::number(status.playing) + QLatin1String(" playing");
+    if (status.idle == 0) return playing;
+    return playing + QStringLiteral(" \u00B7 ") + QString::number(status.idle) + QLatin1String(" idle");
+  }
+  case permissionRevoked:
+    return revoked + QLatin1String("Audio was restored to its normal output.");
+  case restorationFails:
+    return revoked + QLatin1String("Audio restoration is retrying: ") +
+           QString::fromStdString(status.failures);
+  case nothing:
+    break;
+  }
+  return {};
+}
+
+QString PanelText::statusLine(const QString& serverNotice, const MixerStatus& status, int rowCount) {
   if (!serverNotice.isEmpty()) return serverNotice;
-  return rowCount == 0 && status == kNoAppsStatus ? QString() : status;
+  const bool isSaidByTheList = rowCount == 0 && status.event == MixerStatus::Event::noAppsYet;
+  return isSaidByTheList ? QString() : statusText(status);
+}
+
+QString PanelText::errorText(const QString& text, int status) {
+  const auto words = statusWords(status);
+  return words.isEmpty() ? text : words + QLatin1Char(' ') + text;
 }
 
 bool PanelText::isDenied(AudioCaptureStatus permission) {

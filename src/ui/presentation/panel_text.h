@@ -2,6 +2,7 @@
 
 #include "audio/audio_app.h"
 #include "audio/audio_permission.h"
+#include "model/mixer_status.h"
 
 #include <QColor>
 #include <QObject>
@@ -48,9 +49,16 @@ class PanelText final : public QObject {
   Q_INVOKABLE static QString spokenError(const QString& title, const QString& error);
   Q_INVOKABLE static QString cardTitle(bool isFirstRun);
 
+  /// The status of the model in words; empty if nothing has happened.
+  static QString statusText(const MixerStatus& status);
+
   /// The status line; empty if there is none. A notice about sound as a whole takes the place of the model's
-  /// status.
-  Q_INVOKABLE static QString statusLine(const QString& serverNotice, const QString& status, int rowCount);
+  /// status. An empty list says by itself that no application has played.
+  Q_INVOKABLE static QString statusLine(const QString& serverNotice, const sonvel::MixerStatus& status,
+                                        int rowCount);
+
+  /// A failure in words, followed by its text with the number. `status` is what the audio system returned.
+  Q_INVOKABLE static QString errorText(const QString& text, int status);
 
   Q_INVOKABLE static bool isDenied(sonvel::AudioCaptureStatus permission);
 

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "audio/audio_permission.h"
+#include "engine/actor.h"
+#include "engine/hardware_error.h"
+#include "model/call_failure.h"
+#include "model/update_checking.h"
+#include "platform/clock.h"
+#include "platform/preferences.h"
+
+#include <QCoroTask>
+#include <variant>
+
+namespace sonvel {
+
+class HardwareController;
+
+/// How a call of the controller ended: exactly one of the two is there.
+template <class R> struct CallOutcome {
+  std::optional<std::conditional_t<std::is_void_v<R>, std::monostate, R>> value;
+  std::optional<CallFailure> failure;
+};
+
+/// What the model is made with. The referents outlive the model and its tasks, and `mainThread` also every
+/// answer of `permission`.
+struct MixerDependencies {
+  std::shared_ptr<Actor<HardwareController>> hardware;
+  Executor& mainThread; ///< runs on the thread of the model
+  Clock& clock;
+  AudioPermission& permission;
+  Preferences& preferences;
+  UpdateChecking& updates;
+
+  /// Has the controller run `function` and ignores how it ends. Calls run in the order in which they are
+  /// asked for. Main thread; does not wait.
+  template <class F> void tell(F&& function) const { (void)hardware->call(std::forward<F>(function)); }
+
+  /// As tell, but gives how it ended. Nothing that the call throws leaves this. Whoever awaits it goes on on
+  /// the main thread.
+  template <class F, class R = std::invoke_result_t<F&, HardwareController&>>
+  QCoro::Task<CallOutcome<R>> ask(F function) const {
+    return outcomeOf(hardware->call(std::move(function)).resumeOn(mainThread));
+  }
+
+  template <class R> static QCoro::Task<CallOutcome<R>> outcomeOf(Reply<R> reply) {
+    CallOutcome<R> outcome;
+    try {
+      if constexpr (std::is_void_v<R>) {
+        co_await std::move(reply);
+        outcome.value.emplace();
+      } else {
+        outcome.value = co_await std::move(reply);
+      }
+    } catch (const HardwareError& error) {
+      outcome.failure = {.text = error.what(),
+                         .status =
+                             error.status() == kNoCallStatus ? std::nullopt : std::optional(error.status())};
+    } catch (const std::exception& error) {
+      outcome.failure = {.text = error.what(), .status = std::nullopt};
+    }
+    co_return outcome;
+  }
+};
+
+} // namespace sonvel

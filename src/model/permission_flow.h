@@ -1,0 +1,84 @@
+#pragma once
+
+#include "model/mixer_dependencies.h"
+#include "model/task.h"
+
+#include <QObject>
+
+namespace sonvel {
+
+/// The permission to capture: asks the user for it, and follows it while the program runs. Every write of a
+/// value is announced, also of an equal one. Main thread.
+///
+/// It is a part of the model. `self` in the functions below shares the ownership of the model, so that a
+/// task holds the model while it is at work.
+class PermissionFlow final : public QObject {
+  Q_OBJECT
+
+ public:
+  using Self = std::shared_ptr<PermissionFlow>;
+
+  /// What the model does about changes. The model is held until it has been done.
+  struct Consequences {
+    std::function<QCoro::Task<>()> granted; ///< after the user's answer
+    std::function<QCoro::Task<>()> revoked;
+  };
+
+  /// The key of the preference that says whether the user has been welcomed.
+  static constexpr const char* firstRunKey = "com.quellmarsh.sonvel.didOnboard";
+
+  /// Reads that preference and does nothing else.
+  PermissionFlow(const MixerDependencies& dependencies, Consequences consequences);
+
+  /// As it was learnt last.
+  AudioCaptureStatus status() const noexcept { return status_; }
+
+  /// Whether taps may be started.
+  bool isGranted() const noexcept { return isGranted_; }
+
+  /// From the user's request to its answer.
+  bool isRequesting() const noexcept { return isRequesting_; }
+
+  bool isFirstRun() const noexcept { return isFirstRun_; }
+
+  /// Reads the permission, without any consequence of a revocation.
+  void refresh();
+
+  /// Asks the user, or tries whether capture works where nobody can be asked.
+  void request(const Self& self);
+
+  /// Starts the task that reads the permission now and every five seconds; once.
+  void ensureMonitor(const Self& self);
+
+  void cancelMonitor();
+
+ Q_SIGNALS:
+  void statusChanged();
+  void isGrantedChanged();
+  void isRequestingChanged();
+  void isFirstRunChanged();
+
+ private:
+  static QCoro::Task<> receiveAnswer(std::weak_ptr<PermissionFlow> weakSelf, bool isGranted);
+  static QCoro::Task<> probe(Self self);
+  static QCoro::Task<> monitor(std::weak_ptr<PermissionFlow> weakSelf, Clock& clock, Executor& mainThread,
+                               std::stop_token cancellation);
+
+  // These are awaited by one that holds the model until then.
+  QCoro::Task<> finishRequest(bool isGranted);
+  QCoro::Task<> check();
+
+  void markOnboarded();
+  void setStatus(AudioCaptureStatus status);
+  void setRequesting(bool isRequesting);
+
+  const MixerDependencies& dependencies_;
+  const Consequences consequences_;
+  AudioCaptureStatus status_ = AudioCaptureStatus::unknown;
+  bool isGranted_ = false;
+  bool isRequesting_ = false;
+  bool isFirstRun_;
+  std::optional<Task> monitorTask_;
+};
+
+} // namespace sonvel
