@@ -1,6 +1,7 @@
 #include "pipewire/server_connection.h"
 
 #include "pipewire/graph_log.h"
+#include "pipewire/server_quirks.h"
 
 #include <algorithm>
 #include <array>
@@ -45,7 +46,7 @@ ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, ServerState& 
     , dropped_(loop.loop(), [this] { disconnect(); })
     , retry_(loop.loop(), [this] { connect(); }) {
   const SignalsBlocked blocked; // the context starts the real-time thread
-  pw_properties* properties = pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr);
+  pw_properties* properties = pw_properties_new(PW_KEY_CONFIG_NAME, quirks::realTimeConfiguration(), nullptr);
   context_.reset(pw_context_new(loop.loop(), properties, 0));
   if (!context_) throw std::runtime_error("the sound library could not be set up");
   connect();

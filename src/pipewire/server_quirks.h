@@ -16,6 +16,15 @@ inline bool nodesCanBePassive() {
   return std::sscanf(pw_get_library_version(), "%d", &major) == 1 && major >= 1;
 }
 
+/// The configuration whose clients get a real-time thread. From 1.4 on it is the usual one, and the older
+/// name is warned of; before that only `client-rt.conf` loads the module for it.
+inline const char* realTimeConfiguration() {
+  int major = 0;
+  int minor = 0;
+  const bool isRead = std::sscanf(pw_get_library_version(), "%d.%d", &major, &minor) == 2;
+  return isRead && (major > 1 || (major == 1 && minor >= 4)) ? "client.conf" : "client-rt.conf";
+}
+
 /// WirePlumber 0.4 that starts while we are there has to set up the devices first, which it can't while they
 /// run: they get this time. 0.5 would not need it.
 inline constexpr std::chrono::milliseconds kManagerSettles{1000};
