@@ -2,6 +2,7 @@
 
 #include "app/desktop_audio.h"
 #include "app/simulated_machine.h"
+#include "engine/hardware_controller.h"
 
 #include <QCoreApplication>
 #include <utility>
