@@ -5,72 +5,6 @@
 
 namespace sonvel {
 
-namespace {
-
-std::atomic<ScriptedConsent*> theConsent = nullptr;
-
-} // namespace
-
-// ScriptedConsent
-
-ScriptedConsent::ScriptedConsent() {
-  theConsent = this;
-}
-
-ScriptedConsent::~ScriptedConsent() {
-  theConsent = nullptr;
-}
-
-void ScriptedConsent::setPreflight(std::optional<int> value) {
-  const std::scoped_lock lock(mutex_);
-  preflight_ = value;
-}
-
-void ScriptedConsent::setRequestable(bool isRequestable) {
-  const std::scoped_lock lock(mutex_);
-  isRequestable_ = isRequestable;
-}
-
-std::size_t ScriptedConsent::openRequests() const {
-  const std::scoped_lock lock(mutex_);
-  return requests_.size();
-}
-
-void ScriptedConsent::answer(bool isGranted) {
-  std::function<void(bool)> completion;
-  {
-    const std::scoped_lock lock(mutex_);
-    completion = std::move(requests_.at(0));
-    requests_.erase(requests_.begin());
-  }
-  std::thread([completion = std::move(completion), isGranted] { completion(isGranted); }).join();
-}
-
-std::optional<LibraryHandle> ScriptedConsent::open(const char*, int) {
-  return LibraryHandle{1};
-}
-
-DynamicLibraries::Function ScriptedConsent::symbol(LibraryHandle, const char* name) {
-  const std::scoped_lock lock(mutex_);
-  if (name == std::string("TCCAccessPreflight") && preflight_)
-    return reinterpret_cast<Function>(&ScriptedConsent::preflight);
-  if (name == std::string("TCCAccessRequest") && isRequestable_)
-    return reinterpret_cast<Function>(&ScriptedConsent::request);
-  return nullptr;
-}
-
-int ScriptedConsent::preflight(const char*, const void*) {
-  auto& self = *theConsent.load();
-  const std::scoped_lock lock(self.mutex_);
-  return self.preflight_.value_or(2);
-}
-
-void ScriptedConsent::request(const char*, const void*, std::function<void(bool)> completion) {
-  auto& self = *theConsent.load();
-  const std::scoped_lock lock(self.mutex_);
-  self.requests_.push_back(std::move(completion));
-}
-
 // CountingExecutor
 
 void CountingExecutor::post(std::function<void()> work) {
@@ -89,10 +23,6 @@ std::map<std::string, MixerInspector::Settings> MixerInspector::remembered(const
   for (const auto& [key, settings] : model.rememberedSettings_)
     remembered[key] = {settings.gainPercent, settings.muted};
   return remembered;
-}
-
-std::set<AudioObjectID> MixerInspector::audibleIDs(const MixerViewModel& model) {
-  return {model.audibleIDs_.begin(), model.audibleIDs_.end()};
 }
 
 bool MixerInspector::isPanelOpen(const MixerViewModel& model) {
@@ -144,12 +74,6 @@ AudioObjectID MixerTest::play(const std::string& name, const std::string& bundle
   applications_.addApplication({.processID = pid, .bundleIdentifier = bundleID, .localizedName = name});
   return audio_.addProcess(
       {.pid = pid, .bundleID = bundleID, .streams = {simulated::constantSignal(sample, sample)}});
-}
-
-AudioObjectID MixerTest::restart(AudioObjectID process, const std::string& name,
-                                 const std::string& bundleID) {
-  audio_.removeProcess(process);
-  return play(name, bundleID);
 }
 
 bool MixerTest::settle() {
@@ -212,15 +136,10 @@ std::vector<AudioObjectID> MixerTest::controlled() {
   return actor_->call(&HardwareController::controlledAppIDs).get();
 }
 
-long MixerTest::reads(std::uint32_t selector) const {
-  return std::ranges::count_if(audio_.log(), [=](const auto& call) {
-    return call.address.selector == selector && call.call != simulated::Call::getPropertyDataSize &&
-           call.call != simulated::Call::setPropertyData && call.call != simulated::Call::isPropertySettable;
+long MixerTest::calls(simulated::Call call, std::uint32_t selector) const {
+  return std::ranges::count_if(audio_.log(), [=](const auto& made) {
+    return made.call == call && (selector == 0 || made.address.selector == selector);
   });
-}
-
-long MixerTest::calls(simulated::Call call) const {
-  return std::ranges::count(audio_.log(), call, &simulated::LoggedCall::call);
 }
 
 } // namespace sonvel

@@ -6,6 +6,7 @@
 #include "model/scripted_desktop.h"
 #include "simulated/desktop.h"
 #include "simulated/manual_clock.h"
+#include "simulated/preferences.h"
 #include "simulated/simulated_audio.h"
 
 #include <gmock/gmock.h>
@@ -48,7 +49,6 @@ class MixerInspector {
   using Settings = std::pair<int, bool>; ///< percent and mute
 
   static std::map<std::string, Settings> remembered(const MixerViewModel& model);
-  static std::set<AudioObjectID> audibleIDs(const MixerViewModel& model);
   static bool isPanelOpen(const MixerViewModel& model);
 };
 
@@ -88,9 +88,6 @@ class MixerTest : public testing::Test {
   /// An application starts to play the same sample for ever.
   AudioObjectID play(const std::string& name, const std::string& bundleID, float sample = 0.25F);
 
-  /// As the same application with another process.
-  AudioObjectID restart(AudioObjectID process, const std::string& name, const std::string& bundleID);
-
   /// Pumps the event loop until nothing is left to do before time passes. False if it takes too long.
   [[nodiscard]] bool settle();
 
@@ -114,10 +111,8 @@ class MixerTest : public testing::Test {
   std::vector<std::string> rowNames() const;
   std::vector<AudioObjectID> controlled();
 
-  /// How many calls of the log read the property.
-  long reads(std::uint32_t selector) const;
-
-  long calls(simulated::Call call) const;
+  /// How many calls of the log these are; of the property with that selector if it is not 0.
+  long calls(simulated::Call call, std::uint32_t selector = 0) const;
 
   std::map<std::string, MixerInspector::Settings> remembered() const {
     return MixerInspector::remembered(*model_);
@@ -130,7 +125,7 @@ class MixerTest : public testing::Test {
   simulated::ManualClock clock_;
   ScriptedConsent consent_;
   AudioPermission permission_{consent_};
-  MemoryPreferences preferences_;
+  simulated::SimulatedPreferences preferences_;
   CountedUpdates updates_;
   QtExecutor qtExecutor_;
   CountingExecutor mainThread_{qtExecutor_};

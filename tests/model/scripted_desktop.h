@@ -2,70 +2,52 @@
 
 #include "model/update_checking.h"
 #include "platform/dynamic_library.h"
-#include "platform/preferences.h"
 
-#include <map>
-#include <mutex>
-#include <utility>
+#include <thread>
 #include <vector>
 
 namespace sonvel {
 
-/// A consent framework whose answers a test gives. One exists at a time. Any thread.
+/// A consent framework whose answers a test gives. One exists at a time. Main thread.
 class ScriptedConsent final : public DynamicLibraries {
  public:
-  ScriptedConsent();
-  ~ScriptedConsent() override;
-  ScriptedConsent(const ScriptedConsent&) = delete;
-  ScriptedConsent& operator=(const ScriptedConsent&) = delete;
+  ScriptedConsent() { current_ = this; }
 
   /// What the preflight gives: 0 is authorized, 1 denied, another value undetermined; none: it can't be
   /// found, and the status is unknown.
-  void setPreflight(std::optional<int> value);
+  void setPreflight(std::optional<int> value) { preflight_ = value; }
 
   /// Whether there is a function to ask the user with.
-  void setRequestable(bool isRequestable);
+  void setRequestable(bool isRequestable) { isRequestable_ = isRequestable; }
 
   /// The requests that wait for an answer.
-  std::size_t openRequests() const;
+  std::size_t openRequests() const { return requests_.size(); }
 
   /// Answers the oldest request, on a thread of its own, and waits until that has been taken.
-  void answer(bool isGranted);
+  void answer(bool isGranted) {
+    std::thread(std::move(requests_.at(0)), isGranted).join();
+    requests_.erase(requests_.begin());
+  }
 
-  std::optional<LibraryHandle> open(const char* path, int mode) override;
-  Function symbol(LibraryHandle library, const char* name) override;
+  std::optional<LibraryHandle> open(const char*, int) override { return LibraryHandle{1}; }
+
+  Function symbol(LibraryHandle, const char* name) override {
+    const bool isPreflight = name == std::string("TCCAccessPreflight");
+    if (isPreflight ? !preflight_ : !isRequestable_) return nullptr;
+    return isPreflight ? reinterpret_cast<Function>(&preflight) : reinterpret_cast<Function>(&request);
+  }
 
  private:
-  static int preflight(const char* service, const void* options);
-  static void request(const char* service, const void* options, std::function<void(bool)> completion);
+  static int preflight(const char*, const void*) { return *current_->preflight_; }
 
-  mutable std::mutex mutex_; ///< guards the next three
+  static void request(const char*, const void*, std::function<void(bool)> completion) {
+    current_->requests_.push_back(std::move(completion));
+  }
+
+  static inline ScriptedConsent* current_ = nullptr;
   std::optional<int> preflight_ = 0;
   bool isRequestable_ = true;
   std::vector<std::function<void(bool)>> requests_;
-};
-
-/// Preferences in memory.
-class MemoryPreferences final : public Preferences {
- public:
-  bool boolForKey(const std::string& key) const override { return values.contains(key) && values.at(key); }
-
-  bool setBool(bool value, const std::string& key) override {
-    values[key] = value;
-    return true;
-  }
-
-  std::optional<std::string> stringForKey(const std::string& key) const override {
-    return texts.contains(key) ? std::optional(texts.at(key)) : std::nullopt;
-  }
-
-  bool setString(const std::string& value, const std::string& key) override {
-    texts[key] = value;
-    return true;
-  }
-
-  std::map<std::string, bool> values;
-  std::map<std::string, std::string> texts;
 };
 
 /// Counts what it is asked for.

@@ -213,7 +213,7 @@ TEST_F(PanelContentTest, ShowsTheMasterVolumeOrTheCard) {
                        "sandbox, or see docs/access.md. in secondary";
   expectChanges({{[&] { root()->setProperty("settingsMissing", true); }, qUtf8Printable("+" + hint)}});
   consent_.setPreflight(1);
-  preferences_.values[MixerViewModel::firstRunKey] = false;
+  (void)preferences_.setBool(false, MixerViewModel::firstRunKey);
   model_ = std::make_shared<MixerViewModel>(
       MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
   close();
