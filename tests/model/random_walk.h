@@ -1,0 +1,172 @@
+#pragma once
+
+// The model in a world in which anything may happen at random, and what must hold whatever has happened.
+
+#include "audio/mixer_math.h"
+#include "model/model_test.h"
+
+#include <QCollator>
+#include <algorithm>
+#include <cstdlib>
+#include <deque>
+#include <random>
+
+namespace sonvel {
+
+using simulated::Call;
+using simulated::Frame;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr unsigned kSanitizerFactor = 10;
+#else
+inline constexpr unsigned kSanitizerFactor = 1;
+#endif
+
+/// Steps of each walk; a sanitizer takes so many times as long. SONVEL_WALK_STEPS asks for another number.
+inline constexpr unsigned kSteps = 100'000 / kSanitizerFactor;
+
+/// A walk repeats the one before unless SONVEL_WALK_SEED says otherwise.
+inline constexpr std::uint64_t kSeed = 20'260'101;
+
+inline constexpr std::size_t kHistoryLength = 40;
+
+// Building and taking down never fail at the same time: a session that can be neither built nor undone is
+// left as it is, and this walk does not judge it.
+inline constexpr std::array kBuilding{Call::createProcessTap, Call::createAggregateDevice,
+                                      Call::createIOProcID, Call::deviceStart};
+inline constexpr std::array kTearingDown{Call::deviceStop, Call::destroyIOProcID,
+                                         Call::destroyAggregateDevice};
+
+/// What the preflight says; mostly that we may. None: it can't be asked.
+inline constexpr std::array<std::optional<int>, 7> kPreflightCodes{0, 0, 0, 0, 1, 2, std::nullopt};
+
+inline constexpr std::array kDevices{"speakers", "headset", "usb"};
+
+/// "" follows the default device.
+inline constexpr std::array kRoutes{"",        "",        "",    "speakers", "speakers",
+                                    "headset", "headset", "usb", "unknown"};
+
+inline std::uint64_t fromEnvironment(const char* name, std::uint64_t otherwise) {
+  const char* const text = std::getenv(name);
+  return text != nullptr ? std::stoull(text) : otherwise;
+}
+
+/// A process that comes and goes. Those of one application share a key.
+struct Player {
+  std::string name;
+  std::string bundleID;
+  float sample;                                ///< no sum of some players' samples is that of others
+  AudioObjectID process = kAudioObjectUnknown; ///< 0 while it does not run
+  bool isPlaying = false;
+  bool isSilent = false;
+};
+
+class RandomWalkTest : public MixerTest {
+ protected:
+  RandomWalkTest();
+
+  /// Takes the walk with `finishStep` after each step, and leaves the program at its end.
+  void walk(const std::function<void()>& finishStep);
+
+  /// Makes one thing happen, without waiting for what follows from it.
+  void step();
+
+  /// Checks what must hold once everything has followed.
+  void check() {
+    checkRows();
+    checkSessions();
+    checkSound();
+  }
+
+  unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
+
+ private:
+  /// Something that may happen in one step.
+  struct Action {
+    const char* name;
+    unsigned weight; ///< how often it happens, compared with the others
+    void (*act)(RandomWalkTest& walk);
+  };
+
+  static const std::vector<Action>& actions();
+
+  /// One of `values`, by chance.
+  template <class Values> const auto& anyOf(const Values& values) {
+    return values.at(pick(static_cast<unsigned>(values.size())));
+  }
+
+  /// Adds to the history of this step.
+  void note(const std::string& text) { history_.back() += " " + text; }
+
+  Player& anyPlayer() {
+    auto& player = players_[pick(static_cast<unsigned>(players_.size()))];
+    note(player.name);
+    return player;
+  }
+
+  ChannelState* anyRow() {
+    const auto& rows = model_->channels()->rows();
+    auto* const row = rows.empty() ? nullptr : anyOf(rows).get();
+    note(row != nullptr ? row->stableKey() : "none");
+    return row;
+  }
+
+  std::optional<std::string> anyRoute() {
+    const std::string route = anyOf(kRoutes);
+    note(route);
+    return route.empty() ? std::nullopt : std::optional(route);
+  }
+
+  void start(Player& player) {
+    end(player);
+    player.process = play(player.name, player.bundleID, player.sample);
+    player.isPlaying = true;
+    note("as " + std::to_string(player.process));
+  }
+
+  void end(Player& player) {
+    if (player.process != kAudioObjectUnknown) audio_.removeProcess(player.process);
+    player.process = kAudioObjectUnknown;
+    player.isPlaying = player.isSilent = false;
+  }
+
+  void failTearingDown();
+
+  /// Those of sessions; a probe's are left out.
+  std::vector<simulated::Tap> taps() const {
+    auto taps = audio_.taps();
+    std::erase_if(taps, [](const auto& tap) { return tap.description.name == "SonvelProbe"; });
+    return taps;
+  }
+
+  void checkRows() const;
+  void checkSessions();
+  void checkSound();
+
+  /// The row that the session of a process obeys for sure; null if there is none.
+  const ChannelState* tunedRowOf(AudioObjectID process) const {
+    for (const auto& row : model_->channels()->rows())
+      if (row->active() && row->objectID() == process && !turned_.contains(row.get())) return row.get();
+    return nullptr;
+  }
+
+  void expect(const Player& player, std::map<std::string, std::optional<float>>& sound);
+
+  std::mt19937_64 random_;
+  std::deque<std::string> history_;
+  std::vector<Player> players_;
+  std::optional<std::string> defaultDevice_ = "speakers";
+  std::vector<ChannelState*> shown_; ///< the rows, as a view knows them that is told of changes alone
+
+  /// Rows that came to stand for another process while they were active. Until they have been inactive,
+  /// what is set in them may reach another session than the one that is heard.
+  std::set<const QObject*> turned_;
+
+  // How often a device was checked by ear and how often it could not be, and how often an application was
+  // heard through a session at the gain of its row.
+  int heardChecks_ = 0;
+  int skippedHeardChecks_ = 0;
+  int heardAtItsGain_ = 0;
+};
+
+} // namespace sonvel

@@ -1,0 +1,82 @@
+#include "model/random_walk.h"
+
+namespace sonvel {
+
+void RandomWalkTest::checkRows() const {
+  QCollator order;
+  order.setCaseSensitivity(Qt::CaseInsensitive);
+  const auto& rows = model_->channels()->rows();
+  EXPECT_TRUE(std::ranges::equal(rows, shown_, {}, &ChannelList::Row::get));
+  EXPECT_TRUE(std::ranges::is_sorted(rows, [&](const auto& a, const auto& b) {
+    if (a->isPlaying() != b->isPlaying()) return a->isPlaying();
+    return order.compare(a->name(), b->name()) < 0;
+  })) << testing::PrintToString(rowNames());
+  auto remembered = this->remembered();
+  std::set<std::string> keys;
+  for (const auto& row : rows) {
+    EXPECT_TRUE(keys.insert(row->stableKey()).second) << "two rows of " << row->stableKey();
+    EXPECT_EQ(row->stableKey(), stableKey(row->app()));
+    EXPECT_TRUE(row->isPlaying() || row->level() == 0.0F) << row->stableKey();
+    const auto settings = remembered.extract(row->stableKey());
+    EXPECT_TRUE(settings.empty() || settings.mapped() == std::pair(row->gainPercent(), row->muted()));
+  }
+  EXPECT_TRUE(remembered.empty()) << "settings of a row that has gone";
+}
+
+void RandomWalkTest::checkSessions() {
+  actor_
+      ->call([this](HardwareController& controller) {
+        if (controller.restorationFailure()) return; // something of a session could not be undone yet
+        std::vector<AudioObjectID> tapped;
+        for (const auto& tap : taps())
+          tapped.push_back(tap.description.processes.front());
+        EXPECT_THAT(tapped, testing::UnorderedElementsAreArray(controller.controlledAppIDs()));
+        for (const auto process : tapped)
+          if (const auto* const row = tunedRowOf(process); row != nullptr) {
+            EXPECT_EQ(controller.outputUID(process), row->outputUID()) << process;
+          }
+      })
+      .get();
+}
+
+void RandomWalkTest::checkSound() {
+  audio_.runCycle(16);
+  std::map<std::string, std::optional<float>> expected; // by device; none if it can't be told
+  for (const std::string uid : kDevices)
+    if (audio_.deviceWithUID(uid) != kAudioObjectUnknown) expected[uid] = 0.0F;
+  for (const auto& player : players_)
+    if (player.isPlaying && !player.isSilent) expect(player, expected);
+  for (const auto& [uid, sample] : expected) {
+    ++heardChecks_;
+    if (!sample) ++skippedHeardChecks_;
+    const float heard = audio_.heard(uid).back().left;
+    EXPECT_NEAR(heard, sample.value_or(heard), 1e-5F) << uid;
+  }
+}
+
+/// Unaltered where no tap is on it; otherwise wherever an IOProc plays its tap, at the gain of its row.
+void RandomWalkTest::expect(const Player& player, std::map<std::string, std::optional<float>>& sound) {
+  const auto add = [&](const std::string& uid, std::optional<float> gain) {
+    const auto device = sound.find(uid);
+    if (device == sound.end() || !device->second) return;
+    device->second = gain ? std::optional(*device->second + player.sample * *gain) : std::nullopt;
+  };
+
+  const auto taps = this->taps();
+  const auto tap = std::ranges::find(taps, player.process,
+                                     [](const auto& other) { return other.description.processes.front(); });
+  if (tap == taps.end()) return add(defaultDevice_.value_or(""), 1.0F);
+  std::optional<float> gain;
+  if (const auto* const row = tunedRowOf(player.process))
+    gain = row->muted() ? 0.0F : MixerMath::percentToGain(row->gainPercent());
+  for (const auto& aggregate : audio_.aggregates()) {
+    if (aggregate.description.taps.front().uid != tap->uid) continue;
+    for (const auto& ioProc : audio_.ioProcs())
+      if (ioProc.device == aggregate.id && ioProc.isStarted) {
+        add(aggregate.description.subDevices.front().uid, gain);
+        if (gain) ++heardAtItsGain_;
+      }
+  }
+}
+
+} // namespace sonvel
