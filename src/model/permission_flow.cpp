@@ -17,7 +17,7 @@ PermissionFlow::PermissionFlow(const MixerDependencies& dependencies, Consequenc
 
 void PermissionFlow::refresh() {
   setStatus(dependencies_.permission.status());
-  if (isGranted_) markOnboarded();
+  if (isGranted()) markOnboarded();
 }
 
 void PermissionFlow::request(const Self& self) {
@@ -46,10 +46,10 @@ QCoro::Task<> PermissionFlow::probe(Self self) {
   co_await self->finishRequest(outcome.value && outcome.value->value_or(false));
 }
 
-QCoro::Task<> PermissionFlow::finishRequest(bool isGranted) {
-  setStatus(isGranted ? AudioCaptureStatus::authorized : dependencies_.permission.status());
+QCoro::Task<> PermissionFlow::finishRequest(bool isAllowed) {
+  setStatus(isAllowed ? AudioCaptureStatus::authorized : dependencies_.permission.status());
   setRequesting(false);
-  if (!isGranted_) co_return;
+  if (!isGranted()) co_return;
   markOnboarded();
   co_await consequences_.granted();
 }
@@ -81,9 +81,9 @@ QCoro::Task<> PermissionFlow::monitor(std::weak_ptr<PermissionFlow> weakSelf, Cl
 QCoro::Task<> PermissionFlow::check() {
   const auto reading = dependencies_.permission.status();
   const bool isRefused = reading == AudioCaptureStatus::denied || reading == AudioCaptureStatus::undetermined;
-  if (!isGranted_) {
+  if (!isGranted()) {
     setStatus(reading);
-    if (isGranted_) markOnboarded();
+    if (isGranted()) markOnboarded();
   } else if (isRefused) {
     setStatus(reading);
     co_await consequences_.revoked();
@@ -99,7 +99,6 @@ void PermissionFlow::markOnboarded() {
 void PermissionFlow::setStatus(AudioCaptureStatus status) {
   status_ = status;
   Q_EMIT statusChanged();
-  isGranted_ = status == AudioCaptureStatus::authorized;
   Q_EMIT isGrantedChanged();
 }
 

@@ -34,7 +34,7 @@ class PermissionFlow final : public QObject {
   AudioCaptureStatus status() const noexcept { return status_; }
 
   /// Whether taps may be started.
-  bool isGranted() const noexcept { return isGranted_; }
+  bool isGranted() const noexcept { return status_ == AudioCaptureStatus::authorized; }
 
   /// From the user's request to its answer.
   bool isRequesting() const noexcept { return isRequesting_; }
@@ -65,7 +65,7 @@ class PermissionFlow final : public QObject {
                                std::stop_token cancellation);
 
   // These are awaited by one that holds the model until then.
-  QCoro::Task<> finishRequest(bool isGranted);
+  QCoro::Task<> finishRequest(bool isAllowed);
   QCoro::Task<> check();
 
   void markOnboarded();
@@ -75,7 +75,6 @@ class PermissionFlow final : public QObject {
   const MixerDependencies& dependencies_;
   const Consequences consequences_;
   AudioCaptureStatus status_ = AudioCaptureStatus::unknown;
-  bool isGranted_ = false;
   bool isRequesting_ = false;
   bool isFirstRun_;
   std::optional<Task> monitorTask_;

@@ -1,4 +1,4 @@
-// What the polling does, and when.
+// What becomes of the rows while the panel is open: reconciliations and polls, and when each is due.
 
 #include "model/model_test.h"
 
