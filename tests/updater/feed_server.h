@@ -1,55 +1,116 @@
 #pragma once
 
-#include <QByteArray>
+#include <gtest/gtest.h>
+
 #include <QHash>
-#include <QSslConfiguration>
-#include <QString>
-#include <QTcpServer>
+#include <QProcess>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QSslServer>
+#include <QSslSocket>
 #include <QUrl>
 #include <memory>
-#include <optional>
-
-class QTcpSocket;
 
 namespace sonvel::updater {
 
+/// The certificate of this run's servers, with its key. It is for the host "localhost" alone, and this
+/// process trusts it.
+inline const QSslConfiguration& serverCertificate() {
+  static const QSslConfiguration made = [] {
+    QProcess openssl;
+    openssl.startCommand("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 "
+                         "-subj /CN=localhost -addext subjectAltName=DNS:localhost -keyout -");
+    EXPECT_TRUE(openssl.waitForFinished()) << openssl.errorString().toStdString();
+    const QByteArray text = openssl.readAllStandardOutput();
+    QSslConfiguration client = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration server = client;
+    server.setLocalCertificate(QSslCertificate(text));
+    server.setPrivateKey(QSslKey(text, QSsl::Ec));
+    server.setAllowedNextProtocols({"h2", "http/1.1"}); // a client that asks for HTTP/2 gets no answer
+    client.addCaCertificate(server.localCertificate());
+    QSslConfiguration::setDefaultConfiguration(client);
+    return server;
+  }();
+  return made;
+}
+
 /// The answer to one request.
 struct Answer {
-  /// What happens to the connection after the body.
-  enum class Ending { closed, keptOpen };
+  enum class Ending {
+    closed,
+    keptOpen,
+    endless, ///< the body is sent again and again; from a server with TLS only
+  };
 
   int status = 200;
-  QByteArray headers = {}; ///< more of them, each with its line end
+  QByteArray headers = {}; ///< each with its line end; the length of the body is added unless it is said here
   QByteArray body = {};
-  qint64 repeats = 1; ///< how often the body comes
-  std::optional<qint64> announcedLength = std::nullopt;
   Ending ending = Ending::closed;
 };
 
-/// An HTTP server on the loopback interface, with TLS if it gets a certificate. Lives in the test's own
-/// thread and event loop.
+/// An HTTP server on the loopback interface. Lives in the event loop of the test's thread.
 class FeedServer {
  public:
-  explicit FeedServer(const std::optional<QSslConfiguration>& security = std::nullopt);
+  explicit FeedServer(bool isSecure = true)
+      : host(isSecure ? "https://localhost" : "http://localhost")
+      , server_(isSecure ? std::make_unique<QSslServer>() : std::make_unique<QTcpServer>()) {
+    if (auto* secure = qobject_cast<QSslServer*>(server_.get()))
+      secure->setSslConfiguration(serverCertificate());
+    EXPECT_TRUE(server_->listen(QHostAddress::LocalHost));
+    QObject::connect(server_.get(), &QTcpServer::pendingConnectionAvailable, server_.get(), [this] {
+      while (QTcpSocket* socket = server_->nextPendingConnection())
+        serve(socket);
+    });
+  }
 
   void set(const QString& path, const Answer& answer) { answers_.insert(path, answer); }
 
-  void setRedirect(const QString& path, const QString& target);
+  void redirect(const QString& path, const QByteArray& target) {
+    set(path, {.status = 302, .headers = "Location: " + target + "\r\n"});
+  }
 
   /// Takes no connections from now on.
   void shutDown() { server_->close(); }
 
-  QUrl url(const QString& path) const;
+  QByteArray url(const QByteArray& path) const {
+    return host + ':' + QByteArray::number(server_->serverPort()) + path;
+  }
 
   /// How many requests for `path` have come.
   int requestCount(const QString& path) const { return requestCounts_.value(path); }
 
- private:
-  void serve(QTcpSocket* socket);
-  void reply(QTcpSocket* socket, const QString& path);
+  QByteArray host; ///< by which clients know it, with the scheme
 
-  bool isSecure_;
-  quint16 port_ = 0;
+ private:
+  void serve(QTcpSocket* socket) {
+    const auto read = [this, socket] {
+      const QByteArray request = socket->peek(10'000);
+      if (!request.endsWith("\r\n\r\n")) return;
+      socket->skip(request.size());
+      reply(socket, QString::fromLatin1(request.split(' ').value(1)));
+    };
+    QObject::connect(socket, &QTcpSocket::readyRead, socket, read);
+    QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    read();
+  }
+
+  void reply(QTcpSocket* socket, const QString& path) {
+    ++requestCounts_[path];
+    const Answer answer = answers_.value(path, {.status = 404});
+    const bool isEndless = answer.ending == Answer::Ending::endless;
+    socket->write("HTTP/1.1 " + QByteArray::number(answer.status) + " Answer\r\nConnection: close\r\n");
+    socket->write(answer.headers);
+    if (!isEndless && !answer.headers.startsWith("Content-Length"))
+      socket->write("Content-Length: " + QByteArray::number(answer.body.size()) + "\r\n");
+    socket->write("\r\n" + answer.body);
+    if (answer.ending == Answer::Ending::closed) socket->disconnectFromHost();
+    if (!isEndless) return;
+    auto* secure = qobject_cast<QSslSocket*>(socket);
+    QObject::connect(secure, &QSslSocket::encryptedBytesWritten, secure, [secure, answer] {
+      if (secure->encryptedBytesToWrite() == 0) secure->write(answer.body);
+    });
+  }
+
   std::unique_ptr<QTcpServer> server_;
   QHash<QString, Answer> answers_;
   QHash<QString, int> requestCounts_;

@@ -54,40 +54,27 @@ TEST(Installation, isReplacedOnlyWhereItIsOneFileOfTheUsersOwn) {
   const std::filesystem::path shared = folder.writeProgram("shared/sonvel");
   std::filesystem::permissions(shared.parent_path(), std::filesystem::perms::all);
   const uid_t own = ::geteuid();
+  using enum Installation::Kind;
 
-  struct Case {
+  const struct {
     const char* name;
     InstallationFacts facts;
     Installation::Kind kind;
     std::filesystem::path program;
-  };
-
-  using enum Installation::Kind;
-  const Case cases[] = {
-      {"marked", {.executable = program, .isMarkedAsOneFile = true, .user = own}, singleFile, program},
-      {"not marked", {.executable = program, .user = own}, package, program},
+  } cases[] = {
+      {"marked", {program, {}, {}, true, own}, singleFile, program},
+      {"not marked", {program, {}, {}, false, own}, package, program},
       {"image", {mounted, image, mount, false, own}, singleFile, image},
       {"another's image", {program, image, mount, false, own}, package, program},
-      {"of two files", {.executable = ofTwo, .isMarkedAsOneFile = true, .user = own}, package, ofTwo},
-      {"in a folder of all", {.executable = shared, .isMarkedAsOneFile = true, .user = own}, package, shared},
-      {"another user's",
-       {.executable = program, .isMarkedAsOneFile = true, .user = own + 1},
-       package,
-       program},
-      {"packaged",
-       {.executable = "/usr/bin/env", .isMarkedAsOneFile = true, .user = own},
-       package,
-       "/usr/bin/env"},
-      {"root's for all",
-       {.executable = "/etc/passwd", .isMarkedAsOneFile = true, .user = 0},
-       package,
-       "/etc/passwd"},
-      {"gone",
-       {.executable = folder.path("gone"), .isMarkedAsOneFile = true, .user = own},
-       package,
-       folder.path("gone")},
+      {"of two files", {ofTwo, {}, {}, true, own}, package, ofTwo},
+      {"in a folder of all", {shared, {}, {}, true, own}, package, shared},
+      {"another user's", {program, {}, {}, true, own + 1}, package, program},
+      {"packaged", {"/usr/bin/env", {}, {}, true, own}, package, "/usr/bin/env"},
+      {"root's for all", {"/etc/passwd", {}, {}, true, 0}, package, "/etc/passwd"},
+      {"gone", {folder.path("gone"), {}, {}, true, own}, package, folder.path("gone")},
   };
-  for (const Case& one : cases) {
+
+  for (const auto& one : cases) {
     const Installation found = installationOf(one.facts);
     EXPECT_EQ(found.kind, one.kind) << one.name;
     EXPECT_EQ(found.program, std::filesystem::weakly_canonical(one.program)) << one.name;

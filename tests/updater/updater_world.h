@@ -4,9 +4,9 @@
 #include "session/event_wait.h"
 #include "signing.h"
 #include "simulated/manual_clock.h"
+#include "simulated/preferences.h"
 #include "updater/appcast_updater.h"
 #include "updater/feed_server.h"
-#include "updater/memory_preferences.h"
 #include "updater/sparkle_update_controller.h"
 
 #include <QDir>
@@ -17,109 +17,161 @@ namespace sonvel::updater {
 
 using session::waitUntil;
 using signing::SecretKey;
-using signing::signedFeed;
 
-/// One item of a feed, good unless a test changes it.
+/// One release in a feed, good unless a test changes it.
 struct FeedItem {
-  QString version = QStringLiteral("1.1");
-  QString channel = {};
-  QString minimumSystemVersion = {};
-  QString architecture = QStringLiteral("test-cpu");
-  QString address = {};
-  qint64 length = 0;
-  QByteArray hash = {};
-  QByteArray more = {}; ///< elements of the item
+  const char* version = "1.1";
+  const char* channel = "";
+  const char* minimumSystemVersion = "";
+  const char* architecture = "test-cpu";
 };
 
-/// A feed, good unless a test changes it.
-struct Feed {
-  QList<FeedItem> items = {};
-  qint64 counter = 10;
-  QByteArray expires = "2030-01-01T00:00:00Z";
-  QByteArray product = "com.example.program";
-  QByteArray more = {}; ///< elements of the feed
+/// A feed without its signature.
+inline QByteArray feedText(const QByteArray& product, qint64 counter, const QByteArray& expires,
+                           const QByteArray& items) {
+  return "<rss><channel><sonvel:product>" + product + "</sonvel:product><sonvel:counter>" +
+         QByteArray::number(counter) + "</sonvel:counter><sonvel:expires>" + expires + "</sonvel:expires>" +
+         items + "</channel></rss>\n";
+}
 
-  QByteArray xml() const;
-};
+inline QByteArray contentOf(const std::filesystem::path& file) {
+  QFile opened(file);
+  EXPECT_TRUE(opened.open(QIODevice::ReadOnly)) << file;
+  return opened.readAll();
+}
 
 struct RecordingPackageInstaller final : PackageInstaller {
   bool install(std::shared_ptr<const VerifiedUpdate> package) override {
-    if (takes) packages.push_back(std::move(package));
+    if (takes) taken = std::move(package);
     return takes;
   }
 
   bool takes = true;
-  std::vector<std::shared_ptr<const VerifiedUpdate>> packages;
+  std::shared_ptr<const VerifiedUpdate> taken;
 };
 
 /// A program of version 1.0 in a folder of its own, a server with a feed that offers 1.1, and an updater.
 class UpdaterWorld {
  public:
-  explicit UpdaterWorld(const std::optional<QSslConfiguration>& security = std::nullopt,
-                        Installation::Kind kind = Installation::Kind::singleFile);
+  explicit UpdaterWorld(Installation::Kind installationKind = Installation::Kind::singleFile,
+                        bool isSecure = true)
+      : server(isSecure)
+      , kind_(installationKind) {
+    folder.writeProgram("bin/program", oldFile.toStdString());
+    serveGood();
+    start();
+  }
 
-  UpdaterEnvironment environment();
-
-  /// Another run of the program, with the present keys and channels.
-  void start();
+  /// Another run of the program, with the present channels.
+  void start() {
+    updater_.reset();
+    updater_ = std::make_unique<AppcastUpdater>(
+        UpdaterEnvironment{.clock = clock,
+                           .preferences = preferences,
+                           .packageInstaller = packages,
+                           .relaunch = relaunch,
+                           .requestQuit = [this] { ++quitRequests; },
+                           .calendarTime = [this] { return calendarTime; },
+                           .installation = {kind_, folder.path("bin/program")},
+                           .product = QStringLiteral("com.example.program"),
+                           .installedVersion = QStringLiteral("1.0"),
+                           .systemVersion = QStringLiteral("6.1.0"),
+                           .architecture = QStringLiteral("test-cpu")},
+        UpdateSource{server.url("/appcast.xml").toStdString(), key.publicKey()}, channels,
+        MakeUpdateSurface());
+  }
 
   UpdateCycle& cycle() { return updater_->cycle(); }
 
   const UpdateState& state() { return cycle().state(); }
 
-  FeedServer& server() { return server_; }
+  /// A feed that offers newFile in each of `items`.
+  QByteArray feed(const QList<FeedItem>& items, qint64 counter = 10) const {
+    QByteArray text;
+    for (const auto& [version, channel, system, architecture] : items)
+      text += QByteArray("<item><sparkle:version>") + version + "</sparkle:version><sparkle:channel>" +
+              channel + "</sparkle:channel><sparkle:minimumSystemVersion>" + system +
+              "</sparkle:minimumSystemVersion><sonvel:architecture>" + architecture +
+              "</sonvel:architecture><description><![CDATA[<p>What is new:</p><ul><li>more</li></ul>]]>" +
+              "</description><enclosure url=\"" + server.url("/update") + "\" length=\"" +
+              QByteArray::number(newFile.size()) + "\" sonvel:sha256=\"" + signing::hashText(newFile) +
+              "\"/></item>";
+    return feedText("com.example.program", counter, "2030-01-01T00:00:00Z", text);
+  }
 
-  /// A good item for newFile.
-  FeedItem item(const char* version = "1.1") const;
+  /// As makers do while they change their key, it is signed with another one too.
+  QByteArray signedFeed(const QByteArray& text) const {
+    return signing::signedFeed(text, {SecretKey(), key});
+  }
 
-  void serveText(const QByteArray& feed) { server_.set(QStringLiteral("/appcast.xml"), {.body = feed}); }
+  void serveText(const QByteArray& text) { server.set("/appcast.xml", {.body = text}); }
 
-  void serve(const Feed& feed) { serveText(signedFeed(feed.xml(), {key})); }
+  void serve(const QList<FeedItem>& items, qint64 counter = 10) {
+    serveText(signedFeed(feed(items, counter)));
+  }
 
-  void serveFile(const QByteArray& file) { server_.set(QStringLiteral("/update"), {.body = file}); }
+  void serveFile(const QByteArray& file) { server.set("/update", {.body = file}); }
 
   /// A good feed that offers newFile.
-  void serveGood();
+  void serveGood() {
+    serve({FeedItem{}});
+    serveFile(newFile);
+  }
 
-  int checks() const { return server_.requestCount(QStringLiteral("/appcast.xml")); }
+  int checks() const { return server.requestCount("/appcast.xml"); }
 
-  bool waitFor(UpdateStage stage);
+  bool waitFor(UpdateStage stage) {
+    return waitUntil([&] { return state().stage == stage || state().stage == UpdateStage::failed; }) &&
+           state().stage == stage;
+  }
 
-  /// A user's check, and all that follows until `stage`.
-  void advanceTo(UpdateStage stage);
+  /// A user's check, and all that follows until `target`.
+  void advanceTo(UpdateStage target) {
+    cycle().check(UpdateCycle::Asker::user);
+    while (state().stage != target) {
+      const UpdateStage before = state().stage;
+      if (before == UpdateStage::available || before == UpdateStage::ready) cycle().proceed();
+      ASSERT_TRUE(waitUntil([&] { return state().stage != before || state().stage == target; }));
+      ASSERT_NE(state().stage, UpdateStage::failed) << static_cast<int>(*state().failure);
+    }
+  }
 
-  /// Ends in a failure after nothing was installed.
-  void expectFailure(UpdateFailure failure);
+  /// Ends in this failure, and nothing is installed.
+  void expectFailure(UpdateFailure failure) {
+    ASSERT_TRUE(waitFor(UpdateStage::failed)) << "stage " << static_cast<int>(state().stage);
+    EXPECT_EQ(static_cast<int>(*state().failure), static_cast<int>(failure));
+    EXPECT_TRUE(state().isVisible);
+    EXPECT_EQ(quitRequests, 0);
+    EXPECT_EQ(installedProgram(), oldFile);
+    EXPECT_EQ(programFolder(), QStringList("program"));
+  }
 
-  QByteArray installedProgram() const { return contentOf(program()); }
-
-  static QByteArray contentOf(const std::filesystem::path& file);
+  QByteArray installedProgram() const { return contentOf(folder.path("bin/program")); }
 
   /// The names in the program's folder, hidden ones too.
-  QStringList programFolder() const;
+  QStringList programFolder() const {
+    return QDir(QString::fromStdString(folder.path("bin"))).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+  }
 
-  const QByteArray oldFile = QByteArrayLiteral("\x7f"
-                                               "ELF 1.0");
-  QByteArray newFile = QByteArrayLiteral("\x7f"
-                                         "ELF 1.1 ") +
+  const QByteArray oldFile = "\x7f"
+                             "ELF 1.0";
+  QByteArray newFile = "\x7f"
+                       "ELF 1.1 " +
                        QByteArray(300'000, 'n');
   SecretKey key;
-  std::string additionalKey;
   std::chrono::system_clock::time_point calendarTime{std::chrono::sys_days(std::chrono::year(2027) / 1 / 15)};
   simulated::ManualClock clock;
-  MemoryPreferences preferences;
+  simulated::SimulatedPreferences preferences;
   RecordingPackageInstaller packages;
   Relaunch relaunch;
   int quitRequests = 0;
   desktop::TemporaryFolder folder;
+  FeedServer server;
   std::shared_ptr<SonvelSparkleChannelDelegate> channels =
       std::make_shared<SonvelSparkleChannelDelegate>(std::set<std::string>());
 
  private:
-  std::filesystem::path program() const { return folder.path("bin/program"); }
-
   Installation::Kind kind_;
-  FeedServer server_;
   std::unique_ptr<AppcastUpdater> updater_;
 };
 

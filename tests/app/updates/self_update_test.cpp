@@ -1,4 +1,3 @@
-#include "updater/test_certificates.h"
 #include "updater/updater_world.h"
 
 #include <gmock/gmock.h>
@@ -21,12 +20,11 @@ class SelfUpdate : public testing::Test {
     bus_.start(QStringLiteral("dbus-daemon"), {"--session", "--nofork", "--print-address"});
     ASSERT_TRUE(waitUntil([&] { return bus_.canReadLine(); }));
     busAddress_ = QString::fromUtf8(bus_.readLine().trimmed());
-    folder_.write("trusted.pem", testCertificates().trusted().localCertificate().toPem().toStdString());
+    folder_.write("trusted.pem", serverCertificate().localCertificate().toPem().toStdString());
     folder_.writeProgram("bin/program", program("1.0").toStdString());
     const QByteArray first = sign({"new-key", path("first.key")});
     const QByteArray second = sign({"new-key", path("second.key")});
-    folder_.write("information.json", R"({"SUFeedURL": ")" +
-                                          server_.url("/appcast.xml").toString().toStdString() +
+    folder_.write("information.json", R"({"SUFeedURL": ")" + server_.url("/appcast.xml").toStdString() +
                                           R"(", "SUPublicEDKey": ")" + first.toStdString() +
                                           R"(", "AppUpdateAdditionalPublicEDKey": ")" + second.toStdString() +
                                           R"(", "AppUpdateReplacesProgramFile": true})");
@@ -42,7 +40,7 @@ class SelfUpdate : public testing::Test {
 
   /// As large as real ones: what follows an executable's own parts is not looked at.
   static QByteArray program(const char* version) {
-    return UpdaterWorld::contentOf(SONVEL_UPDATING_PROGRAM) + QByteArray(4'000'000, 'x') + '\n' + version;
+    return contentOf(SONVEL_UPDATING_PROGRAM) + QByteArray(4'000'000, 'x') + '\n' + version;
   }
 
   static QByteArray sign(const QStringList& arguments) {
@@ -56,23 +54,22 @@ class SelfUpdate : public testing::Test {
   /// Publishes one version in a feed that the tool describes and signs.
   void publish(const char* version, qint64 counter, const char* key,
                const QByteArray& expires = "2100-01-01T00:00:00Z") {
-    const QString address = QLatin1Char('/') + QString::fromLatin1(version);
+    const QByteArray address = QByteArray("/") + version;
     const QByteArray content = program(version);
     server_.set(address, {.body = content});
     const QByteArray described =
         sign({"describe", QString::fromStdString(folder_.write("file", content.toStdString()))});
-    Feed feed{.counter = counter, .expires = expires, .product = "com.quellmarsh.sonvel"};
-    feed.more = "<item><sparkle:version>" + QByteArray(version) + "</sparkle:version><sonvel:architecture>" +
-                QSysInfo::buildCpuArchitecture().toUtf8() + "</sonvel:architecture><enclosure url=\"" +
-                server_.url(address).toString().toUtf8() + "\" " + described + "/></item>";
-    const QString file = QString::fromStdString(folder_.write("appcast.xml", feed.xml().toStdString()));
+    const QByteArray item =
+        "<item><sparkle:version>" + QByteArray(version) + "</sparkle:version><sonvel:architecture>" +
+        QSysInfo::buildCpuArchitecture().toUtf8() + "</sonvel:architecture><enclosure url=\"" +
+        server_.url(address) + "\" " + described + "/></item>";
+    const QByteArray feed = feedText("com.quellmarsh.sonvel", counter, expires, item);
+    const QString file = QString::fromStdString(folder_.write("appcast.xml", feed.toStdString()));
     sign({"sign", file, path(key)});
     serveFeed();
   }
 
-  void serveFeed() {
-    server_.set("/appcast.xml", {.body = UpdaterWorld::contentOf(folder_.path("appcast.xml"))});
-  }
+  void serveFeed() { server_.set("/appcast.xml", {.body = contentOf(folder_.path("appcast.xml"))}); }
 
   /// Starts what lies there as the program, until the log has `last`; then lets what runs by then end.
   void runUntil(const std::string& last) {
@@ -107,12 +104,11 @@ class SelfUpdate : public testing::Test {
   }
 
   void expectProgram(const char* version) const {
-    EXPECT_TRUE(UpdaterWorld::contentOf(folder_.path("bin/program")).endsWith(QByteArray("\n") + version))
-        << version;
+    EXPECT_TRUE(contentOf(folder_.path("bin/program")).endsWith(QByteArray("\n") + version)) << version;
     EXPECT_EQ(QDir(path("bin")).entryList(QDir::Files | QDir::Hidden), QStringList("program"));
   }
 
-  FeedServer server_{testCertificates().trusted()};
+  FeedServer server_;
   desktop::TemporaryFolder folder_;
   QProcess bus_;
   QString busAddress_;
@@ -125,7 +121,7 @@ TEST_F(SelfUpdate, goesFromVersionToVersionAndBackFromThoseThatDoNotWork) {
                                             testing::StartsWith("1.0: Sonvel 1.1 is ready to install")}));
   expectProgram("1.1");
 
-  const std::string replayed = UpdaterWorld::contentOf(folder_.path("appcast.xml")).toStdString();
+  const std::string replayed = contentOf(folder_.path("appcast.xml")).toStdString();
   publish("1.2-dies", 2, "second.key"); // the key has changed
   runUntil("1.1: Sonvel couldn't be updated | The new version ended within a minute");
   expectProgram("1.1");
