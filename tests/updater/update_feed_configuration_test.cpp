@@ -1,5 +1,4 @@
 #include "simulated/desktop.h"
-#include "updater/sparkle_update_controller.h"
 #include "updater/update_feed_configuration.h"
 
 #include <gtest/gtest.h>
@@ -84,66 +83,27 @@ TEST(UpdateFeedConfiguration, knowsTwoChannels) {
   EXPECT_EQ(updateChannel("Beta"), std::nullopt) << "names are exact";
 }
 
-struct RecordingProvider final : UpdaterProvider {
-  struct Updater final : StandardUpdater {
-    explicit Updater(int& counter)
-        : checks(counter) {}
-
-    void checkForUpdates() override { ++checks; }
-
-    int& checks;
-  };
-
-  std::unique_ptr<StandardUpdater> startUpdater(const UpdateSource& source,
-                                                std::weak_ptr<const UpdaterDelegate> asked) override {
-    started = source;
-    delegate = std::move(asked);
-    return std::make_unique<Updater>(checks);
-  }
-
-  std::optional<UpdateSource> started;
-  std::weak_ptr<const UpdaterDelegate> delegate;
-  int checks = 0;
-};
-
-TEST(SparkleUpdateController, isThereWithAValidConfigurationAlone) {
+TEST(UpdateFeedConfiguration, isReadFromABundleWhereValuesOfAnotherTypeCountAsAbsent) {
   const std::string local = "http://localhost:8080/appcast.xml";
 
   const struct {
     simulated::SimulatedBundle::Information information;
-    std::optional<UpdateSource> source;
-    std::set<std::string> channels;
+    std::optional<UpdateFeedConfiguration> configuration;
   } cases[] = {
-      {{}, {}, {}},
-      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", true}}, {}, {}},
-      {{{"SUFeedURL", true}, {"SUPublicEDKey", kKey}}, {}, {}},
-      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", "nightly"}}, {}, {}},
-      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", true}}, {{kFeed, kKey}}, {}},
-      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", "beta"}},
-       {{kFeed, kKey}},
-       {"beta"}},
-      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateAdditionalPublicEDKey", " other\n"}},
-       {{kFeed, kKey, "other"}},
-       {}},
+      {{}, {}},
+      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", true}}, {}},
+      {{{"SUFeedURL", true}, {"SUPublicEDKey", kKey}}, {}},
+      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", "nightly"}}, {}},
+      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", true}},
+       {{kFeed, kKey, {}, false}}},
       {{{"SUFeedURL", local}, {"SUPublicEDKey", kKey}, {"AppUpdateAllowInsecureLocalhost", true}},
-       {{local, kKey}},
-       {}},
-      {{{"SUFeedURL", local}, {"SUPublicEDKey", kKey}, {"AppUpdateAllowInsecureLocalhost", "true"}}, {}, {}},
+       {{local, kKey, {}, true}}},
+      {{{"SUFeedURL", local}, {"SUPublicEDKey", kKey}, {"AppUpdateAllowInsecureLocalhost", "true"}}, {}},
   };
 
-  for (const auto& [information, source, channels] : cases) {
-    RecordingProvider provider;
-    SparkleUpdateController controller(simulated::SimulatedBundle("com.example", information), provider);
-    controller.checkForUpdates();
-    EXPECT_EQ(controller.isAvailable(), source.has_value());
-    EXPECT_EQ(provider.checks, source ? 1 : 0);
-    EXPECT_EQ(provider.started, source);
-    const auto delegate = provider.delegate.lock();
-    ASSERT_EQ(delegate != nullptr, source.has_value()) << "the controller keeps its delegate alive";
-    if (delegate) {
-      EXPECT_EQ(delegate->allowedChannels(RecordingProvider::Updater(provider.checks)), channels);
-    }
-  }
+  for (const auto& [information, configuration] : cases)
+    EXPECT_EQ(UpdateFeedConfiguration::fromBundle(simulated::SimulatedBundle({}, information)),
+              configuration);
 }
 
 } // namespace

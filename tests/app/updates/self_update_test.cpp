@@ -24,10 +24,11 @@ class SelfUpdate : public testing::Test {
     folder_.writeProgram("bin/program", program("1.0").toStdString());
     const QByteArray first = sign({"new-key", path("first.key")});
     const QByteArray second = sign({"new-key", path("second.key")});
-    folder_.write("information.json", R"({"SUFeedURL": ")" + server_.url("/appcast.xml").toStdString() +
-                                          R"(", "SUPublicEDKey": ")" + first.toStdString() +
-                                          R"(", "AppUpdateAdditionalPublicEDKey": ")" + second.toStdString() +
-                                          R"(", "AppUpdateReplacesProgramFile": true})");
+    folder_.write("information.json",
+                  R"({"SUFeedURL": ")" + server_.url("/appcast.xml").toStdString() +
+                      R"(", "SUPublicEDKey": ")" + first.toStdString() +
+                      R"(", "AppUpdateAdditionalPublicEDKey": ")" + second.toStdString() +
+                      R"(", "AppUpdateChannel": "beta", "AppUpdateReplacesProgramFile": true})");
   }
 
   void TearDown() override {
@@ -59,10 +60,11 @@ class SelfUpdate : public testing::Test {
     server_.set(address, {.body = content});
     const QByteArray described =
         sign({"describe", QString::fromStdString(folder_.write("file", content.toStdString()))});
-    const QByteArray item =
-        "<item><sparkle:version>" + QByteArray(version) + "</sparkle:version><sonvel:architecture>" +
-        QSysInfo::buildCpuArchitecture().toUtf8() + "</sonvel:architecture><enclosure url=\"" +
-        server_.url(address) + "\" " + described + "/></item>";
+    const QByteArray item = "<item><sparkle:version>" + QByteArray(version) +
+                            "</sparkle:version><sparkle:channel>beta</sparkle:channel><sonvel:architecture>" +
+                            QSysInfo::buildCpuArchitecture().toUtf8() +
+                            "</sonvel:architecture><enclosure url=\"" + server_.url(address) + "\" " +
+                            described + "/></item>";
     const QByteArray feed = feedText("com.quellmarsh.sonvel", counter, expires, item);
     const QString file = QString::fromStdString(folder_.write("appcast.xml", feed.toStdString()));
     sign({"sign", file, path(key)});
