@@ -16,13 +16,18 @@ struct BadInput {
   const char* name;
   UpdateFailure failure;
   Spoil spoil;
+  bool isOfFile = false; ///< happens when the user has been offered the file
 };
 
 constexpr auto kFeed = "/appcast.xml";
 constexpr auto kFile = "/update";
 
+Spoil answer(const char* path, const Answer& other) {
+  return [=](World& world) { world.server.set(path, other); };
+}
+
 Spoil text(const QByteArray& feed) {
-  return [feed](World& world) { world.serveText(feed); };
+  return answer(kFeed, {.body = feed});
 }
 
 /// With a good signature, so that it is read.
@@ -33,7 +38,7 @@ Spoil signedText(const QByteArray& feed) {
 /// The good feed with one text in it replaced, and then signed.
 Spoil edited(const QByteArray& before, const QByteArray& after) {
   return [=](World& world) {
-    QByteArray feed = world.feed({FeedItem{}});
+    QByteArray feed = world.feed(world.item());
     const qsizetype place = feed.indexOf(before);
     ASSERT_GE(place, 0) << before.constData();
     world.serveText(world.signedFeed(feed.replace(place, before.size(), after)));
@@ -45,35 +50,33 @@ Spoil withElements(const QByteArray& elements) {
   return edited("<description>", elements + "<description>");
 }
 
-/// The good feed, changed after it was signed.
-Spoil forged(const std::function<QByteArray(QByteArray)>& change) {
-  return [change](World& world) { world.serveText(change(world.signedFeed(world.feed({FeedItem{}})))); };
-}
-
-Spoil answer(const char* path, const Answer& other) {
-  return [=](World& world) { world.server.set(path, other); };
+/// The good feed with one text in it replaced after it was signed.
+Spoil forged(const QByteArray& before, const QByteArray& after) {
+  return [=](World& world) {
+    world.serveText(world.signedFeed(world.feed(world.item())).replace(before, after));
+  };
 }
 
 Spoil redirect(const char* path, const char* target) {
   return [=](World& world) { world.server.redirect(path, target); };
 }
 
-Spoil file(const std::function<QByteArray(QByteArray)>& change) {
-  return [change](World& world) { world.serveFile(change(world.newFile)); };
+Spoil file(const QByteArray& content) {
+  return answer(kFile, {.body = content});
 }
 
 /// After the user was offered 1.2 by a feed with the counter 11, the server has another feed.
-Spoil afterwards(const QList<FeedItem>& items, qint64 counter) {
+Spoil afterwards(const QByteArray& version, qint64 counter) {
   return [=](World& world) {
-    world.serve({{"1.2"}}, 11);
+    world.serve(world.item("1.2"), 11);
     world.advanceTo(UpdateStage::available);
     world.cycle().cancel();
     world.start();
-    world.serve(items, counter);
+    world.serve(world.item(version), counter);
   };
 }
 
-const BadInput kBadFeeds[] = {
+const BadInput kBadInputs[] = {
     {"no network", noNetwork, [](World& world) { world.server.shutDown(); }},
     {"no feed there", serverRefused, answer(kFeed, {.status = 404, .body = "no"})},
     {"broken server", serverRefused, answer(kFeed, {.status = 503})},
@@ -87,15 +90,14 @@ const BadInput kBadFeeds[] = {
 
     {"empty", feedNotSigned, text("")},
     {"a page", feedNotSigned, text("<html><body>Log in to this network</body></html>")},
-    {"no signature", feedNotSigned, [](World& world) { world.serveText(world.feed({FeedItem{}})); }},
+    {"no signature", feedNotSigned, [](World& world) { world.serveText(world.feed(world.item())); }},
     {"signature of another key", feedNotSigned,
-     [](World& world) { world.serveText(signing::signedFeed(world.feed({FeedItem{}}), {SecretKey()})); }},
+     [](World& world) { world.serveText(signing::signedFeed(world.feed(world.item()), {SecretKey()})); }},
     {"short signature", feedNotSigned, text("<rss/>\n<!-- sonvel-signature: c2hvcnQ= -->\n")},
     {"signature without an end", feedNotSigned, text("<!-- sonvel-signature: -->")},
-    {"99.0 around an older program", feedNotSigned,
-     forged([](QByteArray feed) { return feed.replace(">1.1<", ">99.0<"); })},
-    {"more after the signature", feedNotSigned, forged([](const QByteArray& feed) { return feed + "<a/>"; })},
-    {"one byte changed", feedNotSigned, forged([](QByteArray feed) { return feed.replace("rss", "Rss"); })},
+    {"99.0 around an older program", feedNotSigned, forged(">1.1<", ">99.0<")},
+    {"more after the signature", feedNotSigned, forged("-->\n", "-->\n<item/>")},
+    {"one byte changed", feedNotSigned, forged("rss", "Rss")},
 
     {"no XML", feedUnreadable, signedText("GIF89a")},
     {"two feeds", feedUnreadable, signedText("<rss></rss><rss></rss>")},
@@ -112,8 +114,8 @@ const BadInput kBadFeeds[] = {
     {"another program's", feedOfOtherProgram, edited("com.example.program", "com.example.other")},
     {"expired", feedExpired, edited("2030-01-01", "2027-01-15")},
     {"item expired", feedExpired, withElements("<sonvel:expires>2026-12-31T00:00:00Z</sonvel:expires>")},
-    {"replay", feedOlderThanSeen, afterwards({}, 10)}, // would say that there is nothing newer
-    {"downgrade", feedOlderThanSeen, afterwards({{"1.1"}}, 12)},
+    {"replay", feedOlderThanSeen, afterwards("1.0", 10)}, // would say that there is nothing newer
+    {"downgrade", feedOlderThanSeen, afterwards("1.1", 12)},
 
     {"http enclosure", insecureDownload, edited("https:", "http:")},
     {"file enclosure", insecureDownload, edited("https://localhost", "file://localhost")},
@@ -130,37 +132,31 @@ const BadInput kBadFeeds[] = {
     {"long hash", incompleteOffer, edited("sha256=\"", "sha256=\"aa")},
     {"hash that is none", incompleteOffer,
      edited("sha256=\"", "sha256=\"" + QByteArray(64, 'x') + "\" b=\"")},
-};
 
-const BadInput kBadFiles[] = {
-    {"file gone", serverRefused, answer(kFile, {.status = 404})},
-    {"file at http", insecureRedirect, redirect(kFile, "http://updates.example/update")},
-    {"file on this disk", insecureRedirect, redirect(kFile, "file:///bin/sh")},
-    {"shorter file", wrongLength, file([](const QByteArray& content) { return content.chopped(1); })},
-    {"longer file", wrongLength, file([](const QByteArray& content) { return content + 'x'; })},
-    {"endless file", wrongLength, answer(kFile, {.body = QByteArray(10'000, 'x'), .ending = endless})},
-    {"file that breaks off", interrupted, answer(kFile, {.headers = "Content-Length: 9\r\n", .body = "a"})},
-    {"another file", wrongContent, file([](QByteArray content) { return content.replace(0, 1, "x"); })},
+    {"file gone", serverRefused, answer(kFile, {.status = 404}), true},
+    {"file at http", insecureRedirect, redirect(kFile, "http://updates.example/update"), true},
+    {"file on this disk", insecureRedirect, redirect(kFile, "file:///bin/sh"), true},
+    {"shorter file", wrongLength, file(kNewFile.chopped(1)), true},
+    {"longer file", wrongLength, file(kNewFile + 'x'), true},
+    {"endless file", wrongLength, answer(kFile, {.body = QByteArray(10'000, 'x'), .ending = endless}), true},
+    {"file that breaks off", interrupted, answer(kFile, {.headers = "Content-Length: 9\r\n", .body = "a"}),
+     true},
+    {"another file", wrongContent, file("x" + kNewFile.mid(1)), true},
 };
-
-void expectTold(const BadInput& bad, bool isOfFile) {
-  SCOPED_TRACE(bad.name);
-  World world;
-  if (isOfFile) world.advanceTo(UpdateStage::available);
-  bad.spoil(world);
-  isOfFile ? world.cycle().proceed() : world.cycle().check(UpdateCycle::Asker::user);
-  world.expectFailure(bad.failure);
-  if (bad.failure == noNetwork) return;
-  world.serve({{"1.3"}}, 20);
-  world.cycle().proceed();
-  EXPECT_TRUE(world.waitFor(UpdateStage::available)) << "the next check must work";
-}
 
 TEST(BadInput, endsInOneSentenceWithNothingInstalled) {
-  for (const BadInput& bad : kBadFeeds)
-    expectTold(bad, false);
-  for (const BadInput& bad : kBadFiles)
-    expectTold(bad, true);
+  for (const BadInput& bad : kBadInputs) {
+    SCOPED_TRACE(bad.name);
+    World world;
+    if (bad.isOfFile) world.advanceTo(UpdateStage::available);
+    bad.spoil(world);
+    world.proceed();
+    world.expectFailure(bad.failure);
+    if (bad.failure == noNetwork) continue;
+    world.serve(world.item("1.3"), 20);
+    world.proceed();
+    EXPECT_TRUE(world.waitFor(UpdateStage::available)) << "the next check must work";
+  }
 }
 
 TEST(BadInput, endsBeforeAnythingIsReadFromAnUnknownServer) {
@@ -173,7 +169,7 @@ TEST(BadInput, endsBeforeAnythingIsReadFromAnUnknownServer) {
     QSslConfiguration::setDefaultConfiguration(security);
     world.server.host = host;
     world.start();
-    world.cycle().check(UpdateCycle::Asker::user);
+    world.proceed();
     world.expectFailure(insecureConnection);
   }
   EXPECT_EQ(world.checks(), 0);
@@ -183,7 +179,7 @@ TEST(BadInput, isNoBetterWhereTheFeedIsLocal) {
   World world(Installation::Kind::singleFile, false);
   for (const char* other : {"http://updates.example", "http://[::1]", "file://localhost"}) {
     edited("http://localhost", other)(world);
-    world.cycle().check(UpdateCycle::Asker::user);
+    world.proceed();
     world.expectFailure(insecureDownload);
   }
   world.serveGood();
@@ -191,13 +187,13 @@ TEST(BadInput, isNoBetterWhereTheFeedIsLocal) {
 }
 
 TEST(BadInput, isGivenUpWhenItStopsComing) {
-  for (const char* path : {kFeed, kFile}) {
+  for (const UpdateStage stage : {UpdateStage::idle, UpdateStage::available}) {
     World world;
-    if (path == kFile) world.advanceTo(UpdateStage::available);
+    world.advanceTo(stage);
+    const char* const path = stage == UpdateStage::idle ? kFeed : kFile;
     world.server.set(path, {.headers = "Content-Length: 100\r\n", .body = "part", .ending = keptOpen});
-    const int before = world.server.requestCount(path);
-    path == kFile ? world.cycle().proceed() : world.cycle().check(UpdateCycle::Asker::user);
-    ASSERT_TRUE(waitUntil([&] { return world.server.requestCount(path) > before; }));
+    world.proceed();
+    ASSERT_TRUE(waitUntil([&] { return world.server.requestCount(path) > 0; }));
     world.clock.advance(std::chrono::seconds(31));
     world.expectFailure(tooSlow);
   }
@@ -212,7 +208,7 @@ TEST(BadInput, isAsFullADisk) {
     World world;
     world.advanceTo(stage);
     setrlimit(RLIMIT_FSIZE, &small);
-    world.cycle().proceed();
+    world.proceed();
     world.expectFailure(noSpace);
     setrlimit(RLIMIT_FSIZE, &old);
   }

@@ -22,10 +22,9 @@ struct RecordingObserver final : UpdateObserver {
 TEST(UpdateCycle, asksTheUserBeforeItDownloadsAndBeforeItInstalls) {
   UpdaterWorld world;
   world.newFile += QByteArray(4'000'000, 'n');
-  QByteArray feed = world.feed({FeedItem{}});
-  feed.replace("<description>", "<sparkle:shortVersionString>1.1\n\u202E\u2066Safe \u200Fnow" +
-                                    QByteArray(100, 'x') + "</sparkle:shortVersionString><description>");
-  world.server.set("/real", {.body = world.signedFeed(feed)});
+  const QByteArray version = "<sparkle:shortVersionString>1.1\n\u202E\u2066Safe \u200Fnow" +
+                             QByteArray(100, 'x') + "</sparkle:shortVersionString>";
+  world.server.set("/real", {.body = world.signedFeed(world.feed(world.item("1.1", version)))});
   world.server.redirect("/second", "real");
   world.server.redirect("/appcast.xml", world.server.url("/second"));
   world.server.set("/file", {.body = world.newFile});
@@ -33,7 +32,7 @@ TEST(UpdateCycle, asksTheUserBeforeItDownloadsAndBeforeItInstalls) {
   world.advanceTo(UpdateStage::available);
   EXPECT_EQ(world.state().installedVersion, "1.0");
   EXPECT_EQ(world.state().offeredVersion, "1.1 Safe now" + std::string(52, 'x')) << "one clean line";
-  EXPECT_EQ(world.state().notes, "What is new:\n\n\u2022 more");
+  EXPECT_EQ(world.state().notes, "New:\n\n\u2022 more");
   EXPECT_EQ(world.server.requestCount("/file"), 0);
 
   std::set<qint64> progress;
@@ -44,7 +43,7 @@ TEST(UpdateCycle, asksTheUserBeforeItDownloadsAndBeforeItInstalls) {
   ASSERT_TRUE(world.waitFor(UpdateStage::ready));
   EXPECT_GT(progress.size(), 5U);
   EXPECT_EQ(*progress.rbegin(), world.newFile.size());
-  EXPECT_EQ(world.installedProgram(), world.oldFile);
+  EXPECT_EQ(world.installedProgram(), kOldFile);
 
   world.cycle().check(UpdateCycle::Asker::user);
   EXPECT_EQ(observer.attentionWanted, 1) << "who asks again sees what there is";
@@ -58,29 +57,36 @@ TEST(UpdateCycle, asksTheUserBeforeItDownloadsAndBeforeItInstalls) {
 }
 
 TEST(UpdateCycle, offersTheNewestThatIsMeantForThisBuild) {
-  struct Case {
-    QList<FeedItem> items;
-    const char* version; ///< empty: none of them
-    UpdateStage stage = UpdateStage::available;
-    std::set<std::string> channels = {};
+  UpdaterWorld world;
+  const auto item = [&](const char* version, const char* channel = "", const char* system = "",
+                        const char* architecture = "test-cpu") {
+    return world.item(version, QByteArray("<sparkle:channel>") + channel +
+                                   "</sparkle:channel><sparkle:minimumSystemVersion>" + system +
+                                   "</sparkle:minimumSystemVersion><sonvel:architecture>" + architecture +
+                                   "</sonvel:architecture>");
   };
 
-  const FeedItem faulty{.version = "1.9", .architecture = ""};
-  const Case cases[] = {
-      {{{"1.2-beta", "beta"}, {"1.1"}}, "1.1"},
-      {{{"1.2-beta", "beta"}, {"1.1"}}, "1.2-beta", UpdateStage::available, {"beta"}},
-      {{{"1.2-beta", "Beta"}}, "", UpdateStage::upToDate, {"beta"}},
-      {{{"1.1"}, {"1.3"}, {"1.2"}}, "1.3"},
-      {{faulty, {"1.3"}}, "1.3"},
-      {{{"1.4", "", "", "other-cpu"}, {"1.3"}}, "1.3"},
-      {{{"1.0"}, {"0.9"}}, "", UpdateStage::upToDate},
-      {{}, "", UpdateStage::upToDate},
-      {{{"1.5", "", "6.2"}, {"1.4", "", "6.1"}}, "1.4"},
-      {{{"1.5", "", "6.2"}}, "", UpdateStage::needsNewerSystem},
-      {{{"1.5", "", "unreadable"}}, "", UpdateStage::needsNewerSystem},
+  const struct {
+    QByteArray items;
+    UpdateStage stage;
+    const char* version = "";
+    std::set<std::string> channels = {};
+  } cases[] = {
+      {item("1.2-beta", "beta") + item("1.1"), UpdateStage::available, "1.1"},
+      {item("1.2-beta", "beta") + item("1.1"), UpdateStage::available, "1.2-beta", {"beta"}},
+      {item("1.2-beta", "Beta"), UpdateStage::upToDate, "", {"beta"}},
+      {item("1.1") + item("1.3") + item("1.2"), UpdateStage::available, "1.3"},
+      {item("1.9", "", "", "") + item("1.3"), UpdateStage::available, "1.3"},
+      {item("1.4", "", "", "other-cpu") + item("1.3"), UpdateStage::available, "1.3"},
+      {item("1.0") + item("0.9"), UpdateStage::upToDate},
+      {{}, UpdateStage::upToDate},
+      {item("1.5", "", "6.2") + item("1.4", "", "6.1"), UpdateStage::available, "1.4"},
+      {item("1.5", "", "6.2"), UpdateStage::needsNewerSystem},
+      {item("1.5", "", "unreadable"), UpdateStage::needsNewerSystem},
   };
-  for (const auto& [items, version, stage, channels] : cases) {
-    UpdaterWorld world;
+
+  for (const auto& [items, stage, version, channels] : cases) {
+    world.preferences = {};
     world.channels = std::make_shared<SonvelSparkleChannelDelegate>(channels);
     world.start();
     world.serve(items);
@@ -91,32 +97,23 @@ TEST(UpdateCycle, offersTheNewestThatIsMeantForThisBuild) {
 
 TEST(UpdateCycle, showsOfTheSchedulesChecksOnlyWhatCanBeTaken) {
   UpdaterWorld world;
-  const auto expectShown = [&](UpdateStage stage, bool isVisible, bool isUnasked) {
+  const auto check = [&](UpdateCycle::Asker asker, UpdateStage stage, bool isVisible, bool isUnasked) {
+    world.cycle().check(asker);
     ASSERT_TRUE(waitUntil([&] { return world.state().stage == stage; }));
     EXPECT_EQ(world.state().isVisible, isVisible);
     EXPECT_EQ(world.state().isUnasked, isUnasked);
   };
-  const auto check = [&](UpdateCycle::Asker asker) { world.cycle().check(asker); };
   using enum UpdateCycle::Asker;
   world.serveText("no feed");
-  check(schedule);
-  expectShown(UpdateStage::failed, false, true);
+  check(schedule, UpdateStage::failed, false, true);
   world.serve({});
-  check(schedule);
-  expectShown(UpdateStage::upToDate, false, true);
-
-  check(schedule);
-  check(user); // who sees this check from now on, and its result until they close it
-  expectShown(UpdateStage::upToDate, true, false);
+  check(schedule, UpdateStage::checking, false, true);
+  check(user, UpdateStage::upToDate, true, false); // it is the user's from now on, until they close it
   world.serveGood();
-  check(schedule);
-  expectShown(UpdateStage::upToDate, true, false);
-
+  check(schedule, UpdateStage::upToDate, true, false);
   world.cycle().cancel();
-  check(schedule);
-  expectShown(UpdateStage::available, true, true);
-  check(user);
-  expectShown(UpdateStage::available, true, false);
+  check(schedule, UpdateStage::available, true, true);
+  check(user, UpdateStage::available, true, false);
 }
 
 TEST(UpdateCycle, installsNothingOfWhatIsCancelled) {
@@ -138,7 +135,7 @@ TEST(UpdateCycle, isCancelledDuringInstallationWhollyOrNotAtAll) {
   world.cycle().cancel();
   ASSERT_TRUE(waitUntil([&] { return world.state().stage == UpdateStage::idle || world.quitRequests == 1; }));
   QThreadPool::globalInstance()->waitForDone();
-  EXPECT_EQ(world.installedProgram(), world.quitRequests == 1 ? world.newFile : world.oldFile);
+  EXPECT_EQ(world.installedProgram(), world.quitRequests == 1 ? world.newFile : kOldFile);
   EXPECT_EQ(world.programFolder().size(), world.quitRequests == 1 ? 2 : 1);
 }
 
@@ -162,7 +159,7 @@ TEST(PackageUpdate, isHandedOverByAPathThatNobodyCanChange) {
   EXPECT_FALSE(QFile(path).open(QIODevice::ReadWrite | QIODevice::Truncate)) << "it is sealed";
   QFile writer(path);
   EXPECT_TRUE(!writer.open(QIODevice::ReadWrite | QIODevice::Unbuffered) || writer.write("x") < 0);
-  EXPECT_EQ(world.installedProgram(), world.oldFile);
+  EXPECT_EQ(world.installedProgram(), kOldFile);
   EXPECT_EQ(world.quitRequests, 0);
 }
 
@@ -216,8 +213,8 @@ TEST_F(DailyChecks, happenOnceADayOverAllStarts) {
 }
 
 TEST_F(DailyChecks, areRepeatedAfterAFailureAndAfterAFaultyItem) {
-  const FeedItem faulty{.version = "1.9", .architecture = ""};
-  for (const QByteArray& feed : {QByteArray("no feed"), world_.signedFeed(world_.feed({faulty, {"1.1"}}))}) {
+  const QByteArray faulty = world_.item("1.9", "<sonvel:architecture/>") + world_.item();
+  for (const QByteArray& feed : {QByteArray("no feed"), world_.signedFeed(world_.feed(faulty))}) {
     world_.serveText(feed);
     const int before = world_.checks();
     pass(hours(4));

@@ -18,13 +18,11 @@ namespace sonvel::updater {
 using session::waitUntil;
 using signing::SecretKey;
 
-/// One release in a feed, good unless a test changes it.
-struct FeedItem {
-  const char* version = "1.1";
-  const char* channel = "";
-  const char* minimumSystemVersion = "";
-  const char* architecture = "test-cpu";
-};
+const QByteArray kOldFile = "\x7f"
+                            "ELF 1.0";
+const QByteArray kNewFile = "\x7f"
+                            "ELF 1.1 " +
+                            QByteArray(300'000, 'n');
 
 /// A feed without its signature.
 inline QByteArray feedText(const QByteArray& product, qint64 counter, const QByteArray& expires,
@@ -57,7 +55,7 @@ class UpdaterWorld {
                         bool isSecure = true)
       : server(isSecure)
       , kind_(installationKind) {
-    folder.writeProgram("bin/program", oldFile.toStdString());
+    folder.writeProgram("bin/program", kOldFile.toStdString());
     serveGood();
     start();
   }
@@ -85,18 +83,17 @@ class UpdaterWorld {
 
   const UpdateState& state() { return cycle().state(); }
 
-  /// A feed that offers newFile in each of `items`.
-  QByteArray feed(const QList<FeedItem>& items, qint64 counter = 10) const {
-    QByteArray text;
-    for (const auto& [version, channel, system, architecture] : items)
-      text += QByteArray("<item><sparkle:version>") + version + "</sparkle:version><sparkle:channel>" +
-              channel + "</sparkle:channel><sparkle:minimumSystemVersion>" + system +
-              "</sparkle:minimumSystemVersion><sonvel:architecture>" + architecture +
-              "</sonvel:architecture><description><![CDATA[<p>What is new:</p><ul><li>more</li></ul>]]>" +
-              "</description><enclosure url=\"" + server.url("/update") + "\" length=\"" +
-              QByteArray::number(newFile.size()) + "\" sonvel:sha256=\"" + signing::hashText(newFile) +
-              "\"/></item>";
-    return feedText("com.example.program", counter, "2030-01-01T00:00:00Z", text);
+  /// An item that offers newFile, good unless `more` says something else of it.
+  QByteArray item(const QByteArray& version = "1.1", const QByteArray& more = {}) const {
+    return "<item><sparkle:version>" + version + "</sparkle:version><sonvel:architecture>test-cpu" +
+           "</sonvel:architecture>" + more + "<description><![CDATA[<p>New:</p><ul><li>more</li></ul>]]>" +
+           "</description><enclosure url=\"" + server.url("/update") + "\" length=\"" +
+           QByteArray::number(newFile.size()) + "\" sonvel:sha256=\"" + signing::hashText(newFile) +
+           "\"/></item>";
+  }
+
+  static QByteArray feed(const QByteArray& items, qint64 counter = 10) {
+    return feedText("com.example.program", counter, "2030-01-01T00:00:00Z", items);
   }
 
   /// As makers do while they change their key, it is signed with another one too.
@@ -106,16 +103,12 @@ class UpdaterWorld {
 
   void serveText(const QByteArray& text) { server.set("/appcast.xml", {.body = text}); }
 
-  void serve(const QList<FeedItem>& items, qint64 counter = 10) {
-    serveText(signedFeed(feed(items, counter)));
-  }
-
-  void serveFile(const QByteArray& file) { server.set("/update", {.body = file}); }
+  void serve(const QByteArray& items, qint64 counter = 10) { serveText(signedFeed(feed(items, counter))); }
 
   /// A good feed that offers newFile.
   void serveGood() {
-    serve({FeedItem{}});
-    serveFile(newFile);
+    serve(item());
+    server.set("/update", {.body = newFile});
   }
 
   int checks() const { return server.requestCount("/appcast.xml"); }
@@ -125,12 +118,15 @@ class UpdaterWorld {
            state().stage == stage;
   }
 
-  /// A user's check, and all that follows until `target`.
+  /// What the user does next: asks for a check, takes what is offered, or tries again.
+  void proceed() {
+    state().stage == UpdateStage::idle ? cycle().check(UpdateCycle::Asker::user) : cycle().proceed();
+  }
+
   void advanceTo(UpdateStage target) {
-    cycle().check(UpdateCycle::Asker::user);
     while (state().stage != target) {
       const UpdateStage before = state().stage;
-      if (before == UpdateStage::available || before == UpdateStage::ready) cycle().proceed();
+      proceed();
       ASSERT_TRUE(waitUntil([&] { return state().stage != before || state().stage == target; }));
       ASSERT_NE(state().stage, UpdateStage::failed) << static_cast<int>(*state().failure);
     }
@@ -142,7 +138,7 @@ class UpdaterWorld {
     EXPECT_EQ(static_cast<int>(*state().failure), static_cast<int>(failure));
     EXPECT_TRUE(state().isVisible);
     EXPECT_EQ(quitRequests, 0);
-    EXPECT_EQ(installedProgram(), oldFile);
+    EXPECT_EQ(installedProgram(), kOldFile);
     EXPECT_EQ(programFolder(), QStringList("program"));
   }
 
@@ -153,11 +149,7 @@ class UpdaterWorld {
     return QDir(QString::fromStdString(folder.path("bin"))).entryList(QDir::Files | QDir::Hidden, QDir::Name);
   }
 
-  const QByteArray oldFile = "\x7f"
-                             "ELF 1.0";
-  QByteArray newFile = "\x7f"
-                       "ELF 1.1 " +
-                       QByteArray(300'000, 'n');
+  QByteArray newFile = kNewFile;
   SecretKey key;
   std::chrono::system_clock::time_point calendarTime{std::chrono::sys_days(std::chrono::year(2027) / 1 / 15)};
   simulated::ManualClock clock;
