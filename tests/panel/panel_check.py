@@ -5,7 +5,7 @@ import argparse
 import sys
 from pathlib import Path
 
-from support.desktop import Application, Desktop
+from support.desktop import Desktop, example_players
 from support.hearing import decibels
 from support.waiting import wait_until
 
@@ -13,9 +13,7 @@ from support.waiting import wait_until
 class PanelCheck:
     def __init__(self, desktop, pictures):
         self.desktop, self.screen, self.pictures = desktop, desktop.screen, Path(pictures)
-        self.applications = [Application("Records", "pw-play", 1000, 0.2, "#3465a4"),
-                             Application("Jukebox", "paplay", 1700, 0.15, "#c4572a"),
-                             Application("Cinema", "ffplay", 2600, 0.1, "#5c8a3a")]
+        self.applications = example_players()
         self.rows = self.rows_off = 0
 
     def run(self):

@@ -142,7 +142,7 @@ class Session:
     def kill(self, daemon):
         self.processes[daemon].kill()
         self.processes[daemon].wait()
-        if daemon == "wireplumber":
+        if daemon == "wireplumber" and self.processes["pipewire"].poll() is None:
             wait_until(lambda: not self.graph.entries(), what="the end of the metadata")
 
     def stop(self, daemon):
