@@ -71,6 +71,11 @@ class PanelCheck:
         for application in self.applications:
             self.shows_volume(application, "has a row at 100 percent")
             self.heard(application, "taken over")
+        self.row("Sonvel", "no device in other mixers", self.assert_not_listed)
+
+    def assert_not_listed(self):
+        sinks = self.desktop.session.run("pactl", "list", "short", "sinks")
+        assert "Speakers" in sinks and "sonvel" not in sinks, sinks
 
     def change_volumes(self):
         for application in self.applications:
