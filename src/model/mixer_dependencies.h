@@ -21,8 +21,7 @@ template <class R> struct CallOutcome {
   std::optional<CallFailure> failure;
 };
 
-/// What the model is made with. The referents outlive the model and its tasks, and `mainThread` also every
-/// answer of `permission`.
+/// What the model is made with. The referents outlive the model and its tasks.
 struct MixerDependencies {
   std::shared_ptr<Actor<HardwareController>> hardware;
   Executor& mainThread; ///< runs on the thread of the model

@@ -2,6 +2,7 @@
 
 #include "model/mixer_dependencies.h"
 #include "model/task.h"
+#include "platform/relay.h"
 
 #include <QObject>
 
@@ -59,7 +60,6 @@ class PermissionFlow final : public QObject {
   void isFirstRunChanged();
 
  private:
-  static QCoro::Task<> receiveAnswer(std::weak_ptr<PermissionFlow> weakSelf, bool isGranted);
   static QCoro::Task<> probe(Self self);
   static QCoro::Task<> monitor(std::weak_ptr<PermissionFlow> weakSelf, Clock& clock, Executor& mainThread,
                                std::stop_token cancellation);
@@ -78,6 +78,7 @@ class PermissionFlow final : public QObject {
   bool isRequesting_ = false;
   bool isFirstRun_;
   std::optional<Task> monitorTask_;
+  const Relay relay_; ///< of the user's answer, which comes on any thread
 };
 
 } // namespace sonvel

@@ -14,8 +14,9 @@ class Polling {
  public:
   /// What else is due. Each is awaited before the tick goes on, and the model is held until then.
   struct Duties {
-    std::function<QCoro::Task<>()> refreshMaster; ///< every fifth tick, from the first on
-    std::function<QCoro::Task<>()> reconcile;     ///< every tenth tick, from the first on
+    std::function<QCoro::Task<>()> refreshMaster;           ///< every fifth tick, from the first on
+    std::function<QCoro::Task<>()> reconcile;               ///< every tenth tick, from the first on
+    std::function<QCoro::Task<>(ChannelList::Row)> rebuild; ///< the tap of a row that has gone silent
   };
 
   /// The referents outlive the polling. `audibleIDs` are the processes that are reported as playing.

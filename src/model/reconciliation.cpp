@@ -45,8 +45,7 @@ QCoro::Task<> MixerViewModel::reconcile() {
     const auto row = rowFor(key, app, rowsBefore);
     if (!row) continue;
     if (row->objectID() != app.objectID) row->setApp(app);
-    row->setIdleTicks(0);
-    row->setPlaying(true);
+    revive(*row);
     if (permissionGranted() && !row->active()) co_await startTap(row);
   }
   co_await pauseMissingRows(audible);
@@ -69,6 +68,7 @@ ChannelList::Row MixerViewModel::rowFor(const std::string& key, const AudioApp& 
     row->setMuted(remembered->second.muted);
   }
   channels_.append(row);
+  if (const auto* const session = reports_.session(key)) followSession(*session, {});
   return row;
 }
 
@@ -78,11 +78,12 @@ QCoro::Task<> MixerViewModel::pauseMissingRows(AudibleMap audible) {
     if (hasKey(audible, row->stableKey()) || !row->isPlaying() || !channels_.contains(*row)) continue;
     row->setIdleTicks(row->idleTicks() + 1);
     if (row->idleTicks() < kIdleTicksToPause) continue;
-    remember(*row);
     row->setPlaying(false);
     row->setLevel(0.0F);
+    remember(*row);
     if (row->active()) {
-      (void)co_await dependencies_.ask([objectID = row->objectID()](HardwareController& controller) {
+      const SessionReports::Hold hold(reports_, row->stableKey());
+      (void)co_await dependencies_.ask([objectID = row->sessionID()](HardwareController& controller) {
         return controller.removeChannel(objectID);
       });
       row->setActive(false);
@@ -95,6 +96,7 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   if (isQuitting_) co_return;
   const auto app = row->app();
   const ChannelSettings settings(*row);
+  const SessionReports::Hold hold(reports_, row->stableKey());
   // In a variable of its own: GCC 12 destroys a closure twice that is made inside the awaited expression.
   auto start = dependencies_.ask([app, settings](HardwareController& controller) {
     controller.addChannel(app, MixerMath::percentToGain(settings.gainPercent), settings.muted,
@@ -108,7 +110,7 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   }
   if (!channels_.contains(*row) || row->objectID() != app.objectID) {
     // Since the start was asked for, the row was removed or has come to stand for another process.
-    if (!hasRowFor(app.objectID)) sendRemoval(app.objectID);
+    if (!hasRowFor(app.objectID)) sendRemoval(row->stableKey(), app.objectID);
     co_return;
   }
   row->setActive(true);

@@ -41,14 +41,49 @@ TEST_F(RowsTest, OneMissIsForgivenAndTwoPause) {
   EXPECT_FLOAT_EQ(heard("headset"), 0.25F * 0.6F);
 }
 
-TEST_F(RowsTest, ATapThatCanNotBeStartedIsToldInItsRowAndTriedAgain) {
+TEST_F(RowsTest, AFailedStartOrChangeOfRouteIsToldInItsRowAndTriedAgain) {
   audio_.fail({.call = Call::createAggregateDevice, .status = -50, .times = 2});
-  const auto* const player = openWithPlayer(); // reconciles twice
-  EXPECT_FALSE(player->active());
-  EXPECT_EQ(player->lastError(), (CallFailure{"CreateAggregateDevice failed (OSStatus -50)", -50}));
-  passReconciliation();
-  EXPECT_TRUE(player->active());
-  EXPECT_EQ(player->lastError(), std::nullopt);
+  auto* const player = openWithPlayer(); // reconciles twice
+  for (const bool isMoved : {false, true}) {
+    if (isMoved) audio_.fail({.call = Call::createAggregateDevice, .status = -50});
+    if (isMoved) model_->setOutput(std::string("headset"), player);
+    ASSERT_TRUE(settle());
+    EXPECT_FALSE(player->active());
+    EXPECT_EQ(player->lastError(), (CallFailure{"CreateAggregateDevice failed (OSStatus -50)", -50}));
+    passReconciliation();
+    EXPECT_TRUE(player->active());
+    EXPECT_EQ(player->lastError(), std::nullopt);
+  }
+  EXPECT_FLOAT_EQ(heard("headset"), 0.25F);
+}
+
+TEST_F(RowsTest, FollowsSessionsThatTheControllerStartsAndEndsByItself) {
+  auto* player = openWithPlayer();
+  const auto app = player->app();
+  for (const bool isPaused : {true, false}) {
+    audio_.setPlaying(process_, false);
+    passReconciliation();
+    passReconciliation();
+    if (!isPaused) model_->dismissChannel(player);
+    model_->onDisappear();
+    ASSERT_TRUE(settle());
+    audio_.setPlaying(process_, true);
+    actor_->call([&](HardwareController& c) { c.addChannel(app, 0.5F, true, "headset"); }).get();
+    ASSERT_TRUE(settle());
+    if (!isPaused) openPanel(); // makes the row
+    player = row("com.example.player");
+    EXPECT_TRUE(player->isPlaying() && player->active() && player->muted());
+    EXPECT_EQ(std::pair(player->gainPercent(), player->outputUID()),
+              std::pair(50, std::optional<std::string>("headset")));
+    model_->toggleMute(player);
+    ASSERT_TRUE(settle());
+    EXPECT_FLOAT_EQ(heard("headset"), 0.125F);
+    actor_->call([&](HardwareController& c) { c.removeChannel(process_); }).get();
+    ASSERT_TRUE(settle());
+    EXPECT_FALSE(player->active());
+    openPanel();
+    EXPECT_TRUE(player->active());
+  }
 }
 
 TEST_F(RowsTest, EachTickDoesWhatIsDue) {
