@@ -110,6 +110,12 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
 +item Headset
 +checkmark)"},
                  {[&] {
+                    alpha->setPlayback(
+                        {.playingUID = "speakers", .isOutputConnected = false, .isPartial = true});
+                  },
+                  "+text Headset is not connected. Until it is, you hear this app on Speakers. "
+                  "Only part of this app\u2019s sound can be controlled. in secondary"},
+                 {[&] {
                     menu("Follow System Output")();
                     click(button("Unmute Alpha"));
                     alpha->setLastError(CallFailure{"Tap <b>failed</b> (OSStatus -50)"});
