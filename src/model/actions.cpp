@@ -1,5 +1,5 @@
-// What the user does. Each action asks the controller at once, so that it is asked in the order of the
-// actions; none waits for it.
+// User actions. Each one calls the controller right away and does not wait for it, so that the calls keep the
+// order of the actions.
 
 #include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"

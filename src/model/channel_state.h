@@ -10,8 +10,8 @@
 
 namespace sonvel {
 
-/// One row: an application that plays or has played, and what the user chose for it. Every write of a
-/// property is announced, also of an equal value. Held by a shared_ptr. Main thread.
+/// One row: an application that plays or has played, and what the user chose for it. Each write of
+/// a property emits its signal, also if the value stays the same. Held by a shared_ptr. Main thread.
 class ChannelState final : public QObject, public std::enable_shared_from_this<ChannelState> {
   Q_OBJECT
   Q_PROPERTY(QString stableKey READ stableKeyText CONSTANT)

@@ -20,7 +20,7 @@ MixerStatus afterRevocation(const CallOutcome<std::vector<HardwareTeardownResult
   return {.event = restorationFails, .failures = failed->failureText()};
 }
 
-/// As the user's language puts names in order, whatever their case.
+/// Orders names by the rules of the user's language, and ignores their case.
 QCollator makeNameOrder() {
   QCollator order;
   order.setCaseSensitivity(Qt::CaseInsensitive);

@@ -114,7 +114,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// Every row to 100 percent, unmuted.
   Q_INVOKABLE void resetAllVolumes();
 
-  /// Every row back to the system output, one after the other: each row changes when its turn comes.
+  /// Sends every row back to the system output, one after the other. A row changes when its turn comes.
   /// Failures are not shown.
   Q_INVOKABLE void everythingToSystemOutput();
 
@@ -156,7 +156,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// The keys that play, each once and with its first application, in the order of the list.
   using AudibleMap = std::vector<std::pair<std::string, AudioApp>>;
 
-  // Whoever awaits one of the coroutines below holds the model until then.
+  // Coroutines: the caller keeps the model alive while it awaits them.
 
   void cancelTasks();
   QCoro::Task<> bootstrap();

@@ -23,11 +23,11 @@ class Polling {
   Polling(const MixerDependencies& dependencies, const ChannelList& channels,
           const std::unordered_set<AudioObjectID>& audibleIDs, Duties duties);
 
-  /// Starts a loop, in place of one that runs. `self` shares the ownership of the model, which a tick holds
-  /// until the next one is due.
+  /// Starts the loop, and cancels one that runs. `self` shares the ownership of the model. A tick keeps the
+  /// model alive until the next one is due.
   void start(const std::shared_ptr<Polling>& self);
 
-  /// The loop ends once the step that it is in is over.
+  /// The loop ends after the step that it is in.
   void cancel();
 
  private:

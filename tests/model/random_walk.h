@@ -58,7 +58,6 @@ struct Player {
   float sample;                                ///< no sum of some players' samples is that of others
   AudioObjectID process = kAudioObjectUnknown; ///< 0 while it does not run
   bool isPlaying = false;
-  bool isSilent = false;
 };
 
 class RandomWalkTest : public MixerTest {
@@ -127,7 +126,7 @@ class RandomWalkTest : public MixerTest {
   void end(Player& player) {
     if (player.process != kAudioObjectUnknown) audio_.removeProcess(player.process);
     player.process = kAudioObjectUnknown;
-    player.isPlaying = player.isSilent = false;
+    player.isPlaying = false;
   }
 
   void failTearingDown();

@@ -61,14 +61,6 @@ const std::vector<RandomWalkTest::Action>& RandomWalkTest::actions() {
          player.isPlaying = !player.isPlaying || w.pick(2) == 0;
          w.audio_.setPlaying(player.process, player.isPlaying);
        }},
-      {"silence changes", 2,
-       [](Walk& w) {
-         auto& player = w.anyPlayer();
-         if (player.process == kAudioObjectUnknown) return;
-         player.isSilent = !player.isSilent;
-         const float sample = player.isSilent ? 0.0F : player.sample;
-         w.audio_.setSignal(player.process, simulated::constantSignal(sample, sample));
-       }},
       {"device comes or goes", 3,
        [](Walk& w) {
          const std::string uid = w.anyOf(kDevices);
@@ -85,15 +77,6 @@ const std::vector<RandomWalkTest::Action>& RandomWalkTest::actions() {
          w.audio_.setDefaultDevice(w.defaultDevice_);
        }},
       {"permission changes", 1, [](Walk& w) { w.consent_.setPreflight(w.anyOf(kPreflightCodes)); }},
-      {"permission is requested", 1,
-       [](Walk& w) {
-         w.consent_.setRequestable(w.pick(2) == 0); // otherwise it is probed
-         w.model_->requestPermission();
-       }},
-      {"request is answered", 2,
-       [](Walk& w) {
-         if (w.consent_.openRequests() > 0) w.consent_.answer(w.pick(2) == 0);
-       }},
       {"building fails", 2,
        [](Walk& w) {
          w.audio_.clearFailures();

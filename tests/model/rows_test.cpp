@@ -98,29 +98,14 @@ TEST_F(RowsTest, EachTickDoesWhatIsDue) {
   }
 }
 
-TEST_F(RowsTest, TheMeterShowsTheApplicationBeforeItsGain) {
-  auto* const player = openWithPlayer();
-  model_->setGain(10, player);
-  for (const auto& [sample, level] : {std::pair(1.0F, 1.0F), std::pair(-0.0316227766F, 0.5F)}) {
-    audio_.setSignal(process_, simulated::constantSignal(0.0F, sample));
-    heard();
-    passTicks(1);
-    EXPECT_NEAR(player->level(), level, 1e-4F);
-  }
-}
-
 TEST_F(RowsTest, TwelveSilentPollsOfAPlayingApplicationRebuildItsTap) {
-  struct Case {
-    float sample;
-    bool isPlaying;
-    int polls;
-    long rebuilt;
-  };
-
   openWithPlayer();
-  for (const auto& [sample, isPlaying, polls, rebuilt] :
-       {Case{0.5F, true, 1, 0}, Case{0.0F, true, 11, 0}, Case{0.0F, true, 1, 1}, Case{0.0F, true, 11, 0},
-        Case{0.5F, true, 1, 0}, Case{0.0F, false, 12, 0}}) {
+  for (const auto& [sample, isPlaying, polls, rebuilt] : {std::tuple(0.5F, true, 1, 0L),
+                                                          {0.0F, true, 11, 0},
+                                                          {0.0F, true, 1, 1},
+                                                          {0.0F, true, 11, 0},
+                                                          {0.5F, true, 1, 0},
+                                                          {0.0F, false, 12, 0}}) {
     audio_.clearLog();
     audio_.setSignal(process_, simulated::constantSignal(sample, sample));
     heard();
