@@ -118,6 +118,7 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
                  {[&] {
                     menu("Follow System Output")();
                     click(button("Unmute Alpha"));
+                    EXPECT_TRUE(settle());
                     alpha->setLastError(CallFailure{"Tap <b>failed</b> (OSStatus -50)"});
                   },
                   R"(-text 150 percent in secondary
@@ -125,6 +126,7 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
 -speaker.slash.fill in secondary
 -slider Alpha volume | 150 | Adjusts this app's output volume at 0.4
 -meter 0
+-text Headset is not connected. Until it is, you hear this app on Speakers. Only part of this app’s sound can be controlled. in secondary
 -button Output for Alpha | Headset
 -headphones in accent
 -item Follow System Output
