@@ -14,22 +14,6 @@
 namespace sonvel {
 namespace {
 
-constexpr auto kParentRunning = "#110000";
-constexpr auto kParentFile = "#330000";
-constexpr auto kOwnRunning = "#001100";
-constexpr auto kOwnFile = "#003300";
-constexpr auto kProcess = "#000011";
-constexpr auto kGeneric = "#777777";
-constexpr std::int32_t kPid = 40;
-
-/// What is on the desktop, besides the process itself; an icon is the colour of its picture.
-struct Desktop {
-  const char* runningParent = kParentRunning;
-  const char* installedParent = kParentFile; ///< "" if it has no icon, null if it is not installed
-  const char* runningOwn = kOwnRunning;
-  const char* process = kProcess;
-};
-
 /// Pictures of one colour each, which tell where an icon came from.
 class AppIconsTest : public testing::Test {
  protected:
@@ -41,17 +25,6 @@ class AppIconsTest : public testing::Test {
     return path;
   }
 
-  void addRunning(std::int32_t pid, std::optional<std::string> id, const char* color) {
-    running_.addApplication({.processID = pid, .bundleIdentifier = std::move(id)});
-    if (color != nullptr) icons_.setRunningIcon(pid, picture(color));
-  }
-
-  void addInstalled(const std::string& id, const char* color) {
-    if (color == nullptr) return;
-    icons_.setLocation(id, "/applications/" + id);
-    if (*color != '\0') icons_.setFileIcon("/applications/" + id, picture(color));
-  }
-
   static std::string colorOf(const QImage& image) {
     return image.isNull() ? "none" : image.pixelColor(image.rect().center()).name().toStdString();
   }
@@ -59,59 +32,54 @@ class AppIconsTest : public testing::Test {
   static std::string colorOf(const QIcon& icon) { return colorOf(icon.pixmap(QSize(16, 16), 1.0).toImage()); }
 
   const desktop::TemporaryFolder folder_;
-  simulated::SimulatedApplications running_;
-  simulated::SimulatedApplicationIcons icons_;
-  AppIconCache cache_{running_, icons_};
 };
 
-struct SearchCase {
-  const char* what;
-  Desktop desktop;
-  std::optional<std::string> bundleID;
-  std::optional<std::string> parentBundleID;
-  const char* expected;
-};
+TEST_F(AppIconsTest, TheFirstInOrderIsTaken) {
+  using Text = std::optional<std::string>;
+  const std::string runningParent = "#110000";
+  const std::string installedParent = "#330000";
+  const std::string runningOwn = "#001100";
+  const std::string installedOwn = "#003300";
+  const std::string process = "#000011";
+  const std::string generic = "#777777";
 
-class AppIconSearch : public AppIconsTest, public testing::WithParamInterface<SearchCase> {};
+  // What is on the desktop besides the generic icon; "-" is installed without an icon.
+  const struct {
+    std::string expected;
+    std::vector<std::string> icons;
+    bool isParentInstalled = true;
+    Text bundleID = "own";
+    Text parentBundleID = "parent";
+  } cases[] = {
+      {runningParent, {runningParent, installedParent, runningOwn, installedOwn, process}},
+      {installedParent, {installedParent, runningOwn, installedOwn, process}},
+      {process, {runningOwn, installedOwn, process}}, // another's icon would be wrong for the parent
+      {runningOwn, {runningOwn, installedOwn, process}, false},
+      {installedOwn, {installedOwn, process}, false, "own", std::nullopt},
+      {process, {runningParent, runningOwn, process}, true, "unknown", std::nullopt},
+      {generic, {}, false, "unknown", std::nullopt},
+  };
 
-TEST_P(AppIconSearch, TakesTheFirstInOrder) {
-  const auto& [what, desktop, bundleID, parentBundleID, expected] = GetParam();
-  addRunning(10, "parent", desktop.runningParent);
-  addRunning(11, "parent", "#220000"); // never the first
-  addRunning(20, "own", desktop.runningOwn);
-  addRunning(kPid, std::nullopt, desktop.process);
-  addInstalled("parent", desktop.installedParent);
-  addInstalled("own", kOwnFile);
-  icons_.setGenericIcon(picture(kGeneric));
-  EXPECT_EQ(colorOf(cache_.icon(bundleID, parentBundleID, kPid)), expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , AppIconSearch,
-    testing::Values(SearchCase{"RunningParent", {}, "own", "parent", kParentRunning},
-                    SearchCase{"InstalledParent", {.runningParent = nullptr}, "own", "parent", kParentFile},
-                    SearchCase{"ProcessIfTheParentHasNoIcon",
-                               {.runningParent = nullptr, .installedParent = ""},
-                               "own",
-                               "parent",
-                               kProcess},
-                    SearchCase{"ItselfIfTheParentIsNotThere",
-                               {.runningParent = nullptr, .installedParent = nullptr},
-                               "own",
-                               "parent",
-                               kOwnRunning},
-                    SearchCase{"ItselfInstalled", {.runningOwn = nullptr}, "own", std::nullopt, kOwnFile},
-                    SearchCase{"ProcessOfWhatIsUnknown", {}, "pid 40", std::nullopt, kProcess},
-                    SearchCase{"Generic", {.process = nullptr}, "unknown", std::nullopt, kGeneric}),
-    [](const auto& tested) { return tested.param.what; });
-
-TEST_F(AppIconsTest, AFoundIconIsKeptUnderTheNearestNameAndAMissingOneIsNot) {
-  EXPECT_EQ(colorOf(cache_.icon("helper", "parent", 1)), "none");
-  addRunning(10, "parent", kParentRunning);
-  EXPECT_EQ(colorOf(cache_.icon("helper", "parent", 1)), kParentRunning);
-  icons_.setRunningIcon(10, picture("#ffffff"));
-  EXPECT_EQ(colorOf(cache_.icon("another helper", "parent", 2)), kParentRunning);
-  EXPECT_EQ(colorOf(cache_.icon("parent", std::nullopt, 10)), kParentRunning);
+  for (const auto& [expected, icons, isParentInstalled, bundleID, parentBundleID] : cases) {
+    simulated::SimulatedApplications running;
+    simulated::SimulatedApplicationIcons given;
+    AppIconCache cache(running, given);
+    given.setGenericIcon(picture(generic));
+    if (isParentInstalled) given.setLocation("parent", "/parent");
+    given.setLocation("own", "/own");
+    for (const auto& [pid, id, color] : {std::tuple{10, Text("parent"), runningParent},
+                                         {20, "own", runningOwn},
+                                         {40, std::nullopt, process}}) {
+      running.addApplication({.processID = pid, .bundleIdentifier = id});
+      if (std::ranges::count(icons, color) > 0) given.setRunningIcon(pid, picture(color));
+    }
+    for (const auto& [path, color] : {std::pair{"/parent", installedParent}, {"/own", installedOwn}})
+      if (std::ranges::count(icons, color) > 0) given.setFileIcon(path, picture(color));
+    EXPECT_EQ(colorOf(cache.icon(bundleID, parentBundleID, 40)), expected);
+    given.setRunningIcon(10, picture("#ffffff"));
+    given.setRunningIcon(40, picture("#ffffff"));
+    EXPECT_EQ(colorOf(cache.icon(bundleID, parentBundleID, 40)), expected) << "it is kept";
+  }
 }
 
 TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {
@@ -132,7 +100,8 @@ TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {
   const desktop::InstalledDesktopEntries entries(
       {.applications = {folder_.path("applications")}, .programs = {}});
   const desktop::DesktopApplicationIcons icons(entries);
-  AppIconCache cache(running_, icons);
+  const simulated::SimulatedApplications running;
+  AppIconCache cache(running, icons);
   AppIconProvider provider(cache);
   const auto request = [&](const char* id, int side) {
     return provider.requestImage(id, nullptr, QSize(side, side));

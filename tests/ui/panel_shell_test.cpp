@@ -1,11 +1,12 @@
 // The panel's window, and when it is shown.
 
 #include "simulated/manual_clock.h"
-#include "ui/shell/journal.h"
+#include "ui/shell/panel_placement.h"
 #include "ui/shell/panel_presence.h"
 #include "ui/shell/panel_window.h"
 
 #include <gmock/gmock.h>
+#include <gtest/gtest-spi.h>
 
 #include <QGuiApplication>
 #include <QQmlEngine>
@@ -58,14 +59,17 @@ class PanelShellTest : public ::testing::Test {
 
   static constexpr milliseconds kNone{0};
 
-  int argc_ = 0;
-  QGuiApplication application_{argc_, nullptr};
   simulated::ManualClock clock_;
-  testing::Journal journal_;
+  QStringList events_;
   QQuickItem* content_ = nullptr;
   PanelWindow panel_{{.source = QUrl::fromLocalFile(SONVEL_PANEL_CONTENT),
-                      .properties = {{"journal", QVariant::fromValue<QObject*>(&journal_)}},
-                      .ready = [this](QQuickItem& root) { content_ = &root; }},
+                      .ready =
+                          [this](QQuickItem& root) {
+                            content_ = &root;
+                            events_ << "appeared";
+                            QObject::connect(&root, &QObject::destroyed,
+                                             [this] { events_ << "disappeared"; });
+                          }},
                      clock_};
   int closedByUser_ = 0;
   int quits_ = 0;
@@ -82,9 +86,9 @@ TEST_F(PanelShellTest, ContentGoesBeforeTheNextComesAndIsMadeOnce) {
   const QPointer<QQuickWindow> window = panel_.window();
   open(Style::panel);
   EXPECT_EQ(panel_.window(), window);
-  EXPECT_THAT(journal_.take(), ElementsAre("appeared", "disappeared", "appeared", "disappeared", "appeared"));
+  EXPECT_THAT(events_, ElementsAre("appeared", "disappeared", "appeared", "disappeared", "appeared"));
   PanelWindow empty({.source = QUrl("file:///nonexistent.qml")}, clock_);
-  EXPECT_FALSE(empty.open(Style::panel));
+  EXPECT_NONFATAL_FAILURE(EXPECT_FALSE(empty.open(Style::panel)), "The panel has no content");
   EXPECT_FALSE(empty.isOpen());
 }
 
@@ -133,6 +137,37 @@ TEST_F(PanelShellTest, TheClickThatClosedItDoesNotReopenIt) {
     EXPECT_EQ(panel_.isOpen(), !isReopened);
     panel_.close();
   }
+}
+
+TEST(PanelPlacement, IsAtTheIconOrInThePointersCorner) {
+  const ScreenArea barOnTop{.geometry = {0, 0, 1920, 1080}, .available = {0, 32, 1920, 1048}};
+  const ScreenArea barBelow{.geometry = {0, 0, 1920, 1080}, .available = {0, 0, 1920, 1036}};
+  const ScreenArea barAtTheLeft{.geometry = {0, 0, 1920, 1080}, .available = {64, 0, 1856, 1080}};
+  // To the right of the others, lower, and scaled twice: its logical size leaves gaps around it.
+  const ScreenArea scaled{.geometry = {1920, 200, 1280, 720}, .available = {1920, 200, 1280, 680}};
+  const ScreenArea small{.geometry = {0, 0, 320, 480}, .available = {0, 20, 320, 460}};
+
+  const struct {
+    QList<ScreenArea> screens;
+    QRect icon;
+    QPoint pointer;
+    QRect panel;
+  } cases[] = {
+      {{barOnTop}, {1000, 4, 24, 24}, {}, {832, 32, 360, 600}},
+      {{barOnTop}, {1890, 4, 24, 24}, {}, {1560, 32, 360, 600}},
+      {{barBelow}, {1000, 1046, 24, 24}, {}, {832, 436, 360, 600}},
+      {{barAtTheLeft}, {20, 1040, 24, 24}, {}, {64, 440, 360, 600}},
+      {{barOnTop, scaled}, {3000, 890, 24, 24}, {}, {2832, 280, 360, 600}},
+      {{barOnTop}, {}, {1700, 10}, {1560, 32, 360, 600}},
+      {{barAtTheLeft}, {}, {30, 1070}, {64, 480, 360, 600}},
+      {{barOnTop, scaled}, {}, {3100, 150}, {2840, 200, 360, 600}},
+      {{small}, {}, {300, 400}, {0, 20, 320, 460}},
+      {{small}, {280, 0, 20, 20}, {}, {0, 20, 320, 460}},
+      {{}, {}, {300, 400}, {}},
+  };
+
+  for (const auto& [screens, icon, pointer, panel] : cases)
+    EXPECT_EQ(panelGeometry(screens, icon, pointer, {360, 600}), panel);
 }
 
 TEST_F(PanelShellTest, IsAsHighAsItsContentAndNoHigherThanTheScreen) {
