@@ -1,6 +1,8 @@
 """The real program on a desktop where not everything goes as usual, while three players play."""
+import resource
 import signal
 from concurrent.futures import ThreadPoolExecutor
+from subprocess import check_output
 
 import pytest
 
@@ -12,7 +14,12 @@ STOPPED = "The sound service has stopped. Sonvel goes on by itself when it is ba
 DENIED = ("Access is currently denied. Allow “Sonvel” in the rules of the sound server, then it appears "
           "automatically.")
 REVOKED = "Audio access was revoked. Audio was restored to its normal output."
+OPEN_FILES = 700  # the limit that the program starts with
 LOOK, EVERYTHING = 0o500, 0o710  # rights as PipeWire writes them: to read and call; to write and set metadata too
+
+
+def open_files(pid):
+    return resource.prlimit(pid, resource.RLIMIT_NOFILE)[0]
 
 
 class Program:
@@ -23,7 +30,7 @@ class Program:
         for player in self.players:
             desktop.play(player)
         self.hear(1)
-        self.process = desktop.start()
+        self.process = desktop.start("prlimit", f"--nofile={OPEN_FILES}:", BIN / "sonvel")
 
     def open(self):
         self.desktop.tray.icon().click()
@@ -60,6 +67,9 @@ def program(request):
 def test_ends_on_a_signal_when_every_application_has_its_own_sound(program):
     program.open()
     program.halve()
+    assert open_files(program.process.pid) > OPEN_FILES
+    guardian = check_output(["pgrep", "-P", str(program.process.pid)])
+    assert open_files(int(guardian)) == OPEN_FILES, "a child has its parent's raised limit"
     program.process.send_signal(signal.SIGTERM)
     program.process.send_signal(signal.SIGINT)  # while it is ending
     assert program.process.wait(20) == 0
