@@ -17,10 +17,11 @@ namespace {
 /// Pictures of one colour each, which tell where an icon came from.
 class AppIconsTest : public testing::Test {
  protected:
-  std::string picture(const std::string& color, const std::string& file = {}, QSize size = {32, 32}) const {
-    auto path = folder_.write(file.empty() ? color + ".png" : file, "");
+  std::string picture(const char* color, std::string file = {}, QSize size = {32, 32}) const {
+    if (file.empty()) file = std::string(color) + ".png";
+    const auto path = folder_.write(file, "");
     QImage image(size, QImage::Format_ARGB32);
-    image.fill(QColor(QString::fromStdString(color)));
+    image.fill(QColor(color));
     EXPECT_TRUE(image.save(QString::fromStdString(path), "PNG"));
     return path;
   }
@@ -35,51 +36,31 @@ class AppIconsTest : public testing::Test {
 };
 
 TEST_F(AppIconsTest, TheFirstInOrderIsTaken) {
-  using Text = std::optional<std::string>;
-  const std::string runningParent = "#110000";
-  const std::string installedParent = "#330000";
-  const std::string runningOwn = "#001100";
-  const std::string installedOwn = "#003300";
-  const std::string process = "#000011";
-  const std::string generic = "#777777";
-
-  // What is on the desktop besides the generic icon; "-" is installed without an icon.
-  const struct {
-    std::string expected;
-    std::vector<std::string> icons;
-    bool isParentInstalled = true;
-    Text bundleID = "own";
-    Text parentBundleID = "parent";
-  } cases[] = {
-      {runningParent, {runningParent, installedParent, runningOwn, installedOwn, process}},
-      {installedParent, {installedParent, runningOwn, installedOwn, process}},
-      {process, {runningOwn, installedOwn, process}}, // another's icon would be wrong for the parent
-      {runningOwn, {runningOwn, installedOwn, process}, false},
-      {installedOwn, {installedOwn, process}, false, "own", std::nullopt},
-      {process, {runningParent, runningOwn, process}, true, "unknown", std::nullopt},
-      {generic, {}, false, "unknown", std::nullopt},
+  simulated::SimulatedApplications running;
+  simulated::SimulatedApplicationIcons icons;
+  const auto expect = [&](const char* color, const char* bundleID = "own", const char* parent = "parent") {
+    AppIconCache cache(running, icons);
+    EXPECT_EQ(colorOf(cache.icon(bundleID, parent, 40)), color);
   };
-
-  for (const auto& [expected, icons, isParentInstalled, bundleID, parentBundleID] : cases) {
-    simulated::SimulatedApplications running;
-    simulated::SimulatedApplicationIcons given;
-    AppIconCache cache(running, given);
-    given.setGenericIcon(picture(generic));
-    if (isParentInstalled) given.setLocation("parent", "/parent");
-    given.setLocation("own", "/own");
-    for (const auto& [pid, id, color] : {std::tuple{10, Text("parent"), runningParent},
-                                         {20, "own", runningOwn},
-                                         {40, std::nullopt, process}}) {
-      running.addApplication({.processID = pid, .bundleIdentifier = id});
-      if (std::ranges::count(icons, color) > 0) given.setRunningIcon(pid, picture(color));
-    }
-    for (const auto& [path, color] : {std::pair{"/parent", installedParent}, {"/own", installedOwn}})
-      if (std::ranges::count(icons, color) > 0) given.setFileIcon(path, picture(color));
-    EXPECT_EQ(colorOf(cache.icon(bundleID, parentBundleID, 40)), expected);
-    given.setRunningIcon(10, picture("#ffffff"));
-    given.setRunningIcon(40, picture("#ffffff"));
-    EXPECT_EQ(colorOf(cache.icon(bundleID, parentBundleID, 40)), expected) << "it is kept";
-  }
+  running.addApplication({.processID = 10, .bundleIdentifier = "parent"});
+  running.addApplication({.processID = 20, .bundleIdentifier = "own"});
+  running.addApplication({.processID = 40});
+  icons.setGenericIcon(picture("#777777"));
+  expect("#777777");
+  icons.setRunningIcon(40, picture("#000011"));
+  icons.setLocation("own", "/own");
+  expect("#000011");
+  icons.setFileIcon("/own", picture("#003300"));
+  expect("#003300");
+  icons.setRunningIcon(20, picture("#001100"));
+  expect("#001100");
+  expect("#000011", "unknown", "unknown");
+  icons.setLocation("parent", "/parent");
+  expect("#000011"); // another's icon would be wrong for the parent
+  icons.setFileIcon("/parent", picture("#330000"));
+  expect("#330000");
+  icons.setRunningIcon(10, picture("#110000"));
+  expect("#110000");
 }
 
 TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {

@@ -100,7 +100,10 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
   auto* const alpha = row("org.Alpha");
   const auto pressed = [this](const char* name) { return [this, name] { click(button(name)); }; };
   const auto chosen = [this](const char* name) {
-    return [this, name] { click(item(QAccessible::MenuItem, name)); };
+    return [this, name] {
+      click(item(QAccessible::MenuItem, name));
+      EXPECT_TRUE(settle());
+    };
   };
   expectNew(
       [&] {
@@ -134,7 +137,6 @@ checkmark)");
       "Only part of this app\u2019s sound can be controlled. in secondary");
   expectNew(chosen("Follow System Output"),
             "button Output for Alpha | System Output\narrow.triangle.branch in secondary");
-  ASSERT_TRUE(settle());
   expectNew([&] { alpha->setLastError(CallFailure{"Tap <b>failed</b> (OSStatus -50)"}); },
             "text Audio control error, Tap <b>failed</b> (OSStatus -50)");
   click(button("Output for Alpha"));

@@ -2,16 +2,11 @@ import QtQuick
 import QtQuick.Templates as T
 
 // Something to show in a panel, with a menu.
-Rectangle {
-    property real wantedHeight: 300
-    readonly property alias menu: menu
-
-    implicitWidth: 360
-    implicitHeight: wantedHeight
-
-    T.Menu {
-        id: menu
-
+Item {
+    property T.Menu menu: T.Menu {
         contentItem: Item {}
     }
+
+    implicitWidth: 360
+    implicitHeight: 300
 }
