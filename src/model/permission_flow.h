@@ -2,17 +2,16 @@
 
 #include "model/mixer_dependencies.h"
 #include "model/task.h"
-#include "platform/relay.h"
 
 #include <QObject>
 
 namespace sonvel {
 
-/// The permission to capture: asks the user for it, and follows it while the program runs. Each write of a
-/// value emits its signal, also if the value stays the same. Main thread.
+/// The permission to capture: asks the user for it, and follows it while the program runs. Every write of a
+/// value is announced, also of an equal one. Main thread.
 ///
-/// A part of the model. `self` in the functions below shares the ownership of the whole model, so that a task
-/// keeps the model alive while it works.
+/// It is a part of the model. `self` in the functions below shares the ownership of the model, so that a
+/// task holds the model while it is at work.
 class PermissionFlow final : public QObject {
   Q_OBJECT
 
@@ -31,7 +30,7 @@ class PermissionFlow final : public QObject {
   /// Reads that preference and does nothing else.
   PermissionFlow(const MixerDependencies& dependencies, Consequences consequences);
 
-  /// The last known status.
+  /// As it was learnt last.
   AudioCaptureStatus status() const noexcept { return status_; }
 
   /// Whether taps may be started.
@@ -42,10 +41,10 @@ class PermissionFlow final : public QObject {
 
   bool isFirstRun() const noexcept { return isFirstRun_; }
 
-  /// Reads the permission. Leaves it to the monitor to act on a revocation.
+  /// Reads the permission, without any consequence of a revocation.
   void refresh();
 
-  /// Asks the user. Where nobody can be asked, tries whether capture works.
+  /// Asks the user, or tries whether capture works where nobody can be asked.
   void request(const Self& self);
 
   /// Starts the task that reads the permission now and every five seconds; once.
@@ -60,11 +59,12 @@ class PermissionFlow final : public QObject {
   void isFirstRunChanged();
 
  private:
+  static QCoro::Task<> receiveAnswer(std::weak_ptr<PermissionFlow> weakSelf, bool isGranted);
   static QCoro::Task<> probe(Self self);
   static QCoro::Task<> monitor(std::weak_ptr<PermissionFlow> weakSelf, Clock& clock, Executor& mainThread,
                                std::stop_token cancellation);
 
-  // Coroutines: the caller keeps the model alive while it awaits them.
+  // These are awaited by one that holds the model until then.
   QCoro::Task<> finishRequest(bool isAllowed);
   QCoro::Task<> check();
 
@@ -78,7 +78,6 @@ class PermissionFlow final : public QObject {
   bool isRequesting_ = false;
   bool isFirstRun_;
   std::optional<Task> monitorTask_;
-  const Relay relay_; ///< of the user's answer, which comes on any thread
 };
 
 } // namespace sonvel

@@ -4,8 +4,6 @@ import json
 import subprocess
 import threading
 
-from support.waiting import wait_until
-
 
 class Graph:
     def __init__(self, session, mixer):
@@ -54,10 +52,8 @@ class Graph:
         return self.entries().get((subject, key))
 
     def set_metadata(self, subject, key, value, kind="Spa:Id"):
-        """Returns when it is so. None removes the entry."""
+        """Has arrived when what it brings about is seen. None removes the entry."""
         self._mixer.ask(*(["remove", subject, key] if value is None else ["set", subject, key, kind, value]))
-        wanted = None if value is None else str(value)
-        wait_until(lambda: self.metadata(subject, key) == wanted, what=f"{key} of {subject}: {value}")
 
     def of_ours(self):
         """Nodes and metadata that Sonvel has made."""

@@ -3,6 +3,7 @@
 import mmap
 import os
 import subprocess
+import wave
 from collections import namedtuple
 
 import numpy
@@ -28,6 +29,14 @@ def amplitude_of(frequency, samples):
 
 def decibels(ratio):
     return 20 * numpy.log10(max(ratio, 1e-10))
+
+
+def write_tone(path, frequency, amplitude):
+    """Two minutes of a tone for players of files."""
+    second = amplitude * numpy.sin(2 * numpy.pi * frequency / RATE * numpy.arange(RATE))
+    with wave.open(str(path), "wb") as file:
+        file.setparams((2, 2, RATE, 0, "NONE", ""))
+        file.writeframes(numpy.rint(numpy.repeat(second, 2) * 32767).astype("<i2").tobytes() * 120)
 
 
 def faulty_frames(samples, scale):

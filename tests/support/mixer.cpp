@@ -3,17 +3,20 @@
 //   set SUBJECT KEY TYPE VALUE
 //   remove SUBJECT KEY
 //   entries    all entries: fields with unit separators between, and record separators after them
+//   nodes      the names of all nodes, with record separators after them
 // It is not pw-metadata because PipeWire 0.3 tells a client nothing of objects newer than its last message,
 // and nobody anything more once a client left before the metadata that it bound had answered.
 #include <pipewire/extensions/metadata.h>
 #include <pipewire/pipewire.h>
 
+#include <algorithm>
 #include <array>
 #include <iostream>
 #include <map>
 #include <sstream>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -25,31 +28,44 @@ struct Mixer {
   std::uint32_t metadataID = SPA_ID_INVALID;
   spa_hook metadataListener{};
   std::map<std::uint32_t, std::map<std::string, std::string>>
-      entries; // key, type and value by subject and key
+      entries;                                              // key, type and value by subject and key
+  std::map<std::uint32_t, std::string> globals = {{0, ""}}; // the name of those that are nodes
   std::string unread;
   int lastSync = 0;
 
   static void onGlobal(void* data, std::uint32_t id, std::uint32_t /*permissions*/, const char* type,
                        std::uint32_t /*version*/, const spa_dict* properties) {
     auto& self = *static_cast<Mixer*>(data);
+    const char* name = properties != nullptr ? spa_dict_lookup(properties, PW_KEY_NODE_NAME) : nullptr;
+    self.globals[id] = name != nullptr && spa_streq(type, PW_TYPE_INTERFACE_Node) ? name : "";
     pw_core_sync(self.core, PW_ID_CORE, 0); // any message tells the server that we know this object
     if (!spa_streq(type, PW_TYPE_INTERFACE_Metadata) || properties == nullptr ||
         !spa_streq(spa_dict_lookup(properties, PW_KEY_METADATA_NAME), "default"))
       return;
+    self.metadataID = id;
+    self.bindMetadata();
+  }
+
+  void bindMetadata() {
     static const pw_metadata_events events = {.version = PW_VERSION_METADATA_EVENTS,
                                               .property = &Mixer::onProperty};
-    self.metadataID = id;
-    self.metadata =
-        static_cast<pw_metadata*>(pw_registry_bind(self.registry, id, type, PW_VERSION_METADATA, 0));
-    pw_metadata_add_listener(self.metadata, &self.metadataListener, &events, data);
+    entries.clear();
+    metadata = static_cast<pw_metadata*>(
+        pw_registry_bind(registry, metadataID, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0));
+    pw_metadata_add_listener(metadata, &metadataListener, &events, this);
   }
 
   static void onGlobalRemove(void* data, std::uint32_t id) {
     auto& self = *static_cast<Mixer*>(data);
-    self.entries.erase(id); // the server removes them too, and tells nobody
-    if (id != self.metadataID) return;
-    self.metadata = nullptr;
-    self.entries.clear();
+    self.globals.erase(id);
+    if (id == self.metadataID) self.forgetMetadata();
+  }
+
+  void forgetMetadata() {
+    spa_hook_remove(&metadataListener);
+    void* proxy = std::exchange(metadata, nullptr);
+    pw_proxy_destroy(static_cast<pw_proxy*>(proxy));
+    entries.clear();
   }
 
   static int onProperty(void* data, std::uint32_t subject, const char* key, const char* type,
@@ -75,7 +91,18 @@ struct Mixer {
 
   /// The server first tells what it has to tell, so that the line is about objects that we know.
   void handleNext() {
-    if (unread.find('\n') != std::string::npos) lastSync = pw_core_sync(core, PW_ID_CORE, 0);
+    if (unread.find('\n') == std::string::npos) return;
+    if (metadata != nullptr && knowsOfSomethingGone()) {
+      forgetMetadata();
+      bindMetadata();
+    }
+    lastSync = pw_core_sync(core, PW_ID_CORE, 0);
+  }
+
+  /// The server does not tell of changes in the entries of an object that is gone.
+  [[nodiscard]] bool knowsOfSomethingGone() const {
+    return std::ranges::any_of(entries,
+                               [this](const auto& subject) { return !globals.contains(subject.first); });
   }
 
   void perform(const std::string& line) {
@@ -91,6 +118,9 @@ struct Mixer {
       for (const auto& [of, list] : entries)
         for (const auto& [name, entry] : list)
           std::cout << of << '\x1f' << entry << '\x1e';
+    else if (verb == "nodes")
+      for (const auto& [id, name] : globals)
+        std::cout << name << '\x1e';
     else if (metadata != nullptr)
       pw_metadata_set_property(metadata, subject, key.c_str(), verb == "set" ? type.c_str() : nullptr,
                                verb == "set" ? value.c_str() : nullptr);

@@ -10,7 +10,7 @@ import tempfile
 from pathlib import Path
 
 from support.graph import Graph
-from support.hearing import Sink
+from support.hearing import Sink, write_tone
 from support.lines import LineProcess, TonePlayer
 from support.waiting import wait_until
 
@@ -109,8 +109,8 @@ class Session:
         """Starts a program in the session. name: of its log, and of it in self.processes."""
         name = name or f"{Path(program).name}-{len(self.processes)}"
         with open(self.folder / f"{name}.log", "ab") as log:
-            options = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log} | options
-            process = subprocess.Popen([program, *map(str, arguments)], env=self.environment | (environment or {}),
+            options = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log, "executable": program} | options
+            process = subprocess.Popen([Path(program).name, *map(str, arguments)], env=self.environment | (environment or {}),
                                        preexec_fn=lambda: _libc.prctl(1, signal.SIGKILL),  # when this process dies
                                        **options)
         self.processes[name] = process
@@ -136,6 +136,15 @@ class Session:
         player = TonePlayer(self, self.copy_program("tone-player", program), client or {})
         player.node = player.open("tone", frequency=frequency, amplitude=amplitude, **options)
         return player
+
+    def play(self, program, frequency, amplitude, copy=None):
+        """A tone played by pw-play, paplay or ffplay for two minutes; copy: the name that it is to run under."""
+        file = self.folder / f"{frequency}-{amplitude}.wav"
+        if not file.exists():
+            write_tone(file, frequency, amplitude)
+        options = ["-nodisp", "-autoexit", "-loglevel", "error"] if program == "ffplay" else []
+        return self.start(program, *options, file, executable=self.copy_program(program, copy or program),
+                          environment={"SDL_AUDIODRIVER": "pulseaudio", "SDL_VIDEODRIVER": "dummy"})
 
     # Daemons
 
@@ -199,7 +208,9 @@ class Session:
         wait_until(lambda: not self.graph.node(name), what=f"the end of {name}")
 
     def move(self, stream, sink, keys=("target.node", "target.object")):
-        """Sends a stream (its node's ID) to a sink, as mixers do it."""
+        """Sends a stream (its node's ID) to a sink, as mixers do it. Not before it is linked: the session manager
+        remembers nothing of a stream that it doesn't know yet."""
+        wait_until(lambda: self.graph.objects("Link", **{"link.output.node": stream}), what="a stream that is linked")
         target = self.graph.node(sink)
         for key in keys:
             self.graph.set_metadata(stream, key, target["id" if key == "target.node" else "object.serial"])

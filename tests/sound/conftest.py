@@ -1,0 +1,38 @@
+import json
+
+import pytest
+
+from support.lines import LineProcess
+from support.session import BINARIES
+from support.waiting import wait_until
+
+
+class TapHolder(LineProcess):
+    """The engine in a process of its own; requests are those of tap_holder.cpp."""
+
+    def __init__(self, session, **options):
+        super().__init__(session, BINARIES / "tap-holder", **options)
+
+    def tell(self, *words):
+        answer = json.loads(self.ask(*words))[0]
+        assert not (isinstance(answer, dict) and "error" in answer), f"{words}: {answer['error']}"
+        return answer
+
+    def app(self, pid):
+        """What the engine knows of a process, once it plays."""
+        return wait_until(lambda: next((app for app in self.tell("apps") if app["pid"] == pid), None),
+                          what=f"process {pid} among those that play")
+
+    def add(self, pid, *arguments):
+        self.app(pid)
+        self.tell("add", pid, *arguments)
+
+
+@pytest.fixture
+def start_holder(session):
+    return lambda **options: TapHolder(session, **options)
+
+
+@pytest.fixture
+def holder(session):
+    return TapHolder(session)

@@ -1,0 +1,121 @@
+"""Routes that the user has set, and what the session manager remembers of them, stay as they are."""
+
+import itertools
+import re
+
+from support.waiting import wait_until
+
+MUSIC = {"media.role": "Music"}
+MARKERS = itertools.count()
+
+
+def targets(session):
+    """The lines of the session manager's file that remember a target."""
+    folder = session.folder / "state/wireplumber"
+    for name in ("restore-stream", "stream-properties"):  # WirePlumber 0.4, 0.5
+        if (folder / name).exists():
+            return [line for line in (folder / name).read_text().splitlines()
+                    if re.search(r':target=|"target"', line)]
+    return []
+
+
+def remembered(session):
+    """What is remembered after all that has happened so far. The file is written some time after each change: what is
+    moved last tells that the rest is there."""
+    role = f"Marker{next(MARKERS)}"
+    marker = session.player(signal="silence", **{"media.role": role})
+    session.move(marker.node, "Speakers")
+    wait_until(lambda: any(role in line for line in targets(session)), what="the session manager's file")
+    marker.finish()
+    return [line for line in targets(session) if "Marker" not in line]
+
+
+def test_another_program_of_the_same_role_keeps_its_route_and_level(session, holder):
+    player = session.player(1000, 0.3, **MUSIC)
+    before = session.player(1700, 0.2, **MUSIC)
+    sink = session.sink()
+    holder.add(player.pid, 0.5)
+    sink.wait_for_tone(1000, 0.15)
+    sink.wait_for_tone(1700, 0.2)
+    before.finish()
+    assert remembered(session) == []
+    session.player(1700, 0.2, **MUSIC)
+    sink.wait_for_tone(1700, 0.2)
+    sink.wait_for_tone(1000, 0.15)
+
+
+def test_route_that_the_user_had_set_comes_back_and_is_still_remembered(session, holder):
+    for keys in (("target.node", "target.object"), ("target.node",), ("target.object",)):
+        player = session.player(1000, 0.3, **MUSIC)
+        session.move(player.node, "Headphones", keys)
+        session.sink("Headphones").wait_for_tone(1000, 0.3)
+        before = remembered(session)
+        assert len(before) == 1
+        holder.add(player.pid, 0.5)
+        session.sink().wait_for_tone(1000, 0.15)
+        session.sink("Headphones").wait_for_zeros()
+        assert holder.tell("remove", player.pid)
+        session.sink("Headphones").wait_for_tone(1000, 0.3)
+        session.sink().wait_for_zeros()
+        assert remembered(session) == before
+        player.finish()
+
+
+def test_route_that_was_remembered_stays_so_while_and_after_a_tap(session, holder):
+    earlier = session.player(**MUSIC)
+    session.move(earlier.node, "Headphones")
+    before = remembered(session)
+    assert len(before) == 1
+    earlier.finish()
+    player = session.player(1000, 0.3, **MUSIC)
+    session.sink("Headphones").wait_for_tone(1000, 0.3)
+    holder.add(player.pid, 0.5)
+    session.sink().wait_for_tone(1000, 0.15)
+    assert remembered(session) == before
+    assert holder.tell("remove", player.pid)
+    session.sink("Headphones").wait_for_tone(1000, 0.3)
+    assert remembered(session) == before
+
+
+def test_killed_run_leaves_route_and_memory_as_they_were(session, start_holder):
+    player = session.player(1000, 0.3, **MUSIC)
+    session.move(player.node, "Headphones")
+    session.sink("Headphones").wait_for_tone(1000, 0.3)
+    before = remembered(session)
+    holder = start_holder()
+    holder.tell("take", 0.5)
+    session.sink().wait_for_tone(1000, 0.15)
+    holder.kill()
+    session.sink("Headphones").wait_for_tone(1000, 0.3)
+    assert remembered(session) == before
+
+    start_holder().app(player.pid)
+    session.sink("Headphones").wait_for_tone(1000, 0.3)
+    assert remembered(session) == before
+
+
+def test_leftovers_of_a_killed_run_are_swept_by_the_next(session, start_holder):
+    # As after a kill that also hit the guardian: the stream's target is a tap that is gone.
+    player = session.player(1000, 0.3, **MUSIC)
+    session.move(player.node, "Headphones")
+    session.sink("Headphones").wait_for_tone(1000, 0.3)
+    target = session.graph.metadata(player.node, "target.object")
+    session.graph.set_metadata(player.node, "sonvel.target.object", target)
+    session.graph.set_metadata(player.node, "target.object", "sonvel-tap-1-2-3", "Spa:String")
+    session.sink().wait_for_tone(1000, 0.3)
+    start_holder()
+    session.sink("Headphones").wait_for_tone(1000, 0.3)
+    wait_until(lambda: not session.graph.of_ours(), what="a graph without anything of ours")
+
+
+def test_stream_that_the_user_moves_while_it_is_tapped_is_heard_there_afterwards(session, holder):
+    player = session.player(1000, 0.3, **MUSIC)
+    headphones = session.sink("Headphones")
+    holder.add(player.pid, 0.5)
+    session.sink().wait_for_tone(1000, 0.15)
+    session.move(player.node, "Headphones")
+    moved_to = str(session.graph.node("Headphones")["object.serial"])
+    wait_until(lambda: session.graph.metadata(player.node, "sonvel.target.object") == moved_to,
+               what="the user's choice kept for later")
+    assert holder.tell("remove", player.pid)
+    headphones.wait_for_tone(1000, 0.3)

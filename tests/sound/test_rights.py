@@ -1,0 +1,115 @@
+"""What the sound server lets the program do stands for its user's consent."""
+
+import time
+
+import pytest
+from support.waiting import wait_until
+
+GRANTED, DENIED, UNDETERMINED = range(3)
+EVERYTHING, SERVER = 0xffffffff, 0  # global IDs
+NOTHING, LOOK_ONLY, ALL = 0, 0o500, 0o710  # bits of PipeWire's permissions
+TONES = {"pw-play": (1700, 0.3), "paplay": (2600, 0.2), "ffplay": (3500, 0.1)}
+
+
+def let(session, what, mask):
+    """Sets what the program may do with an object."""
+    if what == "metadata":
+        what = session.graph.objects("Metadata", **{"metadata.name": "default"})[0]["id"]
+    client = session.graph.objects("Client", **{"application.name": "Sonvel"})[0]["id"]
+    session.run("pw-cli", "permissions", client, what, mask)
+
+
+def wait_for_permission(holder, status, within):
+    wait_until(lambda: holder.tell("permission") == status, within, f"permission {status}")
+
+
+@pytest.fixture
+def players(session):
+    """Three on the default device, and one that its user moved to the headphones; gives its pid and theirs."""
+    playing = [session.play(program, *tone) for program, tone in TONES.items()]
+    moved = session.player(1000, 0.4)
+    session.move(moved.node, "Headphones")
+    wait_for_all(session, 1, 5)
+    return moved.pid, [player.pid for player in playing]
+
+
+def wait_for_all(session, gain, within):
+    """Until each is heard, at its level times gain, where its user wants it."""
+    deadline = time.monotonic() + within
+    session.sink("Headphones").wait_for_tone(1000, 0.4 * gain, within)
+    for frequency, amplitude in TONES.values():
+        session.sink().wait_for_tone(frequency, amplitude * gain, deadline - time.monotonic() + 0.4)
+
+
+def take(holder, players):
+    moved, others = players
+    holder.add(moved, 0.25, "Headphones")
+    for pid in others:
+        holder.add(pid, 0.25)
+
+
+@pytest.mark.session(access='access.restricted = [ "tap-holder" ]')
+def test_restricting_server_denies_until_it_grants(session, holder):
+    session.player(amplitude=0.4)
+    sink = session.sink()
+    sink.wait_for_tone(1000, 0.4)
+    wait_for_permission(holder, DENIED, 2)
+    assert holder.tell("take", 0.5) == 0
+    sink.wait_for_tone(1000, 0.4)
+    assert not session.graph.of_ours()
+
+    let(session, EVERYTHING, ALL)
+    wait_for_permission(holder, GRANTED, 2)
+    assert holder.tell("take", 0.5) == 1
+    sink.wait_for_tone(1000, 0.2)
+    assert holder.finish() == 0
+    sink.wait_for_tone(1000, 0.4)
+
+
+@pytest.mark.session(access='access.rejected = [ "tap-holder" ]')
+def test_rejecting_server_denies(holder):
+    wait_for_permission(holder, DENIED, 20)
+
+
+@pytest.mark.session(access='access.restricted = [ "tap-holder" ]')
+def test_server_that_decides_nothing_denies(session, start_holder):
+    session.kill("wireplumber")  # it decides
+    holder = start_holder()
+    assert holder.tell("permission") != GRANTED
+    wait_for_permission(holder, DENIED, 20)
+
+
+def test_lost_server_takes_none(session, holder):
+    assert holder.tell("server") == {"connected": True, "lost": False, "granted": True}
+    session.kill("pipewire")
+    wait_until(lambda: holder.tell("server") == {"connected": False, "lost": True, "granted": True})
+    session.restart("pipewire")
+    wait_until(lambda: holder.tell("server")["connected"])
+
+
+@pytest.mark.parametrize("what, mask", [(SERVER, NOTHING), (EVERYTHING, LOOK_ONLY), ("metadata", LOOK_ONLY)])
+def test_withdrawn_rights_leave_each_at_its_own_output_until_they_are_given_again(session, holder, players, what,
+                                                                                  mask):
+    take(holder, players)
+    wait_for_all(session, 0.25, 5)
+    assert holder.tell("permission") == GRANTED
+    let(session, what, mask)
+    wait_for_permission(holder, DENIED, 2)
+    denied_at = time.monotonic()
+    assert holder.tell("teardown") == [True] * 4
+    wait_for_all(session, 1, 6)
+    wait_until(lambda: not session.graph.of_ours(), what="a graph without anything of ours")
+
+    # The server lets in everyone who connects anew. Longer than the permission poll (5 s), so that it sees the loss.
+    wait_for_permission(holder, GRANTED, 8)
+    assert time.monotonic() - denied_at > 5
+    take(holder, players)
+    wait_for_all(session, 0.25, 5)
+
+
+def test_rights_that_are_withdrawn_without_a_teardown_are_taken_up_again(session, holder, players):
+    take(holder, players)
+    wait_for_all(session, 0.25, 5)
+    let(session, EVERYTHING, LOOK_ONLY)
+    wait_for_all(session, 1, 6)
+    wait_for_all(session, 0.25, 10)
