@@ -10,7 +10,7 @@ build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
                 qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window)
 # What the tests are built with, and the desktop and the sound session that they run in.
-test_packages=(libgtest-dev libgmock-dev libatspi2.0-dev libxcb1-dev
+test_packages=(libgtest-dev libgmock-dev
                dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
                python3-pytest python3-numpy python3-dbus python3-dbusmock
                xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)

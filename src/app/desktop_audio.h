@@ -10,6 +10,7 @@
 #include "desktop/settings_preferences.h"
 #include "desktop/steady_clock.h"
 #include "pipewire/pipewire_hardware.h"
+#include "platform/descriptor_limit.h"
 
 namespace sonvel {
 
@@ -37,6 +38,9 @@ class DesktopAudio final : public ProgramAudio {
   Preferences& preferences() override { return preferences_; }
 
  private:
+  // Each tap takes about a dozen descriptors, shared with the sound server; a session's usual limit of 1,024
+  // would end at some eighty applications.
+  RaisedDescriptorLimit descriptorLimit_;
   desktop::SteadyClock clock_;
   desktop::ProgramBundle bundle_;
   desktop::ProcFilesystem processes_;

@@ -1,5 +1,6 @@
 #include "app/panel_host.h"
 
+#include "app/installed_page.h"
 #include "ui/icons/app_icon_provider.h"
 #include "ui/icons/icon_themes.h"
 #include "ui/presentation/views.h"
@@ -7,9 +8,7 @@
 #include "ui/symbols/symbols.h"
 
 #include <QCoreApplication>
-#include <QDesktopServices>
 #include <QDir>
-#include <QFile>
 #include <QQmlEngine>
 #include <QQuickItem>
 
@@ -75,7 +74,7 @@ void PanelHost::onQuitRequested() {
 void PanelHost::onSettingsRequested() {
   const QDir programFolder(QCoreApplication::applicationDirPath());
   const QString page = QDir::cleanPath(programFolder.filePath(QStringLiteral(SONVEL_ACCESS_PAGE)));
-  const bool isShown = QFile::exists(page) && QDesktopServices::openUrl(QUrl::fromLocalFile(page));
+  const bool isShown = openInstalledPage(page);
   if (auto* const root = sender(); root != nullptr && !isShown) root->setProperty("settingsMissing", true);
 }
 

@@ -1,5 +1,5 @@
-// What the user does. Each action asks the controller at once, so that it is asked in the order of the
-// actions; none waits for it.
+// User actions. Each one calls the controller right away and does not wait for it, so that the calls keep the
+// order of the actions.
 
 #include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"
@@ -34,16 +34,19 @@ void MixerViewModel::dismissChannel(ChannelState* channel) {
   if (channel == nullptr) return;
   // The view that calls this may go on to use the row.
   dependencies_.mainThread.post([row = channel->shared_from_this()] {});
-  const auto objectID = channel->objectID();
+  const auto objectID = channel->sessionID();
   const bool wasActive = channel->active();
   rememberedSettings_.erase(channel->stableKey());
+  if (!channel->isPlaying()) tellToForget(channel->stableKey());
   channels_.removeRowsWithKey(channel->stableKey());
-  if (wasActive) sendRemoval(objectID);
+  reports_.forgetSession(channel->stableKey());
+  if (wasActive) sendRemoval(channel->stableKey(), objectID);
 }
 
 void MixerViewModel::setOutput(const std::optional<std::string>& uid, ChannelState* channel) {
   if (channel == nullptr) return;
   channel->setOutputUID(uid);
+  keepIfPaused(*channel);
   if (channel->active()) (void)sendOutput(shared_from_this(), channel->shared_from_this());
 }
 
@@ -59,6 +62,14 @@ QString MixerViewModel::outputName(const std::optional<std::string>& uid) const 
 
 QString MixerViewModel::outputName(const QVariant& uid) const {
   return outputName(toOptionalText(uid));
+}
+
+QString MixerViewModel::knownDeviceName(const QVariant& uid) const {
+  const auto text = toOptionalText(uid);
+  if (!text) return {};
+  const auto found = deviceNames_.find(*text);
+  return found != deviceNames_.end() ? QString::fromStdString(found->second)
+                                     : QStringLiteral("The chosen device");
 }
 
 void MixerViewModel::setMaster(double value) {
@@ -91,26 +102,37 @@ void MixerViewModel::checkForUpdates() {
 
 void MixerViewModel::remember(const ChannelState& row) {
   rememberedSettings_[row.stableKey()] = {.gainPercent = row.gainPercent(), .muted = row.muted()};
+  keepIfPaused(row);
 }
 
-void MixerViewModel::sendGain(const ChannelState& row) const {
-  dependencies_.tell([gain = MixerMath::percentToGain(row.gainPercent()), objectID = row.objectID()](
-                         HardwareController& controller) { controller.setGain(gain, objectID); });
+/// Has the controller carry out `call`; reports of that key wait for its end.
+QCoro::Task<> MixerViewModel::send(std::shared_ptr<MixerViewModel> model, std::string key, Call call) {
+  const SessionReports::Hold hold(model->reports_, std::move(key));
+  auto done = model->dependencies_.ask(std::move(call));
+  (void)co_await std::move(done);
 }
 
-void MixerViewModel::sendMute(const ChannelState& row) const {
-  dependencies_.tell([muted = row.muted(), objectID = row.objectID()](HardwareController& controller) {
-    controller.setMuted(muted, objectID);
-  });
+void MixerViewModel::sendGain(const ChannelState& row) {
+  const auto gain = MixerMath::percentToGain(row.gainPercent());
+  (void)send(shared_from_this(), row.stableKey(),
+             [gain, objectID = row.sessionID()](HardwareController& c) { c.setGain(gain, objectID); });
 }
 
-void MixerViewModel::sendRemoval(AudioObjectID objectID) const {
-  dependencies_.tell([objectID](HardwareController& controller) { controller.removeChannel(objectID); });
+void MixerViewModel::sendMute(const ChannelState& row) {
+  (void)send(shared_from_this(), row.stableKey(),
+             [muted = row.muted(), objectID = row.sessionID()](HardwareController& c) {
+               c.setMuted(muted, objectID);
+             });
+}
+
+void MixerViewModel::sendRemoval(const std::string& key, AudioObjectID objectID) {
+  (void)send(shared_from_this(), key, [objectID](HardwareController& c) { c.removeChannel(objectID); });
 }
 
 QCoro::Task<> MixerViewModel::sendOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row) {
+  const SessionReports::Hold hold(model->reports_, row->stableKey(), true);
   auto move =
-      model->dependencies_.ask([uid = row->outputUID(), objectID = row->objectID()](
+      model->dependencies_.ask([uid = row->outputUID(), objectID = row->sessionID()](
                                    HardwareController& controller) { controller.setOutput(uid, objectID); });
   const auto moved = co_await std::move(move);
   row->setLastError(moved.failure);
@@ -120,8 +142,10 @@ QCoro::Task<> MixerViewModel::moveAllToSystemOutput() {
   const auto rows = channels_.rows();
   for (const auto& row : rows) {
     row->setOutputUID(std::nullopt);
+    keepIfPaused(*row);
     if (!row->active()) continue;
-    (void)co_await dependencies_.ask([objectID = row->objectID()](HardwareController& controller) {
+    const SessionReports::Hold hold(reports_, row->stableKey(), true);
+    (void)co_await dependencies_.ask([objectID = row->sessionID()](HardwareController& controller) {
       controller.setOutput(std::nullopt, objectID);
     });
   }

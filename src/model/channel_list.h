@@ -10,8 +10,9 @@
 
 namespace sonvel {
 
-/// The rows in the order in which they are shown. It tells views of insertions, removals and moves and is
-/// never reset, so that a view keeps the row that a user holds while the rows around it change. Main thread.
+/// The rows in the order in which they are shown. It announces each insertion, removal and move,
+/// and is never reset: a view keeps its row, and what the user drags in it, while other rows change. Main
+/// thread.
 class ChannelList : public QAbstractListModel {
   Q_OBJECT
 
@@ -34,7 +35,7 @@ class ChannelList : public QAbstractListModel {
   /// Removes every row with that key. The others keep their order.
   void removeRowsWithKey(std::string_view stableKey);
 
-  /// Moves as few rows as will do. Equal rows keep their order.
+  /// Moves as few rows as possible. Equal rows keep their order.
   void sort(const Order& comesBefore);
 
   using QAbstractListModel::sort;

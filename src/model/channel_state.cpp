@@ -1,5 +1,7 @@
 #include "model/channel_state.h"
 
+#include <algorithm>
+
 namespace sonvel {
 
 namespace {
@@ -57,6 +59,20 @@ void ChannelState::setLastError(std::optional<CallFailure> error) {
   Q_EMIT lastErrorChanged();
 }
 
+void ChannelState::setPlayback(Playback playback) {
+  playback_ = std::move(playback);
+  Q_EMIT playbackChanged();
+}
+
+std::vector<AudioObjectID> ChannelState::processes() const {
+  return playback_.processes.empty() ? std::vector{objectID()} : playback_.processes;
+}
+
+AudioObjectID ChannelState::sessionID() const {
+  const auto controlled = processes();
+  return std::ranges::find(controlled, objectID()) != controlled.end() ? objectID() : controlled.front();
+}
+
 void ChannelState::setZeroStreak(int polls) {
   zeroStreak_ = polls;
   Q_EMIT zeroStreakChanged();
@@ -69,6 +85,10 @@ void ChannelState::setIdleTicks(int reconciliations) {
 
 QVariant ChannelState::outputUIDText() const {
   return toVariant(outputUID_);
+}
+
+QVariant ChannelState::playingUIDText() const {
+  return toVariant(playback_.playingUID);
 }
 
 QVariant ChannelState::lastErrorText() const {

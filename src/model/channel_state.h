@@ -6,11 +6,12 @@
 #include <QObject>
 #include <QVariant>
 #include <memory>
+#include <vector>
 
 namespace sonvel {
 
-/// One row: an application that plays or has played, and what the user chose for it. Every write of a
-/// property is announced, also of an equal value. Held by a shared_ptr. Main thread.
+/// One row: an application that plays or has played, and what the user chose for it. Each write of
+/// a property emits its signal, also if the value stays the same. Held by a shared_ptr. Main thread.
 class ChannelState final : public QObject, public std::enable_shared_from_this<ChannelState> {
   Q_OBJECT
   Q_PROPERTY(QString stableKey READ stableKeyText CONSTANT)
@@ -25,10 +26,23 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
   Q_PROPERTY(QVariant outputUID READ outputUIDText NOTIFY outputUIDChanged)
   Q_PROPERTY(QVariant lastError READ lastErrorText NOTIFY lastErrorChanged)
   Q_PROPERTY(int lastErrorStatus READ lastErrorStatus NOTIFY lastErrorChanged)
+  Q_PROPERTY(QVariant playingUID READ playingUIDText NOTIFY playbackChanged)
+  Q_PROPERTY(bool isOutputConnected READ isOutputConnected NOTIFY playbackChanged)
+  Q_PROPERTY(bool isPartial READ isPartial NOTIFY playbackChanged)
   Q_PROPERTY(int zeroStreak READ zeroStreak WRITE setZeroStreak NOTIFY zeroStreakChanged)
   Q_PROPERTY(int idleTicks READ idleTicks WRITE setIdleTicks NOTIFY idleTicksChanged)
 
  public:
+  /// How the application's session plays.
+  struct Playback {
+    std::vector<AudioObjectID> processes = {};  ///< those it controls; empty without a session
+    std::optional<std::string> playingUID = {}; ///< device where it is heard now; none without a session
+    bool isOutputConnected = true;              ///< the device that was chosen is there, or none was
+    bool isPartial = false;                     ///< some of its streams play by themselves
+
+    bool operator==(const Playback&) const = default;
+  };
+
   explicit ChannelState(AudioApp app, int gainPercent = 100, bool muted = false,
                         std::optional<std::string> outputUID = std::nullopt);
 
@@ -44,7 +58,6 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   QString name() const { return QString::fromStdString(app_.name); }
 
-  /// By which the controller knows the channel.
   AudioObjectID objectID() const noexcept { return app_.objectID; }
 
   /// 100 is unity gain; not clamped here.
@@ -61,7 +74,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   void setLevel(float level);
 
-  /// Whether the application's tap has been started and not been taken away.
+  /// Whether the application has a session, which is that its volume, mute and route have effect.
   bool active() const noexcept { return active_; }
 
   void setActive(bool active);
@@ -81,6 +94,20 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   void setLastError(std::optional<CallFailure> error);
 
+  const Playback& playback() const noexcept { return playback_; }
+
+  void setPlayback(Playback playback);
+
+  bool isOutputConnected() const noexcept { return playback_.isOutputConnected; }
+
+  bool isPartial() const noexcept { return playback_.isPartial; }
+
+  /// Those of the session, or the row's own if none is known.
+  std::vector<AudioObjectID> processes() const;
+
+  /// One of them, by which the controller knows the channel: the row's own if its session has it.
+  AudioObjectID sessionID() const;
+
   /// Polls in a row at which the tap was silent although the application plays.
   int zeroStreak() const noexcept { return zeroStreak_; }
 
@@ -96,6 +123,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
   QString stableKeyText() const { return QString::fromStdString(stableKey_); }
 
   QVariant outputUIDText() const;
+  QVariant playingUIDText() const;
   QVariant lastErrorText() const;
 
   /// What the audio system returned; 0 if it was not what failed.
@@ -110,6 +138,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
   void isPlayingChanged();
   void outputUIDChanged();
   void lastErrorChanged();
+  void playbackChanged();
   void zeroStreakChanged();
   void idleTicksChanged();
 
@@ -123,6 +152,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
   bool isPlaying_ = true;
   std::optional<std::string> outputUID_;
   std::optional<CallFailure> lastError_;
+  Playback playback_;
   int zeroStreak_ = 0;
   int idleTicks_ = 0;
 };

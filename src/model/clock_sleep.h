@@ -8,8 +8,8 @@
 
 namespace sonvel {
 
-/// A wait for time to pass, to be awaited once by a coroutine of the main thread, which goes on there. A
-/// cancelled wait ends at once; that is no error.
+/// Lets a coroutine of the main thread sleep. Await it once; the coroutine resumes on the main thread.
+/// Cancelling ends the sleep early, which is no error.
 class ClockSleep {
  public:
   /// The clock and the executor outlive the wait.

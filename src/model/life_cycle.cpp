@@ -20,7 +20,7 @@ MixerStatus afterRevocation(const CallOutcome<std::vector<HardwareTeardownResult
   return {.event = restorationFails, .failures = failed->failureText()};
 }
 
-/// As the user's language puts names in order, whatever their case.
+/// Orders names by the rules of the user's language, and ignores their case.
 QCollator makeNameOrder() {
   QCollator order;
   order.setCaseSensitivity(Qt::CaseInsensitive);
@@ -37,11 +37,19 @@ MixerViewModel::MixerViewModel(MixerDependencies dependencies)
                                   .revoked = [this] { return handlePermissionRevocation(); }})
     , polling_(dependencies_, channels_, audibleIDs_,
                {.refreshMaster = [this] { return refreshMaster(); },
-                .reconcile = [this] { return reconcile(); }}) {
+                .reconcile = [this] { return reconcile(); },
+                .rebuild = [this](ChannelList::Row row) { return rebuild(std::move(row)); }})
+    , reports_(
+          dependencies_,
+          [this](const SessionReport& report, SessionReports::Age age) { followSession(report, age); },
+          [this](std::vector<AudioOutputDevice> devices) { setOutputDevices(std::move(devices)); }) {
   connect(&permission_, &PermissionFlow::statusChanged, this, &MixerViewModel::permissionChanged);
   connect(&permission_, &PermissionFlow::isGrantedChanged, this, &MixerViewModel::permissionGrantedChanged);
   connect(&permission_, &PermissionFlow::isRequestingChanged, this,
           &MixerViewModel::isRequestingPermissionChanged);
+  connect(&permission_, &PermissionFlow::isGrantedChanged, this, [this] {
+    if (std::exchange(wasGranted_, permissionGranted()) != permissionGranted()) keepPausedRows();
+  });
   connect(&permission_, &PermissionFlow::isFirstRunChanged, this, &MixerViewModel::isFirstRunChanged);
 }
 
@@ -51,6 +59,7 @@ MixerViewModel::~MixerViewModel() {
 
 void MixerViewModel::onAppear() {
   isPanelOpen_ = true;
+  reports_.start();
   permission_.ensureMonitor({shared_from_this(), &permission_});
   (void)startTask(dependencies_.mainThread, [self = shared_from_this()] { return self->bootstrap(); });
 }
@@ -74,6 +83,7 @@ QCoro::Task<> MixerViewModel::teardownForQuit() {
   const auto self = shared_from_this();
   isQuitting_ = true;
   cancelTasks();
+  keepPausedRows(); // now none is kept
   (void)co_await dependencies_.ask(&HardwareController::teardownAll);
 }
 
@@ -94,6 +104,14 @@ QCoro::Task<> MixerViewModel::handlePermissionRevocation() {
     row->setLevel(0.0F);
   }
   setStatus(afterRevocation(outcome));
+}
+
+/// Shows no failure: a row that has lost its session is started by the next reconciliation, which does, and
+/// one that is still silent is rebuilt after as many polls again.
+QCoro::Task<> MixerViewModel::rebuild(ChannelList::Row row) {
+  const SessionReports::Hold hold(reports_, row->stableKey());
+  (void)co_await dependencies_.ask(
+      [objectID = row->sessionID()](HardwareController& controller) { controller.rebuild(objectID); });
 }
 
 QCoro::Task<> MixerViewModel::refreshMaster() {
@@ -124,6 +142,8 @@ void MixerViewModel::setMasterSupported(bool isSupported) {
 
 void MixerViewModel::setOutputDevices(std::vector<AudioOutputDevice> devices) {
   outputDevices_ = std::move(devices);
+  for (const auto& device : outputDevices_)
+    deviceNames_[device.uid] = device.name;
   Q_EMIT outputDevicesChanged();
 }
 

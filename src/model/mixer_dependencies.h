@@ -15,14 +15,13 @@ namespace sonvel {
 
 class HardwareController;
 
-/// How a call of the controller ended: exactly one of the two is there.
+/// The outcome of a call of the controller: either `value` or `failure` is set.
 template <class R> struct CallOutcome {
   std::optional<std::conditional_t<std::is_void_v<R>, std::monostate, R>> value;
   std::optional<CallFailure> failure;
 };
 
-/// What the model is made with. The referents outlive the model and its tasks, and `mainThread` also every
-/// answer of `permission`.
+/// What the model is made with. The referents outlive the model and its tasks.
 struct MixerDependencies {
   std::shared_ptr<Actor<HardwareController>> hardware;
   Executor& mainThread; ///< runs on the thread of the model
@@ -31,12 +30,12 @@ struct MixerDependencies {
   Preferences& preferences;
   UpdateChecking& updates;
 
-  /// Has the controller run `function` and ignores how it ends. Calls run in the order in which they are
-  /// asked for. Main thread; does not wait.
+  /// Runs `function` with the controller on its thread, and ignores the outcome. Calls run in the order in
+  /// which they were made. Main thread; does not wait.
   template <class F> void tell(F&& function) const { (void)hardware->call(std::forward<F>(function)); }
 
-  /// As tell, but gives how it ended. Nothing that the call throws leaves this. Whoever awaits it goes on on
-  /// the main thread.
+  /// As tell, but gives the outcome; an exception becomes its failure. The coroutine that awaits it resumes
+  /// on the main thread.
   template <class F, class R = std::invoke_result_t<F&, HardwareController&>>
   QCoro::Task<CallOutcome<R>> ask(F function) const {
     return outcomeOf(hardware->call(std::move(function)).resumeOn(mainThread));

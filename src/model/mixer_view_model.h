@@ -6,6 +6,7 @@
 #include "model/mixer_status.h"
 #include "model/permission_flow.h"
 #include "model/polling.h"
+#include "model/session_reports.h"
 
 #include <QCollator>
 
@@ -14,9 +15,8 @@ namespace sonvel {
 /// One row for each application that plays or has played, and everything that the panel shows and does.
 ///
 /// Held by a shared_ptr, and by each of its tasks while that task is at work, so that it is destroyed on the
-/// main thread when the last of them ends. Its destructor cancels the tasks that sleep and takes no tap down;
-/// teardownForQuit does both. Main thread; no member waits for the audio system. Every write of a property
-/// is announced, also of an equal value.
+/// main thread when the last of them ends. Main thread; no member waits for the audio system. What the model
+/// writes to a property is announced, also if the value stays the same.
 class MixerViewModel final : public QObject, public std::enable_shared_from_this<MixerViewModel> {
   Q_OBJECT
   Q_PROPERTY(sonvel::ChannelList* channels READ channels CONSTANT)
@@ -36,7 +36,8 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// Reads the preference of the first run and does nothing else.
   explicit MixerViewModel(MixerDependencies dependencies);
 
-  /// A task that slept on would use the clock after its end.
+  /// Cancels the polling and the watch on the permission, which may be asleep. Takes no tap down:
+  /// teardownForQuit does that.
   ~MixerViewModel() override;
 
   MixerViewModel(const MixerViewModel&) = delete;
@@ -76,8 +77,8 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// The panel has gone: ends the polling. The taps stay, and the permission is still watched.
   Q_INVOKABLE void onDisappear();
 
-  /// Cancels all periodic work and gives every application its own output back. It has ended when that has
-  /// been tried. No tap is started after this call.
+  /// Cancels the polling and the watch on the permission, and removes every tap. Ends when each removal has
+  /// been tried once. No tap is started after this call.
   QCoro::Task<> teardownForQuit();
 
   // What the user does. Each changes the model before it returns, and does not wait for the hardware to
@@ -103,13 +104,17 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// For views; undefined and null are none.
   Q_INVOKABLE QString outputName(const QVariant& uid) const;
 
+  /// The name of a device, also of one that has gone since the start of the program. "The chosen device" if
+  /// it was never there, and empty for undefined and null.
+  Q_INVOKABLE QString knownDeviceName(const QVariant& uid) const;
+
   /// Of the default output device, 0.0 to 1.0.
   Q_INVOKABLE void setMaster(double value);
 
   /// Every row to 100 percent, unmuted.
   Q_INVOKABLE void resetAllVolumes();
 
-  /// Every row back to the system output, one after the other: each row changes when its turn comes.
+  /// Sends every row back to the system output, one after the other. A row changes when its turn comes.
   /// Failures are not shown.
   Q_INVOKABLE void everythingToSystemOutput();
 
@@ -151,12 +156,22 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// The keys that play, each once and with its first application, in the order of the list.
   using AudibleMap = std::vector<std::pair<std::string, AudioApp>>;
 
-  // Whoever awaits one of the coroutines below holds the model until then.
+  // Coroutines: the caller keeps the model alive while it awaits them.
 
   void cancelTasks();
   QCoro::Task<> bootstrap();
   QCoro::Task<> refreshMaster();
+  QCoro::Task<> rebuild(ChannelList::Row row);
   QCoro::Task<> handlePermissionRevocation();
+
+  // Following the sessions.
+  void followSession(const SessionReport& report, SessionReports::Age age);
+  void followProcess(ChannelState& row, const SessionReport& report);
+  void followSettings(ChannelState& row, const SessionReport& report);
+  void revive(ChannelState& row);
+  void keepIfPaused(const ChannelState& row) const;
+  void keepPausedRows() const;
+  void tellToForget(const std::string& key) const;
 
   // Reconciliation: bringing the rows in line with the applications that play.
   QCoro::Task<> reconcile();
@@ -171,9 +186,11 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   // Actions.
   void remember(const ChannelState& row);
-  void sendGain(const ChannelState& row) const;
-  void sendMute(const ChannelState& row) const;
-  void sendRemoval(AudioObjectID objectID) const;
+  using Call = std::function<void(HardwareController&)>;
+  static QCoro::Task<> send(std::shared_ptr<MixerViewModel> model, std::string key, Call call);
+  void sendGain(const ChannelState& row);
+  void sendMute(const ChannelState& row);
+  void sendRemoval(const std::string& key, AudioObjectID objectID);
   static QCoro::Task<> sendOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row);
   QCoro::Task<> moveAllToSystemOutput();
 
@@ -191,6 +208,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   double masterVolume_ = 1.0;
   bool masterSupported_ = true;
   std::vector<AudioOutputDevice> outputDevices_;
+  std::map<std::string, std::string> deviceNames_; ///< by UID, of all that have been there
   MixerStatus status_;
   std::map<std::string, RememberedSettings> rememberedSettings_; ///< by stable key
   std::unordered_set<AudioObjectID> audibleIDs_;                 ///< at the last reconciliation
@@ -198,6 +216,8 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   Polling polling_;
   bool isPanelOpen_ = false;
   bool isQuitting_ = false;
+  bool wasGranted_ = false; ///< the permission, when paused rows were last kept
+  SessionReports reports_;
 };
 
 } // namespace sonvel

@@ -13,7 +13,8 @@ constexpr std::chrono::seconds kMonitorInterval{5};
 PermissionFlow::PermissionFlow(const MixerDependencies& dependencies, Consequences consequences)
     : dependencies_(dependencies)
     , consequences_(std::move(consequences))
-    , isFirstRun_(!dependencies.preferences.boolForKey(firstRunKey)) {}
+    , isFirstRun_(!dependencies.preferences.boolForKey(firstRunKey))
+    , relay_(dependencies.mainThread) {}
 
 void PermissionFlow::refresh() {
   setStatus(dependencies_.permission.status());
@@ -24,15 +25,11 @@ void PermissionFlow::request(const Self& self) {
   markOnboarded(); // whatever the answer will be, the user has acted
   setRequesting(true);
   const bool isAsked = dependencies_.permission.request(
-      [weakSelf = std::weak_ptr(self), &mainThread = dependencies_.mainThread](bool isGranted) {
-        // This may be any thread. Only the main thread may hold the model, since it may be the last to.
-        (void)startTask(mainThread, [weakSelf, isGranted] { return receiveAnswer(weakSelf, isGranted); });
-      });
+      relay_.bind<bool>([this, weakSelf = std::weak_ptr(self)](bool isGranted) {
+        (void)startTask(dependencies_.mainThread,
+                        [self = weakSelf.lock(), isGranted] { return self->finishRequest(isGranted); });
+      }));
   if (!isAsked) (void)startTask(dependencies_.mainThread, [self] { return probe(self); });
-}
-
-QCoro::Task<> PermissionFlow::receiveAnswer(std::weak_ptr<PermissionFlow> weakSelf, bool isGranted) {
-  if (const auto self = weakSelf.lock()) co_await self->finishRequest(isGranted);
 }
 
 QCoro::Task<> PermissionFlow::probe(Self self) {

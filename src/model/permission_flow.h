@@ -2,16 +2,17 @@
 
 #include "model/mixer_dependencies.h"
 #include "model/task.h"
+#include "platform/relay.h"
 
 #include <QObject>
 
 namespace sonvel {
 
-/// The permission to capture: asks the user for it, and follows it while the program runs. Every write of a
-/// value is announced, also of an equal one. Main thread.
+/// The permission to capture: asks the user for it, and follows it while the program runs. Each write of a
+/// value emits its signal, also if the value stays the same. Main thread.
 ///
-/// It is a part of the model. `self` in the functions below shares the ownership of the model, so that a
-/// task holds the model while it is at work.
+/// A part of the model. `self` in the functions below shares the ownership of the whole model, so that a task
+/// keeps the model alive while it works.
 class PermissionFlow final : public QObject {
   Q_OBJECT
 
@@ -30,7 +31,7 @@ class PermissionFlow final : public QObject {
   /// Reads that preference and does nothing else.
   PermissionFlow(const MixerDependencies& dependencies, Consequences consequences);
 
-  /// As it was learnt last.
+  /// The last known status.
   AudioCaptureStatus status() const noexcept { return status_; }
 
   /// Whether taps may be started.
@@ -41,10 +42,10 @@ class PermissionFlow final : public QObject {
 
   bool isFirstRun() const noexcept { return isFirstRun_; }
 
-  /// Reads the permission, without any consequence of a revocation.
+  /// Reads the permission. Leaves it to the monitor to act on a revocation.
   void refresh();
 
-  /// Asks the user, or tries whether capture works where nobody can be asked.
+  /// Asks the user. Where nobody can be asked, tries whether capture works.
   void request(const Self& self);
 
   /// Starts the task that reads the permission now and every five seconds; once.
@@ -59,12 +60,11 @@ class PermissionFlow final : public QObject {
   void isFirstRunChanged();
 
  private:
-  static QCoro::Task<> receiveAnswer(std::weak_ptr<PermissionFlow> weakSelf, bool isGranted);
   static QCoro::Task<> probe(Self self);
   static QCoro::Task<> monitor(std::weak_ptr<PermissionFlow> weakSelf, Clock& clock, Executor& mainThread,
                                std::stop_token cancellation);
 
-  // These are awaited by one that holds the model until then.
+  // Coroutines: the caller keeps the model alive while it awaits them.
   QCoro::Task<> finishRequest(bool isAllowed);
   QCoro::Task<> check();
 
@@ -78,6 +78,7 @@ class PermissionFlow final : public QObject {
   bool isRequesting_ = false;
   bool isFirstRun_;
   std::optional<Task> monitorTask_;
+  const Relay relay_; ///< of the user's answer, which comes on any thread
 };
 
 } // namespace sonvel

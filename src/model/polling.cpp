@@ -4,6 +4,8 @@
 #include "engine/hardware_controller.h"
 #include "model/clock_sleep.h"
 
+#include <algorithm>
+
 namespace sonvel {
 namespace {
 
@@ -13,6 +15,15 @@ constexpr unsigned kTicksPerReconciliation = 10;
 
 /// Silent polls in a row after which a tap counts as broken.
 constexpr int kZeroStreakToRebuild = 12;
+
+/// Of the row's processes; one that is not in `peaks` is silent.
+float largestPeak(const ChannelState& row, const std::map<AudioObjectID, float>& peaks) {
+  float largest = 0.0F;
+  for (const auto process : row.processes())
+    if (const auto found = peaks.find(process); found != peaks.end())
+      largest = std::max(largest, found->second);
+  return largest;
+}
 
 } // namespace
 
@@ -56,15 +67,13 @@ QCoro::Task<> Polling::pollMeters() {
   for (const auto& row : rows) {
     if (!row->active()) continue;
     const auto objectID = row->objectID();
-    const auto found = peaks.value->find(objectID);
-    const float peak = found != peaks.value->end() ? found->second : 0.0F;
+    const float peak = largestPeak(*row, *peaks.value);
     row->setLevel(MixerMath::meterLevel(peak));
     const bool isSilentWhilePlaying = !(peak > 0.0F) && audibleIDs_.contains(objectID);
     row->setZeroStreak(isSilentWhilePlaying ? row->zeroStreak() + 1 : 0);
     if (row->zeroStreak() < kZeroStreakToRebuild) continue;
     row->setZeroStreak(0);
-    // If this fails, it is tried again after as many silent polls.
-    (void)co_await dependencies_.ask([objectID](HardwareController& c) { c.rebuild(objectID); });
+    co_await duties_.rebuild(row);
   }
 }
 

@@ -14,19 +14,20 @@ class Polling {
  public:
   /// What else is due. Each is awaited before the tick goes on, and the model is held until then.
   struct Duties {
-    std::function<QCoro::Task<>()> refreshMaster; ///< every fifth tick, from the first on
-    std::function<QCoro::Task<>()> reconcile;     ///< every tenth tick, from the first on
+    std::function<QCoro::Task<>()> refreshMaster;           ///< every fifth tick, from the first on
+    std::function<QCoro::Task<>()> reconcile;               ///< every tenth tick, from the first on
+    std::function<QCoro::Task<>(ChannelList::Row)> rebuild; ///< the tap of a row that has gone silent
   };
 
   /// The referents outlive the polling. `audibleIDs` are the processes that are reported as playing.
   Polling(const MixerDependencies& dependencies, const ChannelList& channels,
           const std::unordered_set<AudioObjectID>& audibleIDs, Duties duties);
 
-  /// Starts a loop, in place of one that runs. `self` shares the ownership of the model, which a tick holds
-  /// until the next one is due.
+  /// Starts the loop, and cancels one that runs. `self` shares the ownership of the model. A tick keeps the
+  /// model alive until the next one is due.
   void start(const std::shared_ptr<Polling>& self);
 
-  /// The loop ends once the step that it is in is over.
+  /// The loop ends after the step that it is in.
   void cancel();
 
  private:

@@ -8,12 +8,13 @@
 
 namespace sonvel {
 
-/// Runs work on the thread that made it, whenever that thread's Qt event loop comes to it.
+/// Runs work in the Qt event loop of the thread that made this object.
 class QtExecutor final : public QObject, public Executor {
  public:
   QtExecutor() = default;
 
-  /// Runs what is posted, and what that posts in turn.
+  /// Runs the work that is still pending, and what that posts in turn: a coroutine that waits for it would
+  /// never end otherwise.
   ~QtExecutor() override;
 
   QtExecutor(const QtExecutor&) = delete;
@@ -27,7 +28,7 @@ class QtExecutor final : public QObject, public Executor {
  private:
   void customEvent(QEvent* event) override;
 
-  /// False if there was none.
+  /// Runs the next piece of work. False if there is none.
   bool runNext();
 
   std::mutex mutex_; ///< guards the next

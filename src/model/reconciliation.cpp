@@ -17,7 +17,7 @@ bool hasKey(const std::vector<std::pair<std::string, AudioApp>>& audible, const 
   return std::ranges::find(audible, key, &std::pair<std::string, AudioApp>::first) != audible.end();
 }
 
-/// Of the applications that share a key the first one stands for all.
+/// Of applications with the same key the first in the list is taken.
 std::vector<std::pair<std::string, AudioApp>> byKey(const std::vector<AudioApp>& apps) {
   std::vector<std::pair<std::string, AudioApp>> audible;
   for (const auto& app : apps)
@@ -45,8 +45,7 @@ QCoro::Task<> MixerViewModel::reconcile() {
     const auto row = rowFor(key, app, rowsBefore);
     if (!row) continue;
     if (row->objectID() != app.objectID) row->setApp(app);
-    row->setIdleTicks(0);
-    row->setPlaying(true);
+    revive(*row);
     if (permissionGranted() && !row->active()) co_await startTap(row);
   }
   co_await pauseMissingRows(audible);
@@ -54,9 +53,8 @@ QCoro::Task<> MixerViewModel::reconcile() {
   setStatus(rowCounts());
 }
 
-/// The row of the key, made if there is none; two reconciliations may run at once, and one may have made it
-/// for the other. Null if the user has removed the row since the reconciliation began: the next one makes a
-/// new row.
+/// The row of the key. Makes it if there is none, which another reconciliation that runs at the same time may
+/// have done. Null if the user has removed the row since this reconciliation began; the next one makes it.
 ChannelList::Row MixerViewModel::rowFor(const std::string& key, const AudioApp& app,
                                         const std::vector<ChannelList::Row>& rowsBefore) {
   if (auto row = channels_.rowWithKey(key)) return row;
@@ -69,6 +67,7 @@ ChannelList::Row MixerViewModel::rowFor(const std::string& key, const AudioApp& 
     row->setMuted(remembered->second.muted);
   }
   channels_.append(row);
+  if (const auto* const session = reports_.session(key)) followSession(*session, {});
   return row;
 }
 
@@ -78,15 +77,16 @@ QCoro::Task<> MixerViewModel::pauseMissingRows(AudibleMap audible) {
     if (hasKey(audible, row->stableKey()) || !row->isPlaying() || !channels_.contains(*row)) continue;
     row->setIdleTicks(row->idleTicks() + 1);
     if (row->idleTicks() < kIdleTicksToPause) continue;
-    remember(*row);
     row->setPlaying(false);
     row->setLevel(0.0F);
+    remember(*row);
     if (row->active()) {
-      (void)co_await dependencies_.ask([objectID = row->objectID()](HardwareController& controller) {
+      const SessionReports::Hold hold(reports_, row->stableKey());
+      (void)co_await dependencies_.ask([objectID = row->sessionID()](HardwareController& controller) {
         return controller.removeChannel(objectID);
       });
       row->setActive(false);
-      row->setLevel(0.0F); // until here it was metered
+      row->setLevel(0.0F); // a poll may have set it during the removal
     }
   }
 }
@@ -95,7 +95,8 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   if (isQuitting_) co_return;
   const auto app = row->app();
   const ChannelSettings settings(*row);
-  // In a variable of its own: GCC 12 destroys a closure twice that is made inside the awaited expression.
+  const SessionReports::Hold hold(reports_, row->stableKey());
+  // A variable, because GCC 12 destroys a lambda with captures twice if it is written inside of co_await.
   auto start = dependencies_.ask([app, settings](HardwareController& controller) {
     controller.addChannel(app, MixerMath::percentToGain(settings.gainPercent), settings.muted,
                           settings.outputUID);
@@ -107,8 +108,8 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
     co_return;
   }
   if (!channels_.contains(*row) || row->objectID() != app.objectID) {
-    // Since the start was asked for, the row was removed or has come to stand for another process.
-    if (!hasRowFor(app.objectID)) sendRemoval(app.objectID);
+    // During the start the row was removed, or came to stand for another process.
+    if (!hasRowFor(app.objectID)) sendRemoval(row->stableKey(), app.objectID);
     co_return;
   }
   row->setActive(true);
@@ -117,7 +118,7 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   catchUp(*row, settings);
 }
 
-/// Sends what the user has changed since `started` was read, when the row was not active yet.
+/// Sends what the user has changed while the tap was being started with `started`.
 void MixerViewModel::catchUp(ChannelState& row, const ChannelSettings& started) {
   if (row.gainPercent() != started.gainPercent) sendGain(row);
   if (row.muted() != started.muted) sendMute(row);

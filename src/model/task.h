@@ -10,11 +10,11 @@
 
 namespace sonvel {
 
-/// A task that was started on the main thread and that nobody waits for. Copies stand for the same task;
-/// dropping them all lets it run on. Any thread.
+/// A task on the main thread that nobody awaits. Copies refer to the same task, which goes on when all of
+/// them are gone. Any thread.
 class Task {
  public:
-  /// Asks the task to end. It notices where it looks at its token or sleeps on it.
+  /// Asks the task to end. It does so where it next checks its token, and a sleep ends at once.
   void cancel() { cancellation_.request_stop(); }
 
   bool isCancelled() const noexcept { return cancellation_.stop_requested(); }
@@ -27,7 +27,8 @@ class Task {
 
 namespace detail {
 
-/// A coroutine that runs on its own. An error that leaves it is a fault of the program and ends it.
+/// A coroutine that nobody awaits. An exception that leaves it is a fault in the program, and ends the
+/// program.
 struct DetachedCoroutine {
   struct promise_type { // NOLINT(readability-identifier-naming): the language asks for it
 
@@ -43,7 +44,7 @@ struct DetachedCoroutine {
   };
 };
 
-/// `body` lives until what it has begun is over, so that a coroutine may use what its lambda has captured.
+/// Keeps `body` until its coroutine has ended, so that the coroutine may use what the lambda has captured.
 template <class Body> DetachedCoroutine runTask(Body body, std::stop_token cancellation) {
   if constexpr (std::invocable<const Body&, std::stop_token>)
     co_await body(std::move(cancellation));
@@ -53,8 +54,8 @@ template <class Body> DetachedCoroutine runTask(Body body, std::stop_token cance
 
 } // namespace detail
 
-/// Starts a task: `body`, called with the token of its cancellation if it takes one, gives what to await, a
-/// coroutine or a reply. It begins as work of `mainThread`, never from inside this call. Any thread.
+/// Starts a task. `body` returns what to await, a coroutine or a reply, and may take the token of the task's
+/// cancellation. It is called as work of `mainThread`, never from inside this call. Any thread.
 template <class Body> Task startTask(Executor& mainThread, Body body) {
   Task task;
   mainThread.post([body = std::move(body), cancellation = task.token()] {

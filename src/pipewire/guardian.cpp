@@ -2,6 +2,7 @@
 
 #include "pipewire/server_connection.h"
 #include "pipewire/stream_targets.h"
+#include "platform/descriptor_limit.h"
 
 #include <spawn.h>
 
@@ -46,6 +47,8 @@ pid_t spawn(const std::string& program, const std::string& argument, int input) 
   pid_t process = -1;
   if (posix_spawn(&process, program.c_str(), &files, &attributes, arguments.data(), environ) != 0)
     process = -1;
+  else
+    RaisedDescriptorLimit::lowerFor(process);
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&files);
   return process;

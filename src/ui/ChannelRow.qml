@@ -163,11 +163,24 @@ FocusScope {
                 wrapMode: Text.Wrap
             }
 
+            PanelLabel {
+                id: note
+
+                Layout.fillWidth: true
+                visible: root.ch.lastError === undefined && root.ch.isPlaying && text !== ""
+                text: PanelText.sessionNote(root.ch.isPartial, root.ch.isOutputConnected,
+                                            root.model.knownDeviceName(root.ch.outputUID),
+                                            root.model.knownDeviceName(root.ch.playingUID))
+                font: PanelTheme.caption
+                color: PanelTheme.secondary
+                wrapMode: Text.Wrap
+            }
+
             RoutingMenu {
                 id: routing
 
                 Layout.alignment: Qt.AlignVCenter
-                Layout.maximumWidth: root.ch.lastError !== undefined ? 130 : lines.width
+                Layout.maximumWidth: root.ch.lastError !== undefined || note.visible ? 130 : lines.width
                 visible: root.ch.isPlaying
                 model: root.model
                 ch: root.ch

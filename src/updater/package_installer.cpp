@@ -1,8 +1,9 @@
 #include "updater/package_installer.h"
 
+#include "platform/descriptor_limit.h"
 #include "updater/relaunch.h"
 
-#include <gio/gio.h>
+#include <gio/gdesktopappinfo.h>
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -48,9 +49,12 @@ bool openWithDefaultApplication(const VerifiedUpdate& package) {
   const GPtr<char> type(g_content_type_guess(nullptr, content, package.bytes().size(), nullptr));
   const GPtr<GAppInfo> application(type ? g_app_info_get_default_for_type(type.get(), FALSE) : nullptr);
   if (!application) return false;
-  const GPtr<GFile> file(g_file_new_for_path(package.path().c_str()));
-  GList files{.data = file.get(), .next = nullptr, .prev = nullptr};
-  return g_app_info_launch(application.get(), &files, launchContext().get(), nullptr) != FALSE;
+  const GPtr<char> address(g_filename_to_uri(package.path().c_str(), nullptr, nullptr));
+  GList addresses{.data = address.get(), .next = nullptr, .prev = nullptr};
+  const auto prepareChild = [](gpointer) { RaisedDescriptorLimit::lowerFor(0); };
+  return g_desktop_app_info_launch_uris_as_manager(G_DESKTOP_APP_INFO(application.get()), &addresses,
+                                                   launchContext().get(), G_SPAWN_SEARCH_PATH, prepareChild,
+                                                   nullptr, nullptr, nullptr, nullptr) != FALSE;
 }
 
 } // namespace

@@ -1,44 +1,32 @@
-#include "desktop/desktop_identity.h"
+// Which application a client of the sound server belongs to.
 
-#include <gmock/gmock.h>
+#include "desktop/desktop_identity.h"
+#include "desktop/systemd_unit.h"
+
+#include <gtest/gtest.h>
 
 #include <map>
-#include <ostream>
+#include <sstream>
 
 namespace sonvel::desktop {
 namespace {
 
+using Words = std::vector<std::string>;
+
 constexpr std::int32_t kPID = 100;
 constexpr auto kOwnID = "com.quellmarsh.sonvel";
-constexpr auto kUserManager = "/user.slice/user-1000.slice/user@1000.service/";
 
 class MadeUpProcesses final : public ProcessTree {
  public:
-  explicit MadeUpProcesses(std::map<std::int32_t, ProcessFacts> processes)
-      : processes_(std::move(processes)) {}
-
   std::optional<ProcessFacts> process(std::int32_t pid) const override {
-    const auto found = processes_.find(pid);
-    return found == processes_.end() ? std::nullopt : std::optional(found->second);
+    const auto found = processes.find(pid);
+    return found == processes.end() ? std::nullopt : std::optional(found->second);
   }
 
- private:
-  std::map<std::int32_t, ProcessFacts> processes_;
+  std::map<std::int32_t, ProcessFacts> processes;
 };
 
-class MadeUpEntries final : public DesktopEntries {
- public:
-  explicit MadeUpEntries(std::vector<DesktopEntry> entries)
-      : table_(std::make_shared<DesktopEntryTable>(std::move(entries))) {}
-
-  std::shared_ptr<const DesktopEntryTable> current() const override { return table_; }
-
- private:
-  std::shared_ptr<const DesktopEntryTable> table_;
-};
-
-DesktopEntry entry(std::string id, std::optional<std::string> program,
-                   std::vector<std::string> arguments = {}) {
+DesktopEntry entry(std::string id, std::string program, Words arguments = {}) {
   return {.id = std::move(id), .launch = {.program = std::move(program), .arguments = std::move(arguments)}};
 }
 
@@ -46,272 +34,155 @@ DesktopEntry script(std::string id, std::string program) {
   return {.id = std::move(id), .launch = {.program = std::move(program), .isScript = true}};
 }
 
-DesktopEntry terminal(std::string id, std::string program) {
-  return {.id = std::move(id), .launch = {.program = std::move(program)}, .isTerminalEmulator = true};
-}
+const std::vector<DesktopEntry> kInstalled{
+    entry(kOwnID, "/usr/bin/sonvel"),
+    entry("player", "/usr/bin/player"),
+    entry("music", "/usr/bin/music"),
+    entry("music-mini", "/usr/bin/music", {"--mini"}),
+    script("pytunes", "/usr/bin/pytunes"),
+    entry("arcade", "/usr/games/arcade"),
+    entry("arcade-game", "/usr/games/arcade", {"arcade://run/7"}),
+    script("fox", "/usr/bin/fox"),
+    entry("one-of-two", "/opt/suite/one"),
+    entry("other-of-two", "/opt/suite/two"),
+    entry("webview", "/usr/bin/webview"),
+    entry("library-demo", "/usr/lib/x86_64-linux-gnu/demo"),
+    script("wrapped", "/usr/bin/wrapped"),
+    {.id = "terminal", .launch = {.program = "/usr/bin/terminal"}, .isTerminalEmulator = true},
+    entry("editor", "/usr/share/editor/bin/editor"),
+};
 
-/// One that started after its parents, whose IDs are smaller in these tables.
-ProcessFacts process(std::int32_t parent, const std::string& executable,
-                     std::vector<std::string> moreArguments = {}, const std::string& unit = "session.scope") {
-  moreArguments.insert(moreArguments.begin(), executable);
-  return {.parentID = parent,
-          .startTimeTicks = static_cast<std::uint64_t>(parent) + 1,
-          .name = executable.substr(executable.rfind('/') + 1).substr(0, 15),
-          .executable = executable,
-          .arguments = std::move(moreArguments),
-          .workingFolder = "/home/me/tools",
-          .controlGroup = kUserManager + unit};
-}
+class MadeUpEntries final : public DesktopEntries {
+ public:
+  std::shared_ptr<const DesktopEntryTable> current() const override { return table_; }
 
-/// What is installed in all cases.
-std::vector<DesktopEntry> installed() {
-  return {
-      entry(kOwnID, "/usr/bin/sonvel"),
-      entry("player", "/usr/bin/player", {"--from-menu"}),
-      entry("org.example.Flat", std::nullopt),
-      entry("music", "/usr/bin/music"),
-      entry("music-mini", "/usr/bin/music", {"--mini"}),
-      script("pytunes", "/usr/bin/pytunes"),
-      entry("arcade", "/usr/games/arcade"),
-      entry("arcade-game", "/usr/games/arcade", {"arcade://run/7"}),
-      entry("only-game", "/usr/games/engine", {"/usr/share/only-game"}),
-      entry("browser", "/opt/vendor/browser/browser-launcher"),
-      script("fox", "/usr/bin/fox"),
-      entry("office-writer", "/usr/lib/office/program/office", {"--writer"}),
-      entry("office-start", "/usr/lib/office/program/office"),
-      entry("one-of-two", "/opt/suite/one"),
-      entry("other-of-two", "/opt/suite/two"),
-      entry("webview", "/usr/bin/webview"),
-      entry("library-demo", "/usr/lib/x86_64-linux-gnu/demo"),
-      entry("toolkit-demo", "/usr/lib/engine/bin/demo"),
-      script("wrapped", "/usr/bin/wrapped"),
-      terminal("terminal", "/usr/bin/terminal"),
-      entry("editor", "/usr/share/editor/bin/editor"),
-  };
-}
+ private:
+  std::shared_ptr<const DesktopEntryTable> table_ = std::make_shared<DesktopEntryTable>(kInstalled);
+};
 
-AudioClient claiming(std::optional<std::string> applicationID,
-                     std::optional<std::string> processBinary = {}) {
+AudioClient claiming(std::optional<std::string> applicationID, std::optional<std::string> binary = {},
+                     std::optional<std::string> sandboxAppID = {}) {
   AudioClient client;
+  client.processID = kPID;
   client.applicationID = std::move(applicationID);
-  client.processBinary = std::move(processBinary);
-  return client;
-}
-
-AudioClient sandboxed(std::string sandboxAppID, AudioClient client) {
+  client.processBinary = std::move(binary);
   client.sandboxAppID = std::move(sandboxAppID);
   return client;
 }
 
 struct Case {
-  const char* what;
   std::optional<std::string> expected;
-  std::map<std::int32_t, ProcessFacts> processes;
-  AudioClient client{};
+  Words commands; ///< of the process, of its parent, and so on
+  std::string unit = "session.scope";
+  AudioClient client = claiming({});
 };
 
-void PrintTo(const Case& tested, std::ostream* out) {
-  *out << tested.what;
+/// Every parent is older than its child and has a smaller ID.
+std::map<std::int32_t, ProcessFacts> running(const Words& commands, const std::string& unit) {
+  std::map<std::int32_t, ProcessFacts> processes;
+  std::int32_t pid = kPID;
+  for (const auto& command : commands) {
+    std::istringstream text(command);
+    ProcessFacts facts{.parentID = --pid,
+                       .startTimeTicks = static_cast<std::uint64_t>(pid) + 1,
+                       .arguments = {std::istream_iterator<std::string>(text), {}},
+                       .workingFolder = "/home/me/tools",
+                       .controlGroup = "/user.slice/user-1000.slice/user@1000.service/" + unit};
+    if (!facts.arguments.empty()) facts.executable = facts.arguments.front();
+    processes.emplace(pid + 1, std::move(facts));
+  }
+  return processes;
 }
 
-class DesktopIdentityTest : public testing::TestWithParam<Case> {};
+class DesktopIdentityTest : public testing::Test {
+ protected:
+  MadeUpProcesses processes_;
+  MadeUpEntries entries_;
+  DesktopIdentity identity_{processes_, entries_, {kOwnID, "/usr/bin/sonvel"}};
+};
 
-TEST_P(DesktopIdentityTest, Names) {
-  const MadeUpProcesses processes(GetParam().processes);
-  const MadeUpEntries entries(installed());
-  auto client = GetParam().client;
-  client.processID = kPID;
-  const DesktopIdentity identity(processes, entries, {kOwnID, "/usr/bin/sonvel"});
-  EXPECT_EQ(identity.bundleIdentifier(client), GetParam().expected);
+const std::string kEditor = "/usr/share/editor/editor";
+const std::string kEdited = "app-editor-1.scope";
+const std::string kUnit = "app-gnome-music-1.scope";
+const std::string kTunes = "/usr/bin/python3.11 /usr/bin/pytunes";
+
+const Case kCases[]{
+    // A sandbox beats a unit, that a program, and that what the client claims.
+    {"org.example.Box", {"/usr/bin/player"}, kUnit, claiming("claimed", {}, "org.example.Box")},
+    {"music", {"/usr/bin/player"}, kUnit},
+    {"player", {"/usr/bin/player"}, {}, claiming("claimed", "player")},
+    {"claimed", {}, {}, claiming("claimed.desktop", "binary")},
+    {"binary", {}, {}, claiming({}, "binary")},
+    {std::nullopt, {}, {}, claiming("", "", "")},
+    // A process that plays for another program names nothing.
+    {"tune", {"/usr/bin/music"}, kUnit, claiming({}, "tune")},
+    {"music", {"/usr/bin/music"}, {}, claiming({}, "Music")},
+    {"pytunes", {kTunes}, {}, claiming({}, "pytunes")},
+    // Nobody else is this program.
+    {kOwnID, {"/usr/bin/sonvel"}},
+    {"liar", {"/usr/bin/liar"}, "app-com.quellmarsh.sonvel-1.scope", claiming(kOwnID, "liar")},
+    {"liar", {"/usr/bin/liar"}, {}, claiming("com.quellmarsh.sonvel.desktop")},
+    // What the user starts in a terminal has the unit of the terminal.
+    {"music", {"/usr/bin/unknown"}, "app.slice/app-music-1.scope/sub.scope"},
+    {"player", {"/usr/bin/player"}, "app-terminal-1.scope"},
+    {std::nullopt, {"/usr/bin/unknown", "/usr/bin/bash", "/usr/bin/terminal"}, "app-terminal-1.scope"},
+    {"terminal", {"/usr/bin/terminal"}, "app-terminal-1.scope"},
+    {std::nullopt, {"/usr/bin/unknown", "/usr/bin/zsh -i", kEditor}, kEdited},
+    {"editor", {"/usr/bin/unknown", "/usr/bin/sh -c unknown", kEditor}, kEdited},
+    // A program is that of the nearest entry that starts it, or of the only program in its folder.
+    {"music-mini", {"/usr/bin/music --mini"}},
+    {"music", {"/usr/bin/music a.ogg"}},
+    {"arcade-game", {"/usr/games/arcade arcade://run/7"}},
+    {"arcade", {"/usr/games/arcade arcade://run/8"}},
+    {"editor", {kEditor}},
+    {std::nullopt, {"/opt/suite/helper"}},
+    {std::nullopt, {"/usr/bin/music-helper"}},
+    {std::nullopt, {"/usr/lib/x86_64-linux-gnu/other/player"}},
+    {"fox", {"/usr/lib/fox-115/fox-bin"}},
+    {"fox", {"/usr/lib/fox/plugin-container"}},
+    // An interpreter is the script that it runs.
+    {"pytunes", {"/usr/bin/python3.11 -u ../../../usr/bin/pytunes a.ogg"}},
+    {std::nullopt, {"/usr/bin/python3.11 /home/me/beep.py /usr/bin/pytunes"}},
+    {std::nullopt, {"/usr/bin/python3.11 -c /usr/bin/pytunes"}},
+    {"pytunes", {"/usr/bin/python3.11 -m worker", kTunes}},
+    {std::nullopt, {"/usr/bin/python3.11 /home/me/beep.py", kTunes}},
+    // A parent names its helpers, not whatever it starts.
+    {"webview", {"/usr/lib/webkit2gtk-4.1/WebKitWebProcess", "/usr/bin/bwrap", "/usr/bin/webview"}},
+    {"one-of-two", {"/opt/suite/lib/helper", "/opt/suite/one"}},
+    {std::nullopt, {"/opt/suite-extra/helper", "/opt/suite/one"}},
+    {"wrapped", {"/usr/local/bin/inner", "/usr/bin/dash /usr/bin/wrapped"}},
+    {std::nullopt, {"/usr/bin/unknown", "/usr/bin/music"}},
+};
+
+TEST_F(DesktopIdentityTest, NamesTheApplication) {
+  for (const auto& tested : kCases) {
+    processes_.processes = running(tested.commands, tested.unit);
+    EXPECT_EQ(identity_.bundleIdentifier(tested.client), tested.expected)
+        << testing::PrintToString(tested.commands) << ' ' << tested.unit;
+  }
 }
 
-std::string caseName(const testing::TestParamInfo<Case>& info) {
-  return info.param.what;
+TEST_F(DesktopIdentityTest, TakesNoYoungerProcessForAParent) {
+  processes_.processes = running({"/usr/bin/bwrap", "/usr/bin/music"}, {});
+  EXPECT_EQ(identity_.bundleIdentifier(claiming({})), "music");
+  processes_.processes.at(kPID - 1).startTimeTicks = 5000; // the ID has been given to another
+  EXPECT_EQ(identity_.bundleIdentifier(claiming({})), std::nullopt);
 }
 
-const AudioClient kClaims = claiming("claimed.id", "claimed-binary");
-
-INSTANTIATE_TEST_SUITE_P(
-    Chain, DesktopIdentityTest,
-    testing::Values(
-        Case{"SandboxBeatsUnit",
-             "org.example.Vouched",
-             {{kPID, process(1, "/usr/bin/player", {}, "app-gnome-music-1.scope")}},
-             sandboxed("org.example.Vouched", claiming("claimed.id"))},
-        Case{"UnitBeatsProgram",
-             "music",
-             {{kPID, process(1, "/usr/bin/player", {}, "app-gnome-music-1.scope")}}},
-        Case{"ProgramBeatsClaims",
-             "player",
-             {{kPID, process(1, "/usr/bin/player")}},
-             claiming("claimed.id", "player")},
-        Case{"ApplicationIDBeatsBinary", "claimed.id", {}, kClaims},
-        Case{"ApplicationIDWithoutSuffix", "org.example.App", {}, claiming("org.example.App.desktop")},
-        Case{"BinaryComesLast", "claimed-binary", {}, claiming({}, "claimed-binary")},
-        Case{"OwnEntryIsOnlyThatOfTheOwnFile",
-             kOwnID,
-             {{kPID, process(1, "/usr/bin/sonvel", {}, "app-com.quellmarsh.sonvel-1.scope")}}},
-        Case{"OwnIDThatIsClaimedIsNotBelieved",
-             "claimed-binary",
-             {{kPID, process(1, "/usr/bin/claimed-binary", {}, "app-com.quellmarsh.sonvel-1.scope")}},
-             claiming(kOwnID, "claimed-binary")},
-        Case{"OwnIDThatIsAllThatIsClaimedLeavesTheFile",
-             "liar",
-             {{kPID, process(1, "/usr/bin/liar")}},
-             claiming("com.quellmarsh.sonvel.desktop")},
-        Case{"EmptyClaimsAreNone", std::nullopt, {}, sandboxed("", claiming("", ""))},
-        Case{"NothingTells", std::nullopt, {{kPID, process(1, "/usr/bin/unheard-of")}}}),
-    caseName);
-
-INSTANTIATE_TEST_SUITE_P(
-    Unit, DesktopIdentityTest,
-    testing::Values(Case{"OfFlatpak",
-                         "org.example.Flat",
-                         {{kPID, process(1, "/app/bin/flat", {}, "app-flatpak-org.example.Flat-7.scope")}}},
-                    Case{"AboveTheLeaf",
-                         "music",
-                         {{kPID,
-                           process(1, "/usr/bin/unheard-of", {}, "app.slice/app-music-1.scope/sub.scope")}}},
-                    Case{"WithoutEntry",
-                         "player",
-                         {{kPID, process(1, "/usr/bin/player", {}, "app-gnome-not.installed-1.scope")}}},
-                    Case{"OfTerminalIsNotThePlayers",
-                         "player",
-                         {{kPID, process(1, "/usr/bin/player", {}, "app-terminal-1.scope")}}},
-                    Case{"OfTerminalIsNotAnUnknowns",
-                         std::nullopt,
-                         {{kPID, process(90, "/usr/bin/unheard-of", {}, "app-terminal-1.scope")},
-                          {90, process(80, "/usr/bin/bash", {}, "app-terminal-1.scope")},
-                          {80, process(1, "/usr/bin/terminal", {}, "app-terminal-1.scope")}}},
-                    Case{"OfTerminalIsItsOwn",
-                         "terminal",
-                         {{kPID, process(1, "/usr/bin/terminal", {}, "app-terminal-1.scope")}}},
-                    Case{"OfEditorIsNotThatOfWhatIsTypedInIt",
-                         std::nullopt,
-                         {{kPID, process(90, "/usr/bin/unheard-of", {}, "app-editor-1.scope")},
-                          {90, process(80, "/usr/bin/zsh", {"-i"}, "app-editor-1.scope")},
-                          {80, process(1, "/usr/share/editor/editor", {}, "app-editor-1.scope")}}},
-                    Case{"OfEditorIsThatOfItsCommands",
-                         "editor",
-                         {{kPID, process(90, "/usr/bin/unheard-of", {}, "app-editor-1.scope")},
-                          {90, process(80, "/usr/bin/sh", {"-c", "unheard-of x"}, "app-editor-1.scope")},
-                          {80, process(1, "/usr/share/editor/editor", {}, "app-editor-1.scope")}}}),
-    caseName);
-
-INSTANTIATE_TEST_SUITE_P(
-    Program, DesktopIdentityTest,
-    testing::Values(
-        Case{"WithAnOptionOfItsEntry", "music-mini", {{kPID, process(1, "/usr/bin/music", {"--mini"})}}},
-        Case{"WithoutOptions", "music", {{kPID, process(1, "/usr/bin/music", {"a.ogg"})}}},
-        Case{"StartedOnAName", "arcade-game", {{kPID, process(1, "/usr/games/arcade", {"arcade://run/7"})}}},
-        Case{"StartedOnAnotherName", "arcade", {{kPID, process(1, "/usr/games/arcade", {"arcade://run/8"})}}},
-        Case{"WhoseEntriesAreOnlyForNames",
-             std::nullopt,
-             {{kPID, process(1, "/usr/games/engine", {"/usr/share/other-game"})}}},
-        Case{"InTheFolderOfAnEntry",
-             "browser",
-             {{kPID, process(1, "/opt/vendor/browser/browser", {"--type=utility"})}}},
-        Case{"BelowTheFolderOfAnEntry", "editor", {{kPID, process(1, "/usr/share/editor/editor")}}},
-        Case{"InTheFolderOfTwoPrograms", std::nullopt, {{kPID, process(1, "/opt/suite/helper")}}},
-        Case{"InAFolderOfManyPrograms", std::nullopt, {{kPID, process(1, "/usr/bin/music-helper")}}},
-        Case{"InTheLibrariesFolderOfAnEntry",
-             std::nullopt,
-             {{kPID, process(1, "/usr/lib/x86_64-linux-gnu/other/player")}}},
-        Case{"BehindAWrapperOfItsName", "fox", {{kPID, process(1, "/usr/lib/fox-115/fox-bin")}}},
-        Case{"BehindAWrapperOfItsFolder", "fox", {{kPID, process(1, "/usr/lib/fox/plugin-container")}}},
-        Case{"OfTheSuiteByItsOption",
-             "office-writer",
-             {{kPID, process(1, "/usr/lib/office/program/office.bin", {"--writer"})}}},
-        Case{"OfTheSuite", "office-start", {{kPID, process(1, "/usr/lib/office/program/office.bin")}}}),
-    caseName);
-
-INSTANTIATE_TEST_SUITE_P(
-    Interpreter, DesktopIdentityTest,
-    testing::Values(Case{"RunsTheScriptOfAnEntry",
-                         "pytunes",
-                         {{kPID, process(1, "/usr/bin/python3.11", {"-u", "/usr/bin/pytunes", "a.ogg"})}}},
-                    Case{"RunsAScriptByRelativePath",
-                         "pytunes",
-                         {{kPID, process(1, "/usr/bin/python3.11", {"../../../usr/bin/pytunes"})}}},
-                    Case{"RunsAnotherScript",
-                         std::nullopt,
-                         {{kPID,
-                           process(1, "/usr/bin/python3.11", {"/home/me/beep.py", "/usr/bin/pytunes"})}}},
-                    Case{"RunsCode",
-                         std::nullopt,
-                         {{kPID, process(1, "/usr/bin/python3.11", {"-c", "/usr/bin/pytunes"})}}},
-                    Case{"RunsCodeForTheScriptThatStartedIt",
-                         "pytunes",
-                         {{kPID, process(90, "/usr/bin/python3.11", {"-c", "worker()"})},
-                          {90, process(1, "/usr/bin/python3.11", {"/usr/bin/pytunes"})}}},
-                    Case{"RunsAModuleForTheScriptThatStartedIt",
-                         "pytunes",
-                         {{kPID, process(90, "/usr/bin/python3.11", {"-m", "worker"})},
-                          {90, process(1, "/usr/bin/python3.11", {"/usr/bin/pytunes"})}}},
-                    Case{"RunsAnotherScriptThanItsParent",
-                         std::nullopt,
-                         {{kPID, process(90, "/usr/bin/python3.11", {"/home/me/beep.py"})},
-                          {90, process(1, "/usr/bin/python3.11", {"/usr/bin/pytunes"})}}}),
-    caseName);
-
-INSTANTIATE_TEST_SUITE_P(
-    Parents, DesktopIdentityTest,
-    testing::Values(
-        Case{"OfASharedHelper",
-             "webview",
-             {{kPID, process(90, "/usr/lib/x86_64-linux-gnu/webkit2gtk-4.1/WebKitWebProcess")},
-              {90, process(80, "/usr/bin/bwrap")},
-              {80, process(1, "/usr/bin/webview")}}},
-        Case{"OfASharedHelperAndNotItsNeighbours",
-             "webview",
-             {{kPID, process(90, "/usr/lib/engine/libexec/QtWebEngineProcess")},
-              {90, process(1, "/usr/bin/webview")}}},
-        Case{"InTheSameFolder",
-             "one-of-two",
-             {{kPID, process(90, "/opt/suite/lib/helper")}, {90, process(1, "/opt/suite/one")}}},
-        Case{"IncludeTheScriptThatWaits",
-             "wrapped",
-             {{kPID, process(90, "/usr/local/bin/inner")},
-              {90, process(1, "/usr/bin/dash", {"/usr/bin/wrapped"})}}},
-        Case{"ThatOnlyStartedItAreOthers",
-             std::nullopt,
-             {{kPID, process(90, "/usr/bin/unheard-of")}, {90, process(1, "/usr/bin/music")}}},
-        Case{"ThatAreTerminalsAreOthers",
-             std::nullopt,
-             {{kPID, process(90, "/usr/bin/unheard-of")},
-              {90, process(80, "/usr/bin/bash")},
-              {80, process(1, "/usr/bin/terminal")}}},
-        Case{"InACircle",
-             std::nullopt,
-             {{kPID, process(90, "/opt/x/a")},
-              {90, {.parentID = kPID, .startTimeTicks = 91, .executable = "/opt/x/a", .arguments = {"a"}}}}},
-        Case{
-            "YoungerThanTheChild",
-            std::nullopt,
-            {{kPID, process(90, "/usr/bin/bwrap")},
-             {90,
-              {.parentID = 1, .startTimeTicks = 5000, .executable = "/usr/bin/music", .arguments = {"m"}}}}}),
-    caseName);
-
-INSTANTIATE_TEST_SUITE_P(
-    ClaimedProcess, DesktopIdentityTest,
-    testing::Values(
-        Case{"IsAnotherProgram",
-             "tune",
-             {{kPID, process(1, "/usr/bin/music", {}, "app-music-1.scope")}},
-             claiming({}, "tune")},
-        Case{
-            "IsKnownByItsExecutable", "music", {{kPID, process(1, "/usr/bin/music")}}, claiming({}, "Music")},
-        Case{"IsKnownByItsScript",
-             "pytunes",
-             {{kPID, process(1, "/usr/bin/python3.11", {"/usr/bin/pytunes"})}},
-             claiming({}, "pytunes")},
-        Case{"IsKnownByItsShortName",
-             "music",
-             {{kPID, {.name = "music-with-a-lo", .executable = "/usr/bin/music", .arguments = {"m"}}}},
-             claiming({}, "music-with-a-long-name")},
-        Case{"ShowsNothing", "claimed.id", {{kPID, {.parentID = 1}}}, kClaims}),
-    caseName);
+TEST(SystemdUnit, NamesItsApplication) {
+  const std::pair<const char*, Words> cases[] = {
+      {"app-gnome-org.example.Player-4711.scope", {"org.example.Player", "gnome-org.example.Player"}},
+      {R"(app-web\x2dplayer@5f0e8b.service)", {"web-player"}},
+      {"dbus-:1.2-org.example.Player@0.service", {"org.example.Player"}},
+      {"snap.web-player.main.5cbc2e34-1b5c-4b5a-9d7c-0f2a8d3a6b11.scope", {"web-player_main"}},
+      {"snap.player.daemon.service", {"player_daemon"}},
+      {R"(app-a\xzz-1.scope)", {R"(a\xzz)"}},
+      {"app-.service", {}},
+      {"dbus-broker.service", {}},
+      {"snap.player.scope", {}}};
+  for (const auto& [unit, ids] : cases)
+    EXPECT_EQ(applicationIDsOfUnit(unit), ids) << unit;
+}
 
 } // namespace
 } // namespace sonvel::desktop

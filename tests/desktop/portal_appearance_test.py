@@ -2,10 +2,9 @@
 import math
 
 import dbus
-import dbus.lowlevel
 import pytest
 
-from support.bus import BIN, Service, connect
+from support.bus import BIN, Service
 from support.waiting import wait_until
 
 PROGRAM = BIN / "portal-appearance"
@@ -36,22 +35,15 @@ def color(*channels):
 CHANGES = [  # and what is to be heard of them
     (APPEARANCE, "color-scheme", dbus.UInt32(2), "light 3366ff calm"),
     (APPEARANCE, "color-scheme", dbus.UInt32(7), "any 3366ff calm"),
-    (APPEARANCE, "color-scheme", "dark", None),
     (APPEARANCE, "color-scheme", dbus.UInt32(1), "dark 3366ff calm"),
     (APPEARANCE, "accent-color", color(0.0, 1.0, 0.5), "dark 00ff80 calm"),
     (APPEARANCE, "accent-color", color(0.0, 1.1, 0.5), "dark calm"),
-    (APPEARANCE, "accent-color", color(-1.0, -1.0, -1.0), None),
     (APPEARANCE, "accent-color", color(math.nan, 0.0, 0.0), None),
-    (APPEARANCE, "accent-color", color(0.0, 0.0, 0.0), "dark 000000 calm"),
-    (APPEARANCE, "accent-color", "#ff0000", "dark calm"),
+    (APPEARANCE, "accent-color", "#ff0000", None),
     (APPEARANCE, "reduced-motion", dbus.UInt32(1), None),
     (GNOME, "enable-animations", True, None),
     (APPEARANCE, "reduced-motion", dbus.UInt32(0), "dark"),
-    (APPEARANCE, "reduced-motion", dbus.UInt32(1), "dark calm"),
-    (APPEARANCE, "reduced-motion", dbus.UInt32(0), "dark"),
-    (GNOME, "enable-animations", "no", None),
     (GNOME, "color-scheme", dbus.UInt32(2), None),
-    (APPEARANCE, "contrast", dbus.UInt32(1), None),
     (GNOME, "enable-animations", False, "dark calm"),
 ]
 
@@ -69,32 +61,14 @@ def test_is_read_when_the_portal_comes_and_comes_back_and_is_followed(bus, talk)
         service.close()
 
 
-@pytest.mark.parametrize("code, result", [("raise dbus.exceptions.DBusException('no')", ""), ("ret = 'nonsense'", "s"),
-                                          ("", ""), (None, "")])
+@pytest.mark.parametrize("code, result", [("raise dbus.exceptions.DBusException('no')", ""), ("ret = 'nonsense'", "s")])
 def test_is_the_defaults_where_the_portal_says_nothing_of_use_and_is_followed_all_the_same(bus, talk, code, result):
-    if code is None:  # it never answers
-        silent = connect(bus.environment)
-        silent.request_name(NAME)
-        news = dbus.lowlevel.SignalMessage(PATH, SETTINGS, "SettingChanged")
-        news.append(APPEARANCE, "color-scheme", dbus.UInt32(1), signature="ssv")
-    else:
-        service = portal(bus, code, result)
+    service = portal(bus, code, result)
     program = talk(PROGRAM)
     assert program.hear() == "any"
 
     def become_dark():
-        if code is None:
-            silent.send_message(news)
-            silent.flush()
-        else:
-            change(service, APPEARANCE, "color-scheme", dbus.UInt32(1))
+        change(service, APPEARANCE, "color-scheme", dbus.UInt32(1))
         return program.hear(0.1)
 
     assert wait_until(become_dark) == "dark"
-
-
-def test_is_the_defaults_without_a_bus(talk):
-    program = talk(PROGRAM, environment={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"})
-    assert program.hear() == "any"
-    program.tell("end")
-    assert program.exit_code() == 0

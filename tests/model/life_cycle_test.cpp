@@ -14,6 +14,11 @@ constexpr int kAuthorized = 0;
 constexpr int kDenied = 1;
 constexpr int kUndetermined = 2;
 
+struct Case {
+  std::optional<int> preflight;
+  AudioCaptureStatus expected;
+};
+
 class LifeCycleTest : public MixerTest {
  protected:
   void expectPermission(AudioCaptureStatus expected) const {
@@ -70,11 +75,6 @@ TEST_F(LifeCycleTest, AClosedPanelCostsTheMonitorsTimerAlone) {
 }
 
 TEST_F(LifeCycleTest, ARequestIsAnsweredByTheUser) {
-  struct Case {
-    std::optional<int> preflight;
-    AudioCaptureStatus expected;
-  };
-
   play("Player", "com.example.player");
   for (const auto& [preflight, expected] : {Case{kDenied, denied}, Case{std::nullopt, unknown},
                                             Case{kUndetermined, undetermined}, Case{kDenied, authorized}}) {
@@ -116,11 +116,6 @@ TEST_F(LifeCycleTest, WhereNobodyCanBeAskedTheProbeTells) {
 }
 
 TEST_F(LifeCycleTest, TheMonitorFollowsTheSettings) {
-  struct Case {
-    std::optional<int> preflight;
-    AudioCaptureStatus expected;
-  };
-
   consent_.setPreflight(kDenied);
   openPanel();
   model_->onDisappear();

@@ -28,7 +28,7 @@ inline constexpr unsigned kSteps = 100'000 / kSanitizerFactor;
 /// A walk repeats the one before unless SONVEL_WALK_SEED says otherwise.
 inline constexpr std::uint64_t kSeed = 20'260'101;
 
-inline constexpr std::size_t kHistoryLength = 40;
+inline constexpr std::size_t kHistoryLength = 30;
 
 // Building and taking down never fail at the same time: a session that can be neither built nor undone is
 // left as it is, and this walk does not judge it.
@@ -58,7 +58,6 @@ struct Player {
   float sample;                                ///< no sum of some players' samples is that of others
   AudioObjectID process = kAudioObjectUnknown; ///< 0 while it does not run
   bool isPlaying = false;
-  bool isSilent = false;
 };
 
 class RandomWalkTest : public MixerTest {
@@ -127,7 +126,7 @@ class RandomWalkTest : public MixerTest {
   void end(Player& player) {
     if (player.process != kAudioObjectUnknown) audio_.removeProcess(player.process);
     player.process = kAudioObjectUnknown;
-    player.isPlaying = player.isSilent = false;
+    player.isPlaying = false;
   }
 
   void failTearingDown();
@@ -143,10 +142,10 @@ class RandomWalkTest : public MixerTest {
   void checkSessions();
   void checkSound();
 
-  /// The row that the session of a process obeys for sure; null if there is none.
-  const ChannelState* tunedRowOf(AudioObjectID process) const {
+  /// The row whose session controls the process; null if there is none.
+  const ChannelState* rowOf(AudioObjectID process) const {
     for (const auto& row : model_->channels()->rows())
-      if (row->active() && row->objectID() == process && !turned_.contains(row.get())) return row.get();
+      if (row->active() && row->sessionID() == process) return row.get();
     return nullptr;
   }
 
@@ -157,10 +156,6 @@ class RandomWalkTest : public MixerTest {
   std::vector<Player> players_;
   std::optional<std::string> defaultDevice_ = "speakers";
   std::vector<ChannelState*> shown_; ///< the rows, as a view knows them that is told of changes alone
-
-  /// Rows that came to stand for another process while they were active. Until they have been inactive,
-  /// what is set in them may reach another session than the one that is heard.
-  std::set<const QObject*> turned_;
 
   // How often a device was checked by ear and how often it could not be, and how often an application was
   // heard through a session at the gain of its row.

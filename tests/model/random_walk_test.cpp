@@ -17,17 +17,9 @@ RandomWalkTest::RandomWalkTest() {
   QObject::connect(list, &ChannelList::rowsInserted, [this, list](const QModelIndex&, int index, int) {
     auto* const row = list->data(list->index(index), ChannelList::ChannelRole).value<ChannelState*>();
     shown_.insert(shown_.begin() + index, row);
-    QObject::connect(row, &ChannelState::appChanged, [this, row] {
-      if (row->active()) turned_.insert(row);
-    });
-    QObject::connect(row, &ChannelState::activeChanged, [this, row] {
-      if (!row->active()) turned_.erase(row);
-    });
   });
-  QObject::connect(list, &ChannelList::rowsRemoved, [this](const QModelIndex&, int index, int) {
-    turned_.erase(shown_.at(static_cast<std::size_t>(index)));
-    shown_.erase(shown_.begin() + index);
-  });
+  QObject::connect(list, &ChannelList::rowsRemoved,
+                   [this](const QModelIndex&, int index, int) { shown_.erase(shown_.begin() + index); });
   QObject::connect(list, &ChannelList::rowsMoved,
                    [this](const QModelIndex&, int from, int, const QModelIndex&, int before) {
                      auto* const moved = shown_.at(static_cast<std::size_t>(from));
@@ -56,7 +48,7 @@ const std::vector<RandomWalkTest::Action>& RandomWalkTest::actions() {
          w.model_->everythingToSystemOutput();
          EXPECT_TRUE(w.settle());
          for (const auto& row : w.model_->channels()->rows())
-           EXPECT_EQ(row->outputUID(), std::nullopt);
+           EXPECT_EQ(row->outputUID(), std::nullopt) << row->stableKey();
        }},
       {"panel appears", 3, [](Walk& w) { w.model_->onAppear(); }},
       {"panel disappears", 1, [](Walk& w) { w.model_->onDisappear(); }},
@@ -68,14 +60,6 @@ const std::vector<RandomWalkTest::Action>& RandomWalkTest::actions() {
          if (player.process == kAudioObjectUnknown) return;
          player.isPlaying = !player.isPlaying || w.pick(2) == 0;
          w.audio_.setPlaying(player.process, player.isPlaying);
-       }},
-      {"silence changes", 2,
-       [](Walk& w) {
-         auto& player = w.anyPlayer();
-         if (player.process == kAudioObjectUnknown) return;
-         player.isSilent = !player.isSilent;
-         const float sample = player.isSilent ? 0.0F : player.sample;
-         w.audio_.setSignal(player.process, simulated::constantSignal(sample, sample));
        }},
       {"device comes or goes", 3,
        [](Walk& w) {
@@ -93,15 +77,6 @@ const std::vector<RandomWalkTest::Action>& RandomWalkTest::actions() {
          w.audio_.setDefaultDevice(w.defaultDevice_);
        }},
       {"permission changes", 1, [](Walk& w) { w.consent_.setPreflight(w.anyOf(kPreflightCodes)); }},
-      {"permission is requested", 1,
-       [](Walk& w) {
-         w.consent_.setRequestable(w.pick(2) == 0); // otherwise it is probed
-         w.model_->requestPermission();
-       }},
-      {"request is answered", 2,
-       [](Walk& w) {
-         if (w.consent_.openRequests() > 0) w.consent_.answer(w.pick(2) == 0);
-       }},
       {"building fails", 2,
        [](Walk& w) {
          w.audio_.clearFailures();

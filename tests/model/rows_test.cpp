@@ -41,14 +41,49 @@ TEST_F(RowsTest, OneMissIsForgivenAndTwoPause) {
   EXPECT_FLOAT_EQ(heard("headset"), 0.25F * 0.6F);
 }
 
-TEST_F(RowsTest, ATapThatCanNotBeStartedIsToldInItsRowAndTriedAgain) {
+TEST_F(RowsTest, AFailedStartOrChangeOfRouteIsToldInItsRowAndTriedAgain) {
   audio_.fail({.call = Call::createAggregateDevice, .status = -50, .times = 2});
-  const auto* const player = openWithPlayer(); // reconciles twice
-  EXPECT_FALSE(player->active());
-  EXPECT_EQ(player->lastError(), (CallFailure{"CreateAggregateDevice failed (OSStatus -50)", -50}));
-  passReconciliation();
-  EXPECT_TRUE(player->active());
-  EXPECT_EQ(player->lastError(), std::nullopt);
+  auto* const player = openWithPlayer(); // reconciles twice
+  for (const bool isMoved : {false, true}) {
+    if (isMoved) audio_.fail({.call = Call::createAggregateDevice, .status = -50});
+    if (isMoved) model_->setOutput(std::string("headset"), player);
+    ASSERT_TRUE(settle());
+    EXPECT_FALSE(player->active());
+    EXPECT_EQ(player->lastError(), (CallFailure{"CreateAggregateDevice failed (OSStatus -50)", -50}));
+    passReconciliation();
+    EXPECT_TRUE(player->active());
+    EXPECT_EQ(player->lastError(), std::nullopt);
+  }
+  EXPECT_FLOAT_EQ(heard("headset"), 0.25F);
+}
+
+TEST_F(RowsTest, FollowsSessionsThatTheControllerStartsAndEndsByItself) {
+  auto* player = openWithPlayer();
+  const auto app = player->app();
+  for (const bool isPaused : {true, false}) {
+    audio_.setPlaying(process_, false);
+    passReconciliation();
+    passReconciliation();
+    if (!isPaused) model_->dismissChannel(player);
+    model_->onDisappear();
+    ASSERT_TRUE(settle());
+    audio_.setPlaying(process_, true);
+    actor_->call([&](HardwareController& c) { c.addChannel(app, 0.5F, true, "headset"); }).get();
+    ASSERT_TRUE(settle());
+    if (!isPaused) openPanel(); // makes the row
+    player = row("com.example.player");
+    EXPECT_TRUE(player->isPlaying() && player->active() && player->muted());
+    EXPECT_EQ(std::pair(player->gainPercent(), player->outputUID()),
+              std::pair(50, std::optional<std::string>("headset")));
+    model_->toggleMute(player);
+    ASSERT_TRUE(settle());
+    EXPECT_FLOAT_EQ(heard("headset"), 0.125F);
+    actor_->call([&](HardwareController& c) { c.removeChannel(process_); }).get();
+    ASSERT_TRUE(settle());
+    EXPECT_FALSE(player->active());
+    openPanel();
+    EXPECT_TRUE(player->active());
+  }
 }
 
 TEST_F(RowsTest, EachTickDoesWhatIsDue) {
@@ -63,29 +98,14 @@ TEST_F(RowsTest, EachTickDoesWhatIsDue) {
   }
 }
 
-TEST_F(RowsTest, TheMeterShowsTheApplicationBeforeItsGain) {
-  auto* const player = openWithPlayer();
-  model_->setGain(10, player);
-  for (const auto& [sample, level] : {std::pair(1.0F, 1.0F), std::pair(-0.0316227766F, 0.5F)}) {
-    audio_.setSignal(process_, simulated::constantSignal(0.0F, sample));
-    heard();
-    passTicks(1);
-    EXPECT_NEAR(player->level(), level, 1e-4F);
-  }
-}
-
 TEST_F(RowsTest, TwelveSilentPollsOfAPlayingApplicationRebuildItsTap) {
-  struct Case {
-    float sample;
-    bool isPlaying;
-    int polls;
-    long rebuilt;
-  };
-
   openWithPlayer();
-  for (const auto& [sample, isPlaying, polls, rebuilt] :
-       {Case{0.5F, true, 1, 0}, Case{0.0F, true, 11, 0}, Case{0.0F, true, 1, 1}, Case{0.0F, true, 11, 0},
-        Case{0.5F, true, 1, 0}, Case{0.0F, false, 12, 0}}) {
+  for (const auto& [sample, isPlaying, polls, rebuilt] : {std::tuple(0.5F, true, 1, 0L),
+                                                          {0.0F, true, 11, 0},
+                                                          {0.0F, true, 1, 1},
+                                                          {0.0F, true, 11, 0},
+                                                          {0.5F, true, 1, 0},
+                                                          {0.0F, false, 12, 0}}) {
     audio_.clearLog();
     audio_.setSignal(process_, simulated::constantSignal(sample, sample));
     heard();

@@ -28,7 +28,7 @@ class Application:
     program: str
     frequency: int
     amplitude: float
-    color: str = "#3465a4"
+    color: str
     process: object = None
     gain: float = 1.0  # as it should be heard
     is_muted: bool = False
@@ -41,6 +41,13 @@ class Application:
     @property
     def level(self):
         return 0 if self.is_muted else self.amplitude * self.gain
+
+
+def example_players():
+    """One of each program, each with a tone and a colour of its own."""
+    return [Application("Records", "pw-play", 1000, 0.2, "#3465a4"),
+            Application("Jukebox", "paplay", 1700, 0.15, "#c4572a"),
+            Application("Cinema", "ffplay", 2600, 0.1, "#5c8a3a")]
 
 
 class Desktop:

@@ -41,11 +41,6 @@ class Icon:
     def click(self):
         call(self.bus, self.item, "/StatusNotifierItem", ITEM, "Activate", 0, 0, signature="ii")
 
-    def color(self):
-        """Of the point in the middle of its largest picture: alpha, red, green, blue."""
-        width, height, pixels = self.get("IconPixmap")[-1]
-        return bytes(pixels)[4 * (width * (height // 2) + width // 2):][:4]
-
     def menu(self):
         """What its menu offers: the identifier of each label."""
         _, (_, _, entries) = call(self.bus, self.item, self.get("Menu"), MENU, "GetLayout", 0, -1, dbus.Array([], "s"),

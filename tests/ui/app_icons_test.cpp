@@ -14,42 +14,16 @@
 namespace sonvel {
 namespace {
 
-constexpr auto kParentRunning = "#110000";
-constexpr auto kParentFile = "#330000";
-constexpr auto kOwnRunning = "#001100";
-constexpr auto kOwnFile = "#003300";
-constexpr auto kProcess = "#000011";
-constexpr auto kGeneric = "#777777";
-constexpr std::int32_t kPid = 40;
-
-/// What is on the desktop, besides the process itself; an icon is the colour of its picture.
-struct Desktop {
-  const char* runningParent = kParentRunning;
-  const char* installedParent = kParentFile; ///< "" if it has no icon, null if it is not installed
-  const char* runningOwn = kOwnRunning;
-  const char* process = kProcess;
-};
-
 /// Pictures of one colour each, which tell where an icon came from.
 class AppIconsTest : public testing::Test {
  protected:
-  std::string picture(const std::string& color, const std::string& file = {}, QSize size = {32, 32}) const {
-    auto path = folder_.write(file.empty() ? color + ".png" : file, "");
+  std::string picture(const char* color, std::string file = {}, QSize size = {32, 32}) const {
+    if (file.empty()) file = std::string(color) + ".png";
+    const auto path = folder_.write(file, "");
     QImage image(size, QImage::Format_ARGB32);
-    image.fill(QColor(QString::fromStdString(color)));
+    image.fill(QColor(color));
     EXPECT_TRUE(image.save(QString::fromStdString(path), "PNG"));
     return path;
-  }
-
-  void addRunning(std::int32_t pid, std::optional<std::string> id, const char* color) {
-    running_.addApplication({.processID = pid, .bundleIdentifier = std::move(id)});
-    if (color != nullptr) icons_.setRunningIcon(pid, picture(color));
-  }
-
-  void addInstalled(const std::string& id, const char* color) {
-    if (color == nullptr) return;
-    icons_.setLocation(id, "/applications/" + id);
-    if (*color != '\0') icons_.setFileIcon("/applications/" + id, picture(color));
   }
 
   static std::string colorOf(const QImage& image) {
@@ -59,59 +33,34 @@ class AppIconsTest : public testing::Test {
   static std::string colorOf(const QIcon& icon) { return colorOf(icon.pixmap(QSize(16, 16), 1.0).toImage()); }
 
   const desktop::TemporaryFolder folder_;
-  simulated::SimulatedApplications running_;
-  simulated::SimulatedApplicationIcons icons_;
-  AppIconCache cache_{running_, icons_};
 };
 
-struct SearchCase {
-  const char* what;
-  Desktop desktop;
-  std::optional<std::string> bundleID;
-  std::optional<std::string> parentBundleID;
-  const char* expected;
-};
-
-class AppIconSearch : public AppIconsTest, public testing::WithParamInterface<SearchCase> {};
-
-TEST_P(AppIconSearch, TakesTheFirstInOrder) {
-  const auto& [what, desktop, bundleID, parentBundleID, expected] = GetParam();
-  addRunning(10, "parent", desktop.runningParent);
-  addRunning(11, "parent", "#220000"); // never the first
-  addRunning(20, "own", desktop.runningOwn);
-  addRunning(kPid, std::nullopt, desktop.process);
-  addInstalled("parent", desktop.installedParent);
-  addInstalled("own", kOwnFile);
-  icons_.setGenericIcon(picture(kGeneric));
-  EXPECT_EQ(colorOf(cache_.icon(bundleID, parentBundleID, kPid)), expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , AppIconSearch,
-    testing::Values(SearchCase{"RunningParent", {}, "own", "parent", kParentRunning},
-                    SearchCase{"InstalledParent", {.runningParent = nullptr}, "own", "parent", kParentFile},
-                    SearchCase{"ProcessIfTheParentHasNoIcon",
-                               {.runningParent = nullptr, .installedParent = ""},
-                               "own",
-                               "parent",
-                               kProcess},
-                    SearchCase{"ItselfIfTheParentIsNotThere",
-                               {.runningParent = nullptr, .installedParent = nullptr},
-                               "own",
-                               "parent",
-                               kOwnRunning},
-                    SearchCase{"ItselfInstalled", {.runningOwn = nullptr}, "own", std::nullopt, kOwnFile},
-                    SearchCase{"ProcessOfWhatIsUnknown", {}, "pid 40", std::nullopt, kProcess},
-                    SearchCase{"Generic", {.process = nullptr}, "unknown", std::nullopt, kGeneric}),
-    [](const auto& tested) { return tested.param.what; });
-
-TEST_F(AppIconsTest, AFoundIconIsKeptUnderTheNearestNameAndAMissingOneIsNot) {
-  EXPECT_EQ(colorOf(cache_.icon("helper", "parent", 1)), "none");
-  addRunning(10, "parent", kParentRunning);
-  EXPECT_EQ(colorOf(cache_.icon("helper", "parent", 1)), kParentRunning);
-  icons_.setRunningIcon(10, picture("#ffffff"));
-  EXPECT_EQ(colorOf(cache_.icon("another helper", "parent", 2)), kParentRunning);
-  EXPECT_EQ(colorOf(cache_.icon("parent", std::nullopt, 10)), kParentRunning);
+TEST_F(AppIconsTest, TheFirstInOrderIsTaken) {
+  simulated::SimulatedApplications running;
+  simulated::SimulatedApplicationIcons icons;
+  const auto expect = [&](const char* color, const char* bundleID = "own", const char* parent = "parent") {
+    AppIconCache cache(running, icons);
+    EXPECT_EQ(colorOf(cache.icon(bundleID, parent, 40)), color);
+  };
+  running.addApplication({.processID = 10, .bundleIdentifier = "parent"});
+  running.addApplication({.processID = 20, .bundleIdentifier = "own"});
+  running.addApplication({.processID = 40});
+  icons.setGenericIcon(picture("#777777"));
+  expect("#777777");
+  icons.setRunningIcon(40, picture("#000011"));
+  icons.setLocation("own", "/own");
+  expect("#000011");
+  icons.setFileIcon("/own", picture("#003300"));
+  expect("#003300");
+  icons.setRunningIcon(20, picture("#001100"));
+  expect("#001100");
+  expect("#000011", "unknown", "unknown");
+  icons.setLocation("parent", "/parent");
+  expect("#000011"); // another's icon would be wrong for the parent
+  icons.setFileIcon("/parent", picture("#330000"));
+  expect("#330000");
+  icons.setRunningIcon(10, picture("#110000"));
+  expect("#110000");
 }
 
 TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {
@@ -132,7 +81,8 @@ TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {
   const desktop::InstalledDesktopEntries entries(
       {.applications = {folder_.path("applications")}, .programs = {}});
   const desktop::DesktopApplicationIcons icons(entries);
-  AppIconCache cache(running_, icons);
+  const simulated::SimulatedApplications running;
+  AppIconCache cache(running, icons);
   AppIconProvider provider(cache);
   const auto request = [&](const char* id, int side) {
     return provider.requestImage(id, nullptr, QSize(side, side));

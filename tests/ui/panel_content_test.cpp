@@ -1,8 +1,8 @@
 // What the panel says, and how it looks, in every state.
 
 #include "ui/panel_test.h"
+#include "ui/presentation/panel_text.h"
 
-#include <QRegularExpression>
 #include <QSignalSpy>
 
 namespace sonvel {
@@ -36,31 +36,60 @@ text 1 playing in secondary
 button Check for Updates |  at 0.45 disabled
 button Quit | )";
 
-/// Something that happens, and what it changes in the panel: "-line" for each line that goes, then "+line"
-/// for each that comes.
-struct Step {
-  std::function<void()> happen;
-  const char* change;
-};
-
 class PanelContentTest : public PanelTest {
  protected:
-  void expectChanges(const std::vector<Step>& steps) {
-    for (const auto& [happen, change] : steps) {
-      auto before = shown();
-      happen();
-      auto after = shown();
-      for (auto line = before.begin(); line != before.end();)
-        line = after.removeOne(*line) ? before.erase(line) : line + 1;
-      const QRegularExpression start("^");
-      const auto lines = before.replaceInStrings(start, "-") + after.replaceInStrings(start, "+");
-      EXPECT_EQ(lines.join('\n').toStdString(), change);
+  /// Everything that the user sees, one line each: texts with their colour, controls with their description
+  /// and value, symbols, icons, meters, and what is faded or disabled.
+  QStringList shown() const {
+    QStringList lines;
+    for (auto* item : items())
+      if (const auto line = describe(item); !line.isEmpty())
+        lines.append(line + (item->opacity() < 1 ? QString(" at %1").arg(item->opacity()) : QString()) +
+                     (item->isEnabled() ? "" : " disabled"));
+    return lines;
+  }
+
+  /// What comes into the panel when something happens, one line each.
+  void expectNew(const std::function<void()>& happen, const char* lines) {
+    const auto before = shown();
+    happen();
+    auto after = shown();
+    for (const auto& line : before)
+      after.removeOne(line);
+    EXPECT_EQ(after.join('\n').toStdString(), lines);
+  }
+
+ private:
+  QString describe(QQuickItem* item) const {
+    if (item->objectName() == "meter") return "meter " + item->property("shown").toString();
+    const auto source = item->property("source").toUrl();
+    if (source.host() == "app-icon") return "icon" + source.path();
+    if (source.host() == "symbol") return source.path().section('/', 1, 1) + colorName(item->parentItem());
+    const auto* seen = accessible(item);
+    const auto name = seen != nullptr ? seen->text(QAccessible::Name) : QString();
+    switch (seen != nullptr ? seen->role() : QAccessible::NoRole) {
+    case QAccessible::StaticText:
+      return "text " + name + colorName(item);
+    case QAccessible::Button:
+      return "button " + name + " | " + seen->text(QAccessible::Description);
+    case QAccessible::Slider:
+      return "slider " + name + " | " + item->property("value").toString() + " | " +
+             seen->text(QAccessible::Description);
+    case QAccessible::ListItem:
+      return "row " + name;
+    case QAccessible::MenuItem:
+      return "item " + name;
+    default:
+      return {};
     }
   }
 
-  void setPreflight(int preflight) {
-    consent_.setPreflight(preflight);
-    pass(kMonitorInterval);
+  /// Nothing for what has the primary colour.
+  QString colorName(const QQuickItem* item) const {
+    const auto color = item->property("color").value<QColor>();
+    for (const auto* name : {"secondary", "tertiary", "accent", "orange", "red"})
+      if (theme_.property(name).value<QColor>() == color) return QString(" in ") + name;
+    return {};
   }
 };
 
@@ -69,156 +98,128 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
   open();
   EXPECT_EQ(shown().join('\n').toStdString(), kOneApplication);
   auto* const alpha = row("org.Alpha");
-  const auto menu = [this](const char* choice) {
-    return [this, choice] { click(item(QAccessible::MenuItem, choice)); };
+  const auto pressed = [this](const char* name) { return [this, name] { click(button(name)); }; };
+  const auto chosen = [this](const char* name) {
+    return [this, name] {
+      click(item(QAccessible::MenuItem, name));
+      EXPECT_TRUE(settle());
+    };
   };
-  expectChanges({{[&] { model_->setGain(150, alpha); }, R"(-text 100 percent
--slider Alpha volume | 100 | Adjusts this app's output volume
-+bolt.fill in orange
-+text 150 percent
-+slider Alpha volume | 150 | Adjusts this app's output volume)"},
-                 {[&] { alpha->setLevel(0.5F); }, "-meter 0\n+meter 0.5"},
-                 {[&] { click(button("Mute Alpha")); }, R"(-text 150 percent
--button Mute Alpha | Mute
--speaker.wave.2.fill
--slider Alpha volume | 150 | Adjusts this app's output volume
--meter 0.5
-+text 150 percent in secondary
-+button Unmute Alpha | Unmute
-+speaker.slash.fill in secondary
-+slider Alpha volume | 150 | Adjusts this app's output volume at 0.4
-+meter 0)"},
-                 {[&] { click(button("Output for Alpha")); }, R"(+item Follow System Output
-+checkmark
-+item Speakers
-+hifispeaker
-+item Headset
-+hifispeaker)"},
-                 {menu("Headset"), R"(-button Output for Alpha | System Output
--arrow.triangle.branch in secondary
--item Follow System Output
--checkmark
--item Speakers
--hifispeaker
--item Headset
--hifispeaker
-+button Output for Alpha | Headset
-+headphones in accent)"},
-                 {[&] { click(button("Output for Alpha")); }, R"(+item Follow System Output
-+item Speakers
-+hifispeaker
-+item Headset
-+checkmark)"},
-                 {[&] {
-                    menu("Follow System Output")();
-                    click(button("Unmute Alpha"));
-                    alpha->setLastError(CallFailure{"Tap <b>failed</b> (OSStatus -50)"});
-                  },
-                  R"(-text 150 percent in secondary
--button Unmute Alpha | Unmute
--speaker.slash.fill in secondary
--slider Alpha volume | 150 | Adjusts this app's output volume at 0.4
--meter 0
--button Output for Alpha | Headset
--headphones in accent
--item Follow System Output
--item Speakers
--hifispeaker
--item Headset
--checkmark
-+text 150 percent
-+button Mute Alpha | Mute
-+speaker.wave.2.fill
-+slider Alpha volume | 150 | Adjusts this app's output volume
-+meter 0.5
-+text Audio control error, Tap <b>failed</b> (OSStatus -50)
-+button Output for Alpha | System Output
-+arrow.triangle.branch in secondary)"},
-                 {[&] {
-                    alpha->setLastError(std::nullopt);
-                    click(button("Output for Alpha"));
-                    stopPlaying(process);
-                  },
-                  R"(-row Alpha
--icon/500/org.Alpha/org.Alpha/0
--text Alpha
--meter 0.5
--text Audio control error, Tap <b>failed</b> (OSStatus -50)
--button Output for Alpha | System Output
--arrow.triangle.branch in secondary
--text 1 playing in secondary
-+row Alpha at 0.9
-+icon/500/org.Alpha/org.Alpha/70 at 0.5
-+text Alpha in secondary
-+text idle in secondary
-+meter 0 at 0.25
-+text Paused — keeps this volume when it plays again in secondary
-+text 0 playing · 1 idle in secondary)"},
-                 {[&] { alpha->setLastError(CallFailure{"Late"}); },
-                  R"(-text Paused — keeps this volume when it plays again in secondary
-+text Audio control error, Late)"},
-                 {[&] { root()->setProperty("serverNotice", "Sound is away"); },
-                  "-text 0 playing · 1 idle in secondary\n+text Sound is away in secondary"}});
-  click(button("Remove Alpha from the mixer"));
-  EXPECT_EQ(names(QAccessible::ListItem), QStringList());
-  EXPECT_TRUE(shown().contains("text Play audio in an app and it shows up here. in secondary"));
+  expectNew(
+      [&] {
+        model_->setGain(150, alpha);
+        alpha->setLevel(0.5F);
+      },
+      R"(bolt.fill in orange
+text 150 percent
+slider Alpha volume | 150 | Adjusts this app's output volume
+meter 0.5)");
+  expectNew(pressed("Mute Alpha"), R"(text 150 percent in secondary
+button Unmute Alpha | Unmute
+speaker.slash.fill in secondary
+slider Alpha volume | 150 | Adjusts this app's output volume at 0.4
+meter 0)");
+  expectNew(pressed("Output for Alpha"), R"(item Follow System Output
+checkmark
+item Speakers
+hifispeaker
+item Headset
+hifispeaker)");
+  expectNew(chosen("Headset"), "button Output for Alpha | Headset\nheadphones in accent");
+  expectNew(pressed("Output for Alpha"), R"(item Follow System Output
+item Speakers
+hifispeaker
+item Headset
+checkmark)");
+  expectNew(
+      [&] { alpha->setPlayback({.playingUID = "speakers", .isOutputConnected = false, .isPartial = true}); },
+      "text Headset is not connected. Until it is, you hear this app on Speakers. "
+      "Only part of this app\u2019s sound can be controlled. in secondary");
+  expectNew(chosen("Follow System Output"),
+            "button Output for Alpha | System Output\narrow.triangle.branch in secondary");
+  expectNew([&] { alpha->setLastError(CallFailure{"Tap <b>failed</b> (OSStatus -50)"}); },
+            "text Audio control error, Tap <b>failed</b> (OSStatus -50)");
+  click(button("Output for Alpha"));
+  ASSERT_TRUE(settle());
+  expectNew(
+      [&] {
+        alpha->setLastError(std::nullopt);
+        stopPlaying(process);
+      },
+      R"(row Alpha at 0.9
+icon/500/org.Alpha/org.Alpha/70 at 0.5
+text Alpha in secondary
+text idle in secondary
+meter 0 at 0.25
+text Paused — keeps this volume when it plays again in secondary
+text 0 playing · 1 idle in secondary)");
+  EXPECT_TRUE(names(QAccessible::MenuItem).isEmpty()) << "a menu without its button";
+  expectNew([&] { root()->setProperty("serverNotice", "Sound is away"); }, "text Sound is away in secondary");
+  expectNew(pressed("Remove Alpha from the mixer"),
+            "speaker.wave.2 in secondary\ntext Play audio in an app and it shows up here. in secondary");
   ASSERT_TRUE(settle());
 }
 
 TEST_F(PanelContentTest, ShowsTheMasterVolumeOrTheCard) {
   open();
+  const auto setPreflight = [this](int preflight) {
+    return [this, preflight] {
+      consent_.setPreflight(preflight);
+      pass(kMonitorInterval);
+    };
+  };
+  expectNew([&] { clickAt(master(), 1); }, "slider System Output | 1 | \ntext 100 percent");
+  expectNew(
+      [&] {
+        audio_.setDefaultDevice("headset");
+        passTicks(5);
+        clickAt(master(), 0);
+      },
+      R"(slider System Output | 1 |  disabled
+text This output device has no adjustable master volume. in secondary)");
+  expectNew(setPreflight(2), R"(lock.shield in accent
+text One permission to control app audio
+text To show and adjust each app's sound, Sonvel needs the sound server's permission to move and play what apps play. Nothing is recorded, saved, or sent; no restart, no driver. You can revoke it anytime. in secondary
+button Grant Audio Access | Tries whether the sound server lets Sonvel control other apps
+button Open Settings | Opens the page on how to give access to sound
+text Audio access was revoked. Audio was restored to its normal output. in secondary)");
+  EXPECT_TRUE(names(QAccessible::Slider).isEmpty());
+  expectNew(setPreflight(1), "text Access is currently denied. Allow “Sonvel” in the rules of the sound "
+                             "server, then it appears automatically. in orange");
+  const char* const waiting =
+      "button Waiting… | Tries whether the sound server lets Sonvel control other apps disabled";
+  expectNew([&] { click(button("Grant Audio Access")); }, waiting);
+  click(button("Waiting…"));
+  EXPECT_EQ(consent_.openRequests(), 1U) << "a second request was made";
   const QSignalSpy settings(root(), SIGNAL(settingsRequested(QUrl)));
-  expectChanges(
-      {{[&] { clickAt(item(QAccessible::Slider, "System Output"), 1); },
-        R"(-slider System Output | 0.5 | 
--text 50 percent
-+slider System Output | 1 | 
-+text 100 percent)"},
-       {[&] {
-          audio_.setDefaultDevice("headset");
-          passTicks(5);
-          clickAt(item(QAccessible::Slider, "System Output"), 0);
-        },
-        R"(-slider System Output | 1 | 
-+slider System Output | 1 |  disabled
-+text This output device has no adjustable master volume. in secondary)"},
-       {[&] { setPreflight(2); }, R"(-text OUTPUT in secondary
--hifispeaker.fill in secondary
--text System Output
--slider System Output | 1 |  disabled
--text 100 percent
--text This output device has no adjustable master volume. in secondary
-+lock.shield in accent
-+text One permission to control app audio
-+text To show and adjust each app's sound, Sonvel needs the sound server's permission to move and play what apps play. Nothing is recorded, saved, or sent; no restart, no driver. You can revoke it anytime. in secondary
-+button Grant Audio Access | Tries whether the sound server lets Sonvel control other apps
-+button Open Settings | Opens the page on how to give access to sound
-+text Audio access was revoked. Audio was restored to its normal output. in secondary)"},
-       {[&] { setPreflight(1); },
-        R"(+text Access is currently denied. Allow “Sonvel” in the rules of the sound server, then it appears automatically. in orange)"},
-       {[&] { click(button("Grant Audio Access")); },
-        R"(-button Grant Audio Access | Tries whether the sound server lets Sonvel control other apps
-+button Waiting… | Tries whether the sound server lets Sonvel control other apps disabled)"},
-       {[&] {
-          click(button("Waiting…"));
-          EXPECT_EQ(consent_.openRequests(), 1U) << "a second request was made";
-          click(button("Open Settings"));
-          consent_.answer(false);
-          ASSERT_TRUE(pumpUntil([this] { return !model_->isRequestingPermission(); }));
-        },
-        R"(-button Waiting… | Tries whether the sound server lets Sonvel control other apps disabled
-+button Grant Audio Access | Tries whether the sound server lets Sonvel control other apps)"}});
+  click(button("Open Settings"));
   EXPECT_EQ(settings.count(), 1);
-  const QString hint = "text This desktop has no settings for access to sound. Restart Sonvel outside of its "
-                       "sandbox, or see docs/access.md. in secondary";
-  expectChanges({{[&] { root()->setProperty("settingsMissing", true); }, qUtf8Printable("+" + hint)}});
-  consent_.setPreflight(1);
+  expectNew([&] { root()->setProperty("settingsMissing", true); },
+            "text This desktop has no settings for access to sound. Restart Sonvel outside of its "
+            "sandbox, or see docs/access.md. in secondary");
+  consent_.answer(false);
+  ASSERT_TRUE(settle());
   (void)preferences_.setBool(false, MixerViewModel::firstRunKey);
-  model_ = std::make_shared<MixerViewModel>(
-      MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
-  close();
+  makeModelAnew();
   open();
   EXPECT_TRUE(shown().contains("text Welcome to Sonvel"));
+}
+
+TEST(PanelTextTest, SaysWhatTheOtherTestsDoNotShow) {
+  using enum MixerStatus::Event;
+  for (const double volume : {0.995, 1.0})
+    EXPECT_EQ(PanelText::masterPercent(volume), 100);
+  for (const auto& [value, percent] : {std::pair{99.49, 99}, {1e300, 1000000}, {std::nan(""), 0}})
+    EXPECT_EQ(PanelText::wholePercent(value), percent);
+  EXPECT_EQ(PanelText::number(1200), "1200") << "digits are grouped";
+  EXPECT_EQ(PanelText::statusLine("", {.event = noAppsYet}, 0), "");
+  EXPECT_EQ(PanelText::statusLine("", {.event = noAppsYet}, 1), "No apps have played audio yet.");
+  EXPECT_EQ(PanelText::statusLine("", {.event = restorationFails, .failures = "A; B"}, 0),
+            "Audio access was revoked. Audio restoration is retrying: A; B");
+  EXPECT_EQ(PanelText::errorText("It failed (OSStatus 560227702)", status::kBadDevice),
+            "The device is not there. It failed (OSStatus 560227702)");
+  const AudioApp app{.pid = 7, .bundleID = "org.a/b c", .name = "A", .parentBundleID = "org.parent"};
+  EXPECT_EQ(PanelText::appIcon(app, true).toEncoded(), "image://app-icon/7/org.a%2Fb%20c/org.parent/0");
 }
 
 } // namespace

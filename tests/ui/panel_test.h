@@ -1,7 +1,11 @@
 #pragma once
 
 #include "model/model_test.h"
+#include "simulated/application_icons.h"
+#include "ui/icons/app_icon_provider.h"
 #include "ui/presentation/panel_theme.h"
+#include "ui/presentation/views.h"
+#include "ui/symbols/symbol_image_provider.h"
 
 #include <QAccessible>
 #include <QQmlEngine>
@@ -15,6 +19,74 @@ inline void PrintTo(const QString& text, std::ostream* out) {
 }
 
 namespace sonvel {
+
+/// What a user sees and does in a window that no display shows.
+class WindowUser {
+ public:
+  virtual ~WindowUser() = default;
+
+ protected:
+  virtual QQuickWindow* window() const = 0;
+
+  static QAccessibleInterface* accessible(QObject* object) {
+    return QAccessible::queryAccessibleInterface(object);
+  }
+
+  /// Every visible item, laid out, in reading order.
+  std::vector<QQuickItem*> items() const {
+    (void)window()->grabWindow(); // lays out
+    std::vector<QQuickItem*> items;
+    const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
+      if (!item->isVisible()) return;
+      items.push_back(item);
+      for (auto* child : item->childItems())
+        collect(child);
+    };
+    collect(window()->contentItem());
+    return items;
+  }
+
+  /// The items with an accessible role, and with that name if there is one.
+  std::vector<QQuickItem*> itemsOf(QAccessible::Role role, const QString& name = {}) const {
+    auto found = items();
+    std::erase_if(found, [&](QQuickItem* item) {
+      const auto* seen = accessible(item);
+      return seen == nullptr || seen->role() != role ||
+             (!name.isEmpty() && seen->text(QAccessible::Name) != name);
+    });
+    return found;
+  }
+
+  QStringList names(QAccessible::Role role) const {
+    QStringList names;
+    for (auto* item : itemsOf(role))
+      names.append(accessible(item)->text(QAccessible::Name));
+    return names;
+  }
+
+  /// A failure, and null, if there is not exactly one.
+  QQuickItem* item(QAccessible::Role role, const QString& name) const {
+    const auto found = itemsOf(role, name);
+    EXPECT_EQ(found.size(), 1U) << name.toStdString() << " in " << names(role).join(", ").toStdString();
+    return found.size() == 1 ? found.front() : nullptr;
+  }
+
+  QQuickItem* button(const QString& name) const { return item(QAccessible::Button, name); }
+
+  /// Where the item is in the window.
+  static QRectF place(const QQuickItem* item) {
+    return item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
+  }
+
+  void click(QQuickItem* item) {
+    ASSERT_NE(item, nullptr);
+    QTest::mouseClick(window(), Qt::LeftButton, {}, place(item).center().toPoint());
+  }
+
+  void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    QTest::keyClick(window(), key, modifiers);
+  }
+};
 
 /// A desktop's appearance that a test decides. Light, and nothing moves by itself.
 class ScriptedAppearance final : public DesktopAppearance {
@@ -33,71 +105,98 @@ class ScriptedAppearance final : public DesktopAppearance {
   std::function<void()> changed_;
 };
 
-/// The panel in a window without a display, over the model on the simulated machine. A warning of Qt, also
-/// one of a missing symbol, fails the test.
-class PanelTest : public MixerTest {
+/// The panel over the model on the simulated machine. A warning of Qt, also one of a missing symbol, fails
+/// the test.
+class PanelTest : public MixerTest, protected WindowUser {
  protected:
-  PanelTest();
-  ~PanelTest() override;
+  PanelTest() {
+    registerViews();
+    theme_.install(engine_);
+    engine_.addImageProvider(SymbolImageProvider::kID, std::make_unique<SymbolImageProvider>().release());
+    engine_.addImageProvider(AppIconProvider::kID, std::make_unique<AppIconProvider>(iconCache_).release());
+  }
 
-  /// Opens the panel as the program does, and waits until the model is up to date.
-  void open();
+  ~PanelTest() override { view_.reset(); }
 
-  void close() { view_.reset(); }
-
-  /// Plays "Alpha" as "org.Alpha" and so on, and opens the panel.
-  void openWith(const std::vector<std::string>& names);
-
-  /// The application ends, and its row is paused.
-  void stopPlaying(AudioObjectID process);
+  QQuickWindow* window() const override { return view_.get(); }
 
   QQuickItem* root() const { return view_->rootObject(); }
 
-  /// Every visible item of the window, laid out, in reading order.
-  std::vector<QQuickItem*> items() const;
-
-  QQuickItem* itemNamed(const QString& objectName) const;
-
-  /// The item with that accessible role and name. A failure, and null, if there is not exactly one.
-  QQuickItem* item(QAccessible::Role role, const QString& name) const;
-
-  QQuickItem* button(const QString& name) const { return item(QAccessible::Button, name); }
-
-  /// The volume slider of the application of that name.
-  QQuickItem* slider(const QString& name) const { return item(QAccessible::Slider, name + " volume"); }
-
-  /// The accessible names of one role, in reading order.
-  QStringList names(QAccessible::Role role) const;
-
-  /// Everything that the user sees, one line each: texts with their colour, controls with their description
-  /// and value, symbols, icons, meters, and what is faded or disabled.
-  QStringList shown() const;
-
-  static QAccessibleInterface* accessible(QObject* object) {
-    return QAccessible::queryAccessibleInterface(object);
+  /// Opens the panel as the program does, and waits until the model is up to date.
+  void open() {
+    view_ = std::make_unique<QQuickView>(&engine_, nullptr);
+    view_->setInitialProperties({{"model", QVariant::fromValue(model_.get())}, {"serverNotice", QString()}});
+    view_->setSource(rootPanelURL());
+    view_->show();
+    view_->requestActivate();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view_.get()));
+    ASSERT_TRUE(settle());
+    view_->setResizeMode(QQuickView::SizeRootObjectToView);
+    (void)view_->grabWindow();
+    resize(qRound(root()->implicitHeight()));
   }
 
-  /// Where the item is in the window.
-  static QRectF place(const QQuickItem* item);
+  void resize(int height) {
+    view_->resize(360, height);
+    ASSERT_TRUE(pumpUntil([&] { return root()->height() == height; }));
+  }
+
+  /// Plays "Alpha" as "org.Alpha" and so on, and opens the panel.
+  void openWith(const std::vector<std::string>& names) {
+    for (const auto& name : names)
+      play(name, "org." + name);
+    open();
+  }
+
+  /// Another model, as a new start of the program makes it.
+  void makeModelAnew() {
+    model_ = std::make_shared<MixerViewModel>(
+        MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
+  }
+
+  /// The application ends, and its row is paused.
+  void stopPlaying(AudioObjectID process) {
+    audio_.removeProcess(process);
+    passReconciliation();
+    passReconciliation();
+  }
+
+  QQuickItem* child(const char* name) const {
+    const auto all = items();
+    const auto found = std::ranges::find(all, QLatin1String(name), &QObject::objectName);
+    return found != all.end() ? *found : nullptr;
+  }
+
+  QQuickItem* volume(const QString& name) const { return item(QAccessible::Slider, name + " volume"); }
+
+  QQuickItem* master() const { return item(QAccessible::Slider, "System Output"); }
 
   /// Where the middle of a slider's handle is at this value.
-  static QPoint handlePlace(const QQuickItem* slider, double value);
+  static QPoint handlePlace(const QQuickItem* slider, double value) {
+    const auto* handle = slider->property("handle").value<QQuickItem*>();
+    const double from = slider->property("from").toDouble();
+    const double way = (value - from) / (slider->property("to").toDouble() - from);
+    const double x = handle->width() / 2 + way * (slider->width() - handle->width());
+    return slider->mapToScene({x, slider->height() / 2}).toPoint();
+  }
 
-  void click(QQuickItem* item);
-  void clickAt(QQuickItem* slider, double value);
-  void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  void clickAt(QQuickItem* slider, double value) {
+    QTest::mouseClick(window(), Qt::LeftButton, {}, handlePlace(slider, value));
+  }
 
   /// Presses Tab until the item has the focus; false if it never gets it.
-  bool tabTo(const QQuickItem* item);
+  bool tabTo(const QQuickItem* item) {
+    for (int i = 0; i < 400 && view_->activeFocusItem() != item; ++i)
+      press(Qt::Key_Tab);
+    return view_->activeFocusItem() == item;
+  }
 
   ScriptedAppearance appearance_;
-  std::optional<PanelTheme> theme_;
-  std::optional<QQmlEngine> engine_;
+  PanelTheme theme_{appearance_};
+  simulated::SimulatedApplicationIcons icons_;
+  AppIconCache iconCache_{applications_, icons_};
+  QQmlEngine engine_;
   std::unique_ptr<QQuickView> view_;
-
- private:
-  QString describe(QQuickItem* item) const;
-  QString colorName(const QQuickItem* item) const;
 };
 
 } // namespace sonvel

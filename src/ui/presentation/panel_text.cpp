@@ -128,6 +128,18 @@ QString PanelText::errorText(const QString& text, int status) {
   return words.isEmpty() ? text : words + QLatin1Char(' ') + text;
 }
 
+QString PanelText::sessionNote(bool isPartial, bool isOutputConnected, const QString& chosenName,
+                               const QString& playingName) {
+  QStringList sentences;
+  if (!isOutputConnected) {
+    sentences += chosenName + QLatin1String(" is not connected.");
+    if (!playingName.isEmpty())
+      sentences += QLatin1String("Until it is, you hear this app on ") + playingName + QLatin1Char('.');
+  }
+  if (isPartial) sentences += QStringLiteral("Only part of this app\u2019s sound can be controlled.");
+  return sentences.join(QLatin1Char(' '));
+}
+
 bool PanelText::isDenied(AudioCaptureStatus permission) {
   return permission == AudioCaptureStatus::denied;
 }

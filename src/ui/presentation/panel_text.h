@@ -60,6 +60,11 @@ class PanelText final : public QObject {
   /// A failure in words, followed by its text with the number. `status` is what the audio system returned.
   Q_INVOKABLE static QString errorText(const QString& text, int status);
 
+  /// What the user should know of a session that plays; empty if all is as they chose. The names are those of
+  /// the device that they chose, and of the one where the app is heard now, if any.
+  Q_INVOKABLE static QString sessionNote(bool isPartial, bool isOutputConnected, const QString& chosenName,
+                                         const QString& playingName);
+
   Q_INVOKABLE static bool isDenied(sonvel::AudioCaptureStatus permission);
 
   // Pictures, as their providers name them.

@@ -1,0 +1,75 @@
+#include "model/session_reports.h"
+
+#include "engine/hardware_controller.h"
+
+#include <algorithm>
+
+namespace sonvel {
+namespace {
+
+/// Whether a session that has ended is not the one that was reported last. A program that restarts may be
+/// under control again before the session of its former process has ended.
+bool isOfAnother(const SessionReport& ended, const SessionReport& last) {
+  if (ended.exists || !last.exists || ended.app.objectID == last.app.objectID) return false;
+  return std::ranges::find(last.objectIDs, ended.app.objectID) == last.objectIDs.end();
+}
+
+} // namespace
+
+SessionReports::Hold::Hold(SessionReports& reports, std::string key, bool choosesRoute)
+    : reports_(reports)
+    , key_(std::move(key))
+    , choosesRoute_(choosesRoute) {
+  auto& entry = reports_.entries_[key_];
+  ++entry.holds;
+  if (!choosesRoute) return;
+  ++entry.routeHolds;
+  entry.isRouteOld = true;
+}
+
+SessionReports::Hold::~Hold() {
+  auto& entry = reports_.entries_.at(key_);
+  if (choosesRoute_) --entry.routeHolds;
+  if (--entry.holds > 0 || !std::exchange(entry.isWaiting, false)) return;
+  reports_.follow_(SessionReport(entry.report), {.hasWaited = true, .isRouteOld = entry.isRouteOld});
+}
+
+SessionReports::SessionReports(const MixerDependencies& dependencies, Follow follow,
+                               FollowDevices followDevices)
+    : dependencies_(dependencies)
+    , follow_(std::move(follow))
+    , followDevices_(std::move(followDevices))
+    , relay_(dependencies.mainThread) {}
+
+void SessionReports::start() {
+  if (std::exchange(isStarted_, true)) return;
+  auto onSession = relay_.bind<SessionReport>([this](SessionReport report) { take(std::move(report)); });
+  auto onDevices = relay_.bind<std::vector<AudioOutputDevice>>(
+      [this](std::vector<AudioOutputDevice> devices) { followDevices_(std::move(devices)); });
+  dependencies_.tell(
+      [onSession = std::move(onSession), onDevices = std::move(onDevices)](HardwareController& controller) {
+        controller.onSessionChanged(onSession);
+        controller.onOutputDevicesChanged(onDevices);
+      });
+}
+
+const SessionReport* SessionReports::session(const std::string& key) const {
+  const auto found = entries_.find(key);
+  if (found == entries_.end() || found->second.holds > 0) return nullptr;
+  return found->second.report.exists ? &found->second.report : nullptr;
+}
+
+void SessionReports::forgetSession(const std::string& key) {
+  if (const auto found = entries_.find(key); found != entries_.end()) found->second.report.exists = false;
+}
+
+void SessionReports::take(SessionReport report) {
+  auto& entry = entries_[report.key];
+  if (isOfAnother(report, entry.report)) return;
+  entry.report = std::move(report);
+  entry.isWaiting = entry.holds > 0;
+  entry.isRouteOld = entry.routeHolds > 0;
+  if (!entry.isWaiting) follow_(SessionReport(entry.report), {});
+}
+
+} // namespace sonvel

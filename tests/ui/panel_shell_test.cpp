@@ -1,0 +1,174 @@
+// The panel's window, and when it is shown.
+
+#include "simulated/manual_clock.h"
+#include "ui/shell/panel_placement.h"
+#include "ui/shell/panel_presence.h"
+#include "ui/shell/panel_window.h"
+
+#include <gmock/gmock.h>
+
+#include <QGuiApplication>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QScreen>
+#include <QTest>
+
+namespace sonvel::ui {
+namespace {
+
+using std::chrono::milliseconds;
+using Style = PanelWindow::Style;
+
+class PanelShellTest : public testing::Test {
+ protected:
+  /// Until what was closed is destroyed, and the window system has done what was asked.
+  static void settle() {
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+
+  static void focus(QWindow& window) {
+    window.show();
+    window.requestActivate();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    settle();
+  }
+
+  void open(Style style) {
+    ASSERT_TRUE(panel_.open(style));
+    focus(*panel_.window());
+  }
+
+  simulated::ManualClock clock_;
+  QStringList events_;
+  QQuickItem* content_ = nullptr;
+  PanelWindow panel_{{.source = QUrl::fromLocalFile(SONVEL_PANEL_CONTENT),
+                      .ready =
+                          [this](QQuickItem& root) {
+                            content_ = &root;
+                            events_ << "appeared";
+                            QObject::connect(&root, &QObject::destroyed,
+                                             [this] { events_ << "disappeared"; });
+                          }},
+                     clock_};
+  int quits_ = 0;
+};
+
+TEST_F(PanelShellTest, ContentGoesBeforeTheNextComes) {
+  open(Style::panel);
+  const QPointer<QObject> engine = qmlEngine(content_);
+  panel_.close();
+  settle();
+  EXPECT_TRUE(engine.isNull()) << "a closed panel is still in memory";
+  open(Style::plainWindow);
+  open(Style::panel);
+  open(Style::panel);
+  EXPECT_EQ(events_, QStringList({"appeared", "disappeared", "appeared", "disappeared", "appeared"}));
+}
+
+TEST_F(PanelShellTest, APanelClosesOnEscapeAndLossOfFocusAPlainWindowDoesNot) {
+  const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
+  QWindow elsewhere;
+  for (const auto style : {Style::panel, Style::plainWindow}) {
+    const bool isPlain = style == Style::plainWindow;
+    open(style);
+    for (const int height : {420, available.height() + 100}) {
+      content_->setImplicitHeight(height);
+      EXPECT_EQ(panel_.window()->size(), QSize(360, std::min(height, available.height())));
+      EXPECT_TRUE(isPlain || available.contains(panel_.window()->geometry()));
+    }
+    QMetaObject::invokeMethod(content_->property("menu").value<QObject*>(), "open");
+    QTest::keyClick(panel_.window(), Qt::Key_Escape); // closes the menu
+    EXPECT_TRUE(panel_.isOpen());
+    QTest::keyClick(panel_.window(), Qt::Key_Escape);
+    EXPECT_EQ(panel_.isOpen(), isPlain);
+
+    open(style);
+    QWindow own;
+    own.setTransientParent(panel_.window());
+    focus(own);
+    EXPECT_TRUE(panel_.isOpen());
+    focus(elsewhere);
+    EXPECT_EQ(panel_.isOpen(), isPlain);
+  }
+}
+
+TEST_F(PanelShellTest, TheClickThatClosedItDoesNotReopenIt) {
+  QWindow elsewhere;
+  for (const auto& [delay, isReopened] :
+       {std::pair{milliseconds(200), false}, {PanelWindow::kClickDuration + milliseconds(1), true}}) {
+    open(Style::panel);
+    focus(elsewhere);
+    clock_.advance(delay);
+    panel_.toggle(); // the same click, as the icon reports it
+    EXPECT_EQ(panel_.isOpen(), isReopened);
+    panel_.toggle();
+    EXPECT_EQ(panel_.isOpen(), !isReopened);
+  }
+}
+
+TEST(PanelPlacement, IsAtTheIconOrInThePointersCorner) {
+  const ScreenArea barOnTop{.geometry = {0, 0, 1920, 1080}, .available = {0, 32, 1920, 1048}};
+  const ScreenArea barBelow{.geometry = {0, 0, 1920, 1080}, .available = {0, 0, 1920, 1036}};
+  const ScreenArea barAtTheLeft{.geometry = {0, 0, 1920, 1080}, .available = {64, 0, 1856, 1080}};
+  // To the right of the others, lower, and scaled twice: its logical size leaves gaps around it.
+  const ScreenArea scaled{.geometry = {1920, 200, 1280, 720}, .available = {1920, 200, 1280, 680}};
+  const ScreenArea small{.geometry = {0, 0, 320, 480}, .available = {0, 20, 320, 460}};
+
+  const struct {
+    QList<ScreenArea> screens;
+    QRect icon;
+    QPoint pointer;
+    QRect panel;
+  } cases[] = {
+      {{barOnTop}, {1000, 4, 24, 24}, {}, {832, 32, 360, 600}},
+      {{barOnTop}, {1890, 4, 24, 24}, {}, {1560, 32, 360, 600}},
+      {{barBelow}, {1000, 1046, 24, 24}, {}, {832, 436, 360, 600}},
+      {{barAtTheLeft}, {20, 1040, 24, 24}, {}, {64, 440, 360, 600}},
+      {{barOnTop, scaled}, {3000, 890, 24, 24}, {}, {2832, 280, 360, 600}},
+      {{barOnTop}, {}, {1700, 10}, {1560, 32, 360, 600}},
+      {{barAtTheLeft}, {}, {30, 1070}, {64, 480, 360, 600}},
+      {{barOnTop, scaled}, {}, {3100, 150}, {2840, 200, 360, 600}},
+      {{small}, {}, {300, 400}, {0, 20, 320, 460}},
+      {{small}, {280, 0, 20, 20}, {}, {0, 20, 320, 460}},
+      {{}, {}, {300, 400}, {}},
+  };
+
+  for (const auto& [screens, icon, pointer, panel] : cases)
+    EXPECT_EQ(panelGeometry(screens, icon, pointer, {360, 600}), panel);
+}
+
+TEST_F(PanelShellTest, AWindowStandsInForTheTrayWhichClosesWithTheProgram) {
+  const auto icon = [] { return QRect(100, 0, 20, 20); };
+  const auto quit = [this] { ++quits_; };
+  PanelPresence presence(panel_, icon, quit, milliseconds(0));
+  presence.setTrayShown(true);
+  presence.setTrayShown(false); // the tray restarts
+  presence.setTrayShown(true);
+  settle();
+  EXPECT_FALSE(panel_.isOpen());
+  presence.show();
+  EXPECT_EQ(panel_.style(), Style::panel);
+  EXPECT_EQ(panel_.window()->y(), 20);
+  presence.setTrayShown(false);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return panel_.style() == Style::plainWindow; }));
+  presence.setTrayShown(true);
+  presence.show();
+  EXPECT_EQ(panel_.style(), Style::plainWindow) << "the user saw it change";
+  panel_.window()->close();
+  EXPECT_EQ(quits_, 0) << "the icon is there";
+
+  presence.setTrayShown(false);
+  presence.show(); // without patience
+  EXPECT_EQ(panel_.style(), Style::plainWindow);
+  panel_.window()->close();
+  EXPECT_EQ(quits_, 1);
+  presence.end();
+  presence.clickIcon();
+  presence.show();
+  EXPECT_FALSE(panel_.isOpen()) << "the program has ended";
+}
+
+} // namespace
+} // namespace sonvel::ui

@@ -1,0 +1,158 @@
+#include "ui/panel_test.h"
+#include "ui/updates/update_window.h"
+#include "ui/updates/update_words.h"
+
+#include <QRegularExpression>
+#include <set>
+
+namespace sonvel {
+namespace {
+
+/// A session that says what it is told to.
+class ScriptedSession final : public UpdateSession {
+ public:
+  const UpdateState& state() const noexcept override { return state_; }
+
+  void proceed() override { ++proceeded; }
+
+  void cancel() override { ++cancelled; }
+
+  void setObserver(UpdateObserver* observer) noexcept override { observer_ = observer; }
+
+  void set(const UpdateState& state) {
+    state_ = state;
+    proceeded = cancelled = 0;
+    if (observer_ != nullptr) observer_->updateStateChanged();
+  }
+
+  int proceeded = 0;
+  int cancelled = 0;
+
+ private:
+  UpdateState state_;
+  UpdateObserver* observer_ = nullptr;
+};
+
+UpdateState at(UpdateStage stage, bool isUnasked = false, bool isPackage = false) {
+  return {.stage = stage,
+          .isVisible = true,
+          .isUnasked = isUnasked,
+          .isPackage = isPackage,
+          .installedVersion = "1.0",
+          .offeredVersion = std::string(64, 'W'),
+          .notes = QString("<b>What is new</b>:\n\n\u2022 more").repeated(40).toStdString(),
+          .receivedBytes = 5'300'000,
+          .totalBytes = 12'400'000,
+          .failure = UpdateFailure::feedNotSigned};
+}
+
+class UpdateWindowTest : public testing::Test, protected WindowUser {
+ protected:
+  // A closed window is deleted by the event loop, which no longer runs after a test.
+  void TearDown() override { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
+  QQuickWindow* window() const override { return window_.view(); }
+
+  /// Nothing is cut off, and every text is plain.
+  void expectRoom() const {
+    for (const QQuickItem* item : items()) {
+      EXPECT_LE(item->property("paintedHeight").toDouble(), item->height() + 1);
+      EXPECT_LE(item->property("paintedWidth").toDouble(), item->width() + 1);
+      EXPECT_EQ(item->property("textFormat").toInt(), static_cast<int>(Qt::PlainText));
+    }
+    EXPECT_EQ(window()->height(), qRound(window_.view()->rootObject()->height()));
+  }
+
+  ScriptedSession session_;
+  UpdateWindow window_{session_, [] { return Appearance{.prefersReducedMotion = true}; }};
+};
+
+TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
+  using enum UpdateStage;
+
+  const struct {
+    UpdateState state;
+    QStringList buttons;
+    int proceeds = 0; ///< by Return
+    int cancels = 0;
+  } cases[] = {{at(checking), {"Cancel"}},
+               {at(upToDate), {"OK"}, 0, 1},
+               {at(needsNewerSystem), {"OK"}, 0, 1},
+               {at(available), {"Not Now", "Download"}, 1},
+               {at(available, true), {"Not Now", "Download"}},
+               {at(downloading), {"Cancel"}},
+               {at(verifying), {"Cancel"}},
+               {at(ready), {"Cancel", "Install and Relaunch"}, 1},
+               {at(ready, false, true), {"Cancel", "Install"}, 1},
+               {at(installing), {"Cancel"}},
+               {at(restarting), {}},
+               {at(handedOver), {"OK"}, 0, 1},
+               {at(failed), {"Close", "Try Again"}, 1},
+               {at(failed, true), {"Close", "Try Again"}}};
+
+  for (const auto& [state, buttons, proceeds, cancels] : cases) {
+    SCOPED_TRACE(static_cast<int>(state.stage));
+    EXPECT_EQ(window(), nullptr);
+    session_.set(state);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window()));
+    EXPECT_EQ(names(QAccessible::Button), buttons);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return window()->height() == qRound(window_.view()->rootObject()->height()); }));
+    expectRoom();
+    EXPECT_EQ(window()->property("_q_showWithoutActivating").toBool(), state.isUnasked);
+    press(Qt::Key_Return);
+    press(Qt::Key_Space);
+    EXPECT_EQ(session_.proceeded, proceeds);
+    EXPECT_EQ(session_.cancelled, cancels);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(session_.cancelled, cancels + 1);
+    window()->close();
+    EXPECT_EQ(session_.cancelled, cancels + 2);
+    session_.set({});
+  }
+}
+
+TEST_F(UpdateWindowTest, isOneWindowForTheWholeWayWithKeysForEachOfItsParts) {
+  session_.set(at(UpdateStage::available));
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(window()));
+  EXPECT_EQ(names(QAccessible::Heading), QStringList("Sonvel " + QString(64, 'W') + " is available"));
+  const auto* const notes = window_.view()->rootObject()->findChild<QQuickItem*>("notesArea");
+  press(Qt::Key_Tab);
+  press(Qt::Key_Down);
+  EXPECT_GT(notes->property("contentY").toDouble(), 0);
+  press(Qt::Key_Up);
+  EXPECT_EQ(notes->property("contentY").toDouble(), 0);
+  press(Qt::Key_Tab);
+  press(Qt::Key_Return);
+  EXPECT_EQ(session_.cancelled, 1) << "Return presses the button that has the focus";
+  press(Qt::Key_Tab);
+  press(Qt::Key_Space);
+  EXPECT_EQ(session_.proceeded, 1);
+
+  const QPointer<QQuickWindow> same = window();
+  session_.set(at(UpdateStage::downloading));
+  EXPECT_EQ(window(), same);
+  EXPECT_EQ(names(QAccessible::ProgressBar), QStringList("Downloading Sonvel " + QString(64, 'W')));
+  session_.set({});
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_TRUE(same.isNull());
+}
+
+TEST(UpdateWords, sayOneSentenceForEachFailureAndCountADownload) {
+  const QRegularExpression oneSentence(QStringLiteral("^[A-Z][^.!?]{20,110}\\.$"));
+  std::set<QString> sentences;
+  constexpr int kLast = static_cast<int>(UpdateFailure::newVersionDied);
+  for (int failure = 0; failure <= kLast; ++failure) {
+    const QString sentence = sentenceOf(static_cast<UpdateFailure>(failure));
+    EXPECT_TRUE(oneSentence.match(sentence).hasMatch()) << sentence.toStdString();
+    sentences.insert(sentence);
+  }
+  EXPECT_EQ(sentences.size(), kLast + 1U);
+  const UpdateState half = at(UpdateStage::downloading);
+  EXPECT_EQ(wordsOf(half, QLocale::c()).progressText, QStringLiteral("5.3 MB of 12.4 MB"));
+  EXPECT_DOUBLE_EQ(fractionOf(half).value_or(-1), 5.3 / 12.4);
+  EXPECT_EQ(fractionOf({.stage = UpdateStage::downloading}), std::nullopt) << "of an unknown size";
+}
+
+} // namespace
+} // namespace sonvel
