@@ -2,11 +2,15 @@
 
 #include "app/single_instance.h"
 #include "app/sonvel_app.h"
+#include "command/command_line.h"
 #include "pipewire/graph_log.h"
+#include "remote/mixer_interface.h"
+#include "remote/mixer_service.h"
 #include "ui/shell/frame_pace.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDBusConnection>
 #include <QQuickWindow>
 #include <QTimer>
 #include <cstdio>
@@ -17,21 +21,24 @@ namespace {
 
 enum ExitCode { kFailed = 1, kNoAnswer = 2 };
 
-int run(std::optional<sonvel::SonvelApp>& app, sonvel::updater::Relaunch& relaunch,
-        sonvel::Machine machine = sonvel::Machine::real) {
+int run(std::optional<sonvel::SonvelApp>& app, sonvel::remote::MixerService& remote,
+        sonvel::updater::Relaunch& relaunch, sonvel::Machine machine = sonvel::Machine::real) {
   try {
     app.emplace(relaunch, machine);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "sonvel: %s\n", error.what());
     return kFailed;
   }
+  remote.serve(app->model());
   const int exitCode = app->run();
+  remote.serve(nullptr);
   app.reset();
   return exitCode;
 }
 
 int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
   std::optional<sonvel::SonvelApp> app;
+  sonvel::remote::MixerService remote(QDBusConnection::sessionBus()); // before the name is there to be called
   sonvel::SingleInstance instance({.showPanel = [&] { return app && app->showPanel(); },
                                    .quit =
                                        [&] {
@@ -46,7 +53,7 @@ int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
     return kNoAnswer;
   case first:
   case noBus:
-    return run(app, relaunch);
+    return run(app, remote, relaunch);
   }
   return kFailed;
 }
@@ -57,7 +64,17 @@ int runSimulated(sonvel::updater::Relaunch& relaunch) {
   QTimer::singleShot(0, [&] {
     if (app) app->showPanel();
   });
-  return run(app, relaunch, sonvel::Machine::simulated);
+  auto bus = QDBusConnection::sessionBus();
+  sonvel::remote::MixerService remote(bus);
+  bus.registerService(sonvel::remote::kSimulatedService); // of several the first is worked by commands
+  return run(app, remote, relaunch, sonvel::Machine::simulated);
+}
+
+QStringList toWords(int argumentCount, char** arguments) {
+  QStringList words;
+  for (int i = 0; i < argumentCount; ++i)
+    words += QString::fromLocal8Bit(arguments[i]);
+  return words;
 }
 
 /// Obeys the options. Ends the process if it was only asked something, which needs no display.
@@ -72,10 +89,9 @@ sonvel::Machine obeyOptions(int& argumentCount, char** arguments) {
       QStringLiteral("simulated"),
       QStringLiteral("Opens the panel on a simulated machine; nothing is heard."));
   parser.addOptions({verbose, simulated});
-  QStringList words;
-  for (int i = 0; i < argumentCount; ++i)
-    words += QString::fromLocal8Bit(arguments[i]);
-  parser.parse(words);
+  parser.addPositionalArgument(QStringLiteral("command"), sonvel::command::summary(),
+                               QStringLiteral("[command]"));
+  parser.parse(toWords(argumentCount, arguments));
   if (parser.isSet(verbose)) sonvel::pipewire::setVerbose();
   if (!parser.isSet(help) && !parser.isSet(version))
     return parser.isSet(simulated) ? sonvel::Machine::simulated : sonvel::Machine::real;
@@ -91,6 +107,10 @@ sonvel::Machine obeyOptions(int& argumentCount, char** arguments) {
 int main(int argumentCount, char** arguments) {
   QApplication::setApplicationName(QStringLiteral("Sonvel"));
   QApplication::setApplicationVersion(QStringLiteral(SONVEL_VERSION));
+  if (const auto words = toWords(argumentCount, arguments); sonvel::command::isAsked(words)) {
+    const QCoreApplication application(argumentCount, arguments);
+    return sonvel::command::run(words);
+  }
   const auto machine = obeyOptions(argumentCount, arguments);
 
   // The panel is small and mostly still: drawn without the graphics card's libraries it takes a third of the

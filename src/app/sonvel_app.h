@@ -38,6 +38,9 @@ class SonvelApp final : private TerminatingApplication {
   /// False when the program is about to end.
   bool showPanel();
 
+  /// What the panel shows, and other programs work.
+  std::shared_ptr<MixerViewModel> model() const { return delegate_->weakModel().lock(); }
+
   /// Asks the program to end. Returns at once; a second time changes nothing.
   void terminate();
 

@@ -59,24 +59,48 @@ MixerViewModel::~MixerViewModel() {
 
 void MixerViewModel::onAppear() {
   isPanelOpen_ = true;
-  reports_.start();
-  permission_.ensureMonitor({shared_from_this(), &permission_});
+  startFollowing();
   (void)startTask(dependencies_.mainThread, [self = shared_from_this()] { return self->bootstrap(); });
 }
 
-QCoro::Task<> MixerViewModel::bootstrap() {
+void MixerViewModel::startFollowing() {
+  reports_.start();
+  permission_.ensureMonitor({shared_from_this(), &permission_});
+}
+
+QCoro::Task<> MixerViewModel::refresh() {
+  if (isQuitting_) co_return;
+  startFollowing();
+  co_await bringUpToDate();
+}
+
+QCoro::Task<> MixerViewModel::bringUpToDate() {
   permission_.refresh();
   const auto devices = co_await dependencies_.ask(&HardwareController::outputDevices);
   if (devices.value) setOutputDevices(*devices.value);
   co_await reconcile();
   co_await refreshMaster();
+}
+
+QCoro::Task<> MixerViewModel::bootstrap() {
+  co_await bringUpToDate();
   // The panel may have been closed meanwhile.
-  if (isPanelOpen_ && !isQuitting_) polling_.start({shared_from_this(), &polling_});
+  if (isFollowed()) polling_.start({shared_from_this(), &polling_});
 }
 
 void MixerViewModel::onDisappear() {
   isPanelOpen_ = false;
-  polling_.cancel();
+  if (!isFollowed()) polling_.cancel();
+}
+
+void MixerViewModel::setWatched(bool isWatched) {
+  const bool wasFollowed = isFollowed();
+  isWatched_ = isWatched;
+  if (isFollowed() == wasFollowed) return;
+  if (wasFollowed)
+    polling_.cancel();
+  else
+    polling_.start({shared_from_this(), &polling_});
 }
 
 QCoro::Task<> MixerViewModel::teardownForQuit() {

@@ -74,8 +74,20 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// permission is watched.
   Q_INVOKABLE void onAppear();
 
-  /// The panel has gone: ends the polling. The taps stay, and the permission is still watched.
+  /// The panel has gone: ends the polling, unless others watch. The taps stay, and the permission is still
+  /// watched.
   Q_INVOKABLE void onDisappear();
+
+  /// Brings everything up to date, as an opening of the panel does, but does not start to poll. The caller
+  /// keeps the model alive while it awaits this.
+  QCoro::Task<> refresh();
+
+  /// Whether somebody else than the panel wants to see every change. While it is true the model polls as it
+  /// does for the panel: both together are served by one loop.
+  void setWatched(bool isWatched);
+
+  /// Whether the model polls, or is about to, which is that the meters are up to date.
+  bool isFollowed() const noexcept { return (isPanelOpen_ || isWatched_) && !isQuitting_; }
 
   /// Cancels the polling and the watch on the permission, and removes every tap. Ends when each removal has
   /// been tried once. No tap is started after this call.
@@ -159,7 +171,9 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   // Coroutines: the caller keeps the model alive while it awaits them.
 
   void cancelTasks();
+  void startFollowing();
   QCoro::Task<> bootstrap();
+  QCoro::Task<> bringUpToDate();
   QCoro::Task<> refreshMaster();
   QCoro::Task<> rebuild(ChannelList::Row row);
   QCoro::Task<> handlePermissionRevocation();
@@ -215,6 +229,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   PermissionFlow permission_;
   Polling polling_;
   bool isPanelOpen_ = false;
+  bool isWatched_ = false;
   bool isQuitting_ = false;
   bool wasGranted_ = false; ///< the permission, when paused rows were last kept
   SessionReports reports_;

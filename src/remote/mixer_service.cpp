@@ -1,0 +1,154 @@
+#include "remote/mixer_service.h"
+
+#include "model/mixer_view_model.h"
+#include "remote/mixer_interface.h"
+#include "remote/mixer_properties.h"
+#include "remote/refusal.h"
+
+#include <QDBusMetaType>
+#include <QFile>
+#include <QPointer>
+#include <utility>
+
+namespace sonvel::remote {
+
+MixerService::MixerService(QDBusConnection bus)
+    : bus_(std::move(bus)) {
+  qDBusRegisterMetaType<QList<QVariantMap>>();
+  changes_.setSingleShot(true);
+  changes_.callOnTimeout(this, &MixerService::tellChanges);
+  bus_.registerVirtualObject(kPath, this);
+}
+
+MixerService::~MixerService() {
+  bus_.unregisterObject(kPath);
+}
+
+void MixerService::serve(const std::shared_ptr<MixerViewModel>& model) {
+  model_ = model;
+  if (model) followModel(*model);
+}
+
+// Telling changes.
+
+void MixerService::followModel(MixerViewModel& model) {
+  const auto note = [this] { changes_.start(); };
+  connect(&model, &MixerViewModel::masterVolumeChanged, this, note);
+  connect(&model, &MixerViewModel::masterSupportedChanged, this, note);
+  connect(&model, &MixerViewModel::outputDevicesChanged, this, note);
+  connect(&model, &MixerViewModel::permissionChanged, this, note);
+  connect(model.channels(), &ChannelList::rowsMoved, this, note);
+  connect(model.channels(), &ChannelList::rowsRemoved, this, note);
+  connect(model.channels(), &ChannelList::rowsInserted, this,
+          [this, &model, note](const QModelIndex& /*parent*/, int first, int last) {
+            for (int i = first; i <= last; ++i)
+              followRow(*model.channels()->rows()[static_cast<std::size_t>(i)]);
+            note();
+          });
+  for (const auto& row : model.channels()->rows())
+    followRow(*row);
+  told_ = mixerProperties(model, false);
+}
+
+void MixerService::followRow(ChannelState& row) {
+  const auto note = [this] { changes_.start(); };
+  connect(&row, &ChannelState::appChanged, this, note);
+  connect(&row, &ChannelState::gainPercentChanged, this, note);
+  connect(&row, &ChannelState::mutedChanged, this, note);
+  connect(&row, &ChannelState::activeChanged, this, note);
+  connect(&row, &ChannelState::isPlayingChanged, this, note);
+  connect(&row, &ChannelState::outputUIDChanged, this, note);
+  connect(&row, &ChannelState::lastErrorChanged, this, note);
+  connect(&row, &ChannelState::playbackChanged, this, note);
+}
+
+/// The model announces much that stays the same, so what is told is compared.
+void MixerService::tellChanges() {
+  const auto model = model_.lock();
+  if (!model) return;
+  const auto before = std::exchange(told_, mixerProperties(*model, false));
+  QStringList changed;
+  for (auto now = told_.cbegin(); now != told_.cend(); ++now)
+    if (before.value(now.key()) != now.value()) changed += now.key();
+  if (changed.isEmpty()) return;
+  auto signal = QDBusMessage::createSignal(kPath, kPropertiesInterface, QStringLiteral("PropertiesChanged"));
+  signal << kInterface << QVariantMap() << changed;
+  bus_.send(signal);
+}
+
+// Answering calls.
+
+QString MixerService::introspect(const QString& /*path*/) const {
+  QFile file(QStringLiteral(":/remote/com.quellmarsh.sonvel.Mixer1.xml"));
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  const auto text = QString::fromUtf8(file.readAll());
+  const auto start = text.indexOf(QLatin1String("<interface"));
+  return text.mid(start, text.indexOf(QLatin1String("</node>")) - start);
+}
+
+bool MixerService::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
+  if (!gate_.admits(message.service(), connection)) {
+    bus_.send(message.createErrorReply(
+        error::kAccessDenied, QStringLiteral("a program in a sandbox has no right to Sonvel's mixer")));
+    return true;
+  }
+  if (message.interface() == kPropertiesInterface) {
+    reply(message);
+    return true;
+  }
+  if (message.interface() != kInterface) return false;
+  waiting_.push_back(message);
+  if (round_.empty()) startRound();
+  return true;
+}
+
+void MixerService::reply(const QDBusMessage& message) {
+  try {
+    const auto model = model_.lock();
+    if (!model) throw Refusal(error::kLeaving, QStringLiteral("Sonvel is about to end"));
+    bus_.send(message.createReply(answerOf(*model, message)));
+  } catch (const Refusal& refusal) {
+    bus_.send(message.createErrorReply(refusal.name(), refusal.text()));
+  }
+}
+
+void MixerService::startRound() {
+  round_ = std::exchange(waiting_, {});
+  const auto model = model_.lock();
+  if (!model) return finishRound();
+  static constexpr auto bringUpToDate = [](std::shared_ptr<MixerViewModel> asked,
+                                           QPointer<MixerService> self) -> QCoro::Task<> {
+    co_await asked->refresh();
+    if (self) self->finishRound();
+  };
+  (void)bringUpToDate(model, this);
+}
+
+void MixerService::finishRound() {
+  for (const auto& message : std::exchange(round_, {}))
+    reply(message);
+  if (!waiting_.empty()) startRound();
+}
+
+QVariantList MixerService::answerOf(MixerViewModel& model, const QDBusMessage& message) {
+  if (message.interface() == kPropertiesInterface) return readProperties(model, message);
+  if (message.member() == QLatin1String("Refresh") && message.signature().isEmpty()) return {};
+  throw Refusal(error::kUnknownMethod,
+                QStringLiteral("no method %1(%2)").arg(message.member(), message.signature()));
+}
+
+QVariantList MixerService::readProperties(MixerViewModel& model, const QDBusMessage& message) const {
+  const auto arguments = message.arguments();
+  if (arguments.value(0).toString() != kInterface)
+    throw Refusal(error::kInvalidArguments, QStringLiteral("not an interface of this object"));
+  const auto properties = mixerProperties(model, model.isFollowed());
+  if (message.member() == QLatin1String("GetAll")) return {properties};
+  const auto found = properties.constFind(arguments.value(1).toString());
+  if (found == properties.constEnd())
+    throw Refusal(error::kUnknownProperty, QStringLiteral("no such property"));
+  if (message.member() != QLatin1String("Get"))
+    throw Refusal(error::kReadOnly, QStringLiteral("properties are changed by methods"));
+  return {QVariant::fromValue(QDBusVariant(*found))};
+}
+
+} // namespace sonvel::remote
