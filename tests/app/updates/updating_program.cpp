@@ -51,11 +51,6 @@ void useWindow() {
     auto* presenter = view->rootObject()->property("presenter").value<UpdatePresenter*>();
     if (std::exchange(seen, presenter->heading()) == presenter->heading()) return;
     log(presenter->heading() + QStringLiteral(" | ") + presenter->detail());
-    const QString pictures = qEnvironmentVariable("SONVEL_PICTURES");
-    if (!pictures.isEmpty())
-      view->grabWindow().save(
-          QStringLiteral("%1/%2-%3.png")
-              .arg(pictures, QGuiApplication::applicationVersion(), presenter->heading()));
     const QString take = presenter->acceptLabel();
     if (take == QLatin1String("Download") || take == QLatin1String("Install and Relaunch"))
       presenter->accept();
