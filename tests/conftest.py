@@ -1,6 +1,5 @@
 import pytest
 
-from support.bus import Conversation, PrivateBus
 from support.session import Session
 
 
@@ -14,21 +13,6 @@ def session(request):
 
 @pytest.fixture
 def bus():
-    """A session bus with nothing on it."""
-    private = PrivateBus()
-    yield private
-    private.close()
-
-
-@pytest.fixture
-def talk(bus):
-    """Starts a program on that bus (or with this environment) and talks with it in lines."""
-    started = []
-
-    def start(*command, environment=None):
-        started.append(Conversation(*command, environment=bus.environment | (environment or {})))
-        return started[-1]
-
-    yield start
-    for conversation in started:
-        conversation.close()
+    """A session without sound: a bus with nothing on it."""
+    with Session(daemons=()) as session:
+        yield session

@@ -4,7 +4,7 @@ import signal
 
 import pytest
 
-from support.bus import BIN, Service, call, connect, run
+from support.bus import BIN, Service, call, connect
 from support.waiting import wait_until
 
 NAME, PATH = "com.quellmarsh.sonvel", "/com/quellmarsh/sonvel"
@@ -19,19 +19,9 @@ def signals(process, field):
 
 
 @pytest.fixture
-def start(bus, tmp_path):
-    started = []
-
-    def start(*prefix, **environment):
-        folders = dict.fromkeys(("XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"), str(tmp_path))
-        started.append(run(*prefix, BIN / "sonvel",
-                           env=bus.environment | folders | {"QT_QPA_PLATFORM": "offscreen"} | environment))
-        return started[-1]
-
-    yield start
-    for process in started:
-        process.kill()
-        process.wait()
+def start(bus):
+    return lambda *prefix, **environment: bus.start(
+        *prefix, BIN / "sonvel", environment={"QT_QPA_PLATFORM": "offscreen"} | environment)
 
 
 @pytest.fixture

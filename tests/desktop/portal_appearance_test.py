@@ -5,6 +5,7 @@ import dbus
 import pytest
 
 from support.bus import BIN, Service
+from support.lines import LineProcess
 from support.waiting import wait_until
 
 PROGRAM = BIN / "portal-appearance"
@@ -48,8 +49,8 @@ CHANGES = [  # and what is to be heard of them
 ]
 
 
-def test_is_read_when_the_portal_comes_and_comes_back_and_is_followed(bus, talk):
-    program = talk(PROGRAM)
+def test_is_read_when_the_portal_comes_and_comes_back_and_is_followed(bus):
+    program = LineProcess(bus, PROGRAM)
     assert program.hear() == "any", "nothing is waited for"
     for _ in range(2):
         service = portal(bus)
@@ -62,9 +63,9 @@ def test_is_read_when_the_portal_comes_and_comes_back_and_is_followed(bus, talk)
 
 
 @pytest.mark.parametrize("code, result", [("raise dbus.exceptions.DBusException('no')", ""), ("ret = 'nonsense'", "s")])
-def test_is_the_defaults_where_the_portal_says_nothing_of_use_and_is_followed_all_the_same(bus, talk, code, result):
+def test_is_the_defaults_where_the_portal_says_nothing_of_use_and_is_followed_all_the_same(bus, code, result):
     service = portal(bus, code, result)
-    program = talk(PROGRAM)
+    program = LineProcess(bus, PROGRAM)
     assert program.hear() == "any"
 
     def become_dark():

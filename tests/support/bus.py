@@ -1,10 +1,7 @@
-"""A private session bus, services on it that answer as they are told, and programs that are talked with in lines."""
+"""Calls on a session bus, and services on it that answer as they are told."""
 import os
 import pathlib
-import queue
 import subprocess
-import tempfile
-import threading
 
 import dbus.bus
 import dbusmock
@@ -14,12 +11,6 @@ from support.waiting import wait_until
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BIN = pathlib.Path(os.environ.get("SONVEL_BIN", ROOT / "build/release/bin"))
 PROPERTIES = "org.freedesktop.DBus.Properties"
-
-# No folder of services: nothing starts that a test did not start.
-CONFIGURATION = """<busconfig>
-  <type>session</type><listen>unix:tmpdir=/tmp</listen><auth>EXTERNAL</auth>
-  <policy context="default"><allow send_destination="*"/><allow eavesdrop="true"/><allow own="*"/></policy>
-</busconfig>"""
 
 
 def run(*command, **options):
@@ -44,21 +35,6 @@ def connect(environment):
 def call(bus, name, path, interface, method, *arguments, signature=None):
     """The answer to a D-Bus call."""
     return bus.call_blocking(name, path, interface, method, signature, arguments, timeout=20)
-
-
-class PrivateBus:
-    def __init__(self):
-        with tempfile.NamedTemporaryFile("w", suffix=".conf") as file:
-            file.write(CONFIGURATION)
-            file.flush()
-            self.process = run("dbus-daemon", "--nofork", "--nopidfile", "--print-address=1",
-                               f"--config-file={file.name}", stdout=subprocess.PIPE, text=True)
-            address = self.process.stdout.readline().strip()
-        self.environment = {**os.environ, "DBUS_SESSION_BUS_ADDRESS": address}
-        self.environment.pop("XDG_RUNTIME_DIR", None)
-
-    def close(self):
-        end(self.process)
 
 
 class Service:
@@ -97,35 +73,3 @@ class Service:
         """It leaves the bus."""
         end(self.process)
         wait_until(lambda: not self.bus.name_has_owner(self.name))
-
-
-class Conversation:
-    """A program that says and is told things in lines."""
-
-    def __init__(self, *command, environment):
-        self.process = run(*command, env=environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        self._lines = queue.Queue()
-        threading.Thread(target=self._read, daemon=True).start()
-
-    def _read(self):
-        for line in self.process.stdout:
-            self._lines.put(line.rstrip("\n"))
-
-    def hear(self, seconds=20):
-        """The next line that it says; None when it says nothing for so long."""
-        try:
-            return self._lines.get(timeout=seconds)
-        except queue.Empty:
-            return None
-
-    def tell(self, line):
-        self.process.stdin.write(line + "\n")
-        self.process.stdin.flush()
-
-    def exit_code(self):
-        """Waits until it has ended."""
-        return self.process.wait(20)
-
-    def close(self):
-        self.process.kill()
-        self.process.wait()

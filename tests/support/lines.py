@@ -1,20 +1,36 @@
-"""Programs that are worked by lines: one there, one back."""
+"""Programs that are told and say things in lines."""
 
 import json
+import os
 import select
 import subprocess
 
 
 class LineProcess:
     def __init__(self, session, program, *arguments, **options):
-        self.process = session.start(program, *arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE, **options)
+        self.process = session.start(program, *arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0,
+                                     **options)
         self.pid = self.process.pid
+        self._unread = b""
+
+    def hear(self, seconds=20):
+        """The next line that it says; None when there is none in so long, or it has ended."""
+        while b"\n" not in self._unread:
+            if not select.select([self.process.stdout], [], [], seconds)[0]:
+                return None
+            said = os.read(self.process.stdout.fileno(), 65536)
+            if not said:
+                return None
+            self._unread += said
+        line, self._unread = self._unread.split(b"\n", 1)
+        return line.decode()
 
     def ask(self, *words):
+        """For one line there is one back."""
         self.process.stdin.write((" ".join(map(str, words)) + "\n").encode())
-        self.process.stdin.flush()
-        assert select.select([self.process.stdout], [], [], 20)[0], f"no answer to {words}"
-        return self.process.stdout.readline().decode().rstrip("\n")
+        answer = self.hear()
+        assert answer is not None, f"no answer to {words}"
+        return answer
 
     def kill(self):
         self.process.kill()

@@ -44,9 +44,9 @@ class Session:
     """Its own D-Bus, PipeWire, WirePlumber and PulseAudio socket on folders of its own, with the sinks Speakers (the
     default) and Headphones. All of it ends with this object, or with this process."""
 
-    def __init__(self, quantum=1024, access="", data_folders=()):
+    def __init__(self, quantum=1024, access="", data_folders=(), daemons=DAEMONS):
         """quantum: frames of each cycle. access: arguments of the server's access module. data_folders: for desktop
-        entries, before the system's."""
+        entries, before the system's. daemons: none for a session with a D-Bus alone."""
         self.folder = Path(tempfile.mkdtemp(prefix="sonvel-session-"))
         self.processes = {}
         self.sinks = {}
@@ -64,7 +64,7 @@ class Session:
         try:
             self.start("dbus-daemon", f"--config-file={self.folder}/bus.conf", "--nofork", name="dbus-daemon")
             wait_until((self.folder / "run/bus").is_socket, what="D-Bus")
-            for daemon in DAEMONS:
+            for daemon in daemons:
                 self._start_daemon(daemon)
         except BaseException:
             self.end()

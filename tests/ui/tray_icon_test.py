@@ -1,15 +1,14 @@
 """The icon of the real program on a simulated machine, as a desktop's tray sees it, and what stands in for it."""
-from support.bus import BIN, end, run
+from support.bus import BIN
 from support.screen import Display
 from support.tray import Tray
 from support.waiting import wait_until
 
 
-def test_is_there_while_a_host_shows_icons(bus, tmp_path):
+def test_is_there_while_a_host_shows_icons(bus):
     screen = Display()
     tray = Tray(bus.environment, has_host=False)
-    program = run(BIN / "sonvel", "--simulated",
-                  env=bus.environment | {"DISPLAY": screen.name, "QT_QPA_PLATFORM": "xcb", "XDG_RUNTIME_DIR": tmp_path})
+    program = bus.start(BIN / "sonvel", "--simulated", environment={"DISPLAY": screen.name, "QT_QPA_PLATFORM": "xcb"})
     try:
         wait_until(lambda: not screen.is_black(), what="the window that stands in")
         assert not tray.icons(), "a watcher alone shows nothing"
@@ -30,6 +29,6 @@ def test_is_there_while_a_host_shows_icons(bus, tmp_path):
         icon.choose("Quit")
         assert program.wait(20) == 0
     finally:
-        end(program)
+        program.kill()
         tray.close()
         screen.close()
