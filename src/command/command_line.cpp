@@ -2,48 +2,118 @@
 
 #include "command/listing.h"
 #include "command/mixer_client.h"
+#include "command/watch.h"
 #include "remote/mixer_interface.h"
 
 #include <QCommandLineParser>
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <vector>
 
 namespace sonvel::command {
 namespace {
 
 constexpr auto kSimulated = "simulated";
 constexpr auto kJson = "json";
+constexpr auto kLevels = "levels";
 
 /// A command that was asked for.
 struct Request {
   QStringList arguments;
   bool isJson = false;
+  bool hasLevels = false;
 };
 
 struct Command {
   const char* name;
-  const char* arguments; ///< as help names them
+  const char* arguments; ///< as help shows them
   const char* help;
   qsizetype fewest; ///< arguments
   qsizetype most;
-  QStringList options; ///< that it takes
-  int (*run)(const MixerClient& mixer, const Request& request);
+  std::vector<const char*> options;
+  void (*run)(const MixerClient& mixer, const Request& request);
 };
 
-void print(const QByteArray& text) {
-  std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
-  std::fflush(stdout);
+[[noreturn]] void failUsage(const QString& text) {
+  throw Failure(kWrongUsage, text + QStringLiteral("; see sonvel --help"));
 }
 
-int list(const MixerClient& mixer, const Request& request) {
+void list(const MixerClient& mixer, const Request& request) {
   mixer.call(QStringLiteral("Refresh"));
   print(request.isJson ? toJson(mixer.properties()) : toTable(mixer.properties()));
-  return kDone;
+}
+
+/// Calls the method that sets a volume, or the one that changes it where the number has a sign.
+void adjust(const MixerClient& mixer, const QString& what, QVariantList arguments, QString number) {
+  if (number.endsWith(u'%')) number.chop(1);
+  bool isNumber = false;
+  arguments += number.toInt(&isNumber);
+  if (!isNumber) failUsage(QStringLiteral("“%1” is no volume").arg(number));
+  const bool isDifference = number.startsWith(u'+') || number.startsWith(u'-');
+  mixer.call((isDifference ? QStringLiteral("Change") : QStringLiteral("Set")) + what, arguments);
+}
+
+void volume(const MixerClient& mixer, const Request& request) {
+  adjust(mixer, QStringLiteral("Volume"), {request.arguments[0]}, request.arguments[1]);
+}
+
+void master(const MixerClient& mixer, const Request& request) {
+  adjust(mixer, QStringLiteral("MasterVolume"), {}, request.arguments[0]);
+}
+
+void mute(const MixerClient& mixer, const Request& request) {
+  const auto& application = request.arguments[0];
+  const auto how = request.arguments.value(1, QStringLiteral("on"));
+  if (how == QLatin1String("toggle"))
+    mixer.call(QStringLiteral("ToggleMute"), {application});
+  else if (how == QLatin1String("on") || how == QLatin1String("off"))
+    mixer.call(QStringLiteral("SetMuted"), {application, how == QLatin1String("on")});
+  else
+    failUsage(QStringLiteral("“%1” is not on, off or toggle").arg(how));
+}
+
+void route(const MixerClient& mixer, const Request& request) {
+  const auto& device = request.arguments[1];
+  const bool isFollowing = device == QLatin1String("follow");
+  mixer.call(QStringLiteral("SetRoute"), {request.arguments[0], isFollowing ? QString() : device});
+}
+
+void reset(const MixerClient& mixer, const Request& /*request*/) {
+  mixer.call(QStringLiteral("ResetVolumes"));
+}
+
+void everything(const MixerClient& mixer, const Request& /*request*/) {
+  mixer.call(QStringLiteral("ResetRoutes"));
+}
+
+void watch(const MixerClient& mixer, const Request& request) {
+  if (request.hasLevels && !request.isJson) failUsage(QStringLiteral("--levels needs --json"));
+  watchMixer(mixer, request.isJson ? toJson : toTable, request.hasLevels);
 }
 
 const std::array kCommands{
-    Command{"list", "", "the output's volume and the applications", 0, 0, {kJson}, list},
+    Command{"list", "[--json]", "prints the output's volume and the applications", 0, 0, {kJson}, list},
+    Command{"volume",
+            "APPLICATION PERCENT",
+            "sets its volume; with a sign (+5, -5) changes it",
+            2,
+            2,
+            {},
+            volume},
+    Command{"mute", "APPLICATION [on|off|toggle]", "mutes it, or not", 1, 2, {}, mute},
+    Command{
+        "route", "APPLICATION DEVICE", "sends it to a device; follow: to the system output", 2, 2, {}, route},
+    Command{"master", "PERCENT", "sets or changes the volume of the output", 1, 1, {}, master},
+    Command{"reset", "", "sets every application to 100 percent, unmuted", 0, 0, {}, reset},
+    Command{"everything", "", "sends every application to the system output", 0, 0, {}, everything},
+    Command{"watch",
+            "[--json] [--levels]",
+            "prints the same as list after each change",
+            0,
+            0,
+            {kJson, kLevels},
+            watch},
 };
 
 /// A number below zero is no option.
@@ -56,40 +126,36 @@ QStringList protectNumbers(QStringList words) {
   return words;
 }
 
-[[noreturn]] void failUsage(const QString& text) {
-  throw Failure(kWrongUsage, text + QStringLiteral("; see sonvel --help"));
-}
-
-int runChecked(const QStringList& words) {
+void runChecked(const QStringList& words) {
   QCommandLineParser parser;
-  parser.addOptions({{kSimulated, QString()}, {kJson, QString()}});
+  parser.addOptions({{kSimulated, QString()}, {kJson, QString()}, {kLevels, QString()}});
   if (!parser.parse(protectNumbers(words))) failUsage(parser.errorText());
   auto arguments = parser.positionalArguments();
   const auto name = arguments.takeFirst();
   const auto command = std::ranges::find_if(kCommands, [&](const Command& one) { return name == one.name; });
   if (command == kCommands.end()) failUsage(QStringLiteral("there is no command “%1”").arg(name));
   for (const auto& option : parser.optionNames())
-    if (option != kSimulated && !command->options.contains(option))
+    if (option != kSimulated && std::ranges::find(command->options, option) == command->options.end())
       failUsage(QStringLiteral("%1 has no option --%2").arg(name, option));
   if (arguments.size() < command->fewest || arguments.size() > command->most)
     failUsage(QStringLiteral("usage: sonvel %1 %2").arg(name, QString::fromLatin1(command->arguments)));
   const MixerClient mixer(parser.isSet(kSimulated) ? remote::kSimulatedService : remote::kService);
-  return command->run(mixer, {arguments, parser.isSet(kJson)});
+  command->run(mixer, {arguments, parser.isSet(kJson), parser.isSet(kLevels)});
 }
 
 } // namespace
 
 bool isAsked(const QStringList& words) {
-  const auto isOurs = [](const QString& word) {
-    return word == QLatin1String("--simulated") || word == QLatin1String("--json");
-  };
-  const auto first = std::find_if_not(words.begin() + 1, words.end(), isOurs);
+  static const QStringList options{"--simulated", "--json", "--levels", "--verbose"};
+  const auto isOption = [](const QString& word) { return options.contains(word); };
+  const auto first = std::find_if_not(words.begin() + 1, words.end(), isOption);
   return first != words.end() && !first->startsWith(u'-');
 }
 
 int run(const QStringList& words) {
   try {
-    return runChecked(words);
+    runChecked(words);
+    return kDone;
   } catch (const Failure& failure) {
     std::fprintf(stderr, "sonvel: %s\n", failure.what());
     return failure.code();
@@ -97,10 +163,11 @@ int run(const QStringList& words) {
 }
 
 QString summary() {
-  QString text;
+  QString text = QStringLiteral("What the Sonvel that runs is to do, without opening anything:");
   for (const auto& command : kCommands)
-    text += QStringLiteral("  %1 %2\n")
-                .arg(QString::fromLatin1(command.name), QString::fromLatin1(command.arguments));
+    text += QStringLiteral("\n%1 %2: %3")
+                .arg(QString::fromLatin1(command.name), QString::fromLatin1(command.arguments),
+                     QString::fromLatin1(command.help));
   return text;
 }
 

@@ -5,6 +5,7 @@
 #include <QJsonObject>
 #include <QStringList>
 #include <algorithm>
+#include <cstdio>
 
 namespace sonvel::command {
 namespace {
@@ -66,6 +67,11 @@ QByteArray toTable(const QVariantMap& properties) {
   if (properties["Permission"] != QLatin1String("authorized"))
     text += QStringLiteral("Sonvel has no access to the sound of other applications.\n");
   return text.toLocal8Bit();
+}
+
+void print(const QByteArray& text) {
+  std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
+  std::fflush(stdout);
 }
 
 } // namespace sonvel::command

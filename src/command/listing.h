@@ -11,4 +11,7 @@ QByteArray toJson(const QVariantMap& properties);
 /// The same for a reader: the output first, then a line for each application.
 QByteArray toTable(const QVariantMap& properties);
 
+/// Writes it to standard output at once.
+void print(const QByteArray& text);
+
 } // namespace sonvel::command

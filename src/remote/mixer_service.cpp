@@ -1,19 +1,25 @@
 #include "remote/mixer_service.h"
 
 #include "model/mixer_view_model.h"
+#include "remote/mixer_actions.h"
 #include "remote/mixer_interface.h"
 #include "remote/mixer_properties.h"
 #include "remote/refusal.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusMetaType>
 #include <QFile>
 #include <QPointer>
+#include <algorithm>
 #include <utility>
 
 namespace sonvel::remote {
 
 MixerService::MixerService(QDBusConnection bus)
     : bus_(std::move(bus)) {
+  leaving_.setConnection(bus_);
+  leaving_.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
+  connect(&leaving_, &QDBusServiceWatcher::serviceUnregistered, this, &MixerService::unwatch);
   qDBusRegisterMetaType<QList<QVariantMap>>();
   changes_.setSingleShot(true);
   changes_.callOnTimeout(this, &MixerService::tellChanges);
@@ -60,13 +66,16 @@ void MixerService::followRow(ChannelState& row) {
   connect(&row, &ChannelState::outputUIDChanged, this, note);
   connect(&row, &ChannelState::lastErrorChanged, this, note);
   connect(&row, &ChannelState::playbackChanged, this, note);
+  connect(&row, &ChannelState::levelChanged, this, [this] {
+    if (areLevelsWatched()) changes_.start();
+  });
 }
 
 /// The model announces much that stays the same, so what is told is compared.
 void MixerService::tellChanges() {
   const auto model = model_.lock();
   if (!model) return;
-  const auto before = std::exchange(told_, mixerProperties(*model, false));
+  const auto before = std::exchange(told_, mixerProperties(*model, areLevelsWatched()));
   QStringList changed;
   for (auto now = told_.cbegin(); now != told_.cend(); ++now)
     if (before.value(now.key()) != now.value()) changed += now.key();
@@ -74,6 +83,30 @@ void MixerService::tellChanges() {
   auto signal = QDBusMessage::createSignal(kPath, kPropertiesInterface, QStringLiteral("PropertiesChanged"));
   signal << kInterface << QVariantMap() << changed;
   bus_.send(signal);
+}
+
+// Who watches.
+
+bool MixerService::areLevelsWatched() const {
+  return std::ranges::find(watchers_, true) != watchers_.end();
+}
+
+void MixerService::watch(const QString& caller, bool hasLevels) {
+  watchers_[caller] = hasLevels;
+  leaving_.addWatchedService(caller);
+  updateWatching();
+  // It may have left before its leaving was watched for.
+  if (!bus_.interface()->isServiceRegistered(caller).value()) unwatch(caller);
+}
+
+void MixerService::unwatch(const QString& caller) {
+  watchers_.remove(caller);
+  leaving_.removeWatchedService(caller);
+  updateWatching();
+}
+
+void MixerService::updateWatching() {
+  if (const auto model = model_.lock()) model->setWatched(!watchers_.isEmpty());
 }
 
 // Answering calls.
@@ -131,10 +164,16 @@ void MixerService::finishRound() {
 }
 
 QVariantList MixerService::answerOf(MixerViewModel& model, const QDBusMessage& message) {
+  const auto method = message.member();
+  const auto signature = message.signature();
   if (message.interface() == kPropertiesInterface) return readProperties(model, message);
-  if (message.member() == QLatin1String("Refresh") && message.signature().isEmpty()) return {};
-  throw Refusal(error::kUnknownMethod,
-                QStringLiteral("no method %1(%2)").arg(message.member(), message.signature()));
+  if (method == QLatin1String("Watch") && signature == QLatin1String("b"))
+    watch(message.service(), message.arguments().constFirst().toBool());
+  else if (method == QLatin1String("Unwatch") && signature.isEmpty())
+    unwatch(message.service());
+  else if (method != QLatin1String("Refresh") || !signature.isEmpty())
+    return carryOut(model, method, signature, message.arguments());
+  return {};
 }
 
 QVariantList MixerService::readProperties(MixerViewModel& model, const QDBusMessage& message) const {

@@ -42,9 +42,13 @@ class MixerService final : public QDBusVirtualObject {
   void followRow(ChannelState& row);
   void tellChanges();
 
+  bool areLevelsWatched() const;
+  void watch(const QString& caller, bool hasLevels);
+  void unwatch(const QString& caller);
+  void updateWatching();
+
   QVariantList answerOf(MixerViewModel& model, const QDBusMessage& message);
   QVariantList readProperties(MixerViewModel& model, const QDBusMessage& message) const;
-  void queue(const QDBusMessage& message);
   void reply(const QDBusMessage& message);
   void startRound();
   void finishRound();
@@ -54,6 +58,8 @@ class MixerService final : public QDBusVirtualObject {
   std::weak_ptr<MixerViewModel> model_;
   std::vector<QDBusMessage> waiting_; ///< calls for the next round
   std::vector<QDBusMessage> round_;   ///< calls that the model is being brought up to date for
+  QHash<QString, bool> watchers_;     ///< by unique name: whether it watches levels as well
+  QDBusServiceWatcher leaving_;       ///< tells when one of them leaves the bus
   QTimer changes_;                    ///< tells them when the event loop is reached
   QVariantMap told_;                  ///< the properties, when changes were last told
 };
