@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 
 #include <QGuiApplication>
-#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QScreen>
@@ -41,31 +40,16 @@ class PanelShellTest : public testing::Test {
   }
 
   simulated::ManualClock clock_;
-  QStringList events_;
-  QQuickItem* content_ = nullptr;
+  QPointer<QQuickItem> content_;
   PanelWindow panel_{{.source = QUrl::fromLocalFile(SONVEL_PANEL_CONTENT),
                       .ready =
                           [this](QQuickItem& root) {
+                            EXPECT_TRUE(content_.isNull()) << "the model hears the old go after the new came";
                             content_ = &root;
-                            events_ << "appeared";
-                            QObject::connect(&root, &QObject::destroyed,
-                                             [this] { events_ << "disappeared"; });
                           }},
                      clock_};
   int quits_ = 0;
 };
-
-TEST_F(PanelShellTest, ContentGoesBeforeTheNextComes) {
-  open(Style::panel);
-  const QPointer<QObject> engine = qmlEngine(content_);
-  panel_.close();
-  settle();
-  EXPECT_TRUE(engine.isNull()) << "a closed panel is still in memory";
-  open(Style::plainWindow);
-  open(Style::panel);
-  open(Style::panel);
-  EXPECT_EQ(events_, QStringList({"appeared", "disappeared", "appeared", "disappeared", "appeared"}));
-}
 
 TEST_F(PanelShellTest, APanelClosesOnEscapeAndLossOfFocusAPlainWindowDoesNot) {
   const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
@@ -110,7 +94,6 @@ TEST_F(PanelShellTest, TheClickThatClosedItDoesNotReopenIt) {
 
 TEST(PanelPlacement, IsAtTheIconOrInThePointersCorner) {
   const ScreenArea barOnTop{.geometry = {0, 0, 1920, 1080}, .available = {0, 32, 1920, 1048}};
-  const ScreenArea barBelow{.geometry = {0, 0, 1920, 1080}, .available = {0, 0, 1920, 1036}};
   const ScreenArea barAtTheLeft{.geometry = {0, 0, 1920, 1080}, .available = {64, 0, 1856, 1080}};
   // To the right of the others, lower, and scaled twice: its logical size leaves gaps around it.
   const ScreenArea scaled{.geometry = {1920, 200, 1280, 720}, .available = {1920, 200, 1280, 680}};
@@ -122,15 +105,11 @@ TEST(PanelPlacement, IsAtTheIconOrInThePointersCorner) {
     QPoint pointer;
     QRect panel;
   } cases[] = {
-      {{barOnTop}, {1000, 4, 24, 24}, {}, {832, 32, 360, 600}},
       {{barOnTop}, {1890, 4, 24, 24}, {}, {1560, 32, 360, 600}},
-      {{barBelow}, {1000, 1046, 24, 24}, {}, {832, 436, 360, 600}},
       {{barAtTheLeft}, {20, 1040, 24, 24}, {}, {64, 440, 360, 600}},
       {{barOnTop, scaled}, {3000, 890, 24, 24}, {}, {2832, 280, 360, 600}},
-      {{barOnTop}, {}, {1700, 10}, {1560, 32, 360, 600}},
       {{barAtTheLeft}, {}, {30, 1070}, {64, 480, 360, 600}},
       {{barOnTop, scaled}, {}, {3100, 150}, {2840, 200, 360, 600}},
-      {{small}, {}, {300, 400}, {0, 20, 320, 460}},
       {{small}, {280, 0, 20, 20}, {}, {0, 20, 320, 460}},
       {{}, {}, {300, 400}, {}},
   };
