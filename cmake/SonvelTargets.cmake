@@ -49,19 +49,20 @@ function(sonvel_program name)
   target_link_libraries(${name} PRIVATE sonvel_options ${arg_LIBS})
 endfunction()
 
-# sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [PROPERTIES ...])
-# A GoogleTest program, each of whose tests ctest runs and counts on its own. A test that listens to a real sound
-# server (label sound or session) has the machine to itself, and a second try: without real-time rights, another's load
-# is heard.
+# sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [LAUNCHER program] [PROPERTIES ...])
+# A GoogleTest program, each of whose tests ctest runs and counts on its own, through the launcher if there is one. A
+# test that listens to a real sound server (label sound) has the machine to itself.
 function(sonvel_test name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LIBS;LABELS;PROPERTIES" ${ARGN})
+  cmake_parse_arguments(arg "" "LAUNCHER" "SOURCES;LIBS;LABELS;PROPERTIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_link_libraries(${name} PRIVATE sonvel_options ${arg_LIBS} GTest::gmock GTest::gtest_main)
+  if(arg_LAUNCHER)
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${arg_LAUNCHER}")
+  endif()
   set(is_alone FALSE)
-  if("sound" IN_LIST arg_LABELS OR "session" IN_LIST arg_LABELS)
+  if("sound" IN_LIST arg_LABELS)
     set(is_alone TRUE)
-    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${PROJECT_SOURCE_DIR}/scripts/lib/twice")
   endif()
   set(labels "")
   if(arg_LABELS)

@@ -1,15 +1,13 @@
-#include "contract/contract_test.h"
+#include "contract/audio_system_under_test.h"
 #include "pipewire/pipewire_hardware.h"
-#include "session/analysis.h"
-#include "session/listener.h"
-#include "session/private_session.h"
-#include "session/tone_client.h"
 
-#include <algorithm>
 #include <chrono>
-#include <map>
-#include <memory>
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
 #include <thread>
+#include <unistd.h>
 
 namespace sonvel::contract {
 
@@ -17,7 +15,22 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t kReadingFrames = 8192;
+/// Asks the script that has started the session which this process runs in, and us: see world.py.
+template <class... Words> std::string ask(const Words&... words) {
+  static const int world = std::stoi(std::getenv("SONVEL_WORLD"));
+  std::ostringstream line;
+  ((line << words << ' '), ...);
+  dprintf(world, "%s\n", line.str().c_str());
+  std::string answer;
+  for (char byte = 0; byte != '\n'; answer += byte)
+    if (read(world, &byte, 1) != 1) throw std::runtime_error("no answer to " + line.str());
+  answer.pop_back();
+  return answer;
+}
+
+testing::AssertionResult isTrue(const std::string& answer) {
+  return testing::AssertionResult(answer == "True") << answer;
+}
 
 class NamedByClient final : public ApplicationIdentity {
  public:
@@ -26,58 +39,39 @@ class NamedByClient final : public ApplicationIdentity {
   }
 };
 
-/// The real thing: programs are processes, ears are the monitors of the sinks.
 class PipeWireUnderTest final : public AudioSystemUnderTest {
  public:
-  PipeWireUnderTest() {
-    session_.apply();
-    for (const char* const name : {"Speakers", "Headphones"})
-      ears_[name] = std::make_unique<session::Listener>(session_, name);
-    hardware_ = std::make_unique<pipewire::PipeWireHardware>(identity_);
+  AudioHardware& hardware() override { return hardware_; }
+
+  std::int32_t startProgram(Tone tone, const std::string& bundleID) override {
+    return std::stoi(ask("start", tone.frequencyHz, tone.amplitude, bundleID));
   }
 
-  AudioHardware& hardware() override { return *hardware_; }
-
-  std::int32_t startProgram(Tone tone) override {
-    auto program = std::make_unique<session::ToneClient>(session_);
-    const std::int32_t pid = program->pid();
-    programs_[pid].client = std::move(program);
-    openStream(pid, tone);
-    return pid;
+  void openStream(std::int32_t pid, Tone tone, bool isFixed) override {
+    ask("open", pid, tone.frequencyHz, tone.amplitude, isFixed ? "fixed" : "");
   }
 
-  void openStream(std::int32_t pid, Tone tone) override {
-    Program& program = programs_.at(pid);
-    program.streams.push_back("stream " + std::to_string(program.streams.size()));
-    program.client->open(program.streams.back(),
-                         {.tone = {static_cast<int>(tone.frequencyHz), tone.amplitude}});
+  void setPlaying(std::int32_t pid, bool isPlaying) override { ask(isPlaying ? "play" : "pause", pid); }
+
+  void moveProgram(std::int32_t pid, const std::string& device) override { ask("move", pid, device); }
+
+  void endProgram(std::int32_t pid) override { ask("end", pid); }
+
+  void setDefaultDevice(const std::string& device) override { ask("default", device); }
+
+  testing::AssertionResult becomesAudible(const std::string& device, Tone tone) override {
+    return isTrue(ask("audible", device, tone.frequencyHz, tone.amplitude));
   }
 
-  void pauseProgram(std::int32_t pid) override {
-    for (const auto& stream : programs_.at(pid).streams)
-      programs_.at(pid).client->cork(stream);
+  testing::AssertionResult becomesSilent(const std::string& device) override {
+    return isTrue(ask("silent", device));
   }
 
-  void resumeProgram(std::int32_t pid) override {
-    for (const auto& stream : programs_.at(pid).streams)
-      programs_.at(pid).client->uncork(stream);
-  }
-
-  void endProgram(std::int32_t pid) override { programs_.erase(pid); }
-
-  std::string deviceUID(const std::string& deviceName) override { return deviceName; }
-
-  void setDefaultDevice(const std::string& deviceUID) override { session_.setDefaultSink(deviceUID); }
-
-  double loudness(const std::string& deviceUID, double frequencyHz) override {
-    const auto heard = hear(deviceUID);
-    return session::toneAmplitude(heard.left, frequencyHz);
-  }
-
-  bool exactZeros(const std::string& deviceUID) override {
-    const auto heard = hear(deviceUID);
-    const auto isZero = [](float sample) { return sample == 0.0F; };
-    return std::ranges::all_of(heard.left, isZero) && std::ranges::all_of(heard.right, isZero);
+  bool isSilentDuring(const std::function<void()>& act) override {
+    ask("mark");
+    act();
+    letCyclesPass();
+    return isTrue(ask("silent_since_mark"));
   }
 
   bool waitUntil(const std::function<bool()>& isSo) override {
@@ -89,52 +83,19 @@ class PipeWireUnderTest final : public AudioSystemUnderTest {
     return true;
   }
 
-  void letCyclesPass(const std::string& deviceUID) override { hear(deviceUID); }
+  void letCyclesPass() override { ask("cycles"); }
 
-  bool nothingOfOursIsLeft() override {
-    return session_.waitForGraph([](const session::Graph& graph) {
-      const auto isOurs = [](const session::GraphObject& object) {
-        return object.property("node.name").starts_with("sonvel");
-      };
-      const auto isOurEntry = [](const session::MetadataEntry& entry) {
-        return entry.key.starts_with("sonvel") || entry.value.starts_with("sonvel");
-      };
-      return std::ranges::none_of(graph.objects, isOurs) && std::ranges::none_of(graph.metadata, isOurEntry);
-    });
-  }
+  bool nothingOfOursIsLeft() override { return isTrue(ask("clean")); }
 
  private:
-  struct Program {
-    std::unique_ptr<session::ToneClient> client;
-    std::vector<std::string> streams;
-  };
-
-  /// What comes to the device from now on.
-  session::Recording hear(const std::string& deviceUID) {
-    const auto& ear = *ears_.at(deviceUID);
-    const auto mark = ear.mark();
-    EXPECT_TRUE(ear.waitForFrames(mark, kReadingFrames, 20s));
-    auto heard = ear.since(mark);
-    heard.left.resize(kReadingFrames);
-    heard.right.resize(kReadingFrames);
-    return heard;
-  }
-
-  session::PrivateSession session_;
   NamedByClient identity_;
-  std::map<std::string, std::unique_ptr<session::Listener>> ears_;
-  std::map<std::int32_t, Program> programs_;
-  std::unique_ptr<pipewire::PipeWireHardware> hardware_;
+  pipewire::PipeWireHardware hardware_{identity_};
 };
 
-const BackEnd kPipeWire{"pipewire", [] { return std::make_unique<PipeWireUnderTest>(); }};
-
-std::string nameOf(const testing::TestParamInfo<BackEnd>& info) {
-  return info.param.name;
-}
-
-INSTANTIATE_TEST_SUITE_P(PipeWire, AudioContract, testing::Values(kPipeWire), nameOf);
-
 } // namespace
+
+std::unique_ptr<AudioSystemUnderTest> makeSystemUnderTest() {
+  return std::make_unique<PipeWireUnderTest>();
+}
 
 } // namespace sonvel::contract

@@ -1,11 +1,14 @@
 #include "contract/contract_test.h"
 
+#include <chrono>
+
 namespace sonvel::contract {
 
 namespace {
 
 constexpr Tone kTone{.frequencyHz = 1000.0, .amplitude = 0.4};
 constexpr Tone kOtherTone{.frequencyHz = 1500.0, .amplitude = 0.2};
+constexpr Tone kThirdTone{.frequencyHz = 2000.0, .amplitude = 0.1};
 
 Tone scaled(Tone tone, double gain) {
   return {.frequencyHz = tone.frequencyHz, .amplitude = tone.amplitude * gain};
@@ -13,109 +16,135 @@ Tone scaled(Tone tone, double gain) {
 
 } // namespace
 
-TEST_P(AudioContract, MutedTapIsHeardAsItsBlockPlaysIt) {
-  const AudioObjectID process = startAudibleProgram(kTone);
-  for (const float gain : {0.5F, 1.0F, 2.0F}) {
+TEST_F(AudioContract, MutedTapIsHeardAsItsBlockPlaysItAtTheDeviceOfItsAggregateAlone) {
+  const AudioObjectID process = startAudibleProgram(kTone).process;
+  for (const float gain : {0.5F, 2.0F}) {
     SCOPED_TRACE(gain);
-    TapChain chain(hardware(), process, speakers(), {.gain = gain});
-    EXPECT_TRUE(blockHears(*chain.state, kTone.amplitude));
-    EXPECT_TRUE(becomesAudible(speakers(), scaled(kTone, gain)));
+    TapChain chain = tap(process, kHeadphones, {.gain = gain});
+    EXPECT_TRUE(blockHears(*chain.state, 0.39, 0.41));
+    EXPECT_TRUE(system().becomesAudible(kHeadphones, scaled(kTone, gain)));
+    EXPECT_TRUE(system().becomesSilent(kSpeakers));
+    chain.state->gain = 0.0F; // from now on it writes nothing
+    EXPECT_TRUE(system().becomesSilent(kHeadphones));
     chain.destroy();
-    EXPECT_TRUE(becomesAudible(speakers(), kTone));
+    EXPECT_TRUE(system().becomesAudible(kSpeakers, kTone));
   }
   EXPECT_TRUE(system().nothingOfOursIsLeft());
 }
 
-TEST_P(AudioContract, MutedTapWhoseBlockPlaysNothingIsSilent) {
-  TapChain chain(hardware(), startAudibleProgram(kTone), speakers(), {.gain = 0.0F});
-  EXPECT_TRUE(becomesSilent(speakers()));
-  EXPECT_TRUE(blockHears(*chain.state, kTone.amplitude));
+TEST_F(AudioContract, TapsOfTwoProcessesDoNotMix) {
+  const AudioObjectID process = startAudibleProgram(kTone).process;
+  const AudioObjectID otherProcess = startAudibleProgram(kOtherTone).process;
+  TapChain chain = tap(process, kSpeakers, {.gain = 0.5F});
+  TapChain otherChain = tap(otherProcess, kSpeakers, {.gain = 2.0F});
+  EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kTone, 0.5)));
+  EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kOtherTone, 2.0)));
+  chain.destroy();
+  EXPECT_TRUE(system().becomesAudible(kSpeakers, kTone));
+  EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kOtherTone, 2.0)));
 }
 
-TEST_P(AudioContract, UnmutedTapListensAndChangesNothing) {
-  TapChain chain(hardware(), startAudibleProgram(kTone), speakers(),
-                 {.muteBehavior = TapMuteBehavior::unmuted, .gain = 0.0F});
-  EXPECT_TRUE(blockHears(*chain.state, kTone.amplitude));
-  EXPECT_TRUE(becomesAudible(speakers(), kTone));
+TEST_F(AudioContract, StreamThatATappedProcessOpensJoinsTheTapUnlessNobodyMayMoveIt) {
+  const auto [pid, process] = startAudibleProgram(kTone);
+  TapChain chain = tap(process, kHeadphones, {.gain = 0.5F});
+  system().openStream(pid, kOtherTone, false);
+  EXPECT_TRUE(system().becomesAudible(kHeadphones, scaled(kOtherTone, 0.5)));
+  EXPECT_TRUE(system().becomesAudible(kHeadphones, scaled(kTone, 0.5)));
+  EXPECT_TRUE(system().becomesSilent(kSpeakers));
+  EXPECT_EQ(number<std::uint32_t>(chain.tap, global(property::kTapIsPartial)), 0U);
+
+  system().openStream(pid, kThirdTone, true);
+  EXPECT_TRUE(system().becomesAudible(kSpeakers, kThirdTone));
+  EXPECT_TRUE(system().waitUntil(
+      [&] { return number<std::uint32_t>(chain.tap, global(property::kTapIsPartial)) == 1U; }));
+  EXPECT_TRUE(system().becomesAudible(kHeadphones, scaled(kTone, 0.5)));
   chain.destroy();
-  EXPECT_TRUE(becomesAudible(speakers(), kTone));
+  for (const Tone& tone : {kTone, kOtherTone, kThirdTone})
+    EXPECT_TRUE(system().becomesAudible(kSpeakers, tone));
+}
+
+TEST_F(AudioContract, ProcessOfTheSameBundleIDJoinsBeforeItIsHeard) {
+  const AudioObjectID process = startAudibleProgram(kTone, "Player").process;
+  const TapChain chain = tap(process, kSpeakers, {.gain = 0.0F, .bundleIDs = {"Player"}});
+  EXPECT_TRUE(system().becomesSilent(kSpeakers));
+  EXPECT_TRUE(system().isSilentDuring([&] {
+    system().startProgram(kOtherTone, "Player");
+    EXPECT_TRUE(blockHears(*chain.state, 0.45, 0.61)); // both
+  }));
+}
+
+TEST_F(AudioContract, ProcessIsNotHeardBetweenTheTapsOfAConfiguration) {
+  const AudioObjectID process = startAudibleProgram(kTone).process;
+  std::optional<TapChain> chain;
+  chain.emplace(hardware(), process, kHeadphones, TapChain::Options{.gain = 0.0F});
+  EXPECT_TRUE(system().becomesSilent(kSpeakers));
+  EXPECT_TRUE(system().isSilentDuring([&] {
+    for (const char* const device : {kSpeakers, kHeadphones, kHeadphones, kSpeakers}) {
+      const auto begin = std::chrono::steady_clock::now();
+      EXPECT_EQ(hardware().beginConfiguration(), kNoError);
+      EXPECT_EQ(hardware().beginConfiguration(), status::kIllegalOperation);
+      chain->destroy();
+      chain.emplace(hardware(), process, device, TapChain::Options{.gain = 0.0F});
+      EXPECT_EQ(hardware().commitConfiguration(), kNoError);
+      EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1)) << "it waits for streams";
+      EXPECT_TRUE(blockRuns(*chain->state));
+    }
+  }));
+  chain->destroy();
+  EXPECT_TRUE(system().becomesAudible(kSpeakers, kTone));
   EXPECT_TRUE(system().nothingOfOursIsLeft());
 }
 
-TEST_P(AudioContract, TapsOfTwoProcessesDoNotMix) {
-  const AudioObjectID process = startAudibleProgram(kTone);
-  const AudioObjectID otherProcess = startAudibleProgram(kOtherTone);
-  TapChain chain(hardware(), process, speakers(), {.gain = 0.5F});
-  EXPECT_TRUE(blockHears(*chain.state, kTone.amplitude));
-  EXPECT_TRUE(becomesAudible(speakers(), scaled(kTone, 0.5)));
-  EXPECT_TRUE(becomesAudible(speakers(), kOtherTone));
-
-  TapChain otherChain(hardware(), otherProcess, speakers(), {.gain = 2.0F});
-  EXPECT_TRUE(blockHears(*otherChain.state, kOtherTone.amplitude));
-  EXPECT_TRUE(blockHears(*chain.state, kTone.amplitude));
-  EXPECT_TRUE(becomesAudible(speakers(), scaled(kTone, 0.5)));
-  EXPECT_TRUE(becomesAudible(speakers(), scaled(kOtherTone, 2.0)));
-
+TEST_F(AudioContract, ProcessThatAMixerMovesStaysInItsTapAndListenersAreTold) {
+  const auto [pid, process] = startAudibleProgram(kTone);
+  std::atomic<int> calls = 0;
+  const auto count = [&](AudioObjectID, const PropertyAddress&) { ++calls; };
+  PropertyListenerID listener = 0;
+  ASSERT_EQ(hardware().addPropertyListener(process, global(property::kProcessChosenDevice), count, listener),
+            kNoError);
+  TapChain chain = tap(process, kSpeakers, {.gain = 0.5F});
+  EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kTone, 0.5)));
+  EXPECT_EQ(calls, 0);
+  for (const std::string device : {kHeadphones, "", kHeadphones}) {
+    calls = 0;
+    system().moveProgram(pid, device);
+    EXPECT_TRUE(system().waitUntil([&] { return calls > 0; }));
+    const auto chosen = number<AudioObjectID>(process, global(property::kProcessChosenDevice)).value_or(0);
+    EXPECT_EQ(text(chosen, property::kDeviceUID).value_or(""), device);
+    EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kTone, 0.5)));
+    EXPECT_TRUE(system().becomesSilent(kHeadphones));
+  }
+  EXPECT_EQ(hardware().removePropertyListener(listener), kNoError);
   chain.destroy();
-  EXPECT_TRUE(becomesAudible(speakers(), kTone));
-  EXPECT_TRUE(becomesAudible(speakers(), scaled(kOtherTone, 2.0)));
+  EXPECT_TRUE(system().becomesAudible(kHeadphones, kTone));
 }
 
-TEST_P(AudioContract, TapPlaysToTheDeviceOfItsAggregateAlone) {
-  const AudioObjectID process = startAudibleProgram(kTone);
-  TapChain chain(hardware(), process, headphones(), {.gain = 0.5F});
-  EXPECT_TRUE(becomesAudible(headphones(), scaled(kTone, 0.5)));
-  EXPECT_TRUE(becomesSilent(speakers()));
+TEST_F(AudioContract, TappedProcessDoesNotFollowTheDefaultDeviceBeforeItsTapIsGone) {
+  const AudioObjectID process = startAudibleProgram(kTone).process;
+  startAudibleProgram(kOtherTone);
+  TapChain chain = tap(process, kSpeakers, {.gain = 0.5F});
+  system().setDefaultDevice(kHeadphones);
+  EXPECT_TRUE(system().waitUntil([&] { return defaultDevice() == deviceWithUID(kHeadphones); }));
+  EXPECT_TRUE(system().becomesAudible(kHeadphones, kOtherTone));
+  EXPECT_TRUE(system().becomesAudible(kHeadphones, scaled(kTone, 0.0)));
+  EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kTone, 0.5)));
   chain.destroy();
-  EXPECT_TRUE(becomesAudible(speakers(), kTone));
-  EXPECT_TRUE(becomesSilent(headphones()));
+  EXPECT_TRUE(system().becomesAudible(kHeadphones, kTone));
+  EXPECT_TRUE(system().becomesSilent(kSpeakers));
 }
 
-TEST_P(AudioContract, StreamThatATappedProcessOpensJoinsTheTap) {
-  const std::int32_t pid = system().startProgram(kTone);
-  EXPECT_TRUE(becomesAudible(speakers(), kTone));
-  TapChain chain(hardware(), processWithPID(pid), headphones(), {.gain = 0.5F});
-  EXPECT_TRUE(becomesAudible(headphones(), scaled(kTone, 0.5)));
-  EXPECT_TRUE(becomesSilent(speakers()));
-
-  system().openStream(pid, kOtherTone);
-  EXPECT_TRUE(becomesAudible(headphones(), scaled(kOtherTone, 0.5)));
-  EXPECT_TRUE(becomesAudible(headphones(), scaled(kTone, 0.5)));
-  EXPECT_TRUE(becomesSilent(speakers()));
-
-  chain.destroy();
-  EXPECT_TRUE(becomesAudible(speakers(), kTone));
-  EXPECT_TRUE(becomesAudible(speakers(), kOtherTone));
-}
-
-TEST_P(AudioContract, TappedProcessDoesNotFollowTheDefaultDevice) {
-  const AudioObjectID process = startAudibleProgram(kTone);
-  TapChain chain(hardware(), process, speakers(), {.gain = 0.5F});
-  EXPECT_TRUE(becomesAudible(speakers(), scaled(kTone, 0.5)));
-
-  system().setDefaultDevice(headphones());
-  EXPECT_TRUE(system().waitUntil([&] {
-    return number<AudioObjectID>(kSystemObject, global(property::kDefaultOutputDevice)) ==
-           deviceWithUID(headphones());
-  }));
-  system().letCyclesPass(headphones());
-  EXPECT_TRUE(becomesAudible(speakers(), scaled(kTone, 0.5)));
-  EXPECT_TRUE(becomesSilent(headphones()));
-
-  chain.destroy();
-  EXPECT_TRUE(becomesAudible(headphones(), kTone));
-  EXPECT_TRUE(becomesSilent(speakers()));
-}
-
-TEST_P(AudioContract, PausedProcessIsHeardAgainThroughItsTap) {
-  const std::int32_t pid = system().startProgram(kTone);
-  EXPECT_TRUE(becomesAudible(speakers(), kTone));
-  TapChain chain(hardware(), processWithPID(pid), speakers(), {.gain = 0.5F});
-  EXPECT_TRUE(becomesAudible(speakers(), scaled(kTone, 0.5)));
-  system().pauseProgram(pid);
-  EXPECT_TRUE(becomesSilent(speakers()));
-  system().resumeProgram(pid);
-  EXPECT_TRUE(becomesAudible(speakers(), scaled(kTone, 0.5)));
+TEST_F(AudioContract, PausedProcessIsTheSameObjectAndIsHeardAgainThroughItsTap) {
+  const auto [pid, process] = startAudibleProgram(kTone);
+  TapChain chain = tap(process, kSpeakers, {.gain = 0.5F});
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kTone, 0.5)));
+    system().setPlaying(pid, false);
+    EXPECT_TRUE(system().waitUntil([&] { return !isPlaying(process); }));
+    EXPECT_EQ(processWithPID(pid), process);
+    EXPECT_TRUE(system().becomesSilent(kSpeakers));
+    system().setPlaying(pid, true);
+    EXPECT_TRUE(system().waitUntil([&] { return isPlaying(process); }));
+  }
 }
 
 } // namespace sonvel::contract

@@ -3,7 +3,6 @@
 //   set SUBJECT KEY TYPE VALUE
 //   remove SUBJECT KEY
 //   entries    all entries: fields with unit separators between, and record separators after them
-//   nodes      the names of all nodes, with record separators after them
 // It is not pw-metadata because PipeWire 0.3 tells a client nothing of objects newer than its last message,
 // and nobody anything more once a client left before the metadata that it bound had answered.
 #include <pipewire/extensions/metadata.h>
@@ -13,6 +12,7 @@
 #include <array>
 #include <iostream>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <unistd.h>
@@ -28,16 +28,15 @@ struct Mixer {
   std::uint32_t metadataID = SPA_ID_INVALID;
   spa_hook metadataListener{};
   std::map<std::uint32_t, std::map<std::string, std::string>>
-      entries;                                              // key, type and value by subject and key
-  std::map<std::uint32_t, std::string> globals = {{0, ""}}; // the name of those that are nodes
+      entries; // key, type and value by subject and key
+  std::set<std::uint32_t> globals = {0};
   std::string unread;
   int lastSync = 0;
 
   static void onGlobal(void* data, std::uint32_t id, std::uint32_t /*permissions*/, const char* type,
                        std::uint32_t /*version*/, const spa_dict* properties) {
     auto& self = *static_cast<Mixer*>(data);
-    const char* name = properties != nullptr ? spa_dict_lookup(properties, PW_KEY_NODE_NAME) : nullptr;
-    self.globals[id] = name != nullptr && spa_streq(type, PW_TYPE_INTERFACE_Node) ? name : "";
+    self.globals.insert(id);
     pw_core_sync(self.core, PW_ID_CORE, 0); // any message tells the server that we know this object
     if (!spa_streq(type, PW_TYPE_INTERFACE_Metadata) || properties == nullptr ||
         !spa_streq(spa_dict_lookup(properties, PW_KEY_METADATA_NAME), "default"))
@@ -118,9 +117,6 @@ struct Mixer {
       for (const auto& [of, list] : entries)
         for (const auto& [name, entry] : list)
           std::cout << of << '\x1f' << entry << '\x1e';
-    else if (verb == "nodes")
-      for (const auto& [id, name] : globals)
-        std::cout << name << '\x1e';
     else if (metadata != nullptr)
       pw_metadata_set_property(metadata, subject, key.c_str(), verb == "set" ? type.c_str() : nullptr,
                                verb == "set" ? value.c_str() : nullptr);

@@ -1,0 +1,90 @@
+#!/usr/bin/python3
+"""world.py COMMAND [ARGUMENT]...: runs a test program in a private sound session, and does what the program asks by
+lines at the descriptor SONVEL_WORLD: the name of a method of World, and its arguments."""
+
+import os
+import socket
+import sys
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).parents[1]))
+os.environ["SONVEL_BIN"] = str(Path(sys.argv[1]).resolve().parent)
+
+from support.session import Session
+from support.waiting import wait_until
+
+
+class World:
+    def __init__(self, session):
+        self.session = session
+        self.sinks = [session.sink(name) for name in ("Speakers", "Headphones")]
+        self.players = {}
+
+    def start(self, frequency, amplitude, name=""):
+        player = self.session.player(frequency, amplitude, client={"application.name": name} if name else {})
+        self.players[str(player.pid)] = player
+        return player.pid
+
+    def open(self, pid, frequency, amplitude, fixed=""):
+        self.players[pid].open(f"tone-{frequency}", frequency=frequency, amplitude=amplitude,
+                               **({"node.dont-reconnect": "true"} if fixed else {}))
+
+    def play(self, pid):
+        self.players[pid].tell("play", "tone")
+
+    def pause(self, pid):
+        self.players[pid].tell("pause", "tone")
+
+    def move(self, pid, device="-1"):
+        self.session.graph.set_metadata(self.players[pid].node, "target.object", device,
+                                        "Spa:Id" if device == "-1" else "Spa:String")
+
+    def end(self, pid):
+        self.players[pid].finish()
+
+    def default(self, device):
+        self.session.set_default_sink(device)
+
+    def audible(self, device, frequency, amplitude):
+        self.session.sink(device).wait_for_tone(float(frequency), float(amplitude))
+        return True
+
+    def silent(self, device):
+        self.session.sink(device).wait_for_zeros()
+        return True
+
+    def mark(self):
+        self.marks = [sink.mark() for sink in self.sinks]
+
+    def silent_since_mark(self):
+        return not any(sink.since(mark).left.any() for sink, mark in zip(self.sinks, self.marks))
+
+    def cycles(self):
+        for sink in self.sinks:
+            sink.wait_for_frames(8192)
+
+    def clean(self):
+        wait_until(lambda: not self.session.graph.of_ours(), what="a graph without anything of ours")
+        return True
+
+
+def answer(world, line):
+    verb, *arguments = line.split()
+    try:
+        return getattr(world, verb)(*arguments)
+    except Exception as error:
+        return str(error).replace("\n", " ")
+
+
+if "--gtest_list_tests" in sys.argv:
+    os.execv(sys.argv[1], sys.argv[1:])
+with Session() as session:
+    ours, theirs = socket.socketpair()
+    world = World(session)
+    program = session.start(*sys.argv[1:], stdin=None, stdout=None, stderr=None, pass_fds=[theirs.fileno()],
+                            environment={"SONVEL_WORLD": str(theirs.fileno())})
+    theirs.close()
+    for line in ours.makefile():
+        ours.sendall(f"{answer(world, line)}\n".encode())
+    sys.exit(program.wait())
