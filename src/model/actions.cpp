@@ -36,17 +36,18 @@ void MixerViewModel::dismissChannel(ChannelState* channel) {
   dependencies_.mainThread.post([row = channel->shared_from_this()] {});
   const auto objectID = channel->sessionID();
   const bool wasActive = channel->active();
-  rememberedSettings_.erase(channel->stableKey());
-  if (!channel->isPlaying()) tellToForget(channel->stableKey());
-  channels_.removeRowsWithKey(channel->stableKey());
-  reports_.forgetSession(channel->stableKey());
-  if (wasActive) sendRemoval(channel->stableKey(), objectID);
+  const auto& key = channel->stableKey();
+  rememberedSettings_.erase(key);
+  channels_.removeRowsWithKey(key);
+  reports_.forgetSession(key);
+  if (wasActive) return sendRemoval(key, objectID);
+  dependencies_.tell([key](HardwareController& controller) { controller.forgetSettings(key); });
 }
 
 void MixerViewModel::setOutput(const std::optional<std::string>& uid, ChannelState* channel) {
   if (channel == nullptr) return;
   channel->setOutputUID(uid);
-  keepIfPaused(*channel);
+  keep(*channel, true);
   if (channel->active()) (void)sendOutput(shared_from_this(), channel->shared_from_this());
 }
 
@@ -102,12 +103,13 @@ void MixerViewModel::checkForUpdates() {
 
 void MixerViewModel::remember(const ChannelState& row) {
   rememberedSettings_[row.stableKey()] = {.gainPercent = row.gainPercent(), .muted = row.muted()};
-  keepIfPaused(row);
+  keep(row);
 }
 
 /// Has the controller carry out `call`; reports of that key wait for its end.
-QCoro::Task<> MixerViewModel::send(std::shared_ptr<MixerViewModel> model, std::string key, Call call) {
-  const SessionReports::Hold hold(model->reports_, std::move(key));
+QCoro::Task<> MixerViewModel::send(std::shared_ptr<MixerViewModel> model, std::string key, Call call,
+                                   bool choosesRoute) {
+  const SessionReports::Hold hold(model->reports_, std::move(key), choosesRoute);
   auto done = model->dependencies_.ask(std::move(call));
   (void)co_await std::move(done);
 }
@@ -125,8 +127,12 @@ void MixerViewModel::sendMute(const ChannelState& row) {
              });
 }
 
+/// Leaves nothing behind, also if the session has ended and its settings are kept instead.
 void MixerViewModel::sendRemoval(const std::string& key, AudioObjectID objectID) {
-  (void)send(shared_from_this(), key, [objectID](HardwareController& c) { c.removeChannel(objectID); });
+  (void)send(shared_from_this(), key, [key, objectID](HardwareController& controller) {
+    controller.removeChannel(objectID);
+    controller.forgetSettings(key);
+  });
 }
 
 QCoro::Task<> MixerViewModel::sendOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row) {
@@ -142,7 +148,7 @@ QCoro::Task<> MixerViewModel::moveAllToSystemOutput() {
   const auto rows = channels_.rows();
   for (const auto& row : rows) {
     row->setOutputUID(std::nullopt);
-    keepIfPaused(*row);
+    keep(*row, true);
     if (!row->active()) continue;
     const SessionReports::Hold hold(reports_, row->stableKey(), true);
     (void)co_await dependencies_.ask([objectID = row->sessionID()](HardwareController& controller) {

@@ -90,7 +90,7 @@ QCoro::Task<> MixerViewModel::bootstrap() {
 
 void MixerViewModel::onDisappear() {
   isPanelOpen_ = false;
-  if (!isFollowed()) polling_.cancel();
+  if (!isFollowed()) stopPolling();
 }
 
 void MixerViewModel::setWatched(bool isWatched) {
@@ -98,16 +98,21 @@ void MixerViewModel::setWatched(bool isWatched) {
   isWatched_ = isWatched;
   if (isFollowed() == wasFollowed) return;
   if (wasFollowed)
-    polling_.cancel();
+    stopPolling();
   else
     polling_.start({shared_from_this(), &polling_});
+}
+
+void MixerViewModel::stopPolling() {
+  polling_.cancel();
+  keepRows(); // no reconciliation tries any more to start those that have failed
 }
 
 QCoro::Task<> MixerViewModel::teardownForQuit() {
   const auto self = shared_from_this();
   isQuitting_ = true;
   cancelTasks();
-  keepPausedRows(); // now none is kept
+  keepRows(); // now none is kept
   (void)co_await dependencies_.ask(&HardwareController::teardownAll);
 }
 

@@ -156,13 +156,16 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
     bool operator==(const RememberedSettings&) const = default;
   };
 
-  /// What a tap is started with.
+  /// What a session is started with.
   struct ChannelSettings {
     explicit ChannelSettings(const ChannelState& row);
+    explicit ChannelSettings(const SessionReport& report);
 
     int gainPercent;
     bool muted;
     std::optional<std::string> outputUID;
+
+    bool operator==(const ChannelSettings&) const = default;
   };
 
   /// The keys that play, each once and with its first application, in the order of the list.
@@ -172,6 +175,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   void cancelTasks();
   void startFollowing();
+  void stopPolling();
   QCoro::Task<> bootstrap();
   QCoro::Task<> bringUpToDate();
   QCoro::Task<> refreshMaster();
@@ -182,31 +186,37 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   void followSession(const SessionReport& report, SessionReports::Age age);
   void followProcess(ChannelState& row, const SessionReport& report);
   void followSettings(ChannelState& row, const SessionReport& report);
-  void revive(ChannelState& row);
-  void keepIfPaused(const ChannelState& row) const;
-  void keepPausedRows() const;
-  void tellToForget(const std::string& key) const;
+  static void followError(ChannelState& row, const SessionReport& report);
+  static void revive(ChannelState& row);
+  void catchUp(ChannelState& row, const ChannelSettings& known);
 
   // Reconciliation: bringing the rows in line with the applications that play.
   QCoro::Task<> reconcile();
   ChannelList::Row rowFor(const std::string& key, const AudioApp& app,
                           const std::vector<ChannelList::Row>& rowsBefore);
   QCoro::Task<> pauseMissingRows(AudibleMap audible);
+  QCoro::Task<> pause(ChannelList::Row row);
   QCoro::Task<> startTap(ChannelList::Row row);
-  void catchUp(ChannelState& row, const ChannelSettings& started);
-  bool hasRowFor(AudioObjectID objectID) const;
+  bool isWanted(const std::string& key, AudioObjectID objectID) const;
   void sortRows();
   MixerStatus rowCounts() const;
 
   // Actions.
   void remember(const ChannelState& row);
   using Call = std::function<void(HardwareController&)>;
-  static QCoro::Task<> send(std::shared_ptr<MixerViewModel> model, std::string key, Call call);
+  static QCoro::Task<> send(std::shared_ptr<MixerViewModel> model, std::string key, Call call,
+                            bool choosesRoute = false);
   void sendGain(const ChannelState& row);
   void sendMute(const ChannelState& row);
   void sendRemoval(const std::string& key, AudioObjectID objectID);
   static QCoro::Task<> sendOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row);
   QCoro::Task<> moveAllToSystemOutput();
+
+  // What the controller keeps of rows without a session.
+  Call keeping(const ChannelState& row) const;
+  void keep(const ChannelState& row, bool choosesRoute = false);
+  void keepRows();
+  void keepPausedRows();
 
   QVariantList outputDeviceMaps() const;
   void setMasterVolume(double volume);

@@ -27,11 +27,6 @@ std::vector<std::pair<std::string, AudioApp>> byKey(const std::vector<AudioApp>&
 
 } // namespace
 
-MixerViewModel::ChannelSettings::ChannelSettings(const ChannelState& row)
-    : gainPercent(row.gainPercent())
-    , muted(row.muted())
-    , outputUID(row.outputUID()) {}
-
 QCoro::Task<> MixerViewModel::reconcile() {
   const auto apps = co_await dependencies_.ask(&HardwareController::audibleApps);
   if (!apps.value) co_return; // the rows stay until the next reconciliation
@@ -76,19 +71,27 @@ QCoro::Task<> MixerViewModel::pauseMissingRows(AudibleMap audible) {
   for (const auto& row : rows) {
     if (hasKey(audible, row->stableKey()) || !row->isPlaying() || !channels_.contains(*row)) continue;
     row->setIdleTicks(row->idleTicks() + 1);
-    if (row->idleTicks() < kIdleTicksToPause) continue;
-    row->setPlaying(false);
-    row->setLevel(0.0F);
-    remember(*row);
-    if (row->active()) {
-      const SessionReports::Hold hold(reports_, row->stableKey());
-      (void)co_await dependencies_.ask([objectID = row->sessionID()](HardwareController& controller) {
-        return controller.removeChannel(objectID);
-      });
-      row->setActive(false);
-      row->setLevel(0.0F); // a poll may have set it during the removal
-    }
+    if (row->idleTicks() >= kIdleTicksToPause) co_await pause(row);
   }
+}
+
+QCoro::Task<> MixerViewModel::pause(ChannelList::Row row) {
+  row->setPlaying(false);
+  row->setLevel(0.0F);
+  remember(*row);
+  if (!row->active()) co_return;
+  const ChannelSettings settings(*row);
+  const SessionReports::Hold hold(reports_, row->stableKey());
+  // In one call, so that an application that plays again finds either its session or its settings.
+  auto removal =
+      dependencies_.ask([objectID = row->sessionID(), keep = keeping(*row)](HardwareController& controller) {
+        controller.removeChannel(objectID);
+        keep(controller);
+      });
+  (void)co_await std::move(removal);
+  row->setActive(false);
+  row->setLevel(0.0F); // a poll may have set it during the removal
+  catchUp(*row, settings);
 }
 
 QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
@@ -107,26 +110,21 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
     row->setLastError(started.failure);
     co_return;
   }
-  if (!channels_.contains(*row) || row->objectID() != app.objectID) {
-    // During the start the row was removed, or came to stand for another process.
-    if (!hasRowFor(app.objectID)) sendRemoval(row->stableKey(), app.objectID);
-    co_return;
-  }
+  // During the start the row may have been removed, or have come to stand for another process.
+  const bool isStillWanted = isWanted(row->stableKey(), app.objectID);
+  if (!isStillWanted) sendRemoval(row->stableKey(), app.objectID);
+  if (!isStillWanted || !channels_.contains(*row)) co_return;
   row->setActive(true);
   row->setLastError(std::nullopt);
   row->setZeroStreak(0);
   catchUp(*row, settings);
 }
 
-/// Sends what the user has changed while the tap was being started with `started`.
-void MixerViewModel::catchUp(ChannelState& row, const ChannelSettings& started) {
-  if (row.gainPercent() != started.gainPercent) sendGain(row);
-  if (row.muted() != started.muted) sendMute(row);
-  if (row.outputUID() != started.outputUID) (void)sendOutput(shared_from_this(), row.shared_from_this());
-}
-
-bool MixerViewModel::hasRowFor(AudioObjectID objectID) const {
-  return std::ranges::any_of(channels_.rows(), [=](const auto& row) { return row->objectID() == objectID; });
+/// Whether the session that was started for that process is the one of the key's row.
+bool MixerViewModel::isWanted(const std::string& key, AudioObjectID objectID) const {
+  const auto row = channels_.rowWithKey(key);
+  if (!row) return false;
+  return row->objectID() == objectID || reports_.isOneSession(key, {row->objectID(), objectID});
 }
 
 void MixerViewModel::sortRows() {

@@ -1,4 +1,4 @@
-// How rows follow their sessions, and what the controller is told of rows that have none.
+// How rows follow their sessions, and what the controller keeps of rows that have none.
 
 #include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"
@@ -8,30 +8,47 @@
 #include <cmath>
 
 namespace sonvel {
+namespace {
+
+int toPercent(float gain) {
+  return static_cast<int>(std::lround(gain * 100.0F));
+}
+
+} // namespace
+
+MixerViewModel::ChannelSettings::ChannelSettings(const ChannelState& row)
+    : gainPercent(row.gainPercent())
+    , muted(row.muted())
+    , outputUID(row.outputUID()) {}
+
+MixerViewModel::ChannelSettings::ChannelSettings(const SessionReport& report)
+    : gainPercent(toPercent(report.gain))
+    , muted(report.muted)
+    , outputUID(report.outputUID) {}
 
 void MixerViewModel::followSession(const SessionReport& report, SessionReports::Age age) {
   const auto row = channels_.rowWithKey(report.key);
   if (!row) return; // the next reconciliation makes it, if the application plays
-  if (report.exists) {
-    followProcess(*row, report);
-    if (!age.isRouteOld && row->outputUID() != report.outputUID) row->setOutputUID(report.outputUID);
-    if (!age.hasWaited) followSettings(*row, report);
-    if (!row->isPlaying()) revive(*row); // the controller has taken it over because it plays
-  }
-  if (row->active() != report.exists) {
+  const bool hasBegunOrEnded = row->active() != report.exists;
+  if (hasBegunOrEnded) {
     row->setActive(report.exists);
     row->setZeroStreak(0);
     if (!report.exists) row->setLevel(0.0F);
   }
+  if (report.exists) {
+    followProcess(*row, report);
+    if (!age.isRouteOld && row->outputUID() != report.outputUID) row->setOutputUID(report.outputUID);
+    if (!age.hasWaited) followSettings(*row, report);
+    // A session without an error exists because its application plays; one with an error could not be ended.
+    if (!row->isPlaying() && !report.error) revive(*row);
+  }
   const ChannelState::Playback playback{report.objectIDs, report.playingUID, report.isOutputConnected,
                                         report.isPartial};
   if (row->playback() != playback) row->setPlayback(playback);
-  if (age.hasWaited) return;
-  const auto& shown = row->lastError();
-  if (report.error && (!shown || shown->text != *report.error))
-    row->setLastError(CallFailure{.text = *report.error});
-  else if (report.exists && !report.error && shown)
-    row->setLastError(std::nullopt);
+  if (!age.hasWaited)
+    followError(*row, report);
+  else if (hasBegunOrEnded)
+    catchUp(*row, ChannelSettings(report));
 }
 
 void MixerViewModel::followProcess(ChannelState& row, const SessionReport& report) {
@@ -42,37 +59,63 @@ void MixerViewModel::followProcess(ChannelState& row, const SessionReport& repor
 
 void MixerViewModel::followSettings(ChannelState& row, const SessionReport& report) {
   if (MixerMath::clampGain(MixerMath::percentToGain(row.gainPercent())) != report.gain)
-    row.setGainPercent(static_cast<int>(std::lround(report.gain * 100.0F)));
+    row.setGainPercent(toPercent(report.gain));
   if (row.muted() != report.muted) row.setMuted(report.muted);
   if (rememberedSettings_.contains(row.stableKey())) remember(row);
 }
 
+void MixerViewModel::followError(ChannelState& row, const SessionReport& report) {
+  const auto& shown = row.lastError();
+  const bool isTheSame = shown ? shown->text == report.error : !report.error;
+  if (isTheSame) return; // it may come with a status, which reports don't have
+  row.setLastError(report.error ? std::optional(CallFailure{.text = *report.error}) : std::nullopt);
+}
+
 void MixerViewModel::revive(ChannelState& row) {
   row.setIdleTicks(0);
-  if (!row.isPlaying()) tellToForget(row.stableKey()); // from now on its session has the settings
   row.setPlaying(true);
 }
 
-/// Lets the controller take a paused row's application over as soon as it plays, with the row's settings. A
-/// row that changes nothing, and every row while sessions must not be started, is left alone.
-void MixerViewModel::keepIfPaused(const ChannelState& row) const {
-  if (row.isPlaying()) return;
+/// Passes on what the user has changed in the row while its session was begun or ended with `known`.
+void MixerViewModel::catchUp(ChannelState& row, const ChannelSettings& known) {
+  if (!channels_.contains(row)) return;
+  if (!row.active()) {
+    if (ChannelSettings(row) != known) keep(row);
+    return;
+  }
+  dependencies_.tell([key = row.stableKey()](HardwareController& controller) {
+    controller.forgetSettings(key); // those of before its session
+  });
+  if (row.gainPercent() != known.gainPercent) sendGain(row);
+  if (row.muted() != known.muted) sendMute(row);
+  if (row.outputUID() != known.outputUID) (void)sendOutput(shared_from_this(), row.shared_from_this());
+}
+
+/// Lets the controller take the row's application over as soon as it plays, with the row's settings. Nothing
+/// is kept of a row that changes nothing, nor while sessions must not be started.
+MixerViewModel::Call MixerViewModel::keeping(const ChannelState& row) const {
+  const auto& key = row.stableKey();
   const bool changesNothing = row.gainPercent() == 100 && !row.muted() && !row.outputUID();
-  if (changesNothing || !permissionGranted() || isQuitting_) return tellToForget(row.stableKey());
-  dependencies_.tell(
-      [key = row.stableKey(), settings = ChannelSettings(row)](HardwareController& controller) {
-        controller.keepSettings(key, MixerMath::percentToGain(settings.gainPercent), settings.muted,
-                                settings.outputUID);
-      });
+  if (changesNothing || !permissionGranted() || isQuitting_)
+    return [key](HardwareController& controller) { controller.forgetSettings(key); };
+  return [key, settings = ChannelSettings(row)](HardwareController& controller) {
+    controller.keepSettings(key, MixerMath::percentToGain(settings.gainPercent), settings.muted,
+                            settings.outputUID);
+  };
 }
 
-void MixerViewModel::keepPausedRows() const {
+void MixerViewModel::keep(const ChannelState& row, bool choosesRoute) {
+  if (!row.active()) (void)send(shared_from_this(), row.stableKey(), keeping(row), choosesRoute);
+}
+
+void MixerViewModel::keepRows() {
   for (const auto& row : channels_.rows())
-    keepIfPaused(*row);
+    keep(*row);
 }
 
-void MixerViewModel::tellToForget(const std::string& key) const {
-  dependencies_.tell([key](HardwareController& controller) { controller.forgetSettings(key); });
+void MixerViewModel::keepPausedRows() {
+  for (const auto& row : channels_.rows())
+    if (!row->isPlaying()) keep(*row);
 }
 
 } // namespace sonvel

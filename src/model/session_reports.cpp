@@ -59,6 +59,16 @@ const SessionReport* SessionReports::session(const std::string& key) const {
   return found->second.report.exists ? &found->second.report : nullptr;
 }
 
+bool SessionReports::isOneSession(const std::string& key,
+                                  std::initializer_list<AudioObjectID> processes) const {
+  const auto found = entries_.find(key);
+  if (found == entries_.end() || !found->second.report.exists) return false;
+  const auto& controlled = found->second.report.objectIDs;
+  return std::ranges::all_of(processes, [&](AudioObjectID process) {
+    return std::ranges::find(controlled, process) != controlled.end();
+  });
+}
+
 void SessionReports::forgetSession(const std::string& key) {
   if (const auto found = entries_.find(key); found != entries_.end()) found->second.report.exists = false;
 }

@@ -48,6 +48,9 @@ class SessionReports {
   /// The session of that key; null if there is none, or a call about it is under way.
   const SessionReport* session(const std::string& key) const;
 
+  /// Whether the last report of that key, which may be waiting, is of a session with all these processes.
+  bool isOneSession(const std::string& key, std::initializer_list<AudioObjectID> processes) const;
+
   /// From now on there is none, until one is reported again.
   void forgetSession(const std::string& key);
 
