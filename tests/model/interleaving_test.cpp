@@ -90,28 +90,13 @@ TEST_F(InterleavingTest, ARowDismissedDuringAReconciliationIsNewToTheNext) {
 
 TEST_F(InterleavingTest, ADismissedRowIsNotRememberedByThePauseThatIsUnderWay) {
   openPanel();
-  audio_.removeProcess(alpha_);
-  audio_.removeProcess(beta_);
+  audio_.setPlaying(alpha_, false);
+  audio_.setPlaying(beta_, false);
   passReconciliation();
   during({.call = Call::deviceStop}, // Alpha is being paused; Beta is next
          [this] { model_->dismissChannel(betaRow()); });
   EXPECT_THAT(remembered(), ElementsAre(testing::Pair("com.example.alpha", std::pair(100, false))));
   EXPECT_TRUE(audio_.isClean());
-}
-
-TEST_F(InterleavingTest, TheMeterOfARowThatIsBeingPausedStaysDown) {
-  openPanel();
-  heard();
-  audio_.setPlaying(alpha_, false);
-  passReconciliation();
-  EXPECT_GT(alphaRow()->level(), 0.0F);
-  // The meters are asked for between the list of what plays and the removal that follows from it.
-  during({.call = Call::getPropertyData, .object = alpha_}, [this] {
-    clock_.advance(kTick);
-    pump();
-  });
-  EXPECT_FALSE(alphaRow()->isPlaying());
-  EXPECT_EQ(alphaRow()->level(), 0.0F);
 }
 
 TEST_F(InterleavingTest, AProcessThatRestartsWhileItsTapIsStartedIsControlledAsTheNewOne) {
