@@ -1,20 +1,14 @@
 """A whole desktop that nobody sits at: a sound session, a display, a tray, settings and a screen reader."""
-import tempfile
-import wave
 from dataclasses import dataclass
-from pathlib import Path
 
 import dbus
-import numpy
 
 from support.bus import BIN, Service, end
-from support.hearing import RATE
 from support.screen import Display, ScreenReader
 from support.session import Session
 from support.tray import Tray
 
 PROGRAM_NAME = "Sonvel"  # of its window as well
-PLAYERS = {"pw-play": [], "paplay": [], "ffplay": ["-nodisp", "-autoexit", "-loglevel", "error"]}
 SETTINGS, APPEARANCE = "org.freedesktop.portal.Settings", "org.freedesktop.appearance"
 READ_ALL = f"ret = {{'{APPEARANCE}': {{'color-scheme': dbus.UInt32(2)}}}}"
 ICON = ('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 48 48"><rect x="3" y="3" width="42" height="42" rx="11" '
@@ -53,9 +47,8 @@ def example_players():
 class Desktop:
     def __init__(self, has_tray=True, is_read=True, scale=1.0, **session):
         """is_read: else there is no screen reader, and programs do nothing for one. The rest is for Session."""
-        self._data = tempfile.TemporaryDirectory(prefix="sonvel-applications-")
         self.display = Display()
-        self.session = Session(data_folders=[self._data.name], **session)
+        self.session = Session(**session)
         self.environment = self.session.environment | {"DISPLAY": self.display.name, "QT_QPA_PLATFORM": "xcb",
                                                        "QT_SCALE_FACTOR": str(scale)}
         self._accessibility = None
@@ -79,7 +72,6 @@ class Desktop:
             end(self._accessibility)
         self.session.end()
         self.display.close()
-        self._data.cleanup()
 
     def start(self, program=BIN / "sonvel", *arguments):
         return self.session.start(program, *arguments, environment=self.environment)
@@ -96,26 +88,15 @@ class Desktop:
 
     def play(self, application):
         """Installs the application where that has not been done, and starts it."""
-        data = Path(self._data.name)
+        data = self.session.folder / "data"
         program = self.session.copy_program(application.program, application.name.lower())
         icon = data / f"{application.name}.svg"
         icon.write_text(ICON.format(application.color))
         (data / "applications").mkdir(exist_ok=True)
         (data / "applications" / f"org.example.{application.name}.desktop").write_text(
             f"[Desktop Entry]\nType=Application\nName={application.name}\nExec={program} %U\nIcon={icon}\n")
-        application.process = self.session.start(
-            application.program, *PLAYERS[application.program], self._tone_file(application), executable=program,
-            environment={"SDL_AUDIODRIVER": "pulseaudio", "SDL_VIDEODRIVER": "dummy"})
-
-    def _tone_file(self, application, seconds=120):
-        file = Path(self._data.name) / f"{application.name}.wav"
-        if not file.exists():
-            turns = 2 * numpy.pi * application.frequency * numpy.arange(RATE) / RATE
-            second = numpy.rint(application.amplitude * (2**31 - 1) * numpy.sin(turns)).astype("<i4")
-            with wave.open(str(file), "wb") as sound:
-                sound.setparams((2, 4, RATE, 0, "NONE", ""))
-                sound.writeframes(second.repeat(2).tobytes() * seconds)
-        return file
+        application.process = self.session.play(application.program, application.frequency, application.amplitude,
+                                                application.name.lower())
 
     def hear(self, application, within=20):
         """Waits until the application is heard where and as loud as it should be."""

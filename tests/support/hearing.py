@@ -2,7 +2,6 @@
 
 import mmap
 import os
-import subprocess
 import wave
 from collections import namedtuple
 
@@ -12,7 +11,7 @@ from support.waiting import wait_until
 
 RATE = 48000
 ANALYSED = 16384  # frames: a third of a second
-_HEADER, _RING = 4096, 1 << 22  # bytes, frames; as in recording.h
+_HEADER, _RING = 4096, 1 << 22  # bytes, frames; as in listener.cpp
 _TURNS = 2 * numpy.pi * numpy.arange(ANALYSED) / ANALYSED
 # Blackman-Harris: side lobes are 92 dB down, the main lobe ends four bins (12 Hz) from the tone.
 _WINDOW = 0.35875 - 0.48829 * numpy.cos(_TURNS) + 0.14128 * numpy.cos(2 * _TURNS) - 0.01168 * numpy.cos(3 * _TURNS)
@@ -56,11 +55,14 @@ class Sink:
         size = _HEADER + _RING * 8
         memory = os.memfd_create(name)
         os.truncate(memory, size)
-        self._process = session.start(program, name, f"/dev/fd/{memory}", pass_fds=[memory], stdin=subprocess.PIPE)
+        self._process = session.start(program, f"listener.{name}", f"/dev/fd/{memory}", pass_fds=[memory])
         mapping = mmap.mmap(memory, size, prot=mmap.PROT_READ)
         os.close(memory)
         self._header = numpy.frombuffer(mapping, numpy.uint64, _HEADER // 8)
         self._ring = numpy.frombuffer(mapping, numpy.float32, offset=_HEADER).reshape(-1, 2)
+        for end, port in (("FL", "left"), ("FR", "right")):
+            link = "pw-link", f"{name}:monitor_{end}", f"listener.{name}:{port}"
+            wait_until(lambda: session.start(*link).wait() == 0, what=" ".join(link))  # once both ports are there
         wait_until(self.mark, what=f"sound from {name}")
 
     def close(self):

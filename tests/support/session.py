@@ -34,9 +34,9 @@ _NO_HARDWARE = {
 }
 
 
-def sink_properties(name, priority, position):
+def sink_properties(name, priority):
     return {"factory.name": "support.null-audio-sink", "node.name": name, "node.description": name,
-            "media.class": "Audio/Sink", "audio.position": position, "audio.rate": "48000",
+            "media.class": "Audio/Sink", "audio.position": "FL,FR", "audio.rate": "48000",
             "priority.session": str(priority), "object.linger": "true"}
 
 
@@ -44,9 +44,9 @@ class Session:
     """Its own D-Bus, PipeWire, WirePlumber and PulseAudio socket on folders of its own, with the sinks Speakers (the
     default) and Headphones. All of it ends with this object, or with this process."""
 
-    def __init__(self, quantum=1024, access="", data_folders=(), daemons=DAEMONS):
-        """quantum: frames of each cycle. access: arguments of the server's access module. data_folders: for desktop
-        entries, before the system's. daemons: none for a session with a D-Bus alone."""
+    def __init__(self, quantum=1024, access="", daemons=DAEMONS):
+        """quantum: frames of each cycle. access: arguments of the server's access module. daemons: none for a session
+        with a D-Bus alone."""
         self.folder = Path(tempfile.mkdtemp(prefix="sonvel-session-"))
         self.processes = {}
         self.sinks = {}
@@ -56,7 +56,6 @@ class Session:
             "HOME": f"{self.folder}/home", "XDG_RUNTIME_DIR": f"{self.folder}/run",
             "XDG_CONFIG_HOME": f"{self.folder}/config", "XDG_STATE_HOME": f"{self.folder}/state",
             "XDG_DATA_HOME": f"{self.folder}/data", "XDG_CACHE_HOME": f"{self.folder}/cache",
-            "XDG_DATA_DIRS": ":".join([*map(str, data_folders), "/usr/local/share", "/usr/share"]),
             "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.folder}/run/bus", "DISABLE_RTKIT": "y"}
         for name in ("home", "run", "config", "state", "data", "cache", "bin"):
             (self.folder / name).mkdir(mode=0o700)
@@ -75,7 +74,7 @@ class Session:
         for name, text in _NO_HARDWARE.items():
             self._write(f"config/wireplumber/{name}", text)
         clock = {f"default.clock.{name}": quantum for name in ("quantum", "min-quantum", "max-quantum")}
-        sinks = [json.dumps(sink_properties(name, priority, "FL,FR"))
+        sinks = [json.dumps(sink_properties(name, priority))
                  for name, priority in (("Speakers", 1500), ("Headphones", 1000))]
         self._write("config/pipewire/pipewire.conf.d/50-test.conf",
                     "context.properties = " + json.dumps({**clock, "vm.overrides": clock}) +
@@ -197,13 +196,14 @@ class Session:
         self.graph.set_metadata(0, "default.configured.audio.sink", json.dumps({"name": name}), "Spa:String:JSON")
         wait_until(lambda: self.default_sink() == name, what=f"{name} as the default")
 
-    def add_sink(self, name, position="FL,FR", priority=500):
-        self.run("pw-cli", "create-node", "adapter", json.dumps(sink_properties(name, priority, position)))
-        ports = 2 * len(position.split(","))
+    def add_sink(self, name):
+        self.run("pw-cli", "create-node", "adapter", json.dumps(sink_properties(name, 500)))
         wait_until(lambda: (node := self.graph.node(name)) and
-                   len(self.graph.objects("Port", **{"node.id": node["id"]})) == ports, what=f"the sink {name}")
+                   len(self.graph.objects("Port", **{"node.id": node["id"]})) == 4, what=f"the sink {name}")
 
     def remove_sink(self, name):
+        if name in self.sinks:
+            self.sinks[name].close()
         self.run("pw-cli", "destroy", self.graph.node(name)["id"])
         wait_until(lambda: not self.graph.node(name), what=f"the end of {name}")
 

@@ -1,9 +1,9 @@
 // Plays what the lines of its input ask for. Each is answered with "ok" and a number, or "error" and a
 // reason:
 //   open STREAM {OPTIONS}    the node's ID, once the server has the stream
-//   pause STREAM, play STREAM, close STREAM, amplitude STREAM A
-// OPTIONS are signal (tone, impulses, counter or silence), frequency in Hz, amplitude, rate in Hz, channels,
-// paused, and properties of the stream. Ends with its input. The argument has properties of the client.
+//   pause STREAM, play STREAM, amplitude STREAM A
+// OPTIONS are signal (tone, impulses, counter or silence), frequency in Hz, amplitude, and properties of the
+// stream. Ends with its input. The argument has properties of the client.
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/raw-utils.h>
 
@@ -21,6 +21,8 @@
 
 namespace {
 
+constexpr std::uint32_t kRate = 48000; // Hz
+constexpr std::uint32_t kChannels = 2;
 constexpr std::uint64_t kImpulsePeriod = 4800; // frames of the graph's clock
 constexpr std::uint64_t kCounterPeriod = 32768;
 
@@ -30,10 +32,7 @@ class Stream {
   Stream(pw_core* core, const std::string& name, pw_properties* options)
       : signal_(option(options, "signal", "tone"))
       , frequency_(std::stoul(option(options, "frequency", "1000")))
-      , rate_(std::stoul(option(options, "rate", "48000")))
-      , channels_(static_cast<std::uint32_t>(std::stoul(option(options, "channels", "2"))))
       , amplitude_(std::stof(option(options, "amplitude", "0.5"))) {
-    const bool isPaused = pw_properties_get_bool(options, "paused", false);
     pw_properties_set(options, PW_KEY_NODE_NAME, name.c_str());
     pw_properties_set(options, PW_KEY_MEDIA_TYPE, "Audio");
     pw_properties_set(options, PW_KEY_MEDIA_CATEGORY, "Playback");
@@ -43,7 +42,7 @@ class Stream {
                                             .io_changed = &Stream::onIoChanged,
                                             .process = &Stream::onProcess};
     pw_stream_add_listener(stream_, &listener_, &events, this);
-    connect(isPaused);
+    connect();
   }
 
   ~Stream() { pw_stream_destroy(stream_); }
@@ -61,23 +60,20 @@ class Stream {
     return value != nullptr ? value : otherwise;
   }
 
-  void connect(bool isPaused) {
-    constexpr std::array<std::uint32_t, 6> kSurround = {SPA_AUDIO_CHANNEL_FL, SPA_AUDIO_CHANNEL_FR,
-                                                        SPA_AUDIO_CHANNEL_FC, SPA_AUDIO_CHANNEL_LFE,
-                                                        SPA_AUDIO_CHANNEL_RL, SPA_AUDIO_CHANNEL_RR};
+  void connect() {
     spa_audio_info_raw format{};
     format.format = SPA_AUDIO_FORMAT_F32;
-    format.rate = static_cast<std::uint32_t>(rate_);
-    format.channels = channels_;
-    std::ranges::copy(kSurround, format.position);
-    if (channels_ == 1) format.position[0] = SPA_AUDIO_CHANNEL_MONO;
+    format.rate = kRate;
+    format.channels = kChannels;
+    format.position[0] = SPA_AUDIO_CHANNEL_FL;
+    format.position[1] = SPA_AUDIO_CHANNEL_FR;
     std::array<std::uint8_t, 1024> memory{};
     spa_pod_builder builder{};
     spa_pod_builder_init(&builder, memory.data(), memory.size());
     const spa_pod* parameter = spa_format_audio_raw_build(&builder, SPA_PARAM_EnumFormat, &format);
-    unsigned flags = PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS | PW_STREAM_FLAG_RT_PROCESS;
-    if (isPaused) flags |= PW_STREAM_FLAG_INACTIVE;
-    if (pw_stream_connect(stream_, PW_DIRECTION_OUTPUT, PW_ID_ANY, static_cast<pw_stream_flags>(flags),
+    constexpr unsigned kFlags =
+        PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS | PW_STREAM_FLAG_RT_PROCESS;
+    if (pw_stream_connect(stream_, PW_DIRECTION_OUTPUT, PW_ID_ANY, static_cast<pw_stream_flags>(kFlags),
                           &parameter, 1) < 0)
       throw std::runtime_error("can't connect a stream");
   }
@@ -107,14 +103,14 @@ class Stream {
 
   void fill(pw_buffer& buffer) noexcept {
     spa_data& data = buffer.buffer->datas[0];
-    const auto frameBytes = static_cast<std::uint32_t>(channels_ * sizeof(float));
+    const auto frameBytes = static_cast<std::uint32_t>(kChannels * sizeof(float));
     std::uint64_t frames = data.maxsize / frameBytes;
     if (buffer.requested != 0) frames = std::min(frames, buffer.requested);
     const spa_io_position* graph = position_;
     const std::uint64_t start = graph != nullptr ? graph->clock.position : 0;
     auto* sample = static_cast<float*>(data.data);
     for (std::uint64_t frame = 0; frame < frames; ++frame, ++count_)
-      sample = std::fill_n(sample, channels_, amplitude_ * shape(start + frame));
+      sample = std::fill_n(sample, kChannels, amplitude_ * shape(start + frame));
     data.chunk->offset = 0;
     data.chunk->stride = static_cast<std::int32_t>(frameBytes);
     data.chunk->size = static_cast<std::uint32_t>(frames) * frameBytes;
@@ -124,7 +120,7 @@ class Stream {
     switch (signal_.front()) {
     case 't': // whole numbers, so that the phase never drifts
       return static_cast<float>(std::sin(2.0 * std::numbers::pi * static_cast<double>(frequency_) *
-                                         static_cast<double>(count_ % rate_) / static_cast<double>(rate_)));
+                                         static_cast<double>(count_ % kRate) / kRate));
     case 'i':
       return position % kImpulsePeriod == 0 ? 1.0F : 0.0F;
     case 'c':
@@ -136,8 +132,6 @@ class Stream {
 
   const std::string signal_;
   const std::uint64_t frequency_;
-  const std::uint64_t rate_;
-  const std::uint32_t channels_;
   std::atomic<float> amplitude_;
   std::uint64_t count_ = 0; // of frames played
   std::atomic<const spa_io_position*> position_ = nullptr;
@@ -165,9 +159,7 @@ struct Player {
       return false;
     }
     float amplitude = 0.0F;
-    if (verb == "close")
-      streams.erase(name);
-    else if (verb == "amplitude" && words >> amplitude)
+    if (verb == "amplitude" && words >> amplitude)
       streams.at(name)->setAmplitude(amplitude);
     else if (verb == "pause" || verb == "play")
       streams.at(name)->setActive(verb == "play");
