@@ -2,10 +2,12 @@
 
 #include "pipewire/reconciler.h"
 
+#include <algorithm>
 #include <deque>
 #include <functional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace sonvel::pipewire {
@@ -21,94 +23,364 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
  public:
   static constexpr auto kSpeakers = "speakers"; ///< the default while it is there
   static constexpr auto kHeadphones = "headphones";
+  static constexpr GlobalID kSessionManager = 20;
+  static constexpr GlobalID kUser = 21;
 
-  FakeServer();
-  ~FakeServer() override;
+  FakeServer() {
+    graph.clients[kSessionManager] = {.isKnown = true, .isSoundServer = true, .isSessionManager = true};
+    graph.clients[kUser] = {.isKnown = true};
+    graph.hasMetadata = true;
+    addSink(kSpeakers);
+    addSink(kHeadphones);
+    reconciler.setEdits(this);
+  }
+
+  ~FakeServer() override { reconciler.setEdits(nullptr); }
+
   FakeServer(const FakeServer&) = delete;
   FakeServer& operator=(const FakeServer&) = delete;
 
-  GlobalID addSink(const std::string& name, const Channels& channels = kStereoChannels);
-  GlobalID addStream(std::int32_t pid, bool cannotBeMoved = false);
-  GlobalID addForeignNode(const std::string& name);
+  GlobalID addSink(const std::string& name, const Channels& channels = kStereoChannels) {
+    Node node;
+    node.kind = NodeKind::sink;
+    node.name = name;
+    return addNode(node, channels, channels, true);
+  }
 
-  /// A link that a user makes by hand.
-  GlobalID addLinkByHand(GlobalID outputNode, GlobalID inputNode);
+  GlobalID addStream(std::int32_t pid, bool cannotBeMoved = false) {
+    const GlobalID client = 1000 + static_cast<GlobalID>(pid);
+    graph.clients[client].facts.processID = pid;
+    graph.clients[client].isKnown = true;
+    Node node;
+    node.kind = NodeKind::outputStream;
+    node.client = client;
+    node.name = "player";
+    node.isRunning = true;
+    node.cannotBeMoved = cannotBeMoved;
+    return addNode(node, {}, kStereoChannels, false);
+  }
 
-  void removeNode(GlobalID node);
-  void removeLink(GlobalID link);
+  /// A link that a user makes by hand, or another client.
+  GlobalID addLinkByHand(GlobalID outputNode, GlobalID inputNode, GlobalID client = kUser) {
+    return addLink({graph.portsOf(outputNode, PortDirection::out, false).front(),
+                    graph.portsOf(inputNode, PortDirection::in, false).front()},
+                   client);
+  }
+
+  void removeNode(GlobalID node) {
+    for (const auto& [id, link] : std::map(graph.links))
+      if (link.outputNode == node || link.inputNode == node) removeLink(id);
+    std::erase_if(graph.ports, [node](const auto& port) { return port.second.node == node; });
+    lose(graph.nodes.at(node).serial);
+    graph.nodes.erase(node);
+    graph.metadata.erase(node);
+    manage();
+  }
+
+  void removeLink(GlobalID link) {
+    if (graph.links.erase(link) == 0) return;
+    lose(linkSerials_.at(link));
+    manage();
+  }
 
   GlobalID idOf(const std::string& name) const { return graph.nodeNamed(name).value(); }
 
   /// What a mixer does when its user moves a stream, or has it follow the default device ("-1").
-  void moveStream(GlobalID stream, const std::string& target);
+  void moveStream(GlobalID stream, const std::string& target) {
+    graph.metadata[stream]["target.object"] = {"Spa:String", target};
+    manage();
+  }
 
-  void stopSessionManager();
+  AudioObjectID wantTap(std::int32_t pid, bool isMuted = true) {
+    const auto id = static_cast<AudioObjectID>(1000 + ++lastSerial_);
+    DesiredTap& tap = reconciler.desired().taps[id];
+    tap.nodeName = kTapNamePrefix + std::to_string(id);
+    tap.processes = {"process " + std::to_string(pid)};
+    tap.isMuted = isMuted;
+    return id;
+  }
 
-  /// `linksOldStreams`: whether it links streams that were there before it, unlike WirePlumber 0.4.
-  void startSessionManager(bool linksOldStreams = true);
-
-  AudioObjectID wantTap(std::int32_t pid, bool isMuted = true);
-  IOProcID wantSession(AudioObjectID tap, const std::string& device, bool isHeld = false);
+  IOProcID wantSession(AudioObjectID tap, const std::string& device, bool isHeld = false) {
+    const IOProcID id = ++lastSerial_;
+    reconciler.setBlock(id, {});
+    reconciler.desired().sessions[id] = {.filterName = "sonvel-aggregate-" + std::to_string(id),
+                                         .description = "",
+                                         .deviceName = device,
+                                         .taps = {tap},
+                                         .isHeld = isHeld};
+    return id;
+  }
 
   DesiredSession& session(IOProcID id) { return reconciler.desired().sessions.at(id); }
 
   const std::string& tapName(AudioObjectID tap) { return reconciler.desired().taps.at(tap).nodeName; }
 
   /// Lets the reconciler look and the oldest thing that was asked for happen. False if there is none.
-  bool advance();
+  bool advance() {
+    reconciler.reconcile();
+    std::erase_if(reconciler.desired().sessions, [this](const auto& session) {
+      return session.second.isStopping && !reconciler.hasFilter(session.first);
+    });
+    if (inFlight_.empty()) return false;
+    const auto happens = std::move(inFlight_.front());
+    inFlight_.pop_front();
+    happens();
+    return true;
+  }
 
   /// Lets everything happen and time pass until nothing is left to do; false if that does not end.
-  bool settle();
+  bool settle() {
+    for (int turn = 0; turn < 20'000; ++turn) {
+      if (advance() || !inFlight_.empty()) continue;
+      if (!due_) return true;
+      now_ = std::max(now_, *due_);
+      due_.reset();
+    }
+    return false;
+  }
 
   /// The sinks where a stream is heard; with "tap:" before the name where that is through one of ours.
-  std::set<std::string> heardAt(GlobalID stream) const;
+  std::set<std::string> heardAt(GlobalID stream) const {
+    std::set<std::string> places;
+    for (const auto& [id, node] : graph.nodes) {
+      if (!graph.feeds(stream, id)) continue;
+      if (node.kind == NodeKind::sink) places.insert(node.name);
+      if (node.name.starts_with(kTapNamePrefix)) places.merge(heardThrough(id));
+    }
+    return places;
+  }
 
   /// Pairs of the channels at both ends of each link from the one node to the other.
-  std::set<std::string> channelsLinked(GlobalID outputNode, GlobalID inputNode) const;
+  std::set<std::string> channelsLinked(GlobalID outputNode, GlobalID inputNode) const {
+    std::set<std::string> pairs;
+    for (const auto& [id, link] : graph.links)
+      if (link.outputNode == outputNode && link.inputNode == inputNode)
+        pairs.insert(graph.ports.at(link.outputPort).channel + ">" + graph.ports.at(link.inputPort).channel);
+    return pairs;
+  }
 
-  std::vector<GlobalID> streams() const;
+  std::vector<GlobalID> streams() const {
+    std::vector<GlobalID> found;
+    for (const auto& [id, node] : graph.nodes)
+      if (node.kind == NodeKind::outputStream) found.push_back(id);
+    return found;
+  }
 
-  std::size_t countOwnNodes() const;
+  std::size_t countOwnNodes() const {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        graph.nodes, [](const auto& node) { return node.second.name.starts_with("sonvel"); }));
+  }
 
   Time now() const override { return now_; }
 
-  void lookAgainIn(std::chrono::milliseconds delay) override;
-  std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) override;
-  std::unique_ptr<OwnObject> makeFilter(const DesiredSession& session, const IOProcBlock& block) override;
-  std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind kind) override;
-  void cutLink(GlobalID link) override;
-  void write(GlobalID stream, const MetadataWrite& write) override;
+  void lookAgainIn(std::chrono::milliseconds delay) override {
+    due_ = due_ ? std::min(*due_, now_ + delay) : now_ + delay;
+  }
+
+  std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) override {
+    return makeNode(tap.nodeName, tap.isMono ? Channels{"MONO"} : kStereoChannels, true);
+  }
+
+  std::unique_ptr<OwnObject> makeFilter(const DesiredSession& session, const IOProcBlock&) override {
+    return makeNode(session.filterName, kStereoChannels, false);
+  }
+
+  std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind) override {
+    auto piece = std::make_shared<Piece>();
+    const GlobalID outputNode = graph.ports.at(ports.output).node;
+    later([this, piece, ports, outputNode] {
+      if (!piece->isWanted) return;
+      const auto output = graph.ports.find(ports.output);
+      if (output == graph.ports.end() || output->second.node != outputNode ||
+          !graph.ports.contains(ports.input)) {
+        piece->state = OwnObject::State::failed;
+        return;
+      }
+      piece->serial = linkSerials_.at(addLink(ports, std::nullopt));
+      made_[piece->serial] = piece;
+      later([piece] {
+        if (piece->state == OwnObject::State::asked) piece->state = OwnObject::State::ready;
+      });
+    });
+    return std::make_unique<Made>(*this, piece);
+  }
+
+  void cutLink(GlobalID link) override {
+    if (graph.links.at(link).client == kUser) faults.emplace_back("a link made by hand is cut");
+    removeLink(link);
+  }
+
+  void write(GlobalID stream, const MetadataWrite& write) override {
+    const bool wasInTap = !targetTapOf(graph, stream).empty();
+    if (write.value)
+      graph.metadata[stream][write.key] = *write.value;
+    else
+      graph.metadata[stream].erase(write.key);
+    const auto tap = graph.nodeNamed(targetTapOf(graph, stream));
+    if (!wasInTap && tap && heardThrough(*tap).empty())
+      faults.emplace_back("a stream is sent into a tap that no one hears");
+    manage();
+  }
 
   Graph graph;
-  int writes = 0;                  ///< of metadata by the reconciler
   std::vector<std::string> faults; ///< what someone who listens would have noticed
   Reconciler reconciler{graph, *this};
 
  private:
-  class Made;
+  /// A node or link that the reconciler has asked for.
+  struct Piece {
+    OwnObject::State state = OwnObject::State::asked;
+    std::uint64_t serial = 0; ///< 0 until it is there
+    bool isWanted = true;
+  };
+
+  class Made final : public OwnObject {
+   public:
+    Made(FakeServer& server, std::shared_ptr<Piece> piece)
+        : server_(server)
+        , piece_(std::move(piece)) {}
+
+    ~Made() override { server_.unmake(*piece_); }
+
+    State state() const override { return piece_->state; }
+
+    std::uint32_t cycles() const override { return ++cycles_; }
+
+   private:
+    FakeServer& server_;
+    std::shared_ptr<Piece> piece_;
+    mutable std::uint32_t cycles_ = 0;
+  };
 
   void later(std::function<void()> happens) { inFlight_.push_back(std::move(happens)); }
 
-  GlobalID freeID() const;
-  GlobalID addNode(Node node, const Channels& inputs, const Channels& outputs, bool areOutputsMonitors);
-  GlobalID addLink(const PortPair& ports, std::optional<GlobalID> client);
-  std::unique_ptr<OwnObject> makeNode(const std::string& name, const Channels& channels, bool isTap);
-  void lost(std::uint64_t serial);
-  void unmake(Made& made);
-  void manage();
-  void relink(GlobalID stream);
-  std::optional<GlobalID> targetOf(GlobalID stream) const;
-  bool isReadyLink(GlobalID outputNode, GlobalID inputNode) const;
-  bool reachesASink(GlobalID tapNode) const;
+  GlobalID freeID() const {
+    GlobalID id = 30;
+    while (graph.nodes.contains(id) || graph.ports.contains(id) || graph.links.contains(id))
+      ++id;
+    return id;
+  }
+
+  GlobalID addNode(Node node, const Channels& inputs, const Channels& outputs, bool areOutputsMonitors) {
+    node.serial = ++lastSerial_;
+    const GlobalID id = freeID();
+    graph.nodes[id] = std::move(node);
+    std::uint32_t index = 0;
+    for (const auto& channel : inputs)
+      graph.ports[freeID()] = {.node = id, .channel = channel, .index = index++};
+    for (const auto& channel : outputs)
+      graph.ports[freeID()] = {.node = id,
+                               .direction = PortDirection::out,
+                               .isMonitor = areOutputsMonitors,
+                               .channel = channel,
+                               .index = index++};
+    manage();
+    return id;
+  }
+
+  GlobalID addLink(const PortPair& ports, std::optional<GlobalID> client) {
+    const GlobalID id = freeID();
+    graph.links[id] = {.client = client,
+                       .outputNode = graph.ports.at(ports.output).node,
+                       .outputPort = ports.output,
+                       .inputNode = graph.ports.at(ports.input).node,
+                       .inputPort = ports.input};
+    linkSerials_[id] = ++lastSerial_;
+    return id;
+  }
+
+  std::unique_ptr<OwnObject> makeNode(const std::string& name, const Channels& channels, bool isTap) {
+    auto piece = std::make_shared<Piece>();
+    later([this, piece, name, channels, isTap] {
+      if (!piece->isWanted) return;
+      Node node;
+      node.name = name;
+      piece->serial = graph.nodes.at(addNode(node, channels, channels, isTap)).serial;
+      piece->state = OwnObject::State::ready;
+      made_[piece->serial] = piece;
+    });
+    return std::make_unique<Made>(*this, piece);
+  }
+
+  void lose(std::uint64_t serial) {
+    if (const auto made = made_.find(serial); made != made_.end())
+      made->second->state = OwnObject::State::lost;
+  }
+
+  void unmake(Piece& piece) {
+    piece.isWanted = false;
+    made_.erase(piece.serial);
+    if (piece.serial == 0) return;
+    for (const auto stream : streams())
+      for (const auto& [id, node] : graph.nodes)
+        if (node.serial == piece.serial && node.name.starts_with(kTapNamePrefix) && graph.feeds(stream, id) &&
+            usersTargetOf(graph, stream))
+          faults.push_back("a tap's node goes while stream " + std::to_string(stream) + " plays into it");
+    later([this, serial = piece.serial] {
+      for (const auto& [id, node] : std::map(graph.nodes))
+        if (node.serial == serial) removeNode(id);
+      for (const auto& [id, link] : std::map(graph.links))
+        if (linkSerials_.at(id) == serial) removeLink(id);
+    });
+  }
+
+  /// The session manager sees that something has changed.
+  void manage() {
+    graph.defaultSinkName.clear();
+    for (const auto* name : {kHeadphones, kSpeakers})
+      if (graph.nodeNamed(name)) graph.defaultSinkName = name;
+    if (std::exchange(isManaging_, true)) return;
+    later([this] {
+      isManaging_ = false;
+      for (const auto stream : streams())
+        relink(stream);
+    });
+  }
+
+  void relink(GlobalID stream) {
+    auto target = graph.nodeNamed(graph.defaultSinkName);
+    if (const MetadataValue* wanted = graph.metadataOf(stream, "target.object"))
+      if (const auto node = graph.nodeNamed(wanted->value)) target = node;
+    bool isLinked = false;
+    for (const auto& [id, link] : std::map(graph.links)) {
+      if (link.outputNode != stream || link.client != kSessionManager) continue;
+      if (graph.nodes.at(stream).cannotBeMoved || link.inputNode == target)
+        isLinked = true;
+      else
+        removeLink(id);
+    }
+    if (isLinked || !target) return;
+    const auto outputs = graph.portsOf(stream, PortDirection::out, false);
+    const auto inputs = graph.portsOf(*target, PortDirection::in, false);
+    for (std::size_t i = 0; i < outputs.size() && !inputs.empty(); ++i)
+      addLink({outputs[i], inputs[std::min(i, inputs.size() - 1)]}, kSessionManager);
+  }
+
+  /// The nodes that a node feeds through links that are ready and ours.
+  std::vector<GlobalID> nodesAfter(GlobalID node) const {
+    std::vector<GlobalID> found;
+    for (const auto& [id, link] : graph.links)
+      if (const auto made = made_.find(linkSerials_.at(id));
+          link.outputNode == node && made != made_.end() && made->second->state == OwnObject::State::ready)
+        found.push_back(link.inputNode);
+    return found;
+  }
+
+  std::set<std::string> heardThrough(GlobalID tapNode) const {
+    std::set<std::string> places;
+    for (const auto filter : nodesAfter(tapNode))
+      for (const auto sink : nodesAfter(filter))
+        if (graph.nodes.at(sink).kind == NodeKind::sink) places.insert("tap:" + graph.nodes.at(sink).name);
+    return places;
+  }
 
   Time now_;
   std::optional<Time> due_;
   std::deque<std::function<void()>> inFlight_;
-  std::map<std::uint64_t, Made*> made_; ///< by the serial of node or link
+  std::map<std::uint64_t, std::shared_ptr<Piece>> made_; ///< by the serial of node or link
   std::map<GlobalID, std::uint64_t> linkSerials_;
-  std::set<std::uint64_t> unmanaged_; ///< streams that the session manager leaves alone
   std::uint64_t lastSerial_ = 0;
-  bool isManaging_ = false; ///< the session manager has been woken
+  bool isManaging_ = false; ///< the session manager will look
 };
 
 } // namespace sonvel::pipewire

@@ -24,7 +24,6 @@ class Walk {
 
   /// Brings back what a listener needs, and lets everything come to rest.
   void rest() {
-    if (!server_.graph.hasMetadata) server_.startSessionManager();
     for (const auto* sink : {FakeServer::kSpeakers, FakeServer::kHeadphones})
       if (!server_.graph.nodeNamed(sink)) server_.addSink(sink);
     EXPECT_TRUE(server_.settle());
@@ -52,12 +51,11 @@ class Walk {
   std::string anySink() { return below(2) == 0 ? FakeServer::kSpeakers : FakeServer::kHeadphones; }
 
   void disturb() {
-    const auto what = below(10);
+    const auto what = below(9);
     if (what < 2) return changeStreams();
     if (what < 4) return changeSessions();
     if (what == 4) return changeSinks();
     if (what == 5) return loseSomething();
-    if (what == 6 && below(3) == 0) return restartSessionManager();
     moveSomething();
   }
 
@@ -101,16 +99,9 @@ class Walk {
       if (node.name.starts_with("sonvel") && below(3) == 0) return server_.removeNode(id);
   }
 
-  void restartSessionManager() {
-    if (server_.graph.hasMetadata)
-      server_.stopSessionManager();
-    else
-      server_.startSessionManager();
-  }
-
   void moveSomething() {
     const auto streams = server_.streams();
-    if (streams.empty() || !server_.graph.hasMetadata) return;
+    if (streams.empty()) return;
     const GlobalID stream = *anyOf(streams);
     if (server_.graph.nodes.at(stream).cannotBeMoved) return;
     const auto& taps = server_.reconciler.desired().taps;
