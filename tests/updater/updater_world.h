@@ -1,7 +1,6 @@
 #pragma once
 
 #include "desktop/temporary_folder.h"
-#include "session/event_wait.h"
 #include "signing.h"
 #include "simulated/manual_clock.h"
 #include "simulated/preferences.h"
@@ -11,12 +10,17 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTest>
 #include <vector>
 
 namespace sonvel::updater {
 
-using session::waitUntil;
 using signing::SecretKey;
+
+/// Lets the event loop run until it is so; false if it takes too long.
+inline bool waitUntil(const std::function<bool()>& isSo) {
+  return QTest::qWaitFor(isSo, 20'000);
+}
 
 const QByteArray kOldFile = "\x7f"
                             "ELF 1.0";
