@@ -38,12 +38,16 @@ int run(std::optional<sonvel::SonvelApp>& app, sonvel::remote::MixerService& rem
 
 int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
   std::optional<sonvel::SonvelApp> app;
-  sonvel::remote::MixerService remote(QDBusConnection::sessionBus()); // before the name is there to be called
-  sonvel::SingleInstance instance({.showPanel = [&] { return app && app->showPanel(); },
-                                   .quit =
-                                       [&] {
-                                         if (app) app->terminate();
-                                       }});
+  const auto bus = QDBusConnection::sessionBus();
+  sonvel::remote::CallerGate gate;
+  sonvel::remote::MixerService remote(bus, gate); // before the name is there to be called
+  sonvel::SingleInstance instance(
+      {.showPanel = [&] { return app && app->showPanel(); },
+       .quit =
+           [&] {
+             if (app) app->terminate();
+           },
+       .admits = [&](const QString& caller) { return gate.admits(caller, bus); }});
   switch (instance.acquire()) {
     using enum sonvel::SingleInstance::Outcome;
   case toldTheFirst:
@@ -65,7 +69,8 @@ int runSimulated(sonvel::updater::Relaunch& relaunch) {
     if (app) app->showPanel();
   });
   auto bus = QDBusConnection::sessionBus();
-  sonvel::remote::MixerService remote(bus);
+  sonvel::remote::CallerGate gate;
+  sonvel::remote::MixerService remote(bus, gate);
   bus.registerService(sonvel::remote::kSimulatedService); // of several the first is worked by commands
   return run(app, remote, relaunch, sonvel::Machine::simulated);
 }

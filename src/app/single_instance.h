@@ -13,6 +13,8 @@ class SingleInstanceService;
 struct InstanceRequests {
   std::function<bool()> showPanel; ///< false when this process is about to end: the other takes its place
   std::function<void()> quit;      ///< starts to quit; needn't wait until all is done
+  std::function<bool(const QString& caller)>
+      admits; ///< whether the caller of this unique name may ask at all
 };
 
 /// Sees to it that one Sonvel runs in a session: the first holds the name `com.quellmarsh.sonvel` on the

@@ -3,6 +3,8 @@
 #include "app/single_instance.h"
 
 #include <QDBusContext>
+#include <QDBusError>
+#include <QDBusMessage>
 #include <QObject>
 #include <utility>
 
@@ -22,12 +24,22 @@ class SingleInstanceService final : public QObject, protected QDBusContext {
 
   // The names are those of the interface.
   Q_SCRIPTABLE void ShowPanel() { // NOLINT(readability-identifier-naming)
-    if (!requests_.showPanel()) sendErrorReply(kLeavingError, QStringLiteral("Sonvel is about to end"));
+    if (isAdmitted() && !requests_.showPanel())
+      sendErrorReply(kLeavingError, QStringLiteral("Sonvel is about to end"));
   }
 
-  Q_SCRIPTABLE void Quit() { requests_.quit(); } // NOLINT(readability-identifier-naming)
+  Q_SCRIPTABLE void Quit() { // NOLINT(readability-identifier-naming)
+    if (isAdmitted()) requests_.quit();
+  }
 
  private:
+  bool isAdmitted() const {
+    const bool isAdmitted = requests_.admits(message().service());
+    if (!isAdmitted)
+      sendErrorReply(QDBusError::AccessDenied, QStringLiteral("not to a program in a sandbox"));
+    return isAdmitted;
+  }
+
   InstanceRequests requests_;
 };
 

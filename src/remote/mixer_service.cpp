@@ -15,8 +15,9 @@
 
 namespace sonvel::remote {
 
-MixerService::MixerService(QDBusConnection bus)
-    : bus_(std::move(bus)) {
+MixerService::MixerService(QDBusConnection bus, CallerGate& gate)
+    : bus_(std::move(bus))
+    , gate_(gate) {
   leaving_.setConnection(bus_);
   leaving_.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
   connect(&leaving_, &QDBusServiceWatcher::serviceUnregistered, this, &MixerService::unwatch);

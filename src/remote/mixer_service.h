@@ -25,8 +25,9 @@ namespace remote {
 /// round. Main thread.
 class MixerService final : public QDBusVirtualObject {
  public:
-  /// Serves on this bus from now on; there may be none. Calls are answered from the event loop.
-  explicit MixerService(QDBusConnection bus);
+  /// Serves on this bus from now on; there may be none. Calls are answered from the event loop. `gate`
+  /// outlives this object.
+  MixerService(QDBusConnection bus, CallerGate& gate);
   ~MixerService() override;
   MixerService(const MixerService&) = delete;
   MixerService& operator=(const MixerService&) = delete;
@@ -54,7 +55,7 @@ class MixerService final : public QDBusVirtualObject {
   void finishRound();
 
   QDBusConnection bus_;
-  CallerGate gate_;
+  CallerGate& gate_;
   std::weak_ptr<MixerViewModel> model_;
   std::vector<QDBusMessage> waiting_; ///< calls for the next round
   std::vector<QDBusMessage> round_;   ///< calls that the model is being brought up to date for
