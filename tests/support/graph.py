@@ -46,7 +46,7 @@ class Graph:
     def entries(self):
         """The default metadata: a dictionary of values, as text, by subject and key."""
         records = [record.split("\x1f") for record in self._mixer.ask("entries").split("\x1e")[:-1]]
-        return {(int(subject), key): value for subject, key, _, value in records}
+        return {(int(subject), key): value for subject, key, value in records}
 
     def metadata(self, subject, key):
         return self.entries().get((subject, key))

@@ -2,36 +2,34 @@
 // one:
 //   set SUBJECT KEY TYPE VALUE
 //   remove SUBJECT KEY
-//   entries    all entries: fields with unit separators between, and record separators after them
+//   entries    all entries: subject, key and value with unit separators between, and a record separator
+//              after each
 // It is not pw-metadata because PipeWire 0.3 tells a client nothing of objects newer than its last message,
 // and nobody anything more once a client left before the metadata that it bound had answered.
 #include <pipewire/extensions/metadata.h>
 #include <pipewire/pipewire.h>
 
 #include <algorithm>
-#include <array>
 #include <iostream>
 #include <map>
 #include <set>
 #include <sstream>
 #include <string>
-#include <unistd.h>
 #include <utility>
 
 namespace {
 
 struct Mixer {
-  pw_main_loop* loop = nullptr;
+  pw_thread_loop* loop = nullptr;
   pw_core* core = nullptr;
   pw_registry* registry = nullptr;
   pw_metadata* metadata = nullptr;
   std::uint32_t metadataID = SPA_ID_INVALID;
   spa_hook metadataListener{};
-  std::map<std::uint32_t, std::map<std::string, std::string>>
-      entries; // key, type and value by subject and key
+  std::map<std::uint32_t, std::map<std::string, std::string>> entries; // value by subject and key
   std::set<std::uint32_t> globals = {0};
-  std::string unread;
   int lastSync = 0;
+  bool isSynchronized = false;
 
   static void onGlobal(void* data, std::uint32_t id, std::uint32_t /*permissions*/, const char* type,
                        std::uint32_t /*version*/, const spa_dict* properties) {
@@ -67,7 +65,7 @@ struct Mixer {
     entries.clear();
   }
 
-  static int onProperty(void* data, std::uint32_t subject, const char* key, const char* type,
+  static int onProperty(void* data, std::uint32_t subject, const char* key, const char* /*type*/,
                         const char* value) {
     auto& self = *static_cast<Mixer*>(data);
     if (key == nullptr)
@@ -75,33 +73,30 @@ struct Mixer {
     else if (value == nullptr)
       self.entries[subject].erase(key);
     else
-      self.entries[subject][key] = std::string(key) + "\x1f" + (type != nullptr ? type : "") + "\x1f" + value;
+      self.entries[subject][key] = value;
     return 0;
   }
 
   static void onDone(void* data, std::uint32_t id, int sequence) {
     auto& self = *static_cast<Mixer*>(data);
     if (id != PW_ID_CORE || sequence != self.lastSync) return;
-    const std::size_t end = self.unread.find('\n');
-    self.perform(self.unread.substr(0, end));
-    self.unread.erase(0, end + 1);
-    self.handleNext();
+    self.isSynchronized = true;
+    pw_thread_loop_signal(self.loop, false);
   }
 
-  /// The server first tells what it has to tell, so that the line is about objects that we know.
-  void handleNext() {
-    if (unread.find('\n') == std::string::npos) return;
-    if (metadata != nullptr && knowsOfSomethingGone()) {
+  /// Returns when we know all that the server has to tell now.
+  void synchronize() {
+    // The server does not tell of changes in the entries of an object that is gone.
+    if (metadata != nullptr && std::ranges::any_of(entries, [this](const auto& subject) {
+          return !globals.contains(subject.first);
+        })) {
       forgetMetadata();
       bindMetadata();
     }
+    isSynchronized = false;
     lastSync = pw_core_sync(core, PW_ID_CORE, 0);
-  }
-
-  /// The server does not tell of changes in the entries of an object that is gone.
-  [[nodiscard]] bool knowsOfSomethingGone() const {
-    return std::ranges::any_of(entries,
-                               [this](const auto& subject) { return !globals.contains(subject.first); });
+    while (!isSynchronized)
+      pw_thread_loop_wait(loop);
   }
 
   void perform(const std::string& line) {
@@ -113,26 +108,15 @@ struct Mixer {
     std::string value;
     words >> verb >> subject >> key >> type >> std::ws;
     std::getline(words, value);
+    synchronize();
     if (verb == "entries")
       for (const auto& [of, list] : entries)
         for (const auto& [name, entry] : list)
-          std::cout << of << '\x1f' << entry << '\x1e';
+          std::cout << of << '\x1f' << name << '\x1f' << entry << '\x1e';
     else if (metadata != nullptr)
       pw_metadata_set_property(metadata, subject, key.c_str(), verb == "set" ? type.c_str() : nullptr,
                                verb == "set" ? value.c_str() : nullptr);
     std::cout << std::endl;
-  }
-
-  static void onInput(void* data, int descriptor, std::uint32_t /*events*/) {
-    auto& self = *static_cast<Mixer*>(data);
-    std::array<char, 4096> buffer{};
-    const ssize_t count = read(descriptor, buffer.data(), buffer.size());
-    if (count <= 0) {
-      pw_main_loop_quit(self.loop);
-      return;
-    }
-    self.unread.append(buffer.data(), static_cast<std::size_t>(count));
-    self.handleNext();
   }
 };
 
@@ -141,9 +125,8 @@ struct Mixer {
 int main() {
   pw_init(nullptr, nullptr);
   Mixer mixer;
-  mixer.loop = pw_main_loop_new(nullptr);
-  pw_loop* loop = pw_main_loop_get_loop(mixer.loop);
-  pw_context* context = pw_context_new(loop, nullptr, 0);
+  mixer.loop = pw_thread_loop_new(nullptr, nullptr);
+  pw_context* context = pw_context_new(pw_thread_loop_get_loop(mixer.loop), nullptr, 0);
   mixer.core = pw_context_connect(context, pw_properties_new(PW_KEY_APP_NAME, "mixer", nullptr), 0);
   if (mixer.core == nullptr) return 1;
   mixer.registry = pw_core_get_registry(mixer.core, PW_VERSION_REGISTRY, 0);
@@ -155,9 +138,13 @@ int main() {
   spa_hook registryListener{};
   pw_core_add_listener(mixer.core, &coreListener, &coreEvents, &mixer);
   pw_registry_add_listener(mixer.registry, &registryListener, &registryEvents, &mixer);
-  pw_loop_add_io(loop, STDIN_FILENO, SPA_IO_IN | SPA_IO_HUP, false, &Mixer::onInput, &mixer);
-  pw_main_loop_run(mixer.loop);
-  pw_core_disconnect(mixer.core);
+  pw_thread_loop_start(mixer.loop);
+  for (std::string line; std::getline(std::cin, line);) {
+    pw_thread_loop_lock(mixer.loop);
+    mixer.perform(line);
+    pw_thread_loop_unlock(mixer.loop);
+  }
+  pw_thread_loop_stop(mixer.loop);
   pw_context_destroy(context);
-  pw_main_loop_destroy(mixer.loop);
+  pw_thread_loop_destroy(mixer.loop);
 }

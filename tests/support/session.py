@@ -120,9 +120,6 @@ class Session:
         return subprocess.run(list(map(str, command)), env=self.environment, check=True, text=True, timeout=20,
                               stdout=subprocess.PIPE).stdout
 
-    def log(self, name):
-        return (self.folder / f"{name}.log").read_text(errors="replace")
-
     def copy_program(self, program, name):
         """A copy of a program, for a process that the desktop is to see under another name."""
         copy = self.folder / "bin" / name

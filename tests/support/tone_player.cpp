@@ -17,7 +17,6 @@
 #include <numbers>
 #include <sstream>
 #include <stdexcept>
-#include <unistd.h>
 
 namespace {
 
@@ -29,8 +28,9 @@ constexpr std::uint64_t kCounterPeriod = 32768;
 class Stream {
  public:
   /// Takes the properties over.
-  Stream(pw_core* core, const std::string& name, pw_properties* options)
-      : signal_(option(options, "signal", "tone"))
+  Stream(pw_thread_loop* loop, pw_core* core, const std::string& name, pw_properties* options)
+      : loop_(loop)
+      , signal_(option(options, "signal", "tone"))
       , frequency_(std::stoul(option(options, "frequency", "1000")))
       , amplitude_(std::stof(option(options, "amplitude", "0.5"))) {
     pw_properties_set(options, PW_KEY_NODE_NAME, name.c_str());
@@ -49,6 +49,16 @@ class Stream {
 
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
+
+  /// Waits until the server has it.
+  [[nodiscard]] std::uint32_t nodeID() const {
+    const char* error = nullptr;
+    for (;; pw_thread_loop_wait(loop_)) {
+      const pw_stream_state state = pw_stream_get_state(stream_, &error);
+      if (state == PW_STREAM_STATE_ERROR) throw std::runtime_error(error != nullptr ? error : "unknown");
+      if (state >= PW_STREAM_STATE_PAUSED) return pw_stream_get_node_id(stream_);
+    }
+  }
 
   void setActive(bool active) { pw_stream_set_active(stream_, active); }
 
@@ -78,14 +88,9 @@ class Stream {
       throw std::runtime_error("can't connect a stream");
   }
 
-  static void onStateChanged(void* data, pw_stream_state /*old*/, pw_stream_state state, const char* error) {
-    auto& self = *static_cast<Stream*>(data);
-    if (self.isAnswered_ || (state != PW_STREAM_STATE_ERROR && state < PW_STREAM_STATE_PAUSED)) return;
-    self.isAnswered_ = true;
-    if (state == PW_STREAM_STATE_ERROR)
-      std::cout << "error " << (error != nullptr ? error : "unknown") << std::endl;
-    else
-      std::cout << "ok " << pw_stream_get_node_id(self.stream_) << std::endl;
+  static void onStateChanged(void* data, pw_stream_state /*old*/, pw_stream_state /*state*/,
+                             const char* /*error*/) {
+    pw_thread_loop_signal(static_cast<Stream*>(data)->loop_, false);
   }
 
   static void onIoChanged(void* data, std::uint32_t id, void* area, std::uint32_t /*size*/) {
@@ -130,6 +135,7 @@ class Stream {
     }
   }
 
+  pw_thread_loop* const loop_;
   const std::string signal_;
   const std::uint64_t frequency_;
   std::atomic<float> amplitude_;
@@ -137,52 +143,33 @@ class Stream {
   std::atomic<const spa_io_position*> position_ = nullptr;
   pw_stream* stream_ = nullptr;
   spa_hook listener_{};
-  bool isAnswered_ = false;
 };
 
 struct Player {
-  pw_main_loop* loop = nullptr;
+  pw_thread_loop* loop = nullptr;
   pw_core* core = nullptr;
   std::map<std::string, std::unique_ptr<Stream>> streams;
-  std::string unread;
 
-  /// Whether the answer is known already.
-  bool perform(const std::string& line) {
+  std::uint32_t perform(const std::string& line) {
     std::istringstream words(line);
     std::string verb;
     std::string name;
     words >> verb >> name;
+    float amplitude = 0.0F;
     if (verb == "open") {
       std::string options;
       std::getline(words, options);
-      streams[name] = std::make_unique<Stream>(core, name, pw_properties_new_string(options.c_str()));
-      return false;
+      auto& stream = streams[name];
+      stream = std::make_unique<Stream>(loop, core, name, pw_properties_new_string(options.c_str()));
+      return stream->nodeID();
     }
-    float amplitude = 0.0F;
     if (verb == "amplitude" && words >> amplitude)
       streams.at(name)->setAmplitude(amplitude);
     else if (verb == "pause" || verb == "play")
       streams.at(name)->setActive(verb == "play");
     else
       throw std::invalid_argument("no such request");
-    return true;
-  }
-
-  static void onInput(void* data, int descriptor, std::uint32_t /*events*/) {
-    auto& self = *static_cast<Player*>(data);
-    std::array<char, 4096> buffer{};
-    const ssize_t count = read(descriptor, buffer.data(), buffer.size());
-    if (count <= 0) pw_main_loop_quit(self.loop);
-    self.unread.append(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    for (std::size_t end = 0; (end = self.unread.find('\n')) != std::string::npos;) {
-      const std::string line = self.unread.substr(0, end);
-      self.unread.erase(0, end + 1);
-      try {
-        if (self.perform(line)) std::cout << "ok 0" << std::endl;
-      } catch (const std::exception& error) {
-        std::cout << "error " << line << ": " << error.what() << std::endl;
-      }
-    }
+    return 0;
   }
 };
 
@@ -191,19 +178,28 @@ struct Player {
 int main(int argc, char** argv) {
   pw_init(nullptr, nullptr);
   Player player;
-  player.loop = pw_main_loop_new(nullptr);
-  pw_loop* loop = pw_main_loop_get_loop(player.loop);
-  pw_context* context =
-      pw_context_new(loop, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
+  player.loop = pw_thread_loop_new(nullptr, nullptr);
+  pw_context* context = pw_context_new(pw_thread_loop_get_loop(player.loop),
+                                       pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
   pw_properties* properties = pw_properties_new_string(argc > 1 ? argv[1] : "");
   if (pw_properties_get(properties, PW_KEY_APP_NAME) == nullptr)
     pw_properties_set(properties, PW_KEY_APP_NAME, "tone-player");
   player.core = pw_context_connect(context, properties, 0);
   if (player.core == nullptr) return 1;
-  pw_loop_add_io(loop, STDIN_FILENO, SPA_IO_IN | SPA_IO_HUP, false, &Player::onInput, &player);
-  pw_main_loop_run(player.loop);
+  pw_thread_loop_start(player.loop);
+  for (std::string line; std::getline(std::cin, line);) {
+    pw_thread_loop_lock(player.loop);
+    try {
+      std::cout << "ok " << player.perform(line) << std::endl;
+    } catch (const std::exception& error) {
+      std::cout << "error " << line << ": " << error.what() << std::endl;
+    }
+    pw_thread_loop_unlock(player.loop);
+  }
+  pw_thread_loop_lock(player.loop);
   player.streams.clear();
-  pw_core_disconnect(player.core);
+  pw_thread_loop_unlock(player.loop);
+  pw_thread_loop_stop(player.loop);
   pw_context_destroy(context);
-  pw_main_loop_destroy(player.loop);
+  pw_thread_loop_destroy(player.loop);
 }
