@@ -38,25 +38,18 @@ button Quit)";
 
 class PanelContentTest : public PanelTest {
  protected:
-  /// Everything that the user sees, one line each: texts with their colour, controls with their description
-  /// and value, symbols, icons, meters, and what is faded or disabled.
-  QStringList shown() const {
-    QStringList lines;
+  /// Compares what has come into the panel since the last time, one line each: texts with their colour,
+  /// controls with their value and description, symbols, icons, meters, and what is faded or disabled.
+  void expectNew(const char* lines) {
+    QStringList shown;
     for (auto* item : items())
       if (const auto line = describe(item); !line.isEmpty())
-        lines.append(line + (item->opacity() < 1 ? QString(" at %1").arg(item->opacity()) : QString()) +
+        shown.append(line + (item->opacity() < 1 ? QString(" at %1").arg(item->opacity()) : QString()) +
                      (item->isEnabled() ? "" : " disabled"));
-    return lines;
-  }
-
-  /// What comes into the panel when something happens, one line each.
-  void expectNew(const std::function<void()>& happen, const char* lines) {
-    const auto before = shown();
-    happen();
-    auto after = shown();
-    for (const auto& line : before)
-      after.removeOne(line);
-    EXPECT_EQ(after.join('\n').toStdString(), lines);
+    auto fresh = shown;
+    for (const auto& line : std::exchange(shown_, shown))
+      fresh.removeOne(line);
+    EXPECT_EQ(fresh.join('\n').toStdString(), lines);
   }
 
  private:
@@ -85,62 +78,51 @@ class PanelContentTest : public PanelTest {
       if (theme_.property(name).value<QColor>() == color) return QString(" in ") + name;
     return {};
   }
+
+  QStringList shown_;
 };
 
 TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
   const auto process = play("Alpha", "org.Alpha");
   open();
-  EXPECT_EQ(shown().join('\n').toStdString(), kOneApplication);
+  expectNew(kOneApplication);
   auto* const alpha = row("org.Alpha");
-  const auto choose = [this](const char* output) {
-    click(item(QAccessible::MenuItem, output));
-    EXPECT_TRUE(settle());
-  };
-  expectNew(
-      [&] {
-        model_->setGain(150, alpha);
-        alpha->setLevel(0.5F);
-        click(button("Output for Alpha"));
-        choose("Headset");
-      },
-      R"(bolt.fill in orange
+  model_->setGain(150, alpha);
+  alpha->setLevel(0.5F);
+  click(button("Output for Alpha"));
+  click(item(QAccessible::MenuItem, "Headset"));
+  ASSERT_TRUE(settle());
+  expectNew(R"(bolt.fill in orange
 text 150 percent | 150
 slider Alpha volume | 150 | Adjusts this app's output volume
 meter 0.5
 button Output for Alpha | Headset
 headphones in accent)");
-  expectNew(
-      [&] {
-        click(button("Mute Alpha"));
-        alpha->setPlayback({.playingUID = "speakers", .isOutputConnected = false, .isPartial = true});
-      },
-      R"(text 150 percent in secondary | 150
+  click(button("Mute Alpha"));
+  alpha->setPlayback({.playingUID = "speakers", .isOutputConnected = false, .isPartial = true});
+  expectNew(R"(text 150 percent in secondary | 150
 button Unmute Alpha | Unmute
 speaker.slash.fill in secondary
 slider Alpha volume | 150 | Adjusts this app's output volume at 0.4
 meter 0
 text Headset is not connected. Until it is, you hear this app on Speakers. Only part of this app’s sound can be controlled. in secondary)");
-  expectNew([&] { click(button("Output for Alpha")); }, R"(item Follow System Output
+  click(button("Output for Alpha"));
+  expectNew(R"(item Follow System Output
 item Speakers
 hifispeaker
 item Headset
 checkmark)");
-  expectNew(
-      [&] {
-        choose("Follow System Output");
-        alpha->setLastError(CallFailure{"Tap <b>failed</b> (OSStatus -50)"});
-      },
-      R"(text Audio control error, Tap <b>failed</b> (OSStatus -50)
+  click(item(QAccessible::MenuItem, "Follow System Output"));
+  ASSERT_TRUE(settle());
+  alpha->setLastError(CallFailure{"Tap <b>failed</b> (OSStatus -50)"});
+  expectNew(R"(text Audio control error, Tap <b>failed</b> (OSStatus -50)
 button Output for Alpha | System Output
 arrow.triangle.branch in secondary)");
   click(button("Output for Alpha"));
   ASSERT_TRUE(settle());
-  expectNew(
-      [&] {
-        alpha->setLastError(std::nullopt);
-        stopPlaying(process);
-      },
-      R"(row Alpha at 0.9
+  alpha->setLastError(std::nullopt);
+  stopPlaying(process);
+  expectNew(R"(row Alpha at 0.9
 icon/500/org.Alpha/org.Alpha/70 at 0.5
 text Alpha in secondary
 text idle in secondary
@@ -148,55 +130,50 @@ meter 0 at 0.25
 text Paused — keeps this volume when it plays again in secondary
 text 0 playing · 1 idle in secondary)");
   EXPECT_TRUE(names(QAccessible::MenuItem).isEmpty()) << "a menu without its button";
-  expectNew(
-      [&] {
-        root()->setProperty("serverNotice", "Sound is away");
-        click(button("Remove Alpha from the mixer"));
-      },
-      R"(speaker.wave.2 in secondary
+  root()->setProperty("serverNotice", "Sound is away");
+  click(button("Remove Alpha from the mixer"));
+  expectNew(R"(speaker.wave.2 in secondary
 text Play audio in an app and it shows up here. in secondary
 text Sound is away in secondary)");
   ASSERT_TRUE(settle());
 }
 
 TEST_F(PanelContentTest, ShowsTheMasterVolumeOrTheCard) {
-  open();
   const auto setPreflight = [this](int preflight) {
-    return [this, preflight] {
-      consent_.setPreflight(preflight);
-      pass(kMonitorInterval);
-    };
+    consent_.setPreflight(preflight);
+    pass(kMonitorInterval);
   };
-  expectNew(
-      [&] {
-        clickAt(master(), 1);
-        audio_.setDefaultDevice("headset");
-        passTicks(5);
-        clickAt(master(), 0);
-      },
-      R"(slider System Output | 1 disabled
-text 100 percent | 100
-text This output device has no adjustable master volume. in secondary)");
-  expectNew(setPreflight(2), R"(lock.shield in accent
+  play("Alpha", "org.Alpha");
+  open();
+  expectNew(kOneApplication);
+  clickAt(master(), 1);
+  audio_.setDefaultDevice("headset");
+  passTicks(5);
+  clickAt(master(), 0);
+  expectNew(R"(slider System Output | 1 disabled
+text This output device has no adjustable master volume. in secondary
+text 100 percent | 100)");
+  setPreflight(2);
+  expectNew(R"(lock.shield in accent
 text One permission to control app audio
 text To show and adjust each app's sound, Sonvel needs the sound server's permission to move and play what apps play. Nothing is recorded, saved, or sent; no restart, no driver. You can revoke it anytime. in secondary
 button Grant Audio Access | Tries whether the sound server lets Sonvel control other apps
 button Open Settings | Opens the page on how to give access to sound
+meter 0 at 0.25
 text Audio access was revoked. Audio was restored to its normal output. in secondary)");
-  EXPECT_TRUE(names(QAccessible::Slider).isEmpty());
-  expectNew(setPreflight(1), "text Access is currently denied. Allow “Sonvel” in the rules of the sound "
-                             "server, then it appears automatically. in orange");
-  const char* const waiting =
-      "button Waiting… | Tries whether the sound server lets Sonvel control other apps disabled";
-  expectNew([&] { click(button("Grant Audio Access")); }, waiting);
+  setPreflight(1);
+  click(button("Grant Audio Access"));
+  expectNew(
+      R"(button Waiting… | Tries whether the sound server lets Sonvel control other apps disabled
+text Access is currently denied. Allow “Sonvel” in the rules of the sound server, then it appears automatically. in orange)");
   click(button("Waiting…"));
   EXPECT_EQ(consent_.openRequests(), 1U) << "a second request was made";
   const QSignalSpy settings(root(), SIGNAL(settingsRequested(QUrl)));
   click(button("Open Settings"));
   EXPECT_EQ(settings.count(), 1);
-  expectNew([&] { root()->setProperty("settingsMissing", true); },
-            "text This desktop has no settings for access to sound. Restart Sonvel outside of its "
-            "sandbox, or see docs/access.md. in secondary");
+  root()->setProperty("settingsMissing", true);
+  expectNew("text This desktop has no settings for access to sound. Restart Sonvel outside of its sandbox, "
+            "or see docs/access.md. in secondary");
   consent_.answer(false);
   ASSERT_TRUE(settle());
 }
