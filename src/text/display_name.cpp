@@ -75,9 +75,9 @@ class Cleaning {
  private:
   void append(gunichar character) {
     if (isFull()) return;
+    if (++count_ == kMaximumCharacters && character == ' ') return; // nothing would come after it
     std::array<char, 6> bytes{};
     text_.append(bytes.data(), static_cast<std::size_t>(g_unichar_to_utf8(character, bytes.data())));
-    ++count_;
   }
 
   std::string text_;

@@ -17,7 +17,7 @@ TEST(OutputDevices, ListsWhatCanPlayInTheOrderOfTheSystem) {
   audio.addDevice({.uid = "agg", .name = "SonvelAgg-512"});
   audio.addDevice({.uid = "probe", .name = "SonvelProbeAgg"});
   const auto nameless = audio.addDevice({.uid = "hdmi", .name = std::nullopt});
-  const auto headset = audio.addDevice({.uid = "a-headset", .name = "sonvelagg", .inputStreams = 1});
+  const auto headset = audio.addDevice({.uid = "a-headset", .name = "sonvel\u202eagg\n", .inputStreams = 1});
   EXPECT_THAT(enumerateOutputDevices(audio),
               ElementsAre(AudioOutputDevice{speakers, "speakers", "Speakers"},
                           AudioOutputDevice{nameless, "hdmi", "hdmi"},
