@@ -1,5 +1,6 @@
 // The program `sonvel`.
 
+#include "app/quit_deadline.h"
 #include "app/single_instance.h"
 #include "app/sonvel_app.h"
 #include "command/command_line.h"
@@ -19,12 +20,18 @@
 
 namespace {
 
-enum ExitCode { kFailed = 1, kNoAnswer = 2 };
+enum ExitCode { kFailed = 1, kNoAnswer = 2 }; // and QuitDeadline::kExitCode
 
-int run(std::optional<sonvel::SonvelApp>& app, sonvel::remote::MixerService& remote,
-        sonvel::updater::Relaunch& relaunch, sonvel::Machine machine = sonvel::Machine::real) {
+/// What the program and those around it share.
+struct Process {
+  sonvel::updater::Relaunch relaunch;
+  std::optional<sonvel::QuitDeadline> deadline{std::in_place};
+};
+
+int run(std::optional<sonvel::SonvelApp>& app, sonvel::remote::MixerService& remote, Process& process,
+        sonvel::Machine machine = sonvel::Machine::real) {
   try {
-    app.emplace(relaunch, machine);
+    app.emplace(process.relaunch, *process.deadline, machine);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "sonvel: %s\n", error.what());
     return kFailed;
@@ -36,7 +43,7 @@ int run(std::optional<sonvel::SonvelApp>& app, sonvel::remote::MixerService& rem
   return exitCode;
 }
 
-int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
+int runAsOnlyOne(Process& process) {
   std::optional<sonvel::SonvelApp> app;
   const auto bus = QDBusConnection::sessionBus();
   sonvel::remote::CallerGate gate;
@@ -57,13 +64,13 @@ int runAsOnlyOne(sonvel::updater::Relaunch& relaunch) {
     return kNoAnswer;
   case first:
   case noBus:
-    return run(app, remote, relaunch);
+    return run(app, remote, process);
   }
   return kFailed;
 }
 
 /// Beside one that runs on the real sound; the panel is shown at once.
-int runSimulated(sonvel::updater::Relaunch& relaunch) {
+int runSimulated(Process& process) {
   std::optional<sonvel::SonvelApp> app;
   QTimer::singleShot(0, [&] {
     if (app) app->showPanel();
@@ -72,7 +79,7 @@ int runSimulated(sonvel::updater::Relaunch& relaunch) {
   sonvel::remote::CallerGate gate;
   sonvel::remote::MixerService remote(bus, gate);
   bus.registerService(sonvel::remote::kSimulatedService); // of several the first is worked by commands
-  return run(app, remote, relaunch, sonvel::Machine::simulated);
+  return run(app, remote, process, sonvel::Machine::simulated);
 }
 
 QStringList toWords(int argumentCount, char** arguments) {
@@ -121,14 +128,14 @@ int main(int argumentCount, char** arguments) {
   // The panel is small and mostly still: drawn without the graphics card's libraries it takes a third of the
   // memory.
   QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+  Process process; // outlives the application, whose end may hang too
   const QApplication application(argumentCount, arguments);
   QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
   QApplication::setQuitOnLastWindowClosed(false);
   const sonvel::ui::FramePace framePace;
 
-  sonvel::updater::Relaunch relaunch;
-  const int exitCode =
-      machine == sonvel::Machine::simulated ? runSimulated(relaunch) : runAsOnlyOne(relaunch);
-  relaunch.perform();
+  const int exitCode = machine == sonvel::Machine::simulated ? runSimulated(process) : runAsOnlyOne(process);
+  if (process.relaunch.isRequested()) process.deadline.reset(); // a new version takes longer to prove itself
+  process.relaunch.perform();
   return exitCode;
 }

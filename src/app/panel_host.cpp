@@ -2,7 +2,6 @@
 
 #include "app/installed_page.h"
 #include "ui/icons/app_icon_provider.h"
-#include "ui/icons/icon_themes.h"
 #include "ui/presentation/views.h"
 #include "ui/symbols/symbol_image_provider.h"
 #include "ui/symbols/symbols.h"
@@ -34,7 +33,6 @@ PanelHost::PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearan
     , window_(content(model), audio.clock())
     , presence_(
           window_, [this] { return tray_.geometry(); }, quit_) {
-  completeIconThemes();
   registerViews();
   QObject::connect(&theme_, &PanelTheme::colorsChanged, &tray_,
                    [this] { tray_.setIcon(trayPicture(theme_)); });

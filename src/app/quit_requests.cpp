@@ -1,5 +1,7 @@
 #include "app/quit_requests.h"
 
+#include "app/quit_deadline.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <array>
@@ -27,6 +29,7 @@ extern "C" void noteSignal(int /*number*/) {
   const std::uint64_t one = 1;
   [[maybe_unused]] const ssize_t written =
       write(signalEvents.load(std::memory_order_relaxed), &one, sizeof one);
+  QuitDeadline::beginFromSignal(); // which doesn't wait for the main thread to hear of it
   errno = error;
 }
 

@@ -3,6 +3,7 @@
 #include "app/desktop_audio.h"
 #include "app/simulated_machine.h"
 #include "engine/hardware_controller.h"
+#include "ui/icons/icon_themes.h"
 
 #include <QCoreApplication>
 #include <utility>
@@ -18,8 +19,9 @@ std::unique_ptr<ProgramAudio> make(Machine machine) {
 
 } // namespace
 
-SonvelApp::SonvelApp(updater::Relaunch& relaunch, Machine machine)
-    : audio_(make(machine))
+SonvelApp::SonvelApp(updater::Relaunch& relaunch, QuitDeadline& deadline, Machine machine)
+    : deadline_(deadline)
+    , audio_(make(machine))
     , consent_(audio_->server())
     , permission_(consent_)
     , updates_({audio_->bundle(), audio_->clock(), audio_->preferences(), appearance_, relaunch,
@@ -28,12 +30,15 @@ SonvelApp::SonvelApp(updater::Relaunch& relaunch, Machine machine)
     , delegate_(std::make_shared<AppDelegate>(MixerDependencies{
           hardware_, mainThread_, audio_->clock(), permission_, audio_->preferences(), updates_}))
     , quitRequests_([this] { terminate(); }) {
+  completeIconThemes();
   panel_ = std::make_unique<PanelHost>(delegate_->model(), *audio_, appearance_, mainThread_,
                                        [this] { terminate(); });
+  deadline_.setGiveBack([this] { (void)hardware_->call(&HardwareController::teardownAll); });
 }
 
 SonvelApp::~SonvelApp() {
   isTerminating_ = true; // who asks now, while the loop below runs, finds the rest of it gone
+  deadline_.setGiveBack(nullptr);
   panel_.reset();
   const auto model = delegate_->weakModel();
   delegate_.reset();
@@ -54,6 +59,7 @@ bool SonvelApp::showPanel() {
 
 void SonvelApp::terminate() {
   if (std::exchange(isTerminating_, true)) return;
+  deadline_.begin();
   panel_->end();
   delegate_->applicationShouldTerminate(*this); // whose reply always comes later
 }

@@ -4,6 +4,7 @@
 #include "app/app_updates.h"
 #include "app/panel_host.h"
 #include "app/program_audio.h"
+#include "app/quit_deadline.h"
 #include "app/quit_requests.h"
 #include "desktop/consent_library.h"
 #include "model/qt_executor.h"
@@ -22,9 +23,10 @@ enum class Machine {
 /// the life of the process. Main thread, with a QApplication.
 class SonvelApp final : private TerminatingApplication {
  public:
-  /// Makes everything and shows the tray icon. `relaunch`, which outlives this object, is told when a new
-  /// version is to start after it. Throws std::runtime_error if sound can't be set up at all.
-  explicit SonvelApp(updater::Relaunch& relaunch, Machine machine = Machine::real);
+  /// Makes everything and shows the tray icon. `relaunch` is told when a new version is to start after it,
+  /// and `deadline` that it was asked to end; both outlive this object. Throws std::runtime_error if sound
+  /// can't be set up at all.
+  SonvelApp(updater::Relaunch& relaunch, QuitDeadline& deadline, Machine machine = Machine::real);
 
   /// Lets everything go that is still at work, and waits for it.
   ~SonvelApp() override;
@@ -47,6 +49,7 @@ class SonvelApp final : private TerminatingApplication {
  private:
   void replyToApplicationShouldTerminate(bool mayTerminate) override;
 
+  QuitDeadline& deadline_;
   const std::unique_ptr<ProgramAudio> audio_;
   desktop::ConsentLibrary consent_;
   AudioPermission permission_;

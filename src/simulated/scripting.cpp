@@ -1,4 +1,4 @@
-#include "simulated/simulated_hardware.h"
+#include "simulated/simulated_audio.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,6 +6,10 @@
 #include <stdexcept>
 
 namespace sonvel::simulated {
+
+Signal constantSignal(float left, float right) {
+  return [=](std::uint64_t) { return Frame{left, right}; };
+}
 
 Signal sineSignal(double frequencyHz, float amplitude) {
   return [=](std::uint64_t frame) {
@@ -16,9 +20,9 @@ Signal sineSignal(double frequencyHz, float amplitude) {
 }
 
 /// Holds the lock while something is changed, and then tells the listeners.
-class SimulatedHardware::Change {
+class SimulatedAudio::Change {
  public:
-  explicit Change(SimulatedHardware& audio)
+  explicit Change(SimulatedAudio& audio)
       : audio_(audio)
       , lock_(audio.mutex_) {}
 
@@ -31,11 +35,11 @@ class SimulatedHardware::Change {
   }
 
  private:
-  SimulatedHardware& audio_;
+  SimulatedAudio& audio_;
   std::unique_lock<std::mutex> lock_;
 };
 
-AudioObjectID SimulatedHardware::allotObject(AudioObjectID wished) {
+AudioObjectID SimulatedAudio::allotObject(AudioObjectID wished) {
   if (wished == kAudioObjectUnknown) return nextObjectID_++;
   const auto hasID = [wished](const auto& record) { return record.id == wished; };
   if (wished == kSystemObject || std::any_of(processes_.begin(), processes_.end(), hasID) ||
@@ -47,7 +51,7 @@ AudioObjectID SimulatedHardware::allotObject(AudioObjectID wished) {
   return wished;
 }
 
-AudioObjectID SimulatedHardware::addProcess(ProcessScript process) {
+AudioObjectID SimulatedAudio::addProcess(ProcessScript process) {
   const Change change(*this);
   const AudioObjectID id = allotObject(process.objectID);
   processes_.push_back({id, std::move(process)});
@@ -55,7 +59,7 @@ AudioObjectID SimulatedHardware::addProcess(ProcessScript process) {
   return id;
 }
 
-void SimulatedHardware::removeProcess(AudioObjectID process) {
+void SimulatedAudio::removeProcess(AudioObjectID process) {
   const Change change(*this);
   if (std::erase_if(processes_, [=](const Process& other) { return other.id == process; }) == 0)
     throw std::invalid_argument("no such process");
@@ -63,55 +67,55 @@ void SimulatedHardware::removeProcess(AudioObjectID process) {
   changed(kSystemObject, property::kProcessObjectList);
 }
 
-ProcessScript& SimulatedHardware::processScript(AudioObjectID process) {
+ProcessScript& SimulatedAudio::processScript(AudioObjectID process) {
   for (Process& other : processes_)
     if (other.id == process) return other.script;
   throw std::invalid_argument("no such process");
 }
 
-void SimulatedHardware::setPlaying(AudioObjectID process, bool isPlaying) {
+void SimulatedAudio::setPlaying(AudioObjectID process, bool isPlaying) {
   const Change change(*this);
   processScript(process).isPlaying = isPlaying;
   changed(process, property::kProcessIsRunningOutput);
 }
 
-void SimulatedHardware::setSignal(AudioObjectID process, Signal signal) {
+void SimulatedAudio::setSignal(AudioObjectID process, Signal signal) {
   const Change change(*this);
   processScript(process).streams = {std::move(signal)};
 }
 
-void SimulatedHardware::addStream(AudioObjectID process, Signal signal) {
+void SimulatedAudio::addStream(AudioObjectID process, Signal signal) {
   const Change change(*this);
   processScript(process).streams.push_back(std::move(signal));
 }
 
-void SimulatedHardware::setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID) {
+void SimulatedAudio::setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID) {
   const Change change(*this);
   processScript(process).outputUID = std::move(deviceUID);
   changed(process, property::kProcessChosenDevice);
 }
 
-void SimulatedHardware::setFixedStreams(AudioObjectID process, std::vector<Signal> signals) {
+void SimulatedAudio::setFixedStreams(AudioObjectID process, std::vector<Signal> signals) {
   const Change change(*this);
   processScript(process).fixedStreams = std::move(signals);
   for (const Tap& tap : graph_.taps)
     changed(tap.id, property::kTapIsPartial);
 }
 
-SimulatedHardware::Device* SimulatedHardware::knownDevice(const std::string& uid) {
+SimulatedAudio::Device* SimulatedAudio::knownDevice(const std::string& uid) {
   const auto found = std::find_if(devices_.begin(), devices_.end(),
                                   [&](const Device& other) { return other.script.uid == uid; });
   return found != devices_.end() ? &*found : nullptr;
 }
 
-const SimulatedHardware::Device* SimulatedHardware::presentDevice(const std::string& uid) const {
+const SimulatedAudio::Device* SimulatedAudio::presentDevice(const std::string& uid) const {
   const auto found = std::find_if(devices_.begin(), devices_.end(), [&](const Device& other) {
     return other.isPresent && other.script.uid == uid;
   });
   return found != devices_.end() ? &*found : nullptr;
 }
 
-AudioObjectID SimulatedHardware::addDevice(DeviceScript device) {
+AudioObjectID SimulatedAudio::addDevice(DeviceScript device) {
   const Change change(*this);
   if (knownDevice(device.uid) != nullptr) throw std::invalid_argument("the device UID is taken");
   const AudioObjectID id = allotObject(device.objectID);
@@ -121,7 +125,7 @@ AudioObjectID SimulatedHardware::addDevice(DeviceScript device) {
   return id;
 }
 
-void SimulatedHardware::removeDevice(const std::string& uid) {
+void SimulatedAudio::removeDevice(const std::string& uid) {
   const Change change(*this);
   Device* const device = knownDevice(uid);
   if (device == nullptr || !device->isPresent) throw std::invalid_argument("no such device");
@@ -130,7 +134,7 @@ void SimulatedHardware::removeDevice(const std::string& uid) {
   devicesChanged();
 }
 
-AudioObjectID SimulatedHardware::returnDevice(const std::string& uid) {
+AudioObjectID SimulatedAudio::returnDevice(const std::string& uid) {
   const Change change(*this);
   Device* const device = knownDevice(uid);
   if (device == nullptr || device->isPresent) throw std::invalid_argument("no device of this UID is away");
@@ -142,19 +146,19 @@ AudioObjectID SimulatedHardware::returnDevice(const std::string& uid) {
   return device->id;
 }
 
-void SimulatedHardware::setDefaultDevice(std::optional<std::string> uid) {
+void SimulatedAudio::setDefaultDevice(std::optional<std::string> uid) {
   const Change change(*this);
   if (uid && knownDevice(*uid) == nullptr) throw std::invalid_argument("no such device");
   defaultDeviceUID_ = std::move(uid);
   changed(kSystemObject, property::kDefaultOutputDevice);
 }
 
-void SimulatedHardware::devicesChanged() {
+void SimulatedAudio::devicesChanged() {
   changed(kSystemObject, property::kDevices);
   changed(kSystemObject, property::kDefaultOutputDevice);
 }
 
-AudioObjectID SimulatedHardware::deviceWithUID(const std::string& uid) const {
+AudioObjectID SimulatedAudio::deviceWithUID(const std::string& uid) const {
   const std::lock_guard lock(mutex_);
   if (const Device* const device = presentDevice(uid)) return device->id;
   for (const Aggregate& aggregate : graph_.aggregates)
@@ -162,17 +166,46 @@ AudioObjectID SimulatedHardware::deviceWithUID(const std::string& uid) const {
   return kAudioObjectUnknown;
 }
 
-std::vector<Tap> SimulatedHardware::taps() const {
+void SimulatedAudio::loseTap(AudioObjectID tap) {
+  const Change change(*this);
+  if (std::erase_if(graph_.taps, [=](const Tap& other) { return other.id == tap; }) == 0)
+    throw std::invalid_argument("no such tap");
+  lost_.insert(tap);
+}
+
+void SimulatedAudio::loseAggregateDevice(AudioObjectID device) {
+  const Change change(*this);
+  if (std::erase_if(graph_.aggregates, [=](const Aggregate& other) { return other.id == device; }) == 0)
+    throw std::invalid_argument("no such aggregate device");
+  lost_.insert(device);
+}
+
+void SimulatedAudio::fail(Failure failure) {
+  const std::lock_guard lock(mutex_);
+  failures_.add(failure);
+}
+
+void SimulatedAudio::clearFailures() {
+  const std::lock_guard lock(mutex_);
+  failures_.clear();
+}
+
+void SimulatedAudio::setCallHook(std::function<void(Call, AudioObjectID object)> hook) {
+  const std::lock_guard lock(mutex_);
+  callHook_ = std::move(hook);
+}
+
+std::vector<Tap> SimulatedAudio::taps() const {
   const std::lock_guard lock(mutex_);
   return graph_.taps;
 }
 
-std::vector<Aggregate> SimulatedHardware::aggregates() const {
+std::vector<Aggregate> SimulatedAudio::aggregates() const {
   const std::lock_guard lock(mutex_);
   return graph_.aggregates;
 }
 
-std::vector<IOProc> SimulatedHardware::ioProcs() const {
+std::vector<IOProc> SimulatedAudio::ioProcs() const {
   const std::lock_guard lock(mutex_);
   std::vector<IOProc> found;
   for (const auto& ioProc : graph_.ioProcs)
@@ -180,9 +213,19 @@ std::vector<IOProc> SimulatedHardware::ioProcs() const {
   return found;
 }
 
-bool SimulatedHardware::isClean() const {
+bool SimulatedAudio::isClean() const {
   const std::lock_guard lock(mutex_);
   return graph_.taps.empty() && graph_.aggregates.empty() && graph_.ioProcs.empty();
+}
+
+std::vector<LoggedCall> SimulatedAudio::log() const {
+  const std::lock_guard lock(mutex_);
+  return log_;
+}
+
+void SimulatedAudio::clearLog() {
+  const std::lock_guard lock(mutex_);
+  log_.clear();
 }
 
 } // namespace sonvel::simulated

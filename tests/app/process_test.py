@@ -1,4 +1,5 @@
 """The real program without a display and a sound server: how it starts beside another, and all that ends it."""
+import os
 import pathlib
 import signal
 
@@ -51,7 +52,10 @@ def test_starts_beside_one_that_hangs_only_when_that_has_crashed(start, start_re
     wait_until(lambda: signals(second, "SigCgt") >> signal.SIGTERM - 1 & 1, what="the second in the first's place")
 
 
-def test_ends_when_it_is_asked(bus, start_ready):
+def test_ends_when_it_is_asked_and_waits_for_no_pipe_in_the_place_of_a_file(bus, start_ready):
+    for pipe in ("config/sonvel/sonvel.conf", "data/applications/pipe.desktop", "data/icons/hicolor/index.theme"):
+        (bus.folder / pipe).parent.mkdir(parents=True)
+        os.mkfifo(bus.folder / pipe)
     for ask in (lambda _: call(connect(bus.environment), NAME, PATH, NAME, "Quit"),
                 *(lambda process, number=number: process.send_signal(number)
                   for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP))):

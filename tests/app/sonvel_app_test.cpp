@@ -30,18 +30,19 @@ class SonvelAppTest : public ::testing::Test {
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     qputenv("QT_QPA_PLATFORM", "offscreen");
     application_.emplace(argc_, nullptr);
-    app_.emplace(relaunch_);
+    app_.emplace(relaunch_, deadline_);
   }
 
   const desktop::TemporaryFolder folder_;
   int argc_ = 0;
   std::optional<QApplication> application_;
   updater::Relaunch relaunch_;
+  QuitDeadline deadline_;
   std::optional<SonvelApp> app_;
 };
 
 TEST_F(SonvelAppTest, EndsOnceHoweverOftenItIsAskedAndBeforeItRuns) {
-  app_.emplace(relaunch_, Machine::simulated);
+  app_.emplace(relaunch_, deadline_, Machine::simulated);
   EXPECT_TRUE(app_->showPanel());
   QCoreApplication::quit();
   app_->terminate();
@@ -62,7 +63,7 @@ TEST_F(SonvelAppTest, LetsProgramsThatItStartsHaveTheLimitOfOpenFilesOfBeforeAnd
   app_.reset();
   const rlimit limit{700, openFiles().rlim_max};
   setrlimit(RLIMIT_NOFILE, &limit);
-  app_.emplace(relaunch_);
+  app_.emplace(relaunch_, deadline_);
   EXPECT_EQ(openFiles().rlim_cur, limit.rlim_max);
 
   const std::string tells =

@@ -15,6 +15,7 @@ DENIED = ("Access is currently denied. Allow “Sonvel” in the rules of the so
           "automatically.")
 REVOKED = "Audio access was revoked. Audio was restored to its normal output."
 OPEN_FILES = 700  # the limit that the program starts with
+NOT_DONE = 3  # the code with which it ends when something hangs
 LOOK, EVERYTHING = 0o500, 0o710  # rights as PipeWire writes them: to read and call; to write and set metadata too
 
 
@@ -73,6 +74,21 @@ def test_ends_on_a_signal_when_every_application_has_its_own_sound(program):
     program.process.send_signal(signal.SIGTERM)
     program.process.send_signal(signal.SIGINT)  # while it is ending
     assert program.process.wait(20) == 0
+    program.hear(1, within=5)
+    program.assert_gone()
+
+
+@pytest.mark.parametrize("hangs", ["display", "dbus-daemon", "pipewire"])
+def test_ends_in_bounded_time_whatever_hangs(program, hangs):
+    program.open()
+    program.halve()
+    other = program.desktop.display.process if hangs == "display" else program.desktop.session.processes[hangs]
+    other.send_signal(signal.SIGSTOP)
+    program.process.send_signal(signal.SIGTERM)
+    if hangs != "pipewire":
+        program.hear(1, within=8)
+    assert program.process.wait(10) in (0, NOT_DONE)
+    other.send_signal(signal.SIGCONT)
     program.hear(1, within=5)
     program.assert_gone()
 

@@ -10,6 +10,7 @@
 
 #include <QIcon>
 #include <QImage>
+#include <sys/stat.h>
 
 namespace sonvel {
 namespace {
@@ -24,6 +25,11 @@ class AppIconsTest : public testing::Test {
     image.fill(QColor(color));
     EXPECT_TRUE(image.save(QString::fromStdString(path), "PNG"));
     return path;
+  }
+
+  void makePipe(const std::string& file) const {
+    std::filesystem::create_directories(std::filesystem::path(folder_.path(file)).parent_path());
+    EXPECT_EQ(mkfifo(folder_.path(file).c_str(), 0600), 0);
   }
 
   static std::string colorOf(const QImage& image) {
@@ -67,7 +73,7 @@ TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {
   constexpr auto kIndex = "[Icon Theme]\nName=Test\nDirectories=16x16/apps,64x64/apps\n"
                           "[16x16/apps]\nSize=16\nType=Fixed\n[64x64/apps]\nSize=64\nType=Fixed\n";
   qputenv("XDG_DATA_HOME", folder_.path().c_str());
-  qputenv("XDG_DATA_DIRS", folder_.path("system").c_str());
+  qputenv("XDG_DATA_DIRS", (folder_.path("pipes:") + folder_.path("system")).c_str());
   folder_.write("applications/org.example.Player.desktop",
                 "[Desktop Entry]\nType=Application\nName=Player\nExec=/bin/sh\nIcon=the-player\n");
   folder_.write("icons/hicolor/index.theme", kIndex);
@@ -75,6 +81,15 @@ TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {
   picture("#00ff00", "icons/hicolor/64x64/apps/the-player.png", {64, 32});
   folder_.write("system/icons/Adwaita/index.theme", kIndex);
   picture("#0000ff", "system/icons/Adwaita/16x16/apps/application-x-executable.png", {16, 16});
+  for (const char* pipe :
+       {"pipes/icons/hicolor/index.theme", "icons/hicolor/64x64/apps/pipe.png", "pipe.png"})
+    makePipe(pipe);
+  for (const auto& [id, icon] : {std::pair{"file", folder_.path("pipe.png")},
+                                 {"themed", "pipe"},
+                                 {"longer", "pipe-symbolic"},
+                                 {"outside", "../../../../pipe"}})
+    folder_.write("applications/" + std::string(id) + ".desktop",
+                  "[Desktop Entry]\nType=Application\nName=Pipe\nExec=/bin/sh\nIcon=" + icon + "\n");
   QIcon::setThemeName("");
   completeIconThemes();
 
@@ -90,6 +105,9 @@ TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {
   EXPECT_EQ(colorOf(request("1/org.example.Player//0", 16)), "#ff0000");
   EXPECT_EQ(colorOf(request("1/org.example.Player//0", 20)), "#00ff00") << "a smaller one was enlarged";
   EXPECT_EQ(colorOf(request("2/unknown//0", 16)), "#0000ff");
+  for (const char* pipe :
+       {"1/file//0", "1/themed//0", "1/longer//0", "1/outside//0"}) // waits if it is opened
+    EXPECT_EQ(colorOf(request(pipe, 16)), "#0000ff") << pipe;
   EXPECT_EQ(colorOf(request("1/org.example.Player//70", 16)), "#722626") << "70 % of the colour taken out";
   EXPECT_EQ(request("1/org.example.Player//0", 64).pixelColor(32, 8).alpha(), 0) << "stretched";
 }

@@ -1,5 +1,7 @@
 #include "ui/icons/app_icon_cache.h"
 
+#include "ui/icons/icon_themes.h"
+
 #include <QFile>
 #include <QImageReader>
 #include <QPixmap>
@@ -32,8 +34,7 @@ QIcon loadFile(const std::string& path) {
 /// A null icon also for a file or a name that gives no picture.
 QIcon load(const std::optional<std::string>& name) {
   if (!name || name->empty()) return {};
-  const auto icon =
-      name->starts_with('/') ? loadFile(*name) : QIcon::fromTheme(QString::fromStdString(*name));
+  const auto icon = name->starts_with('/') ? loadFile(*name) : themedIcon(QString::fromStdString(*name));
   constexpr QSize kAnySize(16, 16);
   return icon.pixmap(kAnySize).isNull() ? QIcon() : icon;
 }

@@ -1,8 +1,11 @@
 #include "ui/icons/icon_themes.h"
 
 #include <QDir>
-#include <QIcon>
+#include <QSettings>
 #include <QStandardPaths>
+#include <algorithm>
+#include <map>
+#include <sys/stat.h>
 
 namespace sonvel {
 namespace {
@@ -23,10 +26,76 @@ QStringList joined(QStringList first, const QStringList& second) {
   return first;
 }
 
+/// False if Qt could wait for ever for what this file holds, or read too much of it.
+bool isReadable(const QString& path) {
+  constexpr off_t kMaximumBytes = 16L * 1024 * 1024;
+
+  struct stat status {};
+
+  const bool exists = stat(QFile::encodeName(path).constData(), &status) == 0;
+  return !exists || (S_ISREG(status.st_mode) && status.st_size <= kMaximumBytes);
+}
+
+bool areThemesReadable(const QString& folder) {
+  return std::ranges::all_of(QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+                             [&](const QString& theme) {
+                               const QString start = folder + QLatin1Char('/') + theme;
+                               return isReadable(start + QLatin1String("/index.theme")) &&
+                                      isReadable(start + QLatin1String("/icon-theme.cache"));
+                             });
+}
+
+/// Adds the folders that belong to a theme and to those that it inherits.
+void addFolders(const QString& theme, QStringList& themes, QStringList& folders) {
+  if (theme.isEmpty() || themes.contains(theme)) return;
+  themes.append(theme);
+  QStringList starts;
+  QStringList parts;
+  QStringList parents;
+  for (const QString& path : QIcon::themeSearchPaths()) {
+    starts.append(path + QLatin1Char('/') + theme + QLatin1Char('/'));
+    const QSettings description(starts.back() + QLatin1String("index.theme"), QSettings::IniFormat);
+    for (const QString& key : description.allKeys())
+      if (key.endsWith(QLatin1String("/Size"))) parts = joined(parts, {key.chopped(5)});
+    parents.append(description.value(QLatin1String("Icon Theme/Inherits")).toStringList());
+  }
+  for (const QString& start : starts)
+    for (const QString& part : parts)
+      if (QDir(start + part).exists()) folders.append(start + part);
+  for (const QString& parent : parents)
+    addFolders(parent, themes, folders);
+}
+
+/// Where Qt looks for icons.
+const QStringList& iconFolders() {
+  static std::map<QString, QStringList> known; // by theme
+  const auto [entry, isNew] = known.try_emplace(QIcon::themeName());
+  if (!isNew) return entry->second;
+  QStringList themes;
+  for (const QString& theme : {QIcon::themeName(), QIcon::fallbackThemeName(), QString(kHicolor)})
+    addFolders(theme, themes, entry->second);
+  entry->second.append(QIcon::fallbackSearchPaths());
+  return entry->second;
+}
+
 } // namespace
 
+QIcon themedIcon(const QString& name) {
+  if (name.contains(QLatin1Char('/'))) return {};
+  for (QString part = name; !part.isEmpty();
+       part.truncate(part.lastIndexOf(QLatin1Char('-')))) { // as Qt does
+    for (const QString& folder : iconFolders())
+      for (const char* suffix : {".png", ".svg", ".xpm"})
+        if (!isReadable(folder + QLatin1Char('/') + part + QLatin1String(suffix))) return {};
+    if (!part.contains(QLatin1Char('-'))) break;
+  }
+  return QIcon::fromTheme(name);
+}
+
 void completeIconThemes() {
-  QIcon::setThemeSearchPaths(joined(QIcon::themeSearchPaths(), standardFolders()));
+  QStringList folders = joined(QIcon::themeSearchPaths(), standardFolders());
+  folders.removeIf([](const QString& folder) { return !areThemesReadable(folder); });
+  QIcon::setThemeSearchPaths(folders);
   QIcon::setFallbackSearchPaths(joined(QIcon::fallbackSearchPaths(), {QStringLiteral("/usr/share/pixmaps")}));
   if (QIcon::fallbackThemeName().isEmpty() || QIcon::fallbackThemeName() == kHicolor)
     QIcon::setFallbackThemeName(kAdwaita);

@@ -59,9 +59,7 @@ void useWindow() {
 
 void run(updater::Relaunch& relaunch) {
   const QString folder = qEnvironmentVariable("SONVEL_TEST_FOLDER");
-  SingleInstance instance({.showPanel = [] { return true; },
-                           .quit = [] { QCoreApplication::quit(); },
-                           .admits = [](const QString&) { return true; }});
+  SingleInstance instance({.showPanel = [] { return true; }, .quit = [] { QCoreApplication::quit(); }});
   if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-hangs"))) ::pause();
   if (instance.acquire() != SingleInstance::Outcome::first) std::abort();
   if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-dies"))) ::raise(SIGKILL);
