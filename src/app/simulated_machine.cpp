@@ -74,11 +74,9 @@ void SimulatedMachine::play(const std::stop_token& end) {
   std::condition_variable_any never;
   std::unique_lock lock(mutex);
   for (std::uint64_t cycle = 0; !end.stop_requested(); ++cycle) {
-    if (cycle % kCyclesPerSecond == 0) {
+    if (cycle % kCyclesPerSecond == 0)
       for (std::size_t i = 0; i < processes.size(); ++i)
         audio_.setPlaying(processes[i], playsAt(kPerformances[i], cycle));
-      audio_.clearLog(); // it would grow for as long as the program runs
-    }
     audio_.runCycle(kCycleFrames);
     never.wait_for(lock, end, kCycleDuration, [] { return false; });
   }

@@ -5,7 +5,7 @@
 #include "simulated/application_icons.h"
 #include "simulated/desktop.h"
 #include "simulated/preferences.h"
-#include "simulated/simulated_audio.h"
+#include "simulated/simulated_hardware.h"
 #include "simulated/simulated_server.h"
 
 #include <condition_variable>
@@ -40,7 +40,7 @@ class SimulatedMachine final : public ProgramAudio {
   void play(const std::stop_token& end);
 
   desktop::SteadyClock clock_;
-  simulated::SimulatedAudio audio_;
+  simulated::SimulatedHardware audio_;
   simulated::SimulatedServer server_;
   simulated::SimulatedProcesses processes_;
   simulated::SimulatedBundle bundle_{"com.quellmarsh.sonvel"};

@@ -3,7 +3,6 @@
 #include "platform/audio_properties.h"
 #include "platform/audio_types.h"
 
-#include <iosfwd>
 #include <optional>
 
 namespace sonvel::simulated {
@@ -28,13 +27,8 @@ enum class Call {
   deviceStop,
 };
 
-/// The name of the method.
-const char* name(Call call) noexcept;
-
-std::ostream& operator<<(std::ostream& out, Call call);
-
 /// One call as it was made and answered.
-struct LoggedCall {
+struct HardwareCall {
   Call call = Call::getPropertyDataSize;
   AudioObjectID object = kAudioObjectUnknown; ///< called on; for a creating call what it gave, if anything
   PropertyAddress address = {};               ///< of a property call
@@ -44,26 +38,7 @@ struct LoggedCall {
   std::optional<IOQueue> queue = {};                        ///< of createIOProcID
   OSStatus status = kNoError; ///< of hasProperty: kUnknownProperty if there is none
 
-  bool operator==(const LoggedCall&) const = default;
-};
-
-/// An order to let calls fail. A call that fails does nothing: what it should have destroyed stays, what it
-/// should have stopped runs. hasProperty fails by answering no.
-struct Failure {
-  std::optional<Call> call = {}; ///< none: any call
-
-  /// What the call returns. With kNoError it claims success and still does nothing: a creating call gives no
-  /// object, a string is a null reference.
-  OSStatus status = status::kUnspecified;
-
-  /// Only calls on this object; for createProcessTap those that name it among the processes.
-  std::optional<AudioObjectID> object = {};
-
-  std::optional<std::uint32_t> selector = {}; ///< only property calls with this selector
-
-  unsigned after = 0; ///< how many matching calls pass before the first that fails
-
-  std::optional<unsigned> times = 1; ///< how many then fail; none: all, until cleared
+  bool operator==(const HardwareCall&) const = default;
 };
 
 } // namespace sonvel::simulated

@@ -1,4 +1,4 @@
-#include "simulated/simulated_audio.h"
+#include "simulated/simulated_hardware.h"
 
 #include <algorithm>
 
@@ -44,13 +44,13 @@ bool isTapOf(const Tap& tap, AudioObjectID process, const ProcessScript& script)
 
 } // namespace
 
-struct SimulatedAudio::Cycle {
+struct SimulatedHardware::Cycle {
   AudioTimeStamp start;
   std::size_t frames;
   std::map<std::string, std::vector<Frame>> heard;
 };
 
-void SimulatedAudio::runCycle(std::uint32_t frames) {
+void SimulatedHardware::runCycle(std::uint32_t frames) {
   const std::lock_guard oneAtATime(cycleMutex_);
   const double hostTime = static_cast<double>(frame_) * kNanosecondsPerSecond / kSampleRateHz;
   Cycle cycle{{static_cast<std::uint64_t>(hostTime), frame_}, frames, {}};
@@ -68,24 +68,24 @@ void SimulatedAudio::runCycle(std::uint32_t frames) {
   frame_ += frames;
 }
 
-const SimulatedAudio::Graph& SimulatedAudio::playingGraph() const {
+const SimulatedHardware::Graph& SimulatedHardware::playingGraph() const {
   return graphBefore_ ? *graphBefore_ : graph_;
 }
 
-bool SimulatedAudio::isSilenced(const Process& process) const {
+bool SimulatedHardware::isSilenced(const Process& process) const {
   const auto& all = playingGraph().taps;
   return std::any_of(all.begin(), all.end(), [&](const Tap& tap) {
     return tap.description.muteBehavior == TapMuteBehavior::muted && isTapOf(tap, process.id, process.script);
   });
 }
 
-bool SimulatedAudio::isPartial(const Tap& tap) const {
+bool SimulatedHardware::isPartial(const Tap& tap) const {
   return std::any_of(processes_.begin(), processes_.end(), [&](const Process& process) {
     return !process.script.fixedStreams.empty() && isTapOf(tap, process.id, process.script);
   });
 }
 
-void SimulatedAudio::playProcesses(Cycle& cycle) const {
+void SimulatedHardware::playProcesses(Cycle& cycle) const {
   for (const Process& process : processes_) {
     const auto& chosen = process.script.outputUID;
     const auto& uid = chosen && presentDevice(*chosen) != nullptr ? chosen : defaultDeviceUID_;
@@ -98,7 +98,7 @@ void SimulatedAudio::playProcesses(Cycle& cycle) const {
   }
 }
 
-std::vector<float> SimulatedAudio::tapSamples(const Cycle& cycle, const std::string& tapUID) const {
+std::vector<float> SimulatedHardware::tapSamples(const Cycle& cycle, const std::string& tapUID) const {
   Samples samples(cycle.frames * kChannels);
   for (const Tap& tap : playingGraph().taps)
     for (const Process& process : processes_)
@@ -107,7 +107,7 @@ std::vector<float> SimulatedAudio::tapSamples(const Cycle& cycle, const std::str
   return samples;
 }
 
-void SimulatedAudio::playIOProc(Cycle& cycle, IOProcID id, std::unique_lock<std::mutex>& lock) {
+void SimulatedHardware::playIOProc(Cycle& cycle, IOProcID id, std::unique_lock<std::mutex>& lock) {
   const Graph& graph = playingGraph();
   const auto ioProc = std::find_if(graph.ioProcs.begin(), graph.ioProcs.end(),
                                    [id](const auto& other) { return other.what.id == id; });
@@ -127,9 +127,9 @@ void SimulatedAudio::playIOProc(Cycle& cycle, IOProcID id, std::unique_lock<std:
   mix(device->second, output);
 }
 
-void SimulatedAudio::callBlock(InstalledIOProc ioProc, const AudioTimeStamp& start,
-                               std::vector<std::vector<float>>& inputs, std::vector<float>& output,
-                               std::unique_lock<std::mutex>& lock) {
+void SimulatedHardware::callBlock(InstalledIOProc ioProc, const AudioTimeStamp& start,
+                                  std::vector<std::vector<float>>& inputs, std::vector<float>& output,
+                                  std::unique_lock<std::mutex>& lock) {
   std::vector<AudioBuffer> inputBuffers;
   std::transform(inputs.begin(), inputs.end(), std::back_inserter(inputBuffers), bufferOf);
   AudioBuffer outputBuffer = bufferOf(output);
@@ -144,7 +144,7 @@ void SimulatedAudio::callBlock(InstalledIOProc ioProc, const AudioTimeStamp& sta
   blockReturned_.notify_all();
 }
 
-std::vector<Frame> SimulatedAudio::heard(const std::string& deviceUID) const {
+std::vector<Frame> SimulatedHardware::heard(const std::string& deviceUID) const {
   const std::lock_guard lock(mutex_);
   const auto found = heard_.find(deviceUID);
   return found != heard_.end() ? found->second : std::vector<Frame>{};

@@ -13,11 +13,6 @@ void SimulatedProcesses::setProcess(std::int32_t pid, std::string name) {
   names_.insert_or_assign(pid, std::move(name));
 }
 
-void SimulatedProcesses::removeProcess(std::int32_t pid) {
-  const std::lock_guard lock(mutex_);
-  names_.erase(pid);
-}
-
 std::int32_t SimulatedProcesses::ownProcessID() const {
   return ownProcessID_;
 }
@@ -37,11 +32,6 @@ void SimulatedApplications::addApplication(RunningApplication application) {
   const auto same = [&](const RunningApplication& other) { return other.processID == application.processID; };
   std::erase_if(applications_, same);
   applications_.push_back(std::move(application));
-}
-
-void SimulatedApplications::removeApplication(std::int32_t pid) {
-  const std::lock_guard lock(mutex_);
-  std::erase_if(applications_, [pid](const RunningApplication& other) { return other.processID == pid; });
 }
 
 std::optional<RunningApplication>

@@ -15,7 +15,6 @@ class SimulatedProcesses final : public ProcessInformation {
   explicit SimulatedProcesses(std::int32_t ownProcessID = 1);
 
   void setProcess(std::int32_t pid, std::string name);
-  void removeProcess(std::int32_t pid);
 
   std::int32_t ownProcessID() const override;
   int procName(std::int32_t pid, std::span<char> name) const override;
@@ -31,7 +30,6 @@ class SimulatedApplications final : public RunningApplications {
  public:
   /// Replaces an application with the same pid.
   void addApplication(RunningApplication application);
-  void removeApplication(std::int32_t pid);
 
   std::optional<RunningApplication> runningApplicationWithProcessIdentifier(std::int32_t pid) const override;
   std::vector<RunningApplication>

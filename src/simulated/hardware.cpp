@@ -1,40 +1,29 @@
-#include "simulated/simulated_audio.h"
+#include "simulated/simulated_hardware.h"
 
 #include <algorithm>
 
 namespace sonvel::simulated {
 
-OSStatus SimulatedAudio::carryOut(LoggedCall call, const Work& work) {
-  std::function<void(Call, AudioObjectID)> hook;
+OSStatus SimulatedHardware::carryOut(HardwareCall call, const Work& work) {
   {
     const std::lock_guard lock(mutex_);
-    hook = callHook_;
-  }
-  if (hook) hook(call.call, call.object);
-  {
-    const std::lock_guard lock(mutex_);
-    const std::span<const AudioObjectID> objects =
-        call.tap ? std::span<const AudioObjectID>(call.tap->processes) : std::span(&call.object, 1);
-    const auto failure = failures_.take(call.call, objects, call.address.selector);
-    call.status = failure ? *failure : work(call);
-    if (failure && call.call == Call::commitConfiguration) work(call); // which ends in either case
-    log_.push_back(call);
+    call.status = work(call);
   }
   tellListeners();
   return call.status;
 }
 
-OSStatus SimulatedAudio::beginConfiguration() {
-  return carryOut({.call = Call::beginConfiguration}, [&](LoggedCall&) -> OSStatus {
+OSStatus SimulatedHardware::beginConfiguration() {
+  return carryOut({.call = Call::beginConfiguration}, [&](HardwareCall&) -> OSStatus {
     if (graphBefore_) return status::kIllegalOperation;
     graphBefore_ = graph_;
     return kNoError;
   });
 }
 
-OSStatus SimulatedAudio::commitConfiguration() {
+OSStatus SimulatedHardware::commitConfiguration() {
   std::optional<Graph> released; // after the lock: what the blocks hold is not ours
-  return carryOut({.call = Call::commitConfiguration}, [&](LoggedCall&) -> OSStatus {
+  return carryOut({.call = Call::commitConfiguration}, [&](HardwareCall&) -> OSStatus {
     if (!graphBefore_) return status::kIllegalOperation;
     released = std::exchange(graphBefore_, std::nullopt);
     waitForBlock();
@@ -42,9 +31,9 @@ OSStatus SimulatedAudio::commitConfiguration() {
   });
 }
 
-OSStatus SimulatedAudio::createProcessTap(const TapDescription& description, AudioObjectID& tap) {
+OSStatus SimulatedHardware::createProcessTap(const TapDescription& description, AudioObjectID& tap) {
   tap = kAudioObjectUnknown;
-  return carryOut({.call = Call::createProcessTap, .tap = description}, [&](LoggedCall& call) -> OSStatus {
+  return carryOut({.call = Call::createProcessTap, .tap = description}, [&](HardwareCall& call) -> OSStatus {
     for (const AudioObjectID process : description.processes)
       if (std::none_of(processes_.begin(), processes_.end(),
                        [process](const Process& other) { return other.id == process; }))
@@ -55,15 +44,15 @@ OSStatus SimulatedAudio::createProcessTap(const TapDescription& description, Aud
   });
 }
 
-OSStatus SimulatedAudio::destroyProcessTap(AudioObjectID tap) {
-  return carryOut({.call = Call::destroyProcessTap, .object = tap}, [&](LoggedCall&) -> OSStatus {
+OSStatus SimulatedHardware::destroyProcessTap(AudioObjectID tap) {
+  return carryOut({.call = Call::destroyProcessTap, .object = tap}, [&](HardwareCall&) -> OSStatus {
     endListeners(tap);
     const auto isIt = [tap](const Tap& other) { return other.id == tap; };
-    return std::erase_if(graph_.taps, isIt) > 0 || lost_.erase(tap) > 0 ? kNoError : status::kBadObject;
+    return std::erase_if(graph_.taps, isIt) > 0 ? kNoError : status::kBadObject;
   });
 }
 
-OSStatus SimulatedAudio::checkAggregate(const AggregateDeviceDescription& description) const {
+OSStatus SimulatedHardware::checkAggregate(const AggregateDeviceDescription& description) const {
   for (const Aggregate& aggregate : graph_.aggregates)
     if (aggregate.description.uid == description.uid) return status::kIllegalOperation;
   if (description.subDevices.empty()) return status::kBadDevice;
@@ -76,11 +65,11 @@ OSStatus SimulatedAudio::checkAggregate(const AggregateDeviceDescription& descri
   return kNoError;
 }
 
-OSStatus SimulatedAudio::createAggregateDevice(const AggregateDeviceDescription& description,
-                                               AudioObjectID& device) {
+OSStatus SimulatedHardware::createAggregateDevice(const AggregateDeviceDescription& description,
+                                                  AudioObjectID& device) {
   device = kAudioObjectUnknown;
   return carryOut({.call = Call::createAggregateDevice, .aggregate = description},
-                  [&](LoggedCall& call) -> OSStatus {
+                  [&](HardwareCall& call) -> OSStatus {
                     if (const OSStatus status = checkAggregate(description)) return status;
                     device = call.object = allotObject(kAudioObjectUnknown);
                     graph_.aggregates.push_back({device, description});
@@ -89,11 +78,11 @@ OSStatus SimulatedAudio::createAggregateDevice(const AggregateDeviceDescription&
                   });
 }
 
-OSStatus SimulatedAudio::destroyAggregateDevice(AudioObjectID device) {
+OSStatus SimulatedHardware::destroyAggregateDevice(AudioObjectID device) {
   std::vector<InstalledIOProc> released; // after the lock: what the blocks hold is not ours
-  return carryOut({.call = Call::destroyAggregateDevice, .object = device}, [&](LoggedCall&) -> OSStatus {
+  return carryOut({.call = Call::destroyAggregateDevice, .object = device}, [&](HardwareCall&) -> OSStatus {
     const auto isIt = [device](const Aggregate& other) { return other.id == device; };
-    if (std::erase_if(graph_.aggregates, isIt) == 0 && lost_.erase(device) == 0)
+    if (std::erase_if(graph_.aggregates, isIt) == 0)
       return isDevice(device) ? status::kBadDevice : status::kBadObject;
     auto& ioProcs = graph_.ioProcs;
     const auto others = std::stable_partition(
@@ -107,11 +96,11 @@ OSStatus SimulatedAudio::destroyAggregateDevice(AudioObjectID device) {
   });
 }
 
-OSStatus SimulatedAudio::createIOProcID(AudioObjectID device, const IOQueue& queue, IOProcBlock block,
-                                        IOProcID& ioProc) {
+OSStatus SimulatedHardware::createIOProcID(AudioObjectID device, const IOQueue& queue, IOProcBlock block,
+                                           IOProcID& ioProc) {
   ioProc = 0;
   return carryOut({.call = Call::createIOProcID, .object = device, .queue = queue},
-                  [&](LoggedCall& call) -> OSStatus {
+                  [&](HardwareCall& call) -> OSStatus {
                     if (const OSStatus status = checkIsAggregate(device)) return status;
                     if (!block) return status::kIllegalOperation;
                     ioProc = call.ioProc = nextIOProcID_++;
@@ -121,10 +110,10 @@ OSStatus SimulatedAudio::createIOProcID(AudioObjectID device, const IOQueue& que
                   });
 }
 
-OSStatus SimulatedAudio::destroyIOProcID(AudioObjectID device, IOProcID ioProc) {
+OSStatus SimulatedHardware::destroyIOProcID(AudioObjectID device, IOProcID ioProc) {
   std::shared_ptr<const IOProcBlock> released; // after the lock: what the block holds is not ours
   return carryOut(
-      {.call = Call::destroyIOProcID, .object = device, .ioProc = ioProc}, [&](LoggedCall&) -> OSStatus {
+      {.call = Call::destroyIOProcID, .object = device, .ioProc = ioProc}, [&](HardwareCall&) -> OSStatus {
         InstalledIOProc* const found = installedIOProc(device, ioProc);
         if (found == nullptr) return status::kBadObject;
         stopAndWait(*found);
@@ -134,9 +123,9 @@ OSStatus SimulatedAudio::destroyIOProcID(AudioObjectID device, IOProcID ioProc) 
       });
 }
 
-OSStatus SimulatedAudio::deviceStart(AudioObjectID device, IOProcID ioProc) {
+OSStatus SimulatedHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
   return carryOut({.call = Call::deviceStart, .object = device, .ioProc = ioProc},
-                  [&](LoggedCall&) -> OSStatus {
+                  [&](HardwareCall&) -> OSStatus {
                     if (const OSStatus status = checkIsAggregate(device)) return status;
                     InstalledIOProc* const found = installedIOProc(device, ioProc);
                     if (found == nullptr) return status::kBadObject;
@@ -145,9 +134,9 @@ OSStatus SimulatedAudio::deviceStart(AudioObjectID device, IOProcID ioProc) {
                   });
 }
 
-OSStatus SimulatedAudio::deviceStop(AudioObjectID device, IOProcID ioProc) {
+OSStatus SimulatedHardware::deviceStop(AudioObjectID device, IOProcID ioProc) {
   return carryOut({.call = Call::deviceStop, .object = device, .ioProc = ioProc},
-                  [&](LoggedCall&) -> OSStatus {
+                  [&](HardwareCall&) -> OSStatus {
                     InstalledIOProc* const found = installedIOProc(device, ioProc);
                     if (found == nullptr) return status::kBadObject;
                     stopAndWait(*found);
@@ -155,36 +144,37 @@ OSStatus SimulatedAudio::deviceStop(AudioObjectID device, IOProcID ioProc) {
                   });
 }
 
-void SimulatedAudio::stopAndWait(InstalledIOProc& ioProc) {
+void SimulatedHardware::stopAndWait(InstalledIOProc& ioProc) {
   ioProc.what.isStarted = false;
   waitForBlock();
 }
 
 /// Waits while a block runs that is to run no longer. In a configuration it may.
-void SimulatedAudio::waitForBlock() {
+void SimulatedHardware::waitForBlock() {
   blockReturned_.wait(mutex_, [this] { return graphBefore_ || !isRunningStopped(); });
 }
 
-bool SimulatedAudio::isRunningStopped() const {
+bool SimulatedHardware::isRunningStopped() const {
   return runningIOProc_ != 0 &&
          std::none_of(graph_.ioProcs.begin(), graph_.ioProcs.end(), [this](const InstalledIOProc& ioProc) {
            return ioProc.what.id == runningIOProc_ && ioProc.what.isStarted;
          });
 }
 
-bool SimulatedAudio::isDevice(AudioObjectID object) const {
+bool SimulatedHardware::isDevice(AudioObjectID object) const {
   return std::any_of(devices_.begin(), devices_.end(),
                      [object](const Device& other) { return other.isPresent && other.id == object; });
 }
 
-OSStatus SimulatedAudio::checkIsAggregate(AudioObjectID object) const {
+OSStatus SimulatedHardware::checkIsAggregate(AudioObjectID object) const {
   if (std::any_of(graph_.aggregates.begin(), graph_.aggregates.end(),
                   [object](const Aggregate& other) { return other.id == object; }))
     return kNoError;
   return isDevice(object) ? status::kBadDevice : status::kBadObject;
 }
 
-SimulatedAudio::InstalledIOProc* SimulatedAudio::installedIOProc(AudioObjectID device, IOProcID ioProc) {
+SimulatedHardware::InstalledIOProc* SimulatedHardware::installedIOProc(AudioObjectID device,
+                                                                       IOProcID ioProc) {
   for (auto& other : graph_.ioProcs)
     if (other.what.id == ioProc && other.what.device == device) return &other;
   return nullptr;

@@ -1,11 +1,11 @@
-#include "simulated/simulated_audio.h"
+#include "simulated/simulated_hardware.h"
 
 #include <algorithm>
 
 namespace sonvel::simulated {
 
-OSStatus SimulatedAudio::addPropertyListener(AudioObjectID object, const PropertyAddress& address,
-                                             PropertyListener listener, PropertyListenerID& id) {
+OSStatus SimulatedHardware::addPropertyListener(AudioObjectID object, const PropertyAddress& address,
+                                                PropertyListener listener, PropertyListenerID& id) {
   const std::lock_guard lock(mutex_);
   PropertyValue value;
   if (const OSStatus status = findProperty(object, address, value)) return status;
@@ -14,22 +14,22 @@ OSStatus SimulatedAudio::addPropertyListener(AudioObjectID object, const Propert
   return kNoError;
 }
 
-OSStatus SimulatedAudio::removePropertyListener(PropertyListenerID id) {
+OSStatus SimulatedHardware::removePropertyListener(PropertyListenerID id) {
   const std::lock_guard noneRuns(listenerMutex_);
   const std::lock_guard lock(mutex_);
   std::erase_if(listeners_, [id](const Listener& listener) { return listener.id == id; });
   return kNoError;
 }
 
-void SimulatedAudio::changed(AudioObjectID object, std::uint32_t selector) {
+void SimulatedHardware::changed(AudioObjectID object, std::uint32_t selector) {
   changes_.push_back({object, {selector, scope::kGlobal, kElementMain}});
 }
 
-void SimulatedAudio::endListeners(AudioObjectID object) {
+void SimulatedHardware::endListeners(AudioObjectID object) {
   std::erase_if(listeners_, [object](const Listener& listener) { return listener.property.first == object; });
 }
 
-void SimulatedAudio::tellListeners() {
+void SimulatedHardware::tellListeners() {
   const std::lock_guard oneAtATime(listenerMutex_);
   std::vector<Listener> due;
   {

@@ -1,4 +1,4 @@
-#include "simulated/simulated_audio.h"
+#include "simulated/simulated_hardware.h"
 
 #include <algorithm>
 #include <cmath>
@@ -102,7 +102,7 @@ void setVolume(std::map<std::uint32_t, VolumeControl>& volumes, std::uint32_t el
 
 } // namespace
 
-std::optional<PropertyValue> SimulatedAudio::systemProperty(const PropertyAddress& address) const {
+std::optional<PropertyValue> SimulatedHardware::systemProperty(const PropertyAddress& address) const {
   if (!isGlobal(address)) return std::nullopt;
   if (address.selector == property::kDefaultOutputDevice) {
     const Device* device = defaultDeviceUID_ ? presentDevice(*defaultDeviceUID_) : nullptr;
@@ -123,14 +123,14 @@ std::optional<PropertyValue> SimulatedAudio::systemProperty(const PropertyAddres
 }
 
 /// A device that is away keeps its object until it comes back as a new one.
-AudioObjectID SimulatedAudio::chosenDevice(const ProcessScript& process) const {
+AudioObjectID SimulatedHardware::chosenDevice(const ProcessScript& process) const {
   const auto isIt = [&](const Device& device) { return device.script.uid == process.outputUID; };
   const auto device = std::find_if(devices_.begin(), devices_.end(), isIt);
   return device != devices_.end() ? device->id : kAudioObjectUnknown;
 }
 
-OSStatus SimulatedAudio::findProperty(AudioObjectID object, const PropertyAddress& address,
-                                      PropertyValue& value) const {
+OSStatus SimulatedHardware::findProperty(AudioObjectID object, const PropertyAddress& address,
+                                         PropertyValue& value) const {
   const auto hasID = [object](const auto& record) { return record.id == object; };
   const auto process = std::find_if(processes_.begin(), processes_.end(), hasID);
   const auto device = std::find_if(devices_.begin(), devices_.end(), hasID);
@@ -156,10 +156,10 @@ OSStatus SimulatedAudio::findProperty(AudioObjectID object, const PropertyAddres
   return kNoError;
 }
 
-OSStatus SimulatedAudio::getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
-                                             std::uint32_t& sizeBytes) {
+OSStatus SimulatedHardware::getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
+                                                std::uint32_t& sizeBytes) {
   return carryOut({.call = Call::getPropertyDataSize, .object = object, .address = address},
-                  [&](LoggedCall&) -> OSStatus {
+                  [&](HardwareCall&) -> OSStatus {
                     PropertyValue value;
                     if (const OSStatus status = findProperty(object, address, value)) return status;
                     const auto bytes = bytesOf(value);
@@ -169,10 +169,10 @@ OSStatus SimulatedAudio::getPropertyDataSize(AudioObjectID object, const Propert
                   });
 }
 
-OSStatus SimulatedAudio::getPropertyData(AudioObjectID object, const PropertyAddress& address,
-                                         std::uint32_t& sizeBytes, std::span<std::byte> data) {
+OSStatus SimulatedHardware::getPropertyData(AudioObjectID object, const PropertyAddress& address,
+                                            std::uint32_t& sizeBytes, std::span<std::byte> data) {
   return carryOut({.call = Call::getPropertyData, .object = object, .address = address},
-                  [&](LoggedCall&) -> OSStatus {
+                  [&](HardwareCall&) -> OSStatus {
                     PropertyValue value;
                     if (const OSStatus status = findProperty(object, address, value)) return status;
                     const auto bytes = bytesOf(value);
@@ -186,11 +186,11 @@ OSStatus SimulatedAudio::getPropertyData(AudioObjectID object, const PropertyAdd
                   });
 }
 
-OSStatus SimulatedAudio::getPropertyData(AudioObjectID object, const PropertyAddress& address,
-                                         std::optional<std::string>& text) {
+OSStatus SimulatedHardware::getPropertyData(AudioObjectID object, const PropertyAddress& address,
+                                            std::optional<std::string>& text) {
   text.reset();
   return carryOut({.call = Call::getPropertyText, .object = object, .address = address},
-                  [&](LoggedCall&) -> OSStatus {
+                  [&](HardwareCall&) -> OSStatus {
                     PropertyValue value;
                     if (const OSStatus status = findProperty(object, address, value)) return status;
                     auto* const found = std::get_if<PropertyText>(&value);
@@ -200,9 +200,9 @@ OSStatus SimulatedAudio::getPropertyData(AudioObjectID object, const PropertyAdd
                   });
 }
 
-bool SimulatedAudio::hasProperty(AudioObjectID object, const PropertyAddress& address) {
+bool SimulatedHardware::hasProperty(AudioObjectID object, const PropertyAddress& address) {
   bool isThere = false;
-  carryOut({.call = Call::hasProperty, .object = object, .address = address}, [&](LoggedCall&) -> OSStatus {
+  carryOut({.call = Call::hasProperty, .object = object, .address = address}, [&](HardwareCall&) -> OSStatus {
     PropertyValue value;
     const OSStatus status = findProperty(object, address, value);
     isThere = status == kNoError;
@@ -211,10 +211,10 @@ bool SimulatedAudio::hasProperty(AudioObjectID object, const PropertyAddress& ad
   return isThere;
 }
 
-OSStatus SimulatedAudio::isPropertySettable(AudioObjectID object, const PropertyAddress& address,
-                                            bool& isSettable) {
+OSStatus SimulatedHardware::isPropertySettable(AudioObjectID object, const PropertyAddress& address,
+                                               bool& isSettable) {
   return carryOut({.call = Call::isPropertySettable, .object = object, .address = address},
-                  [&](LoggedCall&) -> OSStatus {
+                  [&](HardwareCall&) -> OSStatus {
                     PropertyValue value;
                     if (const OSStatus status = findProperty(object, address, value)) return status;
                     const VolumeControl* const control = volumeControl(object, address);
@@ -224,10 +224,10 @@ OSStatus SimulatedAudio::isPropertySettable(AudioObjectID object, const Property
                   });
 }
 
-OSStatus SimulatedAudio::setPropertyData(AudioObjectID object, const PropertyAddress& address,
-                                         std::span<const std::byte> data) {
+OSStatus SimulatedHardware::setPropertyData(AudioObjectID object, const PropertyAddress& address,
+                                            std::span<const std::byte> data) {
   return carryOut({.call = Call::setPropertyData, .object = object, .address = address},
-                  [&](LoggedCall&) -> OSStatus {
+                  [&](HardwareCall&) -> OSStatus {
                     PropertyValue value;
                     if (const OSStatus status = findProperty(object, address, value)) return status;
                     return address.selector == property::kTapProcessList ? setTapProcesses(object, data)
@@ -235,7 +235,7 @@ OSStatus SimulatedAudio::setPropertyData(AudioObjectID object, const PropertyAdd
                   });
 }
 
-OSStatus SimulatedAudio::setTapProcesses(AudioObjectID tap, std::span<const std::byte> data) {
+OSStatus SimulatedHardware::setTapProcesses(AudioObjectID tap, std::span<const std::byte> data) {
   if (data.size() % sizeof(AudioObjectID) != 0) return status::kBadPropertySize;
   std::vector<AudioObjectID> wanted(data.size() / sizeof(AudioObjectID));
   std::copy(data.begin(), data.end(), std::as_writable_bytes(std::span(wanted)).begin());
@@ -251,8 +251,8 @@ OSStatus SimulatedAudio::setTapProcesses(AudioObjectID tap, std::span<const std:
   return kNoError;
 }
 
-OSStatus SimulatedAudio::writeVolume(AudioObjectID object, const PropertyAddress& address,
-                                     std::span<const std::byte> data) {
+OSStatus SimulatedHardware::writeVolume(AudioObjectID object, const PropertyAddress& address,
+                                        std::span<const std::byte> data) {
   const VolumeControl* const control = volumeControl(object, address);
   if (control == nullptr || !control->isSettable) return status::kIllegalOperation;
   float scalar = 0.0F;
@@ -267,8 +267,8 @@ OSStatus SimulatedAudio::writeVolume(AudioObjectID object, const PropertyAddress
   return kNoError;
 }
 
-const VolumeControl* SimulatedAudio::volumeControl(AudioObjectID object,
-                                                   const PropertyAddress& address) const {
+const VolumeControl* SimulatedHardware::volumeControl(AudioObjectID object,
+                                                      const PropertyAddress& address) const {
   if (address.selector != property::kDeviceVolumeScalar || address.scope != scope::kOutput) return nullptr;
   for (const Device& device : devices_) {
     const auto control = device.script.volumes.find(address.element);

@@ -1,4 +1,4 @@
-#include "simulated/simulated_audio.h"
+#include "simulated/simulated_hardware.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,10 +6,6 @@
 #include <stdexcept>
 
 namespace sonvel::simulated {
-
-Signal constantSignal(float left, float right) {
-  return [=](std::uint64_t) { return Frame{left, right}; };
-}
 
 Signal sineSignal(double frequencyHz, float amplitude) {
   return [=](std::uint64_t frame) {
@@ -20,9 +16,9 @@ Signal sineSignal(double frequencyHz, float amplitude) {
 }
 
 /// Holds the lock while something is changed, and then tells the listeners.
-class SimulatedAudio::Change {
+class SimulatedHardware::Change {
  public:
-  explicit Change(SimulatedAudio& audio)
+  explicit Change(SimulatedHardware& audio)
       : audio_(audio)
       , lock_(audio.mutex_) {}
 
@@ -35,11 +31,11 @@ class SimulatedAudio::Change {
   }
 
  private:
-  SimulatedAudio& audio_;
+  SimulatedHardware& audio_;
   std::unique_lock<std::mutex> lock_;
 };
 
-AudioObjectID SimulatedAudio::allotObject(AudioObjectID wished) {
+AudioObjectID SimulatedHardware::allotObject(AudioObjectID wished) {
   if (wished == kAudioObjectUnknown) return nextObjectID_++;
   const auto hasID = [wished](const auto& record) { return record.id == wished; };
   if (wished == kSystemObject || std::any_of(processes_.begin(), processes_.end(), hasID) ||
@@ -51,7 +47,7 @@ AudioObjectID SimulatedAudio::allotObject(AudioObjectID wished) {
   return wished;
 }
 
-AudioObjectID SimulatedAudio::addProcess(ProcessScript process) {
+AudioObjectID SimulatedHardware::addProcess(ProcessScript process) {
   const Change change(*this);
   const AudioObjectID id = allotObject(process.objectID);
   processes_.push_back({id, std::move(process)});
@@ -59,7 +55,7 @@ AudioObjectID SimulatedAudio::addProcess(ProcessScript process) {
   return id;
 }
 
-void SimulatedAudio::removeProcess(AudioObjectID process) {
+void SimulatedHardware::removeProcess(AudioObjectID process) {
   const Change change(*this);
   if (std::erase_if(processes_, [=](const Process& other) { return other.id == process; }) == 0)
     throw std::invalid_argument("no such process");
@@ -67,55 +63,55 @@ void SimulatedAudio::removeProcess(AudioObjectID process) {
   changed(kSystemObject, property::kProcessObjectList);
 }
 
-ProcessScript& SimulatedAudio::processScript(AudioObjectID process) {
+ProcessScript& SimulatedHardware::processScript(AudioObjectID process) {
   for (Process& other : processes_)
     if (other.id == process) return other.script;
   throw std::invalid_argument("no such process");
 }
 
-void SimulatedAudio::setPlaying(AudioObjectID process, bool isPlaying) {
+void SimulatedHardware::setPlaying(AudioObjectID process, bool isPlaying) {
   const Change change(*this);
   processScript(process).isPlaying = isPlaying;
   changed(process, property::kProcessIsRunningOutput);
 }
 
-void SimulatedAudio::setSignal(AudioObjectID process, Signal signal) {
+void SimulatedHardware::setSignal(AudioObjectID process, Signal signal) {
   const Change change(*this);
   processScript(process).streams = {std::move(signal)};
 }
 
-void SimulatedAudio::addStream(AudioObjectID process, Signal signal) {
+void SimulatedHardware::addStream(AudioObjectID process, Signal signal) {
   const Change change(*this);
   processScript(process).streams.push_back(std::move(signal));
 }
 
-void SimulatedAudio::setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID) {
+void SimulatedHardware::setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID) {
   const Change change(*this);
   processScript(process).outputUID = std::move(deviceUID);
   changed(process, property::kProcessChosenDevice);
 }
 
-void SimulatedAudio::setFixedStreams(AudioObjectID process, std::vector<Signal> signals) {
+void SimulatedHardware::setFixedStreams(AudioObjectID process, std::vector<Signal> signals) {
   const Change change(*this);
   processScript(process).fixedStreams = std::move(signals);
   for (const Tap& tap : graph_.taps)
     changed(tap.id, property::kTapIsPartial);
 }
 
-SimulatedAudio::Device* SimulatedAudio::knownDevice(const std::string& uid) {
+SimulatedHardware::Device* SimulatedHardware::knownDevice(const std::string& uid) {
   const auto found = std::find_if(devices_.begin(), devices_.end(),
                                   [&](const Device& other) { return other.script.uid == uid; });
   return found != devices_.end() ? &*found : nullptr;
 }
 
-const SimulatedAudio::Device* SimulatedAudio::presentDevice(const std::string& uid) const {
+const SimulatedHardware::Device* SimulatedHardware::presentDevice(const std::string& uid) const {
   const auto found = std::find_if(devices_.begin(), devices_.end(), [&](const Device& other) {
     return other.isPresent && other.script.uid == uid;
   });
   return found != devices_.end() ? &*found : nullptr;
 }
 
-AudioObjectID SimulatedAudio::addDevice(DeviceScript device) {
+AudioObjectID SimulatedHardware::addDevice(DeviceScript device) {
   const Change change(*this);
   if (knownDevice(device.uid) != nullptr) throw std::invalid_argument("the device UID is taken");
   const AudioObjectID id = allotObject(device.objectID);
@@ -125,7 +121,7 @@ AudioObjectID SimulatedAudio::addDevice(DeviceScript device) {
   return id;
 }
 
-void SimulatedAudio::removeDevice(const std::string& uid) {
+void SimulatedHardware::removeDevice(const std::string& uid) {
   const Change change(*this);
   Device* const device = knownDevice(uid);
   if (device == nullptr || !device->isPresent) throw std::invalid_argument("no such device");
@@ -134,7 +130,7 @@ void SimulatedAudio::removeDevice(const std::string& uid) {
   devicesChanged();
 }
 
-AudioObjectID SimulatedAudio::returnDevice(const std::string& uid) {
+AudioObjectID SimulatedHardware::returnDevice(const std::string& uid) {
   const Change change(*this);
   Device* const device = knownDevice(uid);
   if (device == nullptr || device->isPresent) throw std::invalid_argument("no device of this UID is away");
@@ -146,19 +142,19 @@ AudioObjectID SimulatedAudio::returnDevice(const std::string& uid) {
   return device->id;
 }
 
-void SimulatedAudio::setDefaultDevice(std::optional<std::string> uid) {
+void SimulatedHardware::setDefaultDevice(std::optional<std::string> uid) {
   const Change change(*this);
   if (uid && knownDevice(*uid) == nullptr) throw std::invalid_argument("no such device");
   defaultDeviceUID_ = std::move(uid);
   changed(kSystemObject, property::kDefaultOutputDevice);
 }
 
-void SimulatedAudio::devicesChanged() {
+void SimulatedHardware::devicesChanged() {
   changed(kSystemObject, property::kDevices);
   changed(kSystemObject, property::kDefaultOutputDevice);
 }
 
-AudioObjectID SimulatedAudio::deviceWithUID(const std::string& uid) const {
+AudioObjectID SimulatedHardware::deviceWithUID(const std::string& uid) const {
   const std::lock_guard lock(mutex_);
   if (const Device* const device = presentDevice(uid)) return device->id;
   for (const Aggregate& aggregate : graph_.aggregates)
@@ -166,46 +162,17 @@ AudioObjectID SimulatedAudio::deviceWithUID(const std::string& uid) const {
   return kAudioObjectUnknown;
 }
 
-void SimulatedAudio::loseTap(AudioObjectID tap) {
-  const Change change(*this);
-  if (std::erase_if(graph_.taps, [=](const Tap& other) { return other.id == tap; }) == 0)
-    throw std::invalid_argument("no such tap");
-  lost_.insert(tap);
-}
-
-void SimulatedAudio::loseAggregateDevice(AudioObjectID device) {
-  const Change change(*this);
-  if (std::erase_if(graph_.aggregates, [=](const Aggregate& other) { return other.id == device; }) == 0)
-    throw std::invalid_argument("no such aggregate device");
-  lost_.insert(device);
-}
-
-void SimulatedAudio::fail(Failure failure) {
-  const std::lock_guard lock(mutex_);
-  failures_.add(failure);
-}
-
-void SimulatedAudio::clearFailures() {
-  const std::lock_guard lock(mutex_);
-  failures_.clear();
-}
-
-void SimulatedAudio::setCallHook(std::function<void(Call, AudioObjectID object)> hook) {
-  const std::lock_guard lock(mutex_);
-  callHook_ = std::move(hook);
-}
-
-std::vector<Tap> SimulatedAudio::taps() const {
+std::vector<Tap> SimulatedHardware::taps() const {
   const std::lock_guard lock(mutex_);
   return graph_.taps;
 }
 
-std::vector<Aggregate> SimulatedAudio::aggregates() const {
+std::vector<Aggregate> SimulatedHardware::aggregates() const {
   const std::lock_guard lock(mutex_);
   return graph_.aggregates;
 }
 
-std::vector<IOProc> SimulatedAudio::ioProcs() const {
+std::vector<IOProc> SimulatedHardware::ioProcs() const {
   const std::lock_guard lock(mutex_);
   std::vector<IOProc> found;
   for (const auto& ioProc : graph_.ioProcs)
@@ -213,19 +180,9 @@ std::vector<IOProc> SimulatedAudio::ioProcs() const {
   return found;
 }
 
-bool SimulatedAudio::isClean() const {
+bool SimulatedHardware::isClean() const {
   const std::lock_guard lock(mutex_);
   return graph_.taps.empty() && graph_.aggregates.empty() && graph_.ioProcs.empty();
-}
-
-std::vector<LoggedCall> SimulatedAudio::log() const {
-  const std::lock_guard lock(mutex_);
-  return log_;
-}
-
-void SimulatedAudio::clearLog() {
-  const std::lock_guard lock(mutex_);
-  log_.clear();
 }
 
 } // namespace sonvel::simulated

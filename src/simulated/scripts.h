@@ -24,9 +24,6 @@ struct Frame {
 /// What a process plays, by the number of the frame since the simulation began. Must be a pure function.
 using Signal = std::function<Frame(std::uint64_t frame)>;
 
-/// The same sample for ever.
-Signal constantSignal(float left, float right);
-
 /// The same tone on both sides, with phase 0 at frame 0.
 Signal sineSignal(double frequencyHz, float amplitude);
 

@@ -40,16 +40,11 @@ TEST(PanelColorsTest, AreLegibleOnEveryDesktop) {
 }
 
 TEST(PanelColorsTest, AreTheDesktopsOwnWhereTheySuitItsScheme) {
-  const auto colors = [](const Appearance& appearance, QRgb window, QRgb highlight) {
-    return panelColors(appearance, desktop(window, window ^ 0xffffff, highlight));
-  };
-  EXPECT_EQ(colors({.colorScheme = noPreference}, 0x2a2e32, 0).window, QColor(0x2a2e32));
-  EXPECT_EQ(colors({.colorScheme = light}, 0xeff0f1, 0).window, QColor(0xeff0f1));
-  EXPECT_LT(colors({.colorScheme = dark}, 0xeff0f1, 0).window.lightness(), 80);
-  EXPECT_GT(colors({.colorScheme = light}, 0x2a2e32, 0).window.lightness(), 200);
-  EXPECT_NEAR(colors({.accentColor = 0x00aa00}, 0xffffff, 0x3daee9).tint.hslHue(), 120, 2);
-  EXPECT_NEAR(colors({}, 0xffffff, 0xe93d3d).tint.hslHue(), 0, 2) << "without an accent its highlight";
-  EXPECT_NEAR(colors({}, 0xffffff, 0x909090).tint.hslHue(), 216, 4) << "unless that is no colour";
+  const auto bright = desktop(0xeff0f1, 0x232629, 0xe93d3d);
+  EXPECT_EQ(panelColors({.colorScheme = light}, bright).window, QColor(0xeff0f1));
+  EXPECT_LT(panelColors({.colorScheme = dark}, bright).window.lightness(), 80);
+  EXPECT_NEAR(panelColors({.accentColor = 0x00aa00}, bright).tint.hslHue(), 120, 2);
+  EXPECT_NEAR(panelColors({}, bright).tint.hslHue(), 0, 2) << "without an accent its highlight";
 }
 
 } // namespace

@@ -28,14 +28,6 @@ const QByteArray kNewFile = "\x7f"
                             "ELF 1.1 " +
                             QByteArray(300'000, 'n');
 
-/// A feed without its signature.
-inline QByteArray feedText(const QByteArray& product, qint64 counter, const QByteArray& expires,
-                           const QByteArray& items) {
-  return "<rss><channel><sonvel:product>" + product + "</sonvel:product><sonvel:counter>" +
-         QByteArray::number(counter) + "</sonvel:counter><sonvel:expires>" + expires + "</sonvel:expires>" +
-         items + "</channel></rss>\n";
-}
-
 inline QByteArray contentOf(const std::filesystem::path& file) {
   QFile opened(file);
   EXPECT_TRUE(opened.open(QIODevice::ReadOnly)) << file;
@@ -96,8 +88,12 @@ class UpdaterWorld {
            "\"/></item>";
   }
 
+  /// Without its signature.
   static QByteArray feed(const QByteArray& items, qint64 counter = 10) {
-    return feedText("com.example.program", counter, "2030-01-01T00:00:00Z", items);
+    return "<rss><channel><sonvel:product>com.example.program</sonvel:product><sonvel:counter>" +
+           QByteArray::number(counter) +
+           "</sonvel:counter><sonvel:expires>2030-01-01T00:00:00Z</sonvel:expires>" + items +
+           "</channel></rss>\n";
   }
 
   /// As makers do while they change their key, it is signed with another one too.

@@ -59,7 +59,9 @@ void useWindow() {
 
 void run(updater::Relaunch& relaunch) {
   const QString folder = qEnvironmentVariable("SONVEL_TEST_FOLDER");
-  SingleInstance instance({.showPanel = [] { return true; }, .quit = [] { QCoreApplication::quit(); }});
+  SingleInstance instance({.showPanel = [] { return true; },
+                           .quit = [] { QCoreApplication::quit(); },
+                           .admits = [](const QString&) { return true; }});
   if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-hangs"))) ::pause();
   if (instance.acquire() != SingleInstance::Outcome::first) std::abort();
   if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-dies"))) ::raise(SIGKILL);

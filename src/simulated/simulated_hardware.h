@@ -2,7 +2,6 @@
 
 #include "platform/audio_hardware.h"
 #include "simulated/calls.h"
-#include "simulated/failure_plan.h"
 #include "simulated/objects.h"
 #include "simulated/property_value.h"
 #include "simulated/scripts.h"
@@ -11,21 +10,20 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <utility>
 
 namespace sonvel::simulated {
 
 /// An audio system in memory. It holds the processes and devices that its script names, behaves as
-/// AudioHardware says, fails where it is told to, and plays when runCycle is called: then the IOProcs run,
-/// and what each device would have made audible can be asked for.
+/// AudioHardware says, and plays when runCycle is called: then the IOProcs run, and what each device would
+/// have made audible can be asked for.
 ///
 /// Where the contract leaves the moment open the strictest one is taken: a muted tap silences its processes
 /// from its creation to its destruction. An object ID is never given twice, unless a script asks for it.
 /// Property listeners are called on the thread that has changed something, before its call returns.
 ///
 /// Every function may be called from any thread, but none from an IOProc's block.
-class SimulatedAudio final : public AudioHardware {
+class SimulatedHardware : public AudioHardware {
  public:
   // Script: processes.
 
@@ -70,24 +68,6 @@ class SimulatedAudio final : public AudioHardware {
   /// The object of a present device or aggregate; 0 if there is none.
   AudioObjectID deviceWithUID(const std::string& uid) const;
 
-  // Script: loss and failure.
-
-  /// The audio system loses a tap without being asked.
-  void loseTap(AudioObjectID tap);
-
-  /// The audio system loses an aggregate device without being asked. Its IOProcs don't run any more, but can
-  /// still be stopped and destroyed.
-  void loseAggregateDevice(AudioObjectID device);
-
-  /// Lets calls fail. Of several orders that match a call the oldest takes it.
-  void fail(Failure failure);
-
-  void clearFailures();
-
-  /// Called on the caller's thread before each call is carried out, so that a test can hold up a call or
-  /// change the world just before it. May call the simulation, but must then expect itself. Null: none.
-  void setCallHook(std::function<void(Call, AudioObjectID object)> hook);
-
   // Playing.
 
   /// Runs one I/O cycle of everything: the blocks of all started IOProcs, one after the other in the order
@@ -108,10 +88,6 @@ class SimulatedAudio final : public AudioHardware {
 
   /// Whether there is no tap, no aggregate device and no IOProc.
   bool isClean() const;
-
-  /// The calls of AudioHardware since the start or clearLog, in the order they were answered.
-  std::vector<LoggedCall> log() const;
-  void clearLog();
 
   // AudioHardware.
 
@@ -141,6 +117,12 @@ class SimulatedAudio final : public AudioHardware {
   OSStatus destroyIOProcID(AudioObjectID device, IOProcID ioProc) override;
   OSStatus deviceStart(AudioObjectID device, IOProcID ioProc) override;
   OSStatus deviceStop(AudioObjectID device, IOProcID ioProc) override;
+
+ protected:
+  using Work = std::function<OSStatus(HardwareCall&)>;
+
+  /// Every call comes through here. Lets `work` answer it, under the lock, and then tells the listeners.
+  virtual OSStatus carryOut(HardwareCall call, const Work& work);
 
  private:
   struct Process {
@@ -176,11 +158,6 @@ class SimulatedAudio final : public AudioHardware {
 
   class Change;
   struct Cycle;
-  using Work = std::function<OSStatus(LoggedCall&)>;
-
-  /// Lets `work` answer a call, under the lock, unless it is to fail, logs it and tells the listeners.
-  OSStatus carryOut(LoggedCall call, const Work& work);
-
   // All of these under the lock.
   AudioObjectID allotObject(AudioObjectID wished);
   ProcessScript& processScript(AudioObjectID process);
@@ -215,21 +192,17 @@ class SimulatedAudio final : public AudioHardware {
   void callBlock(InstalledIOProc ioProc, const AudioTimeStamp& start, std::vector<std::vector<float>>& inputs,
                  std::vector<float>& output, std::unique_lock<std::mutex>& lock);
 
-  mutable std::mutex mutex_; ///< guards everything below but is not held while a block or the hook runs
+  mutable std::mutex mutex_; ///< guards everything below but is not held while a block runs
   std::vector<Process> processes_;
   std::vector<Device> devices_;
   std::optional<std::string> defaultDeviceUID_;
   Graph graph_;
   std::optional<Graph> graphBefore_; ///< what plays while a configuration is open
-  std::set<AudioObjectID> lost_;     ///< taps and aggregates that are lost and not yet destroyed
   std::vector<Listener> listeners_;
   std::vector<Property> changes_; ///< that the listeners have not been told
   PropertyListenerID nextListenerID_ = 1;
   AudioObjectID nextObjectID_ = 100;
   IOProcID nextIOProcID_ = 1;
-  FailurePlan failures_;
-  std::vector<LoggedCall> log_;
-  std::function<void(Call, AudioObjectID)> callHook_;
   std::map<std::string, std::vector<Frame>> heard_;
 
   IOProcID runningIOProc_ = 0;                ///< whose block runs now; 0: none
