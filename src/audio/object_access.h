@@ -33,7 +33,11 @@ std::optional<Integer> scalarProp(AudioHardware& hardware, AudioObjectID object,
 std::optional<std::string> cfStringProp(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector,
                                         std::uint32_t propertyScope = scope::kGlobal);
 
-/// Reads a property of the system object that is a list of objects, in the system's order.
+/// Reads a property of the system object that is a list of objects, in the system's order. None if it can't
+/// be read.
+std::optional<std::vector<AudioObjectID>> readSystemObjects(AudioHardware& hardware, std::uint32_t selector);
+
+/// As readSystemObjects; empty if it can't be read.
 std::vector<AudioObjectID> systemObjectList(AudioHardware& hardware, std::uint32_t selector);
 
 /// Every process that is a client of the audio system, in the system's order.

@@ -2,6 +2,7 @@
 
 #include "audio/mixer_math.h"
 #include "audio/object_access.h"
+#include "engine/configuration.h"
 #include "engine/hardware_controller.h"
 #include "engine/render_callback.h"
 #include "engine/uuid.h"
@@ -26,30 +27,78 @@ AggregateDeviceDescription describeAggregate(const AudioApp& app, const std::str
 void HardwareController::addChannel(AudioApp app, float gain, bool muted,
                                     std::optional<std::string> outputUID) {
   assertOnExecutor();
-  if (const auto former = removeChannel(app.objectID); former && !former->restored())
-    throw HardwareError(former->failureText(), kNoCallStatus);
+  startFollowing();
+  const auto key = stableKey(app);
+  Settings settings{gain, muted, std::move(outputUID)};
+  auto* former = find(app.objectID);
+  if (former == nullptr) former = findByKey(key);
+  const auto kept = kept_.find(key);
+  const bool isToBeKept = former != nullptr || kept != kept_.end();
 
-  auto session = std::make_unique<TapSession>(std::move(app), std::move(outputUID));
-  session->mix->setGain(MixerMath::clampGain(gain));
-  session->mix->setMuted(muted);
+  std::optional<ConfigurationScope> configuration;
+  if (isToBeKept) configuration.emplace(environment_.hardware, configurationDepth_);
+  auto choice = former != nullptr ? std::optional(former->chosenUID) : readChoice({app.objectID});
+  if (former == nullptr && !settings.outputUID && choice && *choice) {
+    const auto overruled = overruled_.find(key);
+    if (overruled == overruled_.end() || overruled->second != **choice) settings.outputUID = *choice;
+  }
+  if (former != nullptr) {
+    const auto removed = remove(former->app.objectID);
+    if (!removed.restored()) {
+      reportChanges();
+      throw HardwareError(removed.failureText(), kNoCallStatus);
+    }
+  }
+  if (kept != kept_.end()) endWaiting(kept->second);
+  try {
+    auto session = buildSession(app, settings);
+    session->chosenUID = choice.value_or(std::nullopt);
+    kept_.erase(key);
+    sessions_.insert_or_assign(app.objectID, std::move(session));
+  } catch (const HardwareError& error) {
+    startFailures_[key] = {.key = key,
+                           .app = app,
+                           .objectIDs = {},
+                           .error = error.description(),
+                           .outputUID = settings.outputUID,
+                           .playingUID = {},
+                           .gain = gain,
+                           .muted = muted};
+    if (isToBeKept) {
+      kept_[key] = {.settings = std::move(settings), .hasFailed = true};
+      scheduleFollowing();
+    }
+    configuration.reset();
+    reportChanges();
+    throw;
+  }
+  configuration.reset();
+  requestPass();
+  reportChanges();
+}
+
+std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app, const Settings& settings) {
+  auto session = std::make_unique<TapSession>(app, settings.outputUID);
+  session->mix->setGain(MixerMath::clampGain(settings.gain));
+  session->mix->setMuted(settings.muted);
   try {
     createTap(*session);
     createAggregateDevice(*session);
     const auto ioProc = installIOProc(*session);
     startDevice(session->aggID, ioProc);
-  } catch (const HardwareError& error) {
+  } catch (const HardwareError&) {
     // The step's failure is the one to report, and with its handles gone nothing could retry the undoing.
     (void)teardown(*session);
-    report(*session, false, error.description());
     throw;
   }
-  const auto appID = session->app.objectID;
-  report(*session, true);
-  sessions_.insert_or_assign(appID, std::move(session));
+  return session;
 }
 
 void HardwareController::createTap(TapSession& session) {
+  processes_.update(environment_.hardware); // what is known from before does if this fails
+  const auto bundleIDs = processes_.bundleIDs(stableKey(session.app));
   const TapDescription description{.processes = {session.app.objectID},
+                                   .bundleIDs = {bundleIDs.begin(), bundleIDs.end()},
                                    .name = "SonvelTap-" + std::to_string(session.app.pid),
                                    .isPrivate = true,
                                    .muteBehavior = TapMuteBehavior::muted};
@@ -57,6 +106,7 @@ void HardwareController::createTap(TapSession& session) {
   const auto status = environment_.hardware.createProcessTap(description, tap);
   if (status != kNoError || tap == kAudioObjectUnknown) throw HardwareError("CreateProcessTap", status);
   session.tapID = tap;
+  followProcesses(session, processes_.of(stableKey(session.app)));
 }
 
 void HardwareController::createAggregateDevice(TapSession& session) {
@@ -66,12 +116,25 @@ void HardwareController::createAggregateDevice(TapSession& session) {
   const auto outputUID = session.outputUID ? session.outputUID : defaultOutputDeviceUID(hardware);
   if (!outputUID) throw HardwareError("output device", kNoCallStatus);
 
+  auto status = tryAggregateDevice(session, *outputUID, *tapUID);
+  if (session.aggID == kAudioObjectUnknown && session.outputUID) {
+    // A device that is not connected is replaced by the default device until it comes back.
+    const auto outputs = readOutputSituation(hardware);
+    if (outputs && outputs->defaultUID && !outputs->isConnected(*session.outputUID))
+      status = tryAggregateDevice(session, *outputs->defaultUID, *tapUID);
+  }
+  if (session.aggID == kAudioObjectUnknown) throw HardwareError("CreateAggregateDevice", status);
+}
+
+OSStatus HardwareController::tryAggregateDevice(TapSession& session, const std::string& outputUID,
+                                                const std::string& tapUID) {
   AudioObjectID device = kAudioObjectUnknown;
   const auto status =
-      hardware.createAggregateDevice(describeAggregate(session.app, *outputUID, *tapUID), device);
-  if (status != kNoError || device == kAudioObjectUnknown)
-    throw HardwareError("CreateAggregateDevice", status);
+      environment_.hardware.createAggregateDevice(describeAggregate(session.app, outputUID, tapUID), device);
+  if (status != kNoError) return status;
   session.aggID = device;
+  session.playingUID = outputUID;
+  return status;
 }
 
 IOProcID HardwareController::installIOProc(TapSession& session) {

@@ -5,80 +5,37 @@
 
 namespace sonvel {
 
-const TapSession* HardwareController::session(AudioObjectID appID) const {
-  assertOnExecutor();
-  const auto found = sessions_.find(appID);
-  return found == sessions_.end() ? nullptr : found->second.get();
-}
-
 void HardwareController::setGain(float gain, AudioObjectID appID) {
-  if (const auto* found = session(appID)) found->mix->setGain(MixerMath::clampGain(gain));
+  if (const auto* found = find(appID)) found->mix->setGain(MixerMath::clampGain(gain));
 }
 
 void HardwareController::setMuted(bool muted, AudioObjectID appID) {
-  if (const auto* found = session(appID)) found->mix->setMuted(muted);
+  if (const auto* found = find(appID)) found->mix->setMuted(muted);
 }
 
 void HardwareController::setOutput(std::optional<std::string> uid, AudioObjectID appID) {
-  if (const auto* found = session(appID))
-    addChannel(found->app, found->mix->gain(), found->mix->muted(), std::move(uid));
+  const auto* found = find(appID);
+  if (found == nullptr) return;
+  const auto key = stableKey(found->app);
+  if (found->chosenUID && found->chosenUID != uid)
+    overruled_[key] = *found->chosenUID;
+  else
+    overruled_.erase(key);
+  addChannel(found->app, found->mix->gain(), found->mix->muted(), std::move(uid));
 }
 
 void HardwareController::rebuild(AudioObjectID appID) {
-  if (const auto* found = session(appID)) setOutput(found->outputUID, appID);
-}
-
-void HardwareController::keepSettings(const std::string& key, float gain, bool muted,
-                                      std::optional<std::string> outputUID) {
-  assertOnExecutor();
-  keptSettings_[key] = {.gain = gain, .muted = muted, .outputUID = std::move(outputUID)};
-}
-
-void HardwareController::forgetSettings(const std::string& key) {
-  assertOnExecutor();
-  keptSettings_.erase(key);
-}
-
-void HardwareController::onSessionChanged(SessionObserver observer) {
-  assertOnExecutor();
-  sessionObserver_ = std::move(observer);
-  for (const auto& [appID, session] : sessions_)
-    report(*session, true);
-}
-
-void HardwareController::onOutputDevicesChanged(
-    std::function<void(std::vector<AudioOutputDevice>)> observer) {
-  assertOnExecutor();
-  devicesObserver_ = std::move(observer);
-  if (devicesObserver_) devicesObserver_(outputDevices());
-}
-
-void HardwareController::report(const TapSession& session, bool exists,
-                                std::optional<std::string> error) const {
-  if (!sessionObserver_) return;
-  SessionReport report{.key = stableKey(session.app),
-                       .app = session.app,
-                       .objectIDs = {},
-                       .exists = exists,
-                       .error = std::move(error),
-                       .outputUID = session.outputUID,
-                       .playingUID = std::nullopt,
-                       .gain = session.mix->gain(),
-                       .muted = session.mix->muted()};
-  if (exists) {
-    report.objectIDs = {session.app.objectID};
-    report.playingUID = session.outputUID ? session.outputUID : defaultOutputDeviceUID(environment_.hardware);
-  }
-  sessionObserver_(std::move(report));
+  if (const auto* found = find(appID))
+    addChannel(found->app, found->mix->gain(), found->mix->muted(), found->outputUID);
 }
 
 std::optional<std::string> HardwareController::outputUID(AudioObjectID appID) const {
-  const auto* found = session(appID);
+  const auto* found = find(appID);
   return found != nullptr ? found->outputUID : std::nullopt;
 }
 
 bool HardwareController::isControlled(AudioObjectID appID) const {
-  return session(appID) != nullptr;
+  return find(appID) != nullptr;
 }
 
 std::vector<AudioObjectID> HardwareController::controlledAppIDs() const {
@@ -93,13 +50,14 @@ std::vector<AudioObjectID> HardwareController::controlledAppIDs() const {
 std::map<AudioObjectID, float> HardwareController::peaks() const {
   assertOnExecutor();
   std::map<AudioObjectID, float> peaks;
-  for (const auto& [appID, session] : sessions_)
-    peaks.emplace(appID, session->metrics->inPeak());
+  for (const auto& [sessionID, session] : sessions_)
+    for (const auto process : session->processes)
+      peaks.emplace(process, session->isPlaying ? session->metrics->inPeak() : 0.0F);
   return peaks;
 }
 
 std::optional<ChannelMetrics> HardwareController::metrics(AudioObjectID appID) const {
-  const auto* found = session(appID);
+  const auto* found = find(appID);
   if (found == nullptr) return std::nullopt;
   const auto& metrics = *found->metrics;
   return ChannelMetrics{metrics.inPeak(), metrics.cycles(), metrics.outBufs()};

@@ -1,5 +1,6 @@
 #include "engine/hardware_controller.h"
 
+#include <algorithm>
 #include <cassert>
 
 namespace sonvel {
@@ -8,13 +9,36 @@ HardwareController::HardwareController(AudioEnvironment environment, Clock& cloc
                                        std::weak_ptr<Executor> executor)
     : environment_(std::move(environment))
     , clock_(clock)
-    , executor_(std::move(executor)) {}
+    , executor_(executor)
+    , relay_([executor = std::move(executor)](std::function<void()> work) {
+      if (const auto entrance = executor.lock()) entrance->post(std::move(work));
+    }) {}
 
 void HardwareController::assertOnExecutor() const {
 #ifndef NDEBUG
   const auto executor = executor_.lock();
   assert(executor && executor->isCurrent());
 #endif
+}
+
+TapSession* HardwareController::find(AudioObjectID appID) const {
+  assertOnExecutor();
+  if (const auto found = sessions_.find(appID); found != sessions_.end()) return found->second.get();
+  for (const auto& [sessionID, session] : sessions_)
+    if (std::ranges::find(session->processes, appID) != session->processes.end()) return session.get();
+  // Of a process that has ended the caller may not have heard yet.
+  const auto former = formerProcesses_.find(appID);
+  return former != formerProcesses_.end() ? findByKey(former->second) : nullptr;
+}
+
+TapSession* HardwareController::findByKey(const std::string& key) const {
+  for (const auto& [sessionID, session] : sessions_)
+    if (stableKey(session->app) == key) return session.get();
+  return nullptr;
+}
+
+HardwareController::Settings HardwareController::settingsOf(const TapSession& session) {
+  return {session.mix->gain(), session.mix->muted(), session.outputUID};
 }
 
 } // namespace sonvel

@@ -1,14 +1,17 @@
 #pragma once
 
 #include "audio/app_discovery.h"
-#include "audio/output_devices.h"
+#include "engine/application_processes.h"
+#include "engine/change_listeners.h"
 #include "engine/hardware_error.h"
+#include "engine/output_following.h"
 #include "engine/session_report.h"
 #include "engine/tap_session.h"
 #include "engine/teardown_result.h"
 #include "platform/clock.h"
-#include "platform/executor.h"
+#include "platform/relay.h"
 
+#include <atomic>
 #include <map>
 #include <set>
 
@@ -26,14 +29,19 @@ struct ChannelMetrics {
 class CaptureProbe;
 
 /// Owns every tap, aggregate device and IOProc of the program: one session for each application that is
-/// controlled, by its process object.
+/// controlled, with all processes of that application. Any of its processes names it in a call, also one that
+/// has ended.
+///
+/// From its first call on that makes or keeps something, or asks for reports, it listens to the audio system
+/// and keeps each session where it belongs: at the device that was asked for, here or in another mixer, while
+/// that is connected, otherwise at the default device.
 ///
 /// Every member is called on the executor alone, which debug builds assert, and blocks as the audio system
-/// does. Held by a shared_ptr. Destroying the controller takes no session down; it only ends the retrying.
-class HardwareController final : public std::enable_shared_from_this<HardwareController> {
+/// does. Destroying the controller takes no session down; it only ends the listening and the retrying.
+class HardwareController final {
  public:
-  /// Makes no call of the audio system. The retrying of failed teardowns enters through `executor` at the
-  /// times of `clock`. The environment's referents and the clock outlive the controller.
+  /// Makes no call of the audio system. What listening and the times of `clock` bring about enters through
+  /// `executor`. The environment's referents and the clock outlive the controller.
   HardwareController(AudioEnvironment environment, Clock& clock, std::weak_ptr<Executor> executor);
   ~HardwareController();
   HardwareController(const HardwareController&) = delete;
@@ -41,18 +49,20 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
 
   // Channels.
 
-  /// Takes the application off its own device and plays it on `outputUID`, or on the device that is the
-  /// default now, times `gain` (linear, clamped to 0.0 to 2.0) unless muted. A session that it has is removed
-  /// first. Throws HardwareError; then nothing new is left behind, and the application has no session unless
-  /// its former one could not be removed.
+  /// Takes the application off its own device and plays it on `outputUID` times `gain` (linear, clamped to
+  /// 0.0 to 2.0) unless muted. Without `outputUID` it plays on the device that its user has sent it to
+  /// elsewhere, otherwise on the default device. A session that it has is removed first. Throws
+  /// HardwareError; then nothing new is left behind, and the application has no session unless its former one
+  /// could not be removed. One that had a session, or settings that are kept, gets one as soon as that
+  /// succeeds.
   void addChannel(AudioApp app, float gain, bool muted, std::optional<std::string> outputUID);
 
   /// Gives the application back to its own device. None if it has no session. A session that can't be taken
   /// down stays, and is retried every two seconds.
   std::optional<HardwareTeardownResult> removeChannel(AudioObjectID appID);
 
-  /// Removes every channel, in the order of their IDs; one result for each. Those that fail stay and are
-  /// retried.
+  /// Removes every channel, in the order of their IDs, and forgets all kept settings; one result for each
+  /// channel. Those that fail stay and are retried.
   std::vector<HardwareTeardownResult> teardownAll();
 
   /// Takes effect at the next cycle, clamped to 0.0 to 2.0. An application without a session is ignored.
@@ -70,8 +80,9 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
 
   // Settings of applications without a session.
 
-  /// Keeps settings for an application. Nothing uses them yet: no session is started from them. Replaces what
-  /// was kept for the key.
+  /// Starts a session with these settings as soon as the application plays, before it is heard. Replaces what
+  /// was kept for the key. Ignored while the application has a session. The settings of a session whose
+  /// processes have all ended are kept by themselves if they change anything.
   void keepSettings(const std::string& key, float gain, bool muted, std::optional<std::string> outputUID);
 
   void forgetSettings(const std::string& key);
@@ -79,13 +90,12 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   // Reports. Each replaces the one before; null: none. The observer is called as work of the executor of this
   // controller and must neither block nor throw: it passes on what it hears, for example by Relay::bind.
 
-  /// Calls `observer` with the state of a session when a call of this controller or a retry starts it, fails
-  /// to start it or ends it, and at once for each session that exists. Changes of devices, routes elsewhere,
-  /// processes, gain and mute are not reported yet, nor are teardowns that fail.
+  /// Calls `observer` at once with each session that exists, and from then on whenever there is something new
+  /// of a session: it starts, fails to start, ends, moves, or its processes or its route change. A change of
+  /// gain or mute alone is not reported.
   void onSessionChanged(SessionObserver observer);
 
-  /// Calls `observer` once, now, with the devices that a session can play on. Later changes are not reported
-  /// yet.
+  /// Calls `observer` at once, and after each change, with the devices that a session can play on.
   void onOutputDevicesChanged(std::function<void(std::vector<AudioOutputDevice>)> observer);
 
   // Queries.
@@ -98,7 +108,8 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   /// In no order of meaning.
   std::vector<AudioObjectID> controlledAppIDs() const;
 
-  /// The inPeak of each session, 0.0 before its first cycle. Reading resets nothing.
+  /// The inPeak of each session for each of its processes; 0.0 before the first cycle and while the
+  /// application plays nothing. Reading resets nothing.
   std::map<AudioObjectID, float> peaks() const;
 
   /// None if there is no session.
@@ -124,22 +135,68 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   bool setMasterVolume(float volume);
 
  private:
-  void assertOnExecutor() const;
-  void report(const TapSession& session, bool exists, std::optional<std::string> error = std::nullopt) const;
-  const TapSession* session(AudioObjectID appID) const;
+  struct Settings {
+    float gain = 1.0F;
+    bool muted = false;
+    std::optional<std::string> outputUID = {};
 
-  // Steps of addChannel, in this order. Each throws HardwareError.
+    bool operator==(const Settings&) const = default;
+  };
+
+  /// Settings of an application without a session.
+  struct Kept {
+    Settings settings;
+    AudioObjectID tap =
+        kAudioObjectUnknown; ///< holds the application's streams silent until it has a session
+    bool hasFailed = false;  ///< to start; tried again after a while, not at every change
+  };
+
+  void assertOnExecutor() const;
+  TapSession* find(AudioObjectID appID) const;
+  TapSession* findByKey(const std::string& key) const;
+  static Settings settingsOf(const TapSession& session);
+
+  // Building.
+  std::unique_ptr<TapSession> buildSession(const AudioApp& app, const Settings& settings);
   void createTap(TapSession& session);
   void createAggregateDevice(TapSession& session);
+  OSStatus tryAggregateDevice(TapSession& session, const std::string& outputUID, const std::string& tapUID);
   IOProcID installIOProc(TapSession& session);
   void startDevice(AudioObjectID device, IOProcID ioProc);
 
+  // Taking down.
   HardwareTeardownResult teardown(TapSession& session);
+  HardwareTeardownResult remove(AudioObjectID sessionID);
+  std::vector<HardwareTeardownResult> takeAllDown();
+  void destroyStrayTaps(std::vector<HardwareTeardownResult>& results);
   void recordTeardownFailure(const HardwareTeardownResult& result);
   void scheduleTeardownRetry();
   void retryTeardown();
-  void finishTeardownRetry();
   void finishProbe(std::uint64_t number);
+
+  // Following.
+  void startFollowing();
+  void requestPass();
+  void followChanges();
+  void followSession(AudioObjectID sessionID, const OutputSituation& outputs);
+  void followProcesses(TapSession& session, const std::vector<AudioObjectID>& processes);
+  void followChoice(TapSession& session, const OutputSituation& outputs);
+  std::optional<std::optional<std::string>> readChoice(const std::vector<AudioObjectID>& processes) const;
+  void outlive(const TapSession& session);
+  void noteFormerProcesses(const TapSession& session);
+  bool listen();
+
+  // Keeping.
+  void startKept(const AudioApp& app, Settings settings);
+  void letWait(const std::set<std::string>& bundleIDs, Kept& kept);
+  void endWaiting(Kept& kept);
+  void startKeptApplications();
+  void scheduleFollowing();
+
+  // Reporting.
+  static SessionReport reportOf(const TapSession& session);
+  void reportChanges();
+  void reportDevices(const std::vector<AudioOutputDevice>& devices);
 
   /// A probe that is listening.
   struct ListeningProbe {
@@ -154,6 +211,12 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
     ProbeAnswer answer;
   };
 
+  /// What the listeners have noted for the next pass.
+  struct Noted {
+    std::atomic<bool> isPassDue = false;
+    std::atomic<bool> hasProcessListChanged = false;
+  };
+
   const AudioEnvironment environment_;
   Clock& clock_;
   const std::weak_ptr<Executor> executor_;
@@ -164,18 +227,29 @@ class HardwareController final : public std::enable_shared_from_this<HardwareCon
   std::map<AudioObjectID, std::unique_ptr<TapSession>> sessions_; ///< by the application's objectID
   std::unique_ptr<Timer> teardownRetryTask_;                      ///< present while the retrying goes on
   std::optional<std::string> restorationFailure_;
+  std::vector<AudioObjectID> strayTaps_; ///< of kept settings, that could not be destroyed
+  int configurationDepth_ = 0;
+
   std::map<std::uint64_t, ListeningProbe> listeningProbes_; ///< by number
   std::uint64_t lastProbe_ = 0;
 
-  struct Settings {
-    float gain;
-    bool muted;
-    std::optional<std::string> outputUID;
-  };
+  std::map<std::string, Kept> kept_; ///< by stable key
+  std::map<std::string, std::string>
+      overruled_; ///< by stable key: the device chosen elsewhere, not wanted here
+  ApplicationProcesses processes_;
+  std::map<AudioObjectID, std::string>
+      formerProcesses_; ///< with the stable key, of sessions and kept settings
+  const std::shared_ptr<Noted> noted_ = std::make_shared<Noted>();
+  std::optional<ChangeListeners> listeners_; ///< from startFollowing on
+  std::unique_ptr<Timer> followingRetry_;    ///< present while a start that has failed is to be tried again
 
-  std::map<std::string, Settings> keptSettings_; ///< by stable key
   SessionObserver sessionObserver_;
+  std::map<std::string, SessionReport> reported_;      ///< by stable key, of sessions
+  std::map<std::string, SessionReport> startFailures_; ///< by stable key, not reported yet
   std::function<void(std::vector<AudioOutputDevice>)> devicesObserver_;
+  std::optional<std::vector<AudioOutputDevice>> reportedDevices_;
+
+  const Relay relay_; // last
 };
 
 } // namespace sonvel

@@ -36,12 +36,7 @@ void HardwareController::probeCapture(ProbeAnswer answer) {
     return answer(false);
   }
   const auto number = ++lastProbe_;
-  auto wake = clock_.callAfter(kListeningTime, [weakSelf = weak_from_this(), executor = executor_, number] {
-    if (const auto entered = executor.lock())
-      entered->post([weakSelf, number] {
-        if (const auto self = weakSelf.lock()) self->finishProbe(number);
-      });
-  });
+  auto wake = clock_.callAfter(kListeningTime, relay_.bind([this, number] { finishProbe(number); }));
   listeningProbes_.emplace(number, ListeningProbe(std::move(probe), std::move(wake), std::move(answer)));
 }
 

@@ -5,6 +5,7 @@
 #include "engine/realtime_mix_box.h"
 
 #include <memory>
+#include <vector>
 
 namespace sonvel {
 
@@ -14,10 +15,22 @@ namespace sonvel {
 struct TapSession {
   TapSession(AudioApp controlledApp, std::optional<std::string> wantedOutputUID)
       : app(std::move(controlledApp))
+      , processes{app.objectID}
       , outputUID(std::move(wantedOutputUID)) {}
 
-  const AudioApp app;
-  const std::optional<std::string> outputUID; ///< the device asked for; none follows the default device
+  AudioApp app;                         ///< with the process that stands for the application
+  std::vector<AudioObjectID> processes; ///< of the application, as far as the tap was told of them
+  std::optional<std::string> outputUID; ///< the device asked for; none follows the default device
+  std::string playingUID = {};          ///< the device that the aggregate device is made of
+
+  /// The device that the application was sent to elsewhere, as it was last looked at; none: it follows.
+  std::optional<std::string> chosenUID = {};
+
+  bool isPlaying = true;  ///< some process plays
+  bool isPartial = false; ///< some stream can't be controlled
+
+  /// Why taking it down has failed, which is tried again. None while it is healthy.
+  std::optional<std::string> teardownFailure = {};
 
   AudioObjectID tapID = kAudioObjectUnknown;
   AudioObjectID aggID = kAudioObjectUnknown;

@@ -1,17 +1,19 @@
 // Taking sessions down, which is what gives an application its own output back, until it has succeeded.
 
+#include "engine/configuration.h"
 #include "engine/hardware_controller.h"
 
 #include <algorithm>
-#include <cassert>
 
 namespace sonvel {
 namespace {
 
 constexpr std::chrono::seconds kTeardownRetryInterval{2};
 
-HardwareTeardownResult failed(const TapSession& session, const std::string& step, OSStatus status) {
-  return {.appID = session.app.objectID, .failures = {step + " (OSStatus " + std::to_string(status) + ")"}};
+constexpr auto kDestroyTap = "AudioHardwareDestroyProcessTap";
+
+HardwareTeardownResult failed(AudioObjectID appID, const std::string& step, OSStatus status) {
+  return {.appID = appID, .failures = {step + " (OSStatus " + std::to_string(status) + ")"}};
 }
 
 } // namespace
@@ -21,33 +23,41 @@ HardwareTeardownResult HardwareController::teardown(TapSession& session) {
   auto& hardware = environment_.hardware;
   if (session.ioProc && session.aggID != kAudioObjectUnknown) {
     const auto stop = hardware.deviceStop(session.aggID, *session.ioProc);
-    if (stop != kNoError) return failed(session, "AudioDeviceStop", stop);
+    if (stop != kNoError) return failed(session.app.objectID, "AudioDeviceStop", stop);
     const auto destroy = hardware.destroyIOProcID(session.aggID, *session.ioProc);
-    if (destroy != kNoError) return failed(session, "AudioDeviceDestroyIOProcID", destroy);
+    if (destroy != kNoError) return failed(session.app.objectID, "AudioDeviceDestroyIOProcID", destroy);
     session.ioProc.reset();
   }
   if (session.aggID != kAudioObjectUnknown) {
     const auto destroy = hardware.destroyAggregateDevice(session.aggID);
-    if (destroy != kNoError) return failed(session, "AudioHardwareDestroyAggregateDevice", destroy);
+    if (destroy != kNoError)
+      return failed(session.app.objectID, "AudioHardwareDestroyAggregateDevice", destroy);
     session.aggID = kAudioObjectUnknown;
   }
   if (session.tapID != kAudioObjectUnknown) {
     const auto destroy = hardware.destroyProcessTap(session.tapID);
-    if (destroy != kNoError) return failed(session, "AudioHardwareDestroyProcessTap", destroy);
+    if (destroy != kNoError) return failed(session.app.objectID, kDestroyTap, destroy);
     session.tapID = kAudioObjectUnknown;
   }
   return {.appID = session.app.objectID, .failures = {}};
 }
 
 std::optional<HardwareTeardownResult> HardwareController::removeChannel(AudioObjectID appID) {
-  assertOnExecutor();
-  const auto found = sessions_.find(appID);
-  if (found == sessions_.end()) return std::nullopt;
+  const auto* session = find(appID);
+  if (session == nullptr) return std::nullopt;
+  auto result = remove(session->app.objectID);
+  requestPass();
+  reportChanges();
+  return result;
+}
+
+HardwareTeardownResult HardwareController::remove(AudioObjectID sessionID) {
+  const auto found = sessions_.find(sessionID);
   auto result = teardown(*found->second);
   if (result.restored()) {
-    report(*found->second, false);
     sessions_.erase(found);
   } else {
+    found->second->teardownFailure = result.failureText();
     recordTeardownFailure(result);
   }
   return result;
@@ -55,18 +65,37 @@ std::optional<HardwareTeardownResult> HardwareController::removeChannel(AudioObj
 
 std::vector<HardwareTeardownResult> HardwareController::teardownAll() {
   assertOnExecutor();
+  for (auto& [key, kept] : kept_)
+    endWaiting(kept);
+  kept_.clear();
+  followingRetry_.reset();
+  auto results = takeAllDown();
+  reportChanges();
+  return results;
+}
+
+std::vector<HardwareTeardownResult> HardwareController::takeAllDown() {
   std::vector<HardwareTeardownResult> results;
   for (auto session = sessions_.begin(); session != sessions_.end();) {
     results.push_back(teardown(*session->second));
-    if (results.back().restored()) report(*session->second, false);
+    if (!results.back().restored()) session->second->teardownFailure = results.back().failureText();
     session = results.back().restored() ? sessions_.erase(session) : std::next(session);
   }
+  destroyStrayTaps(results);
   const auto firstFailed = std::ranges::find_if_not(results, &HardwareTeardownResult::restored);
   if (firstFailed != results.end())
     recordTeardownFailure(*firstFailed);
   else
     restorationFailure_.reset();
   return results;
+}
+
+void HardwareController::destroyStrayTaps(std::vector<HardwareTeardownResult>& results) {
+  std::erase_if(strayTaps_, [&](AudioObjectID tap) {
+    const auto status = environment_.hardware.destroyProcessTap(tap);
+    if (status != kNoError) results.push_back(failed(kAudioObjectUnknown, kDestroyTap, status));
+    return status == kNoError;
+  });
 }
 
 std::optional<std::string> HardwareController::restorationFailure() const {
@@ -81,29 +110,29 @@ void HardwareController::recordTeardownFailure(const HardwareTeardownResult& res
 }
 
 void HardwareController::scheduleTeardownRetry() {
-  assert(!weak_from_this().expired());
-  teardownRetryTask_ =
-      clock_.callAfter(kTeardownRetryInterval, [self = weak_from_this(), executor = executor_] {
-        const auto entrance = executor.lock();
-        if (!entrance) return;
-        entrance->post([self] {
-          if (const auto controller = self.lock()) controller->retryTeardown();
-        });
-      });
+  teardownRetryTask_ = clock_.callAfter(kTeardownRetryInterval, relay_.bind([this] { retryTeardown(); }));
 }
 
+/// Takes all down, and builds the healthy sessions again at once: their applications hear nothing of it.
 void HardwareController::retryTeardown() {
-  if (!std::ranges::all_of(teardownAll(), &HardwareTeardownResult::restored)) return scheduleTeardownRetry();
-  // In turn with the calls that wait already: to them the retrying still goes on.
-  if (const auto executor = executor_.lock()) {
-    executor->post([self = weak_from_this()] {
-      if (const auto controller = self.lock()) controller->finishTeardownRetry();
-    });
+  bool isRestored = false;
+  {
+    const ConfigurationScope configuration(environment_.hardware, configurationDepth_);
+    std::vector<std::pair<AudioApp, Settings>> healthy;
+    for (const auto& [sessionID, session] : sessions_)
+      if (!session->teardownFailure) healthy.emplace_back(session->app, settingsOf(*session));
+    isRestored = std::ranges::all_of(takeAllDown(), &HardwareTeardownResult::restored);
+    for (auto& [app, settings] : healthy) {
+      if (sessions_.contains(app.objectID)) continue; // it could not be taken down
+      const auto& kept = kept_[stableKey(app)] = {.settings = std::move(settings)};
+      startKept(app, kept.settings);
+    }
   }
-}
-
-void HardwareController::finishTeardownRetry() {
-  teardownRetryTask_.reset();
+  requestPass();
+  reportChanges();
+  if (!isRestored) return scheduleTeardownRetry();
+  // Posted, so that calls that wait already still see the retrying as going on.
+  relay_.bind([this] { teardownRetryTask_.reset(); })();
 }
 
 } // namespace sonvel

@@ -21,6 +21,7 @@ struct DesiredTap {
   std::set<std::string> bundleIDs;      ///< processes that appear later under one of these join
   std::set<ProcessKey> formerStrangers; ///< processes that were there before it and were not listed
   bool isMuted = false;                 ///< only a muted tap has a node: others are read from the streams
+  bool standsBy = false;                ///< it takes its streams though no session reads it: they are silent
   bool isMono = false;                  ///< its device has one channel
   bool isRetired = false;               ///< destroyed in a configuration that is still open
   bool isLeaving = false;               ///< it is forgotten as soon as its node has gone

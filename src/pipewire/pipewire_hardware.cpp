@@ -43,7 +43,8 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
     if (!process) return status::kBadObject;
     desired.processes.insert(*process);
   }
-  ProcessJoining::noteStrangers(state_->graph, desired);
+  desired.standsBy = desired.isMuted && desired.processes.empty();
+  if (!desired.standsBy) ProcessJoining::noteStrangers(state_->graph, desired);
   if (desired.isMuted) state_->ensureGuardian();
   if (const OSStatus outcome = state_->syncWithServer(lock, deadlineFromNow()); outcome != kNoError)
     return outcome;

@@ -16,8 +16,10 @@ PlanContext::PlanContext(const Graph& graph, const DesiredState& desired, const 
     : index_(graph)
     , desired_(desired)
     , owned_(owned) {
-  for (const auto& [id, tap] : desired.taps)
+  for (const auto& [id, tap] : desired.taps) {
     tapByName_[tap.nodeName] = id;
+    if (tap.standsBy && !tap.isLeaving) readTaps_.insert(id);
+  }
   for (const auto& [id, session] : desired.sessions) {
     if (session.isStopping) continue;
     for (const auto tap : session.taps)

@@ -19,7 +19,7 @@ class PlanContext {
   /// The streams that a tap is on.
   std::vector<GlobalID> streamsOf(const DesiredTap& tap) const;
 
-  /// Whether a muted tap is read by a session that is to go on.
+  /// Whether a muted tap is read by a session that is to go on, or stands by.
   bool isRead(AudioObjectID tap) const { return readTaps_.contains(tap); }
 
   /// The tap of ours with that name of its node; none if there is no such tap.

@@ -50,33 +50,32 @@ class AudioHardware {
   /// outlive a lost server and are called when it is back. An unknown property gives kUnknownProperty, an
   /// unknown object kBadObject.
   virtual OSStatus addPropertyListener(AudioObjectID object, const PropertyAddress& address,
-                                       PropertyListener listener, PropertyListenerID& id) {
-    (void)object, (void)address, (void)listener, (void)id;
-    return status::kUnknownProperty;
-  }
+                                       PropertyListener listener, PropertyListenerID& id) = 0;
 
   /// Ends a listener, also one whose object is gone: after this it is not running and is not called again.
   /// Not from inside a listener.
-  virtual OSStatus removePropertyListener(PropertyListenerID /*id*/) { return kNoError; }
+  virtual OSStatus removePropertyListener(PropertyListenerID id) = 0;
 
   /// Begins a configuration: until it is committed, destroying and making taps, aggregate devices and IOProcs
   /// answers as ever, but what is heard stays as it was. Destroyed taps keep their processes and stopped
   /// IOProcs may be called on until then. kIllegalOperation inside another configuration.
-  virtual OSStatus beginConfiguration() { return kNoError; }
+  virtual OSStatus beginConfiguration() = 0;
 
   /// Lets what was changed since beginConfiguration take effect together: a process goes from its old tap
   /// into its new one without being heard at its own device in between, and back to its own device where
   /// there is no new one. After it no stopped block is running or called again. A failure still ends the
   /// configuration.
-  virtual OSStatus commitConfiguration() { return kNoError; }
+  virtual OSStatus commitConfiguration() = 0;
 
   /// Makes a tap on the processes that `description` names. On success `tap` is its object, with a kTapUID.
   ///
   /// A muted tap takes its processes off their own device no later than when a started IOProc reads it, and
   /// gives them back no later than when destroyProcessTap has succeeded. In between the system chooses the
   /// moments, so that it can hand over without a gap. Streams that a process opens later join the tap, and so
-  /// do processes that appear later under one of its bundle IDs, before they are heard. A stream that nobody
-  /// may move stays where it is (kTapIsPartial); no call waits for a stream.
+  /// do processes that appear later under one of its bundle IDs, before they are heard. A muted tap that names
+  /// no process but bundle IDs stands by: it also takes the processes that are there under these, at once, and
+  /// keeps them silent until another tap takes them or it is destroyed. A stream that nobody may move stays
+  /// where it is (kTapIsPartial); no call waits for a stream.
   virtual OSStatus createProcessTap(const TapDescription& description, AudioObjectID& tap) = 0;
 
   /// Removes a tap. A tap that the audio system has lost meanwhile counts as removed.

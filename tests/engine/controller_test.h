@@ -23,15 +23,13 @@ class ControllerTest : public testing::Test {
 
   /// An application that plays the same sample for ever to the default device.
   AudioApp playingApp(AudioObjectID objectID, float sample = 0.25F, std::int32_t pid = 512) {
+    const auto bundleID = "com.example.Player" + std::to_string(objectID);
     audio_.addProcess({.pid = pid,
-                       .bundleID = "com.example.Player",
+                       .bundleID = bundleID,
                        .streams = {simulated::constantSignal(sample, sample)},
                        .objectID = objectID});
-    return {.objectID = objectID,
-            .pid = pid,
-            .bundleID = "com.example.Player",
-            .name = "Player",
-            .parentBundleID = std::nullopt};
+    return {
+        .objectID = objectID, .pid = pid, .bundleID = bundleID, .name = "Player", .parentBundleID = bundleID};
   }
 
   void addChannel(const AudioApp& app, std::optional<std::string> outputUID = std::nullopt) {

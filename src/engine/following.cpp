@@ -1,0 +1,154 @@
+// Keeping sessions in line with what the audio system tells: processes, devices, the default device and the
+// routes that are chosen elsewhere. Each pass looks at everything anew, so it does not matter which change
+// has caused it, nor how many.
+
+#include "audio/object_access.h"
+#include "engine/hardware_controller.h"
+
+#include <algorithm>
+
+namespace sonvel {
+
+void HardwareController::startFollowing() {
+  if (listeners_) return;
+  auto follow = relay_.bind([this] { followChanges(); });
+  listeners_.emplace(environment_.hardware, [noted = noted_, follow](std::uint32_t selector) {
+    if (selector == property::kProcessObjectList) noted->hasProcessListChanged = true;
+    if (!noted->isPassDue.exchange(true)) follow();
+  });
+  requestPass();
+}
+
+void HardwareController::requestPass() {
+  if (listeners_ && !noted_->isPassDue.exchange(true)) relay_.bind([this] { followChanges(); })();
+}
+
+void HardwareController::followChanges() {
+  assertOnExecutor();
+  noted_->isPassDue = false;
+  const bool hasProcessListChanged = noted_->hasProcessListChanged.exchange(false);
+  auto& hardware = environment_.hardware;
+  const auto outputs = readOutputSituation(hardware);
+  if (!outputs || !processes_.update(hardware)) {
+    listeners_->forgetObjects();
+    (void)listen();
+    return; // without an audio system the sessions stay as they are, until it is back
+  }
+  if (hasProcessListChanged) listeners_->forgetObjects();
+  reportDevices(outputs->devices);
+  for (const auto sessionID : controlledAppIDs())
+    followSession(sessionID, *outputs);
+  startKeptApplications();
+  std::erase_if(formerProcesses_, [this](const auto& former) {
+    return findByKey(former.second) == nullptr && !kept_.contains(former.second);
+  });
+  if (listen()) requestPass(); // what is new may have changed before we listened to it
+  reportChanges();
+}
+
+void HardwareController::followSession(AudioObjectID sessionID, const OutputSituation& outputs) {
+  const auto found = sessions_.find(sessionID);
+  if (found == sessions_.end() || found->second->teardownFailure) return;
+  auto* session = found->second.get();
+  const auto processes = processes_.of(stableKey(session->app));
+  if (processes.empty()) return outlive(*session);
+  if (processes != session->processes) noteFormerProcesses(*session);
+  if (std::ranges::find(processes, sessionID) == processes.end()) {
+    auto entry = sessions_.extract(sessionID);
+    session->app = processes_.appWithProcess(session->app, processes.front());
+    entry.key() = session->app.objectID;
+    sessions_.insert(std::move(entry));
+  }
+  followProcesses(*session, processes);
+  followChoice(*session, outputs);
+  auto& hardware = environment_.hardware;
+  session->isPlaying = std::ranges::any_of(processes, [&](AudioObjectID process) {
+    return scalarProp<std::uint32_t>(hardware, process, property::kProcessIsRunningOutput, scope::kGlobal) !=
+           0U;
+  });
+  session->isPartial =
+      scalarProp<std::uint32_t>(hardware, session->tapID, property::kTapIsPartial, scope::kGlobal) == 1U;
+  const auto wanted = outputs.deviceFor(session->outputUID);
+  if (!wanted || *wanted == session->playingUID) return;
+  try {
+    rebuild(session->app.objectID);
+  } catch (const HardwareError&) {
+    // It is reported, and tried again.
+  }
+}
+
+/// Has the tap take in all processes of the application.
+void HardwareController::followProcesses(TapSession& session, const std::vector<AudioObjectID>& processes) {
+  if (processes == session.processes) return;
+  if (std::ranges::find(processes, session.app.objectID) == processes.end()) return;
+  const auto status = environment_.hardware.setPropertyData(
+      session.tapID, {property::kTapProcessList, scope::kGlobal}, std::as_bytes(std::span(processes)));
+  if (status == kNoError) session.processes = processes; // else one of them has just ended
+}
+
+/// The device that the user has sent the processes to elsewhere; an inner none: they follow the default
+/// device. None if that can't be read.
+std::optional<std::optional<std::string>>
+HardwareController::readChoice(const std::vector<AudioObjectID>& processes) const {
+  auto& hardware = environment_.hardware;
+  bool isKnown = false;
+  for (const auto process : processes) {
+    const auto device =
+        scalarProp<AudioObjectID>(hardware, process, property::kProcessChosenDevice, scope::kGlobal);
+    isKnown |= device.has_value();
+    if (device.value_or(kAudioObjectUnknown) == kAudioObjectUnknown) continue;
+    if (auto uid = cfStringProp(hardware, *device, property::kDeviceUID)) return uid;
+  }
+  if (isKnown) return std::optional<std::string>();
+  return std::nullopt;
+}
+
+/// A choice that has changed elsewhere becomes the session's route.
+void HardwareController::followChoice(TapSession& session, const OutputSituation& outputs) {
+  auto choice = readChoice(session.processes);
+  if (!choice || *choice == session.chosenUID) return;
+  if (!*choice) {
+    // There is no choice either while its device is gone. That is no change of the user's mind.
+    const auto outputsNow = readOutputSituation(environment_.hardware);
+    if (!outputs.isConnected(*session.chosenUID) || !outputsNow ||
+        !outputsNow->isConnected(*session.chosenUID))
+      return;
+  }
+  overruled_.erase(stableKey(session.app));
+  session.chosenUID = *choice;
+  session.outputUID = *std::move(choice);
+}
+
+void HardwareController::noteFormerProcesses(const TapSession& session) {
+  for (const auto process : session.processes)
+    formerProcesses_[process] = stableKey(session.app);
+}
+
+/// Ends the session of an application whose last process has ended; the next one gets its settings.
+void HardwareController::outlive(const TapSession& session) {
+  const auto key = stableKey(session.app);
+  noteFormerProcesses(session);
+  if (auto settings = settingsOf(session);
+      settings != Settings() && !session.app.bundleID.starts_with("pid "))
+    kept_[key] = {.settings = std::move(settings)};
+  (void)remove(session.app.objectID);
+}
+
+bool HardwareController::listen() {
+  std::set<ChangeListeners::Property> properties{{kSystemObject, property::kProcessObjectList},
+                                                 {kSystemObject, property::kDevices},
+                                                 {kSystemObject, property::kDefaultOutputDevice}};
+  for (const auto& [sessionID, session] : sessions_) {
+    properties.emplace(session->tapID, property::kTapIsPartial);
+    for (const auto process : session->processes) {
+      properties.emplace(process, property::kProcessChosenDevice);
+      properties.emplace(process, property::kProcessIsRunningOutput);
+    }
+  }
+  if (!kept_.empty())
+    for (const auto process : processes_.all())
+      properties.emplace(process, property::kProcessIsRunningOutput);
+  return listeners_->listenTo(properties);
+}
+
+} // namespace sonvel

@@ -1,0 +1,88 @@
+// Settings of applications that have no session: they are used as soon as the application plays.
+
+#include "engine/hardware_controller.h"
+
+#include <algorithm>
+
+namespace sonvel {
+namespace {
+
+constexpr std::chrono::seconds kStartRetryInterval{2};
+
+} // namespace
+
+void HardwareController::keepSettings(const std::string& key, float gain, bool muted,
+                                      std::optional<std::string> outputUID) {
+  assertOnExecutor();
+  startFollowing();
+  if (findByKey(key) != nullptr) return;
+  kept_[key].settings = {gain, muted, std::move(outputUID)};
+  requestPass();
+}
+
+void HardwareController::forgetSettings(const std::string& key) {
+  assertOnExecutor();
+  const auto found = kept_.find(key);
+  if (found == kept_.end()) return;
+  endWaiting(found->second);
+  kept_.erase(found);
+}
+
+void HardwareController::startKeptApplications() {
+  if (kept_.empty()) return;
+  const auto apps = enumerateAudibleApps(environment_);
+  std::vector<std::string> keys;
+  for (const auto& [key, kept] : kept_)
+    keys.push_back(key);
+  for (const auto& key : keys) {
+    if (findByKey(key) != nullptr) continue;
+    auto& kept = kept_.at(key);
+    const auto app = std::ranges::find(apps, key, stableKey);
+    kept.hasFailed = kept.hasFailed && app != apps.end();
+    if (kept.hasFailed && followingRetry_) continue;
+    if (app != apps.end())
+      startKept(*app, kept.settings);
+    else if (const auto bundleIDs = processes_.bundleIDs(key); !bundleIDs.empty())
+      letWait(bundleIDs, kept);
+    else if (processes_.of(key).empty())
+      kept_.erase(key); // a process ID may become another program's
+  }
+}
+
+void HardwareController::startKept(const AudioApp& app, Settings settings) {
+  try {
+    addChannel(app, settings.gain, settings.muted, std::move(settings.outputUID));
+  } catch (const HardwareError&) {
+    // It is reported, and tried again.
+  }
+}
+
+/// Makes a tap that no aggregate device reads: what the application plays into it is not heard, so that it is
+/// not heard at another volume before it has its session.
+void HardwareController::letWait(const std::set<std::string>& bundleIDs, Kept& kept) {
+  if (kept.tap != kAudioObjectUnknown) return;
+  const TapDescription description{.processes = {},
+                                   .bundleIDs = {bundleIDs.begin(), bundleIDs.end()},
+                                   .name = "SonvelTap-waiting",
+                                   .isPrivate = true,
+                                   .muteBehavior = TapMuteBehavior::muted};
+  AudioObjectID tap = kAudioObjectUnknown;
+  if (environment_.hardware.createProcessTap(description, tap) == kNoError) kept.tap = tap;
+}
+
+void HardwareController::endWaiting(Kept& kept) {
+  const auto tap = std::exchange(kept.tap, kAudioObjectUnknown);
+  if (tap == kAudioObjectUnknown || environment_.hardware.destroyProcessTap(tap) == kNoError) return;
+  strayTaps_.push_back(tap);
+  if (!teardownRetryTask_) scheduleTeardownRetry();
+}
+
+void HardwareController::scheduleFollowing() {
+  if (followingRetry_) return;
+  followingRetry_ = clock_.callAfter(kStartRetryInterval, relay_.bind([this] {
+    followingRetry_.reset();
+    followChanges();
+  }));
+}
+
+} // namespace sonvel
