@@ -40,7 +40,10 @@ void MixerViewModel::followSession(const SessionReport& report, SessionReports::
     if (!age.isRouteOld && row->outputUID() != report.outputUID) row->setOutputUID(report.outputUID);
     if (!age.hasWaited) followSettings(*row, report);
     // A session without an error exists because its application plays; one with an error could not be ended.
-    if (!row->isPlaying() && !report.error) revive(*row);
+    if (!row->isPlaying() && !report.error) {
+      revive(*row);
+      sortRows();
+    }
   }
   const ChannelState::Playback playback{report.objectIDs, report.playingUID, report.isOutputConnected,
                                         report.isPartial};

@@ -5,16 +5,6 @@
 #include <algorithm>
 
 namespace sonvel {
-namespace {
-
-/// Whether a session that has ended is not the one that was reported last. A program that restarts may be
-/// under control again before the session of its former process has ended.
-bool isOfAnother(const SessionReport& ended, const SessionReport& last) {
-  if (ended.exists || !last.exists || ended.app.objectID == last.app.objectID) return false;
-  return std::ranges::find(last.objectIDs, ended.app.objectID) == last.objectIDs.end();
-}
-
-} // namespace
 
 SessionReports::Hold::Hold(SessionReports& reports, std::string key, bool choosesRoute)
     : reports_(reports)
@@ -75,7 +65,6 @@ void SessionReports::forgetSession(const std::string& key) {
 
 void SessionReports::take(SessionReport report) {
   auto& entry = entries_[report.key];
-  if (isOfAnother(report, entry.report)) return;
   entry.report = std::move(report);
   entry.isWaiting = entry.holds > 0;
   entry.isRouteOld = entry.routeHolds > 0;

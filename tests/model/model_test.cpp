@@ -78,8 +78,10 @@ AudioObjectID MixerTest::play(const std::string& name, const std::string& bundle
 
 bool MixerTest::settle() {
   for (;;) {
-    // What the model has asked of the actor is done when this is, and the replies are posted.
-    actor_->call([](HardwareController&) {}).get();
+    // What the model has asked of the actor is done when this is, with what follows from it and from that,
+    // and the replies are posted.
+    for (int round = 0; round < 3; ++round)
+      actor_->call([](HardwareController&) {}).get();
     if (mainThread_.pending() == 0) return true;
     if (!pumpUntil([this] { return mainThread_.pending() == 0; })) return false;
   }

@@ -144,11 +144,15 @@ class RandomWalkTest : public MixerTest {
   void checkSessions();
   void checkSound();
 
-  /// The row whose session controls the process; null if there is none.
-  const ChannelState* rowOf(AudioObjectID process) const {
+  /// The row whose session the tap belongs to; null if there is none.
+  const ChannelState* rowOf(const simulated::Tap& tap) const {
     for (const auto& row : model_->channels()->rows())
-      if (row->active() && row->sessionID() == process) return row.get();
+      if (row->active() && has(tap.description.processes, row->sessionID())) return row.get();
     return nullptr;
+  }
+
+  static bool has(const auto& values, const auto& value) {
+    return std::ranges::find(values, value) != values.end();
   }
 
   void expect(const Player& player, std::map<std::string, std::optional<float>>& sound);
