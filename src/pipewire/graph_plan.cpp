@@ -25,7 +25,8 @@ bool canLoseNode(const PlanContext& context, AudioObjectID tapID, const DesiredT
          });
 }
 
-/// Only a tap that is read, or stands by, has a node. One whose device has another number of channels now gets a new one.
+/// Only a tap that is read, or stands by, has a node. One whose device has another number of channels now
+/// gets a new one.
 void planTapNodes(const PlanContext& context, Plan& plan) {
   const auto& nodes = context.owned().tapNodes;
   for (const auto& [id, tap] : context.desired().taps)
@@ -96,8 +97,8 @@ bool mayTake(const PlanContext& context, const DesiredSession& session, bool isC
   return former && *former != tap && context.graph().nodeNamed(context.desired().taps.at(tap).nodeName);
 }
 
-/// The tap that each stream is to be sent into now: the newest of those that want it and may take it. One that
-/// stands by takes what no other wants.
+/// The tap that each stream is to be sent into now: the newest of those that want it and may take it. One
+/// that stands by takes what no other wants.
 std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
   std::map<GlobalID, AudioObjectID> taps;
   for (const auto& [id, session] : context.desired().sessions) {

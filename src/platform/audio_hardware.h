@@ -72,10 +72,10 @@ class AudioHardware {
   /// A muted tap takes its processes off their own device no later than when a started IOProc reads it, and
   /// gives them back no later than when destroyProcessTap has succeeded. In between the system chooses the
   /// moments, so that it can hand over without a gap. Streams that a process opens later join the tap, and so
-  /// do processes that appear later under one of its bundle IDs, before they are heard. A muted tap that names
-  /// no process but bundle IDs stands by: it also takes the processes that are there under these, at once, and
-  /// keeps them silent until another tap takes them or it is destroyed. A stream that nobody may move stays
-  /// where it is (kTapIsPartial); no call waits for a stream.
+  /// do processes that appear later under one of its bundle IDs, before they are heard. A muted tap that
+  /// names no process but bundle IDs stands by: it also takes the processes that are there under these, at
+  /// once, and keeps them silent until another tap takes them or it is destroyed. A stream that nobody may
+  /// move stays where it is (kTapIsPartial); no call waits for a stream.
   virtual OSStatus createProcessTap(const TapDescription& description, AudioObjectID& tap) = 0;
 
   /// Removes a tap. A tap that the audio system has lost meanwhile counts as removed.

@@ -78,11 +78,12 @@ TEST_F(InterleavingTest, ARowDismissedDuringAReconciliationIsNewToTheNext) {
   EXPECT_TRUE(controlled().empty());
   model_->setGain(50, betaRow());
   consent_.setPreflight(0);
-  during({.call = Call::createProcessTap, .after = 1}, // Beta has waited with its gain, now it is Alpha's turn
-         [this] {
-           model_->onDisappear();
-           model_->dismissChannel(betaRow());
-         });
+  during(
+      {.call = Call::createProcessTap, .after = 1}, // Beta has waited with its gain, now it is Alpha's turn
+      [this] {
+        model_->onDisappear();
+        model_->dismissChannel(betaRow());
+      });
   EXPECT_THAT(controlled(), ElementsAre(alpha_));
   openPanel();
   EXPECT_EQ(betaRow()->gainPercent(), 100);

@@ -127,8 +127,10 @@ class Session:
             shutil.copy(shutil.which(program) or BINARIES / program, copy)
         return copy
 
-    def player(self, frequency=1000, amplitude=0.4, program="tone-player", client=None, **options):
-        """A tone player with a stream named "tone", whose node's ID is its attribute node."""
+    def player(self, frequency=1000, amplitude=0.4, program=None, client=None, **options):
+        """A tone player with a stream named "tone", whose node's ID is its attribute node. program: its name, by which
+        several are one application; without it is an application of its own."""
+        program = program or f"tone-player-{len(self.processes)}"
         player = TonePlayer(self, self.copy_program("tone-player", program), client or {})
         player.node = player.open("tone", frequency=frequency, amplitude=amplitude, **options)
         return player

@@ -1,0 +1,76 @@
+"""Applications under control on a desktop where devices, routes and processes come and go: each is heard where its
+user expects it, as loud as was set, within a second."""
+
+from support.waiting import wait_until
+
+AT_ONCE = 1.4  # seconds: one, and what it takes to hear a tone
+
+
+def silent_at(session, *sinks):
+    for name in sinks:
+        session.sink(name).wait_for_zeros()
+
+
+def test_default_device_is_followed_and_a_route_falls_back_and_returns(session, holder):
+    following, routed = session.player(1000, 0.4), session.player(1700, 0.4)
+    holder.add(following.pid, 0.5)
+    holder.add(routed.pid, 0.25, "Headphones")
+    speakers, headphones = session.sink("Speakers"), session.sink("Headphones")
+    speakers.wait_for_tone(1000, 0.2)
+    headphones.wait_for_tone(1700, 0.1)
+    session.set_default_sink("Headphones")
+    headphones.wait_for_tone(1000, 0.2, within=AT_ONCE)
+    session.remove_sink("Headphones")
+    speakers.wait_for_tone(1000, 0.2, within=AT_ONCE)
+    speakers.wait_for_tone(1700, 0.1, within=AT_ONCE)
+    session.add_sink("Headphones")
+    session.sink("Headphones").wait_for_tone(1700, 0.1, within=AT_ONCE)
+
+
+def test_moves_made_elsewhere_become_the_route_and_follow_is_one_of_them(session, holder):
+    player = session.player(1000, 0.4)
+    session.move(player.node, "Headphones")
+    session.sink("Headphones").wait_for_tone(1000, 0.4)
+    holder.add(player.pid, 0.5)
+    session.sink("Headphones").wait_for_tone(1000, 0.2)
+    silent_at(session, "Speakers")
+    session.move(player.node, "Speakers")
+    session.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
+    silent_at(session, "Headphones")
+    session.set_default_sink("Headphones")
+    session.graph.set_metadata(player.node, "target.object", "-1", "Spa:Id")
+    session.graph.set_metadata(player.node, "target.node", "-1", "Spa:Id")
+    session.sink("Headphones").wait_for_tone(1000, 0.2, within=AT_ONCE)
+
+
+def test_all_processes_of_an_application_are_under_its_volume(session, holder):
+    first = session.player(1000, 0.4, program="browser")
+    second = session.player(1700, 0.4, program="browser")
+    session.sink().wait_for_tone(1700, 0.4)
+    holder.add(first.pid, 0.5)
+    for frequency in (1000, 1700):
+        session.sink().wait_for_tone(frequency, 0.2)
+    session.player(2600, 0.4, program="browser")
+    session.sink().wait_for_tone(2600, 0.2)
+    first.kill()
+    holder.tell("gain", second.pid, 0.25)
+    for frequency in (1700, 2600):
+        session.sink().wait_for_tone(frequency, 0.1)
+
+
+def test_restart_is_never_heard_without_the_settings(session, holder):
+    for device in ("Speakers", "Headphones"):
+        player = session.player(1000, 0.4, program=f"player-of-{device}")
+        holder.add(player.pid, 0.5, device)
+        session.sink(device).wait_for_tone(1000, 0.2)
+        for _ in range(3):
+            player.kill()
+            silent_at(session, device)
+            ears = session.sink(device)
+            mark = ears.mark()
+            player = session.player(1000, 0.4, program=f"player-of-{device}")
+            ears.wait_for_tone(1000, 0.2, within=AT_ONCE)
+            assert abs(ears.since(mark).left).max() < 0.21
+        holder.tell("remove", player.pid)
+        player.kill()
+    wait_until(lambda: not session.graph.of_ours(), what="a graph without anything of ours")
