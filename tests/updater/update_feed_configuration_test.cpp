@@ -70,9 +70,7 @@ TEST(UpdateFeedConfiguration, isReadFromABundleWhereValuesOfAnotherTypeCountAsAb
     simulated::SimulatedBundle::Information information;
     std::optional<UpdateFeedConfiguration> configuration;
   } cases[] = {
-      {{}, {}},
       {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", true}}, {}},
-      {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", "nightly"}}, {}},
       {{{"SUFeedURL", kFeed}, {"SUPublicEDKey", kKey}, {"AppUpdateChannel", true}},
        {{kFeed, kKey, {}, false}}},
       {{{"SUFeedURL", local}, {"SUPublicEDKey", kKey}, {"AppUpdateAllowInsecureLocalhost", true}},
