@@ -44,7 +44,7 @@ void MeterFill::setLevel(double level) {
   } else if (!isInWindow()) {
     glide_.begin(kUnseenMilliseconds);
   } else {
-    glide_.begin(level_ > shown_ ? kFallMilliseconds : kRiseMilliseconds);
+    glide_.begin(level_ > shown_ ? kRiseMilliseconds : kFallMilliseconds);
   }
 }
 
