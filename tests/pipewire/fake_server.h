@@ -47,7 +47,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return addNode(node, channels, channels, true);
   }
 
-  GlobalID addStream(std::int32_t pid, bool cannotBeMoved = false) {
+  GlobalID addStream(std::int32_t pid, const Channels& channels = kStereoChannels) {
     const GlobalID client = 1000 + static_cast<GlobalID>(pid);
     graph.clients[client].facts.processID = pid;
     graph.clients[client].isKnown = true;
@@ -56,8 +56,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     node.client = client;
     node.name = "player";
     node.isRunning = true;
-    node.cannotBeMoved = cannotBeMoved;
-    return addNode(node, {}, kStereoChannels, false);
+    return addNode(node, {}, channels, false);
   }
 
   /// A link that a user makes by hand, or another client.

@@ -63,8 +63,8 @@ class Walk {
     const auto streams = server_.streams();
     if (streams.size() > 5 || (!streams.empty() && below(3) == 0))
       server_.removeNode(*anyOf(streams));
-    else
-      server_.addStream(1 + static_cast<std::int32_t>(below(3)), below(6) == 0);
+    else if (const auto stream = server_.addStream(1 + static_cast<std::int32_t>(below(3))); below(6) == 0)
+      server_.graph.nodes.at(stream).cannotBeMoved = true;
   }
 
   /// One session for a process; while one runs it is stopped, or replaced in one change of side.

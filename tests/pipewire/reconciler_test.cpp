@@ -104,30 +104,36 @@ TEST_F(ReconcilerTest, LeavesLinksMadeByHandAndCutsTheSessionManagersPastTheTap)
   EXPECT_FALSE(server_.graph.links.contains(past));
 }
 
-TEST_F(ReconcilerTest, LinksSuitTheChannelsOfTheDevice) {
-  struct Case {
+TEST_F(ReconcilerTest, LinksSuitTheChannelsAtBothEnds) {
+  const Channels aux{"AUX0", "AUX1", "AUX2", "AUX3"};
+  const std::set<std::string> stereo{"FL>FL", "FR>FR"};
+
+  const struct {
+    Channels stream; ///< read from it; none: from a tap that the player is in
     Channels device;
-    std::set<std::string> intoDevice;
-    std::set<std::string> intoFilter;
+    std::set<std::string> intoFilter, intoDevice;
+  } cases[]{
+      {{}, kStereoChannels, stereo, stereo},
+      {{}, {"MONO"}, {"MONO>FL", "MONO>FR"}, {"FL>MONO"}}, // mixed down by the server, so played once
+      {{}, {"FL", "FR", "FC", "LFE", "RL", "RR"}, stereo, stereo},
+      {{}, aux, stereo, {"FL>AUX0", "FR>AUX1"}},
+      {{"FL", "FR", "RL"}, kStereoChannels, {"FL>FL", "FR>FR", "RL>FL", "RL>FR"}, stereo},
+      {aux, kStereoChannels, {"AUX0>FL", "AUX1>FR", "AUX2>FL", "AUX3>FR"}, stereo},
   };
 
-  const std::set<std::string> stereo{"FL>FL", "FR>FR"};
-  const std::vector<Case> cases{
-      {kStereoChannels, stereo, stereo},
-      {{"FR", "FL"}, stereo, stereo},
-      {{"MONO"}, {"FL>MONO"}, {"MONO>FL", "MONO>FR"}}, // mixed down by the server, so played once
-      {{"FL", "FR", "FC", "LFE", "RL", "RR"}, stereo, stereo},
-      {{"AUX0", "AUX1", "AUX2", "AUX3"}, {"FL>AUX0", "FR>AUX1"}, stereo},
-  };
-  for (const auto& [device, intoDevice, intoFilter] : cases) {
-    SCOPED_TRACE(testing::PrintToString(device));
+  std::int32_t pid = 700;
+  for (const auto& [channels, device, intoFilter, intoDevice] : cases) {
+    SCOPED_TRACE(testing::PrintToString(channels) + " to " + testing::PrintToString(device));
+    const bool isMuted = channels.empty();
+    const GlobalID stream = isMuted ? stream_ : server_.addStream(++pid, channels);
     const GlobalID sink = server_.addSink("device", device);
-    const AudioObjectID tap = server_.wantTap(kPlayer);
+    const AudioObjectID tap = server_.wantTap(isMuted ? kPlayer : pid, isMuted);
     session_ = server_.wantSession(tap, "device");
     ASSERT_TRUE(server_.settle());
     const GlobalID filter = server_.idOf(server_.session(session_).filterName);
+    const GlobalID source = isMuted ? server_.idOf(server_.tapName(tap)) : stream;
+    EXPECT_EQ(server_.channelsLinked(source, filter), intoFilter);
     EXPECT_EQ(server_.channelsLinked(filter, sink), intoDevice);
-    EXPECT_EQ(server_.channelsLinked(server_.idOf(server_.tapName(tap)), filter), intoFilter);
     stop();
     server_.removeNode(sink);
     ASSERT_TRUE(server_.settle());
