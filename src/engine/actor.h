@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/reply.h"
+#include "engine/serial_thread.h"
 
 #include <concepts>
 #include <functional>
@@ -11,7 +12,7 @@ namespace sonvel {
 ///
 /// Destroying the actor first runs every call that is pending, with what those calls post in turn, and then
 /// destroys the object on the destroying thread, which must not be the actor's own.
-template <class T> class Actor final : public Executor {
+template <class T> class Actor final {
  public:
   /// Makes the object, on this thread, from `args` followed by its executor as a `std::weak_ptr<Executor>`.
   template <class... Args>
@@ -19,7 +20,7 @@ template <class T> class Actor final : public Executor {
       : thread_(std::make_shared<SerialThread>())
       , object_(std::make_shared<T>(std::forward<Args>(args)..., std::weak_ptr<Executor>(thread_))) {}
 
-  ~Actor() override { thread_->finish(); }
+  ~Actor() { thread_->finish(); }
 
   Actor(const Actor&) = delete;
   Actor& operator=(const Actor&) = delete;
@@ -29,7 +30,7 @@ template <class T> class Actor final : public Executor {
   template <std::invocable<T&> F> Reply<std::invoke_result_t<F, T&>> call(F&& function) {
     using R = std::invoke_result_t<F, T&>;
     static_assert(!std::is_reference_v<R>, "what the object owns must not leave its thread");
-    auto state = std::make_shared<detail::ReplyState<R>>(thread_);
+    auto state = std::make_shared<detail::ReplyState<R>>();
     auto callable = std::make_shared<std::decay_t<F>>(std::forward<F>(function));
     thread_->post([object = object_.get(), state, callable] {
       state->completeWith([&]() -> R { return std::invoke(std::move(*callable), *object); });
@@ -40,7 +41,7 @@ template <class T> class Actor final : public Executor {
   /// Runs `function` with the object and an answer, a callable that takes an R, on the actor's thread. The
   /// reply comes when the answer is called, on any thread, once; other calls may run until then.
   template <class R, class F> Reply<R> callForAnswer(F&& function) {
-    auto state = std::make_shared<detail::ReplyState<R>>(thread_);
+    auto state = std::make_shared<detail::ReplyState<R>>();
     auto callable = std::make_shared<std::decay_t<F>>(std::forward<F>(function));
     thread_->post([object = object_.get(), state, callable] {
       std::invoke(*callable, *object,
@@ -48,10 +49,6 @@ template <class T> class Actor final : public Executor {
     });
     return Reply<R>(std::move(state));
   }
-
-  void post(std::function<void()> work) override { thread_->post(std::move(work)); }
-
-  bool isCurrent() const override { return thread_->isCurrent(); }
 
  private:
   const std::shared_ptr<SerialThread> thread_;

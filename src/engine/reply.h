@@ -1,12 +1,12 @@
 #pragma once
 
-#include "engine/serial_thread.h"
+#include "platform/executor.h"
 
-#include <cassert>
-#include <chrono>
+#include <condition_variable>
 #include <coroutine>
 #include <exception>
 #include <memory>
+#include <mutex>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -15,15 +15,12 @@ namespace sonvel {
 
 namespace detail {
 
-/// What an actor and the holder of a Reply share.
+/// What an actor and the holder of a Reply share. Any thread.
 template <class R> class ReplyState {
  public:
   using Value = std::conditional_t<std::is_void_v<R>, std::monostate, R>;
 
-  explicit ReplyState(std::weak_ptr<SerialThread> actorThread)
-      : actorThread_(std::move(actorThread)) {}
-
-  /// Sets the outcome to that of `function`.
+  /// Sets the outcome to that of `function`. Once.
   template <class F> void completeWith(F&& function) {
     Outcome outcome;
     try {
@@ -51,20 +48,12 @@ template <class R> class ReplyState {
     continuation();
   }
 
-  bool waitFor(std::chrono::nanoseconds duration) {
-    std::unique_lock lock(mutex_);
-    return ready_.wait_for(lock, duration, [this] { return isReady(); });
-  }
-
   R take() {
     std::unique_lock lock(mutex_);
-    assert(isReady() || !isActorThread());
     ready_.wait(lock, [this] { return isReady(); });
     if (outcome_.index() == kException) std::rethrow_exception(std::get<kException>(outcome_));
     if constexpr (!std::is_void_v<R>) return std::move(std::get<kValue>(outcome_));
   }
-
-  const std::weak_ptr<SerialThread>& actorThread() const noexcept { return actorThread_; }
 
  private:
   static constexpr std::size_t kValue = 1;
@@ -72,11 +61,6 @@ template <class R> class ReplyState {
   using Outcome = std::variant<std::monostate, Value, std::exception_ptr>;
 
   bool isReady() const noexcept { return outcome_.index() != 0; }
-
-  bool isActorThread() const {
-    const auto thread = actorThread_.lock();
-    return thread && thread->isCurrent();
-  }
 
   void complete(Outcome outcome) {
     std::function<void()> continuation;
@@ -93,8 +77,6 @@ template <class R> class ReplyState {
   std::condition_variable ready_;
   Outcome outcome_;
   std::function<void()> continuation_;
-
-  const std::weak_ptr<SerialThread> actorThread_;
 };
 
 } // namespace detail
@@ -103,12 +85,25 @@ template <class R> class ReplyState {
 /// the call. A reply is used by one thread at a time, and stays good when the actor is gone.
 template <class R> class [[nodiscard]] Reply {
  public:
+  /// What is awaited.
+  struct Awaiter {
+    // It always suspends, so that the code behind it runs on the executor, however early the outcome is
+    // there.
+    bool await_ready() const noexcept { return false; }
+
+    void await_suspend(std::coroutine_handle<> waiter) {
+      const auto shared = state; // the coroutine may go on and destroy this before whenReady returns
+      shared->whenReady([waiter, &resumer = executor] { resumer.post(waiter); });
+    }
+
+    R await_resume() { return state->take(); }
+
+    std::shared_ptr<detail::ReplyState<R>> state;
+    Executor& executor;
+  };
+
   explicit Reply(std::shared_ptr<detail::ReplyState<R>> state) noexcept
       : state_(std::move(state)) {}
-
-  Reply(Reply&&) noexcept = default;
-  Reply& operator=(Reply&&) noexcept = default;
-  ~Reply() = default;
 
   /// Blocks until the call has run, and returns or throws what it did. Once; not from the actor's thread.
   R get() {
@@ -116,36 +111,12 @@ template <class R> class [[nodiscard]] Reply {
     return state->take();
   }
 
-  /// Blocks until the call has run, or `duration` of real time has passed; whether it has run.
-  bool waitFor(std::chrono::nanoseconds duration) const { return state_->waitFor(duration); }
-
-  /// Chooses where a coroutine that awaits this reply goes on: as work of `executor`, which must exist until
-  /// then. Otherwise it goes on on the actor's thread, after what was posted there before; if the actor is
-  /// gone, at once where it is.
-  Reply resumeOn(Executor& executor) && noexcept {
-    resumeOn_ = &executor;
-    return std::move(*this);
-  }
-
-  // For co_await, which gives or throws what the call did. It always suspends, so that the code behind it is
-  // where resumeOn says, however early the outcome is there.
-
-  bool await_ready() const noexcept { return false; }
-
-  void await_suspend(std::coroutine_handle<> waiter) {
-    const auto state = state_; // the coroutine may go on and destroy this reply before whenReady returns
-    state->whenReady([waiter, executor = resumeOn_, actorThread = state->actorThread()] {
-      if (executor != nullptr) return executor->post(waiter);
-      const auto thread = actorThread.lock();
-      if (!thread || !thread->tryPost(waiter)) waiter.resume();
-    });
-  }
-
-  R await_resume() { return get(); }
+  /// For co_await, which gives or throws what the call did: the coroutine goes on as work of `executor`,
+  /// which must exist until then.
+  Awaiter resumeOn(Executor& executor) && noexcept { return {std::move(state_), executor}; }
 
  private:
   std::shared_ptr<detail::ReplyState<R>> state_;
-  Executor* resumeOn_ = nullptr;
 };
 
 } // namespace sonvel

@@ -16,21 +16,15 @@ SerialThread::~SerialThread() {
 }
 
 void SerialThread::post(std::function<void()> work) {
-  (void)tryPost(std::move(work));
+  {
+    const std::scoped_lock lock(mutex_);
+    work_.push_back(std::move(work)); // after the end nobody takes it
+  }
+  changed_.notify_one();
 }
 
 bool SerialThread::isCurrent() const {
   return std::this_thread::get_id() == id_;
-}
-
-bool SerialThread::tryPost(std::function<void()> work) {
-  {
-    const std::scoped_lock lock(mutex_);
-    if (hasEnded_) return false;
-    work_.push_back(std::move(work));
-  }
-  changed_.notify_one();
-  return true;
 }
 
 void SerialThread::finish() {
@@ -54,10 +48,7 @@ void SerialThread::run() {
 bool SerialThread::takeNext(std::function<void()>& work) {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return !work_.empty() || isFinishing_; });
-  if (work_.empty()) {
-    hasEnded_ = true;
-    return false;
-  }
+  if (work_.empty()) return false;
   work = std::move(work_.front());
   work_.pop_front();
   return true;

@@ -24,9 +24,6 @@ class SerialThread final : public Executor {
 
   bool isCurrent() const override;
 
-  /// As post; false if the thread has ended, and the work was dropped.
-  bool tryPost(std::function<void()> work);
-
   /// Runs what is posted, and what that posts in turn, then ends the thread. Blocks until then. Not from the
   /// thread itself.
   void finish();
@@ -35,11 +32,10 @@ class SerialThread final : public Executor {
   void run();
   bool takeNext(std::function<void()>& work);
 
-  std::mutex mutex_; ///< guards the next four
+  std::mutex mutex_; ///< guards the next three
   std::condition_variable changed_;
   std::deque<std::function<void()>> work_;
   bool isFinishing_ = false;
-  bool hasEnded_ = false;
 
   std::thread thread_;
   const std::thread::id id_;

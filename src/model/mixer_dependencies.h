@@ -38,17 +38,19 @@ struct MixerDependencies {
   /// on the main thread.
   template <class F, class R = std::invoke_result_t<F&, HardwareController&>>
   QCoro::Task<CallOutcome<R>> ask(F function) const {
-    return outcomeOf(hardware->call(std::move(function)).resumeOn(mainThread));
+    return outcomeOf(hardware->call(std::move(function)), mainThread);
   }
 
-  template <class R> static QCoro::Task<CallOutcome<R>> outcomeOf(Reply<R> reply) {
+  /// The coroutine that awaits it resumes on `mainThread`.
+  template <class R> static QCoro::Task<CallOutcome<R>> outcomeOf(Reply<R> reply, Executor& mainThread) {
     CallOutcome<R> outcome;
+    auto awaited = std::move(reply).resumeOn(mainThread);
     try {
       if constexpr (std::is_void_v<R>) {
-        co_await std::move(reply);
+        co_await awaited;
         outcome.value.emplace();
       } else {
-        outcome.value = co_await std::move(reply);
+        outcome.value = co_await awaited;
       }
     } catch (const HardwareError& error) {
       outcome.failure = {.text = error.what(),

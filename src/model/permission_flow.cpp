@@ -33,13 +33,12 @@ void PermissionFlow::request(const Self& self) {
 }
 
 QCoro::Task<> PermissionFlow::probe(Self self) {
-  auto reply = self->dependencies_.hardware
-                   ->callForAnswer<std::optional<bool>>(
-                       [](HardwareController& controller, HardwareController::ProbeAnswer answer) {
-                         controller.probeCapture(std::move(answer));
-                       })
-                   .resumeOn(self->dependencies_.mainThread);
-  const auto outcome = co_await MixerDependencies::outcomeOf(std::move(reply));
+  auto reply = self->dependencies_.hardware->callForAnswer<std::optional<bool>>(
+      [](HardwareController& controller, HardwareController::ProbeAnswer answer) {
+        controller.probeCapture(std::move(answer));
+      });
+  const auto outcome =
+      co_await MixerDependencies::outcomeOf(std::move(reply), self->dependencies_.mainThread);
   co_await self->finishRequest(outcome.value && outcome.value->value_or(false));
 }
 

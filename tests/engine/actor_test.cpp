@@ -18,14 +18,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kDeadline = 10s;
-
 /// An object without any protection of its own.
 struct Journal {
   explicit Journal(std::weak_ptr<Executor> ownExecutor)
       : executor(std::move(ownExecutor)) {}
-
-  std::size_t size() const { return entries.size(); }
 
   std::vector<int> entries;
   std::weak_ptr<Executor> executor;
@@ -46,30 +42,20 @@ struct Detached {
   };
 };
 
-/// Awaits a reply, and tells `landed` whether it then is where it should be.
-Detached land(Reply<int> reply, const Executor& where, std::promise<std::pair<int, bool>>& landed) {
-  int value = 0;
+using Landing = std::pair<int, bool>;
+
+/// Awaits a reply, and tells what it gave (-1: it threw) and whether it went on on `where`.
+Detached land(Reply<int> reply, Executor& where, std::promise<Landing>& landed) {
+  int value = -1;
   try {
-    value = co_await std::move(reply);
+    value = co_await std::move(reply).resumeOn(where);
   } catch (const std::runtime_error&) {
-    value = -1;
   }
   landed.set_value({value, where.isCurrent()});
 }
 
 class ActorTest : public testing::Test {
  protected:
-  /// A call that stays in the actor until release.
-  Reply<int> blockingCall() {
-    return actor_->call([&](Journal&) {
-      gate_.acquire();
-      return 7;
-    });
-  }
-
-  void release() { gate_.release(); }
-
-  std::binary_semaphore gate_{0};
   SerialThread other_;
   std::unique_ptr<Actor<Journal>> actor_ = std::make_unique<Actor<Journal>>();
 };
@@ -83,88 +69,53 @@ TEST_F(ActorTest, RunsTheCallsOfManyThreadsOneAtATimeAndInOrder) {
   std::thread thread(callRepeatedly, 1000);
   callRepeatedly(0);
   thread.join();
-
-  EXPECT_EQ(actor_->call(&Journal::size).get(), 2U * kCallsPerThread);
   const auto entries = actor_->call([](Journal& journal) { return journal.entries; }).get();
+  EXPECT_EQ(entries.size(), 2U * kCallsPerThread);
   std::array<int, 2> next{0, 1000};
   for (const int entry : entries)
     EXPECT_EQ(entry, next.at(entry < 1000 ? 0 : 1)++);
 }
 
-TEST_F(ActorTest, GivesWhatTheCallGives) {
-  EXPECT_EQ(*actor_->call([](Journal&) { return std::make_unique<int>(5); }).get(), 5);
-  EXPECT_TRUE(actor_->call([&](Journal&) { return actor_->isCurrent(); }).get());
-  EXPECT_FALSE(actor_->isCurrent());
-  auto failing = actor_->call([](Journal&) { throw std::runtime_error("no"); });
-  EXPECT_THROW(failing.get(), std::runtime_error);
-  auto moveOnly = std::make_unique<int>(6);
-  EXPECT_EQ(actor_->call([moveOnly = std::move(moveOnly)](Journal&) { return *moveOnly; }).get(), 6);
-}
-
-TEST_F(ActorTest, WaitsForAtMostSoLong) {
-  auto reply = blockingCall();
-  EXPECT_FALSE(reply.waitFor(1ms));
-  release();
-  EXPECT_TRUE(reply.waitFor(kDeadline));
-  EXPECT_EQ(reply.get(), 7);
-}
-
-TEST_F(ActorTest, ACoroutineGoesOnWhereItIsToldTo) {
-  for (const bool isReadyBefore : {false, true}) {
-    for (const bool isElsewhere : {false, true}) {
-      std::promise<std::pair<int, bool>> landed;
-      auto reply = isReadyBefore ? actor_->call([](Journal&) { return 7; }) : blockingCall();
-      if (isReadyBefore) {
-        ASSERT_TRUE(reply.waitFor(kDeadline));
-      }
-      if (isElsewhere)
-        land(std::move(reply).resumeOn(other_), other_, landed);
-      else
-        land(std::move(reply), *actor_, landed);
-      if (!isReadyBefore) release();
-      EXPECT_EQ(landed.get_future().get(), std::pair(7, true)) << isReadyBefore << isElsewhere;
+TEST_F(ActorTest, ACoroutineGoesOnWhereItIsToldToWithWhatTheCallGave) {
+  for (const bool isReadyBefore : {false, true})
+    for (const bool isFailing : {false, true}) {
+      std::binary_semaphore gate(isReadyBefore ? 1 : 0);
+      auto reply = actor_->call([&](Journal&) {
+        gate.acquire();
+        return isFailing ? throw std::runtime_error("no") : 7;
+      });
+      if (isReadyBefore) actor_->call([](Journal&) {}).get();
+      std::promise<Landing> landed;
+      land(std::move(reply), other_, landed);
+      gate.release();
+      EXPECT_EQ(landed.get_future().get(), Landing(isFailing ? -1 : 7, true)) << isReadyBefore;
     }
-  }
 }
 
-TEST_F(ActorTest, ACoroutineCatchesWhatTheCallThrows) {
-  std::promise<std::pair<int, bool>> landed;
-  land(actor_->call([](Journal&) -> int { throw std::runtime_error("no"); }), *actor_, landed);
-  EXPECT_EQ(landed.get_future().get(), std::pair(-1, true));
-}
-
-TEST_F(ActorTest, DestroyingItRunsWhatIsPending) {
-  std::promise<std::pair<int, bool>> landed;
+TEST_F(ActorTest, DestroyingItRunsWhatIsPendingAndRepliesOutliveIt) {
+  std::binary_semaphore gate{0};
   std::vector<int> ran;
   std::weak_ptr<Executor> executor;
-  auto pending = blockingCall();
-  land(actor_->call([&](Journal& journal) {
+  auto first = actor_->call([&](Journal& journal) {
+    gate.acquire();
     executor = journal.executor;
+    executor.lock()->post([&] { ran.push_back(3); });
     ran.push_back(1);
-    journal.executor.lock()->post([&] { ran.push_back(3); });
-    return 1;
-  }),
-       *actor_, landed);
-  auto last = actor_->call([&](Journal&) { ran.push_back(2); });
-  std::thread releasing([&] { release(); });
+    return 7;
+  });
+  auto second = actor_->call([&](Journal&) {
+    ran.push_back(2);
+    return ran.size() == 2 ? throw std::runtime_error("no") : 0;
+  });
+  std::thread releasing([&] { gate.release(); });
   actor_.reset();
   releasing.join();
-
   EXPECT_EQ(ran, (std::vector{1, 2, 3}));
-  EXPECT_EQ(pending.get(), 7);
-  EXPECT_TRUE(last.waitFor(0ns));
-  EXPECT_EQ(landed.get_future().wait_for(0s), std::future_status::ready);
   EXPECT_TRUE(executor.expired());
-}
-
-TEST_F(ActorTest, AReplyOutlivesTheActor) {
-  auto reply = actor_->call([](Journal&) { return 7; });
-  actor_.reset();
-  std::promise<std::pair<int, bool>> landed;
-  land(std::move(reply), other_, landed);
-  auto future = landed.get_future();
-  ASSERT_EQ(future.wait_for(0s), std::future_status::ready) << "it goes on at once where it is";
-  EXPECT_EQ(future.get(), std::pair(7, false));
+  EXPECT_EQ(first.get(), 7);
+  std::promise<Landing> landed;
+  land(std::move(second), other_, landed);
+  EXPECT_EQ(landed.get_future().get(), Landing(-1, true));
 }
 
 /// The threads of the program as they are: the actor's, that of the IOProcs, the clock's and a caller.

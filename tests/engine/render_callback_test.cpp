@@ -8,28 +8,28 @@
 #include <cmath>
 #include <limits>
 #include <optional>
-#include <ostream>
 #include <thread>
 #include <vector>
 
 namespace sonvel {
 namespace {
 
-using testing::Each;
-
 constexpr float kUntouched = -77.0F;
 constexpr auto kNoData = std::nullopt;
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+using Sizes = std::vector<std::optional<std::uint32_t>>; ///< in bytes; a buffer without a size has no data
 
 /// One direction of a cycle: memory for each buffer, and the list that shows it.
 class Buffers {
  public:
-  /// A buffer for each size in bytes, filled by `sample(buffer, position)`; one without a size has no data.
+  /// Filled by `sample(buffer, position)`.
   template <typename Sample>
-  Buffers(const std::vector<std::optional<std::uint32_t>>& sizes, Sample sample)
+  Buffers(const Sizes& sizes, Sample sample)
       : memory_(sizes.size()) {
     for (std::size_t i = 0; i < sizes.size(); ++i) {
-      constexpr std::uint32_t kSizeWithoutData = 64;
-      const std::uint32_t sizeBytes = sizes[i].value_or(kSizeWithoutData);
+      const std::uint32_t sizeBytes = sizes[i].value_or(64);
       for (std::size_t k = 0; k * sizeof(float) < sizeBytes; ++k)
         memory_[i].push_back(sample(i, k));
       list_.push_back(
@@ -68,157 +68,82 @@ struct RenderBlock : testing::Test {
   IOProcBlock block = makeRenderBlock(mix, metrics);
 };
 
-struct Shape {
-  std::string name;
-  std::vector<std::optional<std::uint32_t>> inBytes;
-  std::vector<std::optional<std::uint32_t>> outBytes;
-  std::vector<std::size_t> playedFloats; ///< of each output buffer
+TEST_F(RenderBlock, PlaysWhatHasAPartnerAndLeavesTheRest) {
+  const struct {
+    Sizes in, out;
+    std::vector<std::size_t> playedFloats; ///< of each output buffer
+  } kShapes[] = {{{4096}, {2048}, {512}},
+                 {{4096}, {8192}, {1024}},
+                 {{4096, 2048}, {4096}, {1024}},
+                 {{4096}, {4096, 2048}, {1024, 0}},
+                 {{64, 256}, {256, 128}, {16, 32}},
+                 {{}, {}, {}},
+                 {{}, {64}, {0}},
+                 {{kNoData}, {64}, {0}},
+                 {{64, kNoData, 64}, {64, 64, 64}, {16, 0, 16}},
+                 {{64, 64}, {kNoData, 64}, {0, 16}},
+                 {{0}, {0}, {0}},
+                 {{3}, {64}, {0}},
+                 {{64}, {3}, {0}},
+                 {{7}, {64}, {1}},
+                 {{64}, {7}, {1}}};
 
-  friend std::ostream& operator<<(std::ostream& out, const Shape& shape) { return out << shape.name; }
-};
-
-struct RenderBlockShapes : RenderBlock, testing::WithParamInterface<Shape> {};
-
-TEST_P(RenderBlockShapes, PlaysWhatHasAPartnerAndLeavesTheRest) {
-  const auto& [name, inBytes, outBytes, playedFloats] = GetParam();
-  Buffers input{inBytes, rising};
-  Buffers output{outBytes, untouched};
   mix->setGain(0.5F);
-  runCycle(input, output);
-
-  float peak = 0.0F;
-  for (std::size_t i = 0; i < outBytes.size(); ++i) {
-    const std::vector<float>& out = output.samples(i);
-    for (std::size_t k = 0; k < out.size(); ++k) {
-      const bool played = k < playedFloats[i];
-      ASSERT_EQ(played ? 0.5F * rising(i, k) : kUntouched, out[k]) << "buffer " << i << ", float " << k;
-      if (played) peak = std::max(peak, std::abs(rising(i, k)));
-    }
+  std::int32_t cycles = 0;
+  for (const auto& [in, out, playedFloats] : kShapes) {
+    SCOPED_TRACE(cycles);
+    Buffers input{in, rising};
+    Buffers output{out, untouched};
+    runCycle(input, output);
+    float peak = 0.0F;
+    for (std::size_t i = 0; i < out.size(); ++i)
+      for (std::size_t k = 0; k < output.samples(i).size(); ++k) {
+        const bool isPlayed = k < playedFloats[i];
+        ASSERT_EQ(isPlayed ? 0.5F * rising(i, k) : kUntouched, output.samples(i)[k]) << i << ", " << k;
+        if (isPlayed) peak = std::max(peak, std::abs(rising(i, k)));
+      }
+    EXPECT_EQ(peak, metrics->inPeak()) << "of this cycle alone";
+    EXPECT_EQ(in.size(), static_cast<std::size_t>(metrics->inBufs()));
+    EXPECT_EQ(out.size(), static_cast<std::size_t>(metrics->outBufs()));
+    EXPECT_EQ(++cycles, metrics->cycles());
   }
-  EXPECT_EQ(peak, metrics->inPeak());
-  EXPECT_EQ(inBytes.size(), static_cast<std::size_t>(metrics->inBufs()));
-  EXPECT_EQ(outBytes.size(), static_cast<std::size_t>(metrics->outBufs()));
-  EXPECT_EQ(1, metrics->cycles());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Shapes, RenderBlockShapes,
-    testing::Values(Shape{"SameSize", {4096}, {4096}, {1024}}, Shape{"SmallerOutput", {4096}, {2048}, {512}},
-                    Shape{"LargerOutput", {4096}, {8192}, {1024}},
-                    Shape{"MoreInputs", {4096, 2048}, {4096}, {1024}},
-                    Shape{"MoreOutputs", {4096}, {4096, 2048}, {1024, 0}},
-                    Shape{"TwoPairs", {64, 256}, {256, 128}, {16, 32}}, Shape{"NoBuffers", {}, {}, {}},
-                    Shape{"NoInputs", {}, {64}, {0}}, Shape{"InputWithoutData", {kNoData}, {64}, {0}},
-                    Shape{"OutputWithoutData", {64}, {kNoData}, {0}},
-                    Shape{"OneOfThreeWithoutData", {64, kNoData, 64}, {64, 64, 64}, {16, 0, 16}},
-                    Shape{"OutputWithoutDataBeforeAnother", {64, 64}, {kNoData, 64}, {0, 16}},
-                    Shape{"Empty", {0}, {0}, {0}}, Shape{"LessThanAFloat", {3}, {64}, {0}},
-                    Shape{"LessThanAFloatOut", {64}, {3}, {0}}, Shape{"OneFloatAndAPart", {7}, {64}, {1}},
-                    Shape{"OneFloatAndAPartOut", {64}, {7}, {1}}),
-    [](const auto& instance) { return instance.param.name; });
+TEST_F(RenderBlock, PlaysTimesTheGainAndMeasuresBeforeIt) {
+  const struct {
+    float gain;
+    bool isMuted;
+    float sample, played, peak;
+  } kLevels[] = {{2.0F, true, -1.0F, 0.0F, 1.0F},
+                 {0.0F, false, 0.5F, 0.0F, 0.5F},
+                 {2.0F, false, 0.8F, 1.6F, 0.8F}, // not limited
+                 {0.5F, false, kNaN, kNaN, 0.0F},
+                 {0.5F, false, -kInfinity, -kInfinity, kInfinity}};
 
-struct Level {
-  std::string name;
-  float gain;
-  bool muted;
-  float sample;
-  float played;
-  float peak;
-
-  friend std::ostream& operator<<(std::ostream& out, const Level& level) { return out << level.name; }
-};
-
-struct RenderBlockLevels : RenderBlock, testing::WithParamInterface<Level> {};
-
-TEST_P(RenderBlockLevels, PlaysTimesTheGainAndMeasuresBeforeIt) {
-  const auto& [name, gain, muted, sample, played, peak] = GetParam();
-  Buffers input{{256}, [value = sample](std::size_t, std::size_t) { return value; }};
-  Buffers output{{256}, untouched};
-  mix->setGain(gain);
-  mix->setMuted(muted);
-  runCycle(input, output);
-  EXPECT_THAT(output.samples(0), Each(testing::NanSensitiveFloatEq(played)));
-  EXPECT_EQ(peak, metrics->inPeak());
+  for (const auto& [gain, isMuted, sample, played, peak] : kLevels) {
+    Buffers input{{256}, [value = sample](std::size_t, std::size_t) { return value; }};
+    Buffers output{{256}, untouched};
+    mix->setGain(gain);
+    mix->setMuted(isMuted);
+    runCycle(input, output);
+    EXPECT_THAT(output.samples(0), testing::Each(testing::NanSensitiveFloatEq(played)));
+    EXPECT_EQ(peak, metrics->inPeak());
+  }
 }
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
-INSTANTIATE_TEST_SUITE_P(Levels, RenderBlockLevels,
-                         testing::Values(Level{"Muted", 1.0F, true, 1.0F, 0.0F, 1.0F},
-                                         Level{"MutedAtABoost", 2.0F, true, -1.0F, 0.0F, 1.0F},
-                                         Level{"GainZero", 0.0F, false, 0.5F, 0.0F, 0.5F},
-                                         Level{"BoostIsNotLimited", 2.0F, false, 0.8F, 1.6F, 0.8F},
-                                         Level{"NegativeCountsAbsolute", 1.0F, false, -0.3F, -0.3F, 0.3F},
-                                         Level{"NaNPlaysButIsNoPeak", 0.5F, false, kNaN, kNaN, 0.0F},
-                                         Level{"Infinity", 0.5F, false, -kInfinity, -kInfinity, kInfinity}),
-                         [](const auto& instance) { return instance.param.name; });
-
-TEST_F(RenderBlock, MeasuresEachCycleAnew) {
-  Buffers loud{{64}, [](std::size_t, std::size_t) { return 0.9F; }};
-  Buffers quiet{{64}, [](std::size_t, std::size_t) { return 0.1F; }};
-  Buffers none{{}, untouched};
-  Buffers output{{64}, untouched};
-  runCycle(loud, output);
-  EXPECT_EQ(0.9F, metrics->inPeak());
-  runCycle(quiet, output);
-  EXPECT_EQ(0.1F, metrics->inPeak());
-  runCycle(none, output);
-  EXPECT_EQ(0.0F, metrics->inPeak());
-  EXPECT_EQ(3, metrics->cycles());
-}
-
-TEST_F(RenderBlock, GoesOnCountingAfterTheLargestNumber) {
+TEST_F(RenderBlock, GoesOnCountingAfterTheLargestNumberAndKeepsItsRecordsAlive) {
   metrics = std::make_shared<MixMetrics>(std::numeric_limits<std::int32_t>::max());
   block = makeRenderBlock(mix, metrics);
-  Buffers none{{}, untouched};
-  runCycle(none, none);
-  EXPECT_EQ(std::numeric_limits<std::int32_t>::min(), metrics->cycles());
-}
-
-TEST_F(RenderBlock, KeepsItsRecordsAliveAndSharesThemWithItsCopies) {
   const std::weak_ptr<const RealtimeMixBox> watchedMix = mix;
   const std::weak_ptr<const MixMetrics> watchedMetrics = metrics;
-  IOProcBlock copy = block;
   mix.reset();
   metrics.reset();
   Buffers none{{}, untouched};
   runCycle(none, none);
-  block = nullptr;
   ASSERT_FALSE(watchedMix.expired());
-  EXPECT_EQ(1, watchedMetrics.lock()->cycles());
-  copy = nullptr;
-  EXPECT_TRUE(watchedMix.expired());
-  EXPECT_TRUE(watchedMetrics.expired());
-}
-
-TEST(RenderCycle, UsesTheGainOfItsStartForAllItsBuffers) {
-  static RealtimeMixBox turnedMix;
-  static std::vector<float> usedGains;
-  const ScaleAndPeak turnGainMeanwhile = [](float gain, const float*, float*, std::size_t,
-                                            float peak) noexcept {
-    usedGains.push_back(gain);
-    turnedMix.setGain(gain + 0.5F);
-    return peak;
-  };
-  MixMetrics metrics;
-  Buffers input{{64, 64, 64}, rising};
-  Buffers output{{64, 64, 64}, untouched};
-  const AudioBufferList in = input.list();
-  AudioBufferList out = output.list();
-  renderCycle(turnGainMeanwhile, turnedMix, metrics, in, out);
-  EXPECT_THAT(usedGains, testing::ElementsAre(1.0F, 1.0F, 1.0F));
-}
-
-TEST(RealtimeMixBox, ReturnsToItsGainAfterMute) {
-  RealtimeMixBox mix;
-  EXPECT_EQ(1.0F, mix.effectiveGain());
-  mix.setGain(1.5F);
-  mix.setMuted(true);
-  EXPECT_EQ(0.0F, mix.effectiveGain());
-  EXPECT_EQ(1.5F, mix.gain());
-  mix.setMuted(false);
-  EXPECT_EQ(1.5F, mix.effectiveGain());
+  EXPECT_EQ(std::numeric_limits<std::int32_t>::min(), watchedMetrics.lock()->cycles());
+  block = nullptr;
+  EXPECT_TRUE(watchedMix.expired() && watchedMetrics.expired());
 }
 
 // One factor holds for the whole of a cycle, however the other thread turns it meanwhile, and the other
@@ -242,8 +167,7 @@ TEST_F(RenderBlock, PlaysWholeCyclesWhileAnotherThreadTurnsTheGain) {
   }};
   while (!hasStarted)
     std::this_thread::yield();
-
-  const std::vector<std::optional<std::uint32_t>> sizes(32, 64);
+  const Sizes sizes(32, 64);
   Buffers input{sizes, [](std::size_t, std::size_t) { return 1.0F; }};
   Buffers output{sizes, untouched};
   int wrongCycles = 0;
@@ -258,7 +182,6 @@ TEST_F(RenderBlock, PlaysWholeCyclesWhileAnotherThreadTurnsTheGain) {
   actor.join();
   EXPECT_EQ(0, wrongCycles);
   EXPECT_EQ(0, wrongReads);
-  EXPECT_EQ(kCycles, metrics->cycles());
 }
 
 } // namespace
