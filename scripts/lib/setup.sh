@@ -6,7 +6,7 @@ if (. /etc/os-release && ((${VERSION_ID:-12} >= 13))); then clang_version=19; fi
 
 # What a packager needs to build the program (BUILD_TESTING=OFF), and the modules that it needs to run.
 build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-dev qt6-base-dev qcoro-qt6-dev
-                qt6-declarative-dev qt6-svg-dev libsodium-dev
+                qt6-declarative-dev qt6-svg-dev libsodium-dev librsvg2-bin
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
                 qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window)
 # What the tests are built with, and the desktop and the sound session that they run in.
@@ -14,6 +14,8 @@ test_packages=(libgtest-dev libgmock-dev
                dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
                python3-pytest python3-numpy python3-dbus python3-dbusmock
                xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
+# What makes a Debian package and checks it.
+package_packages=(dpkg-dev file lintian desktop-file-utils appstream)
 bench_packages=(libbenchmark-dev pavucontrol)
 lint_packages=(git "clang-$clang_version" "libclang-rt-$clang_version-dev" "clang-tidy-$clang_version"
                "clang-format-$clang_version" python3 binutils)

@@ -7,6 +7,7 @@
 #include "desktop/desktop_identity.h"
 #include "desktop/proc_process_information.h"
 #include "desktop/program_bundle.h"
+#include "desktop/pulse_audio.h"
 #include "desktop/settings_preferences.h"
 #include "desktop/steady_clock.h"
 #include "pipewire/pipewire_hardware.h"
@@ -36,6 +37,8 @@ class DesktopAudio final : public ProgramAudio {
   Clock& clock() override { return clock_; }
 
   Preferences& preferences() override { return preferences_; }
+
+  bool isForeignSoundServing() const override { return desktop::isPulseAudioServing(); }
 
  private:
   // Each tap takes about a dozen descriptors, shared with the sound server; a session's usual limit of 1,024

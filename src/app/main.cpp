@@ -13,7 +13,6 @@
 #include <QCommandLineParser>
 #include <QDBusConnection>
 #include <QQuickWindow>
-#include <QTimer>
 #include <cstdio>
 #include <exception>
 #include <optional>
@@ -22,21 +21,27 @@ namespace {
 
 enum ExitCode { kFailed = 1, kNoAnswer = 2 }; // and QuitDeadline::kExitCode
 
+struct Options {
+  sonvel::Machine machine = sonvel::Machine::real;
+  bool isInBackground = false; ///< the panel stays closed at the start
+};
+
 /// What the program and those around it share.
 struct Process {
+  Options options;
   sonvel::updater::Relaunch relaunch;
   std::optional<sonvel::QuitDeadline> deadline{std::in_place};
 };
 
-int run(std::optional<sonvel::SonvelApp>& app, sonvel::remote::MixerService& remote, Process& process,
-        sonvel::Machine machine = sonvel::Machine::real) {
+int run(std::optional<sonvel::SonvelApp>& app, sonvel::remote::MixerService& remote, Process& process) {
   try {
-    app.emplace(process.relaunch, *process.deadline, machine);
+    app.emplace(process.relaunch, *process.deadline, process.options.machine);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "sonvel: %s\n", error.what());
     return kFailed;
   }
   remote.serve(app->model());
+  if (!process.options.isInBackground) app->showPanel();
   const int exitCode = app->run();
   remote.serve(nullptr);
   app.reset();
@@ -69,17 +74,14 @@ int runAsOnlyOne(Process& process) {
   return kFailed;
 }
 
-/// Beside one that runs on the real sound; the panel is shown at once.
+/// Beside one that runs on the real sound.
 int runSimulated(Process& process) {
   std::optional<sonvel::SonvelApp> app;
-  QTimer::singleShot(0, [&] {
-    if (app) app->showPanel();
-  });
   auto bus = QDBusConnection::sessionBus();
   sonvel::remote::CallerGate gate;
   sonvel::remote::MixerService remote(bus, gate);
   bus.registerService(sonvel::remote::kSimulatedService); // of several the first is worked by commands
-  return run(app, remote, process, sonvel::Machine::simulated);
+  return run(app, remote, process);
 }
 
 QStringList toWords(int argumentCount, char** arguments) {
@@ -90,7 +92,7 @@ QStringList toWords(int argumentCount, char** arguments) {
 }
 
 /// Obeys the options. Ends the process if it was only asked something, which needs no display.
-sonvel::Machine obeyOptions(int& argumentCount, char** arguments) {
+Options obeyOptions(int& argumentCount, char** arguments) {
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("A volume for every application that plays sound."));
   const auto help = parser.addHelpOption();
@@ -100,13 +102,16 @@ sonvel::Machine obeyOptions(int& argumentCount, char** arguments) {
   const QCommandLineOption simulated(
       QStringLiteral("simulated"),
       QStringLiteral("Opens the panel on a simulated machine; nothing is heard."));
-  parser.addOptions({verbose, simulated});
+  const QCommandLineOption background(QStringLiteral("background"),
+                                      QStringLiteral("Starts without opening the panel, as at login."));
+  parser.addOptions({verbose, simulated, background});
   parser.addPositionalArgument(QStringLiteral("command"), sonvel::command::summary(),
                                QStringLiteral("[command]"));
   parser.parse(toWords(argumentCount, arguments));
   if (parser.isSet(verbose)) sonvel::pipewire::setVerbose();
   if (!parser.isSet(help) && !parser.isSet(version))
-    return parser.isSet(simulated) ? sonvel::Machine::simulated : sonvel::Machine::real;
+    return {parser.isSet(simulated) ? sonvel::Machine::simulated : sonvel::Machine::real,
+            parser.isSet(background)};
 
   // Only now: a second application object in one process would be without its accessibility.
   const QCoreApplication application(argumentCount, arguments);
@@ -123,18 +128,19 @@ int main(int argumentCount, char** arguments) {
     const QCoreApplication application(argumentCount, arguments);
     return sonvel::command::run(words);
   }
-  const auto machine = obeyOptions(argumentCount, arguments);
+  const auto options = obeyOptions(argumentCount, arguments);
 
   // The panel is small and mostly still: drawn without the graphics card's libraries it takes a third of the
   // memory.
   QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-  Process process; // outlives the application, whose end may hang too
+  Process process{.options = options}; // outlives the application, whose end may hang too
   const QApplication application(argumentCount, arguments);
   QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
   QApplication::setQuitOnLastWindowClosed(false);
   const sonvel::ui::FramePace framePace;
 
-  const int exitCode = machine == sonvel::Machine::simulated ? runSimulated(process) : runAsOnlyOne(process);
+  const int exitCode =
+      options.machine == sonvel::Machine::simulated ? runSimulated(process) : runAsOnlyOne(process);
   if (process.relaunch.isRequested()) process.deadline.reset(); // a new version takes longer to prove itself
   process.relaunch.perform();
   return exitCode;

@@ -4,7 +4,7 @@
 #include "ui/icons/app_icon_provider.h"
 #include "ui/presentation/views.h"
 #include "ui/symbols/symbol_image_provider.h"
-#include "ui/symbols/symbols.h"
+#include "updater/sparkle_update_controller.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -15,27 +15,29 @@ namespace sonvel {
 
 namespace {
 
-QIcon trayPicture(const PanelTheme& theme) {
-  // By name, so that the tray's host gives it the colour of its bar; as pixels where it is not installed.
-  return QIcon::fromTheme(QStringLiteral("com.quellmarsh.sonvel-symbolic"),
-                          symbolIcon(QStringLiteral("slider.vertical.3"), theme.primary()));
+QString updateManager(const BundleInformation& bundle) {
+  const auto value = bundle.objectForInfoKey(SparkleUpdateController::updateManagerKey);
+  const auto* const text = value ? std::get_if<std::string>(&*value) : nullptr;
+  return text != nullptr ? QString::fromStdString(*text) : QString();
 }
 
 } // namespace
 
 PanelHost::PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance,
-                     Executor& mainThread, std::function<void()> quit)
+                     Executor& mainThread, Executor& audioThread, std::function<void()> quit)
     : quit_(std::move(quit))
+    , updateManager_(updateManager(audio.bundle()))
     , theme_(appearance)
     , icons_(audio.applications(), audio.icons())
-    , notice_(audio.server(), mainThread, [this](const QString& text) { Q_EMIT serverNoticeChanged(text); })
-    , tray_(trayPicture(theme_))
+    , notice_(
+          audio.server(), mainThread, [&audio] { return audio.isForeignSoundServing(); },
+          [this](const QString&) { Q_EMIT serverNoticeChanged(); })
+    , trayControl_(tray_, model, {audio.environment().hardware, audioThread, mainThread}, updateManager_)
     , window_(content(model), audio.clock())
     , presence_(
           window_, [this] { return tray_.geometry(); }, quit_) {
   registerViews();
-  QObject::connect(&theme_, &PanelTheme::colorsChanged, &tray_,
-                   [this] { tray_.setIcon(trayPicture(theme_)); });
+  connect(this, &PanelHost::serverNoticeChanged, &trayControl_, &TrayControl::refresh);
   QObject::connect(&tray_, &ui::TrayIcon::clicked, &presence_, &ui::PanelPresence::clickIcon);
   QObject::connect(&tray_, &ui::TrayIcon::openChosen, &presence_, &ui::PanelPresence::show);
   QObject::connect(&tray_, &ui::TrayIcon::quitChosen, &presence_, quit_);
@@ -45,7 +47,9 @@ PanelHost::PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearan
 
 ui::PanelContent PanelHost::content(MixerViewModel& model) {
   return {.source = rootPanelURL(),
-          .properties = {{"model", QVariant::fromValue(&model)}, {"serverNotice", QString()}},
+          .properties = {{"model", QVariant::fromValue(&model)},
+                         {"serverNotice", QString()},
+                         {"updatesComeWithPackages", !updateManager_.isEmpty()}},
           .prepareEngine = [this](QQmlEngine& engine) { prepareEngine(engine); },
           .ready = [this](QQuickItem& root) { connectRoot(root); }};
 }
@@ -57,8 +61,13 @@ void PanelHost::prepareEngine(QQmlEngine& engine) {
 }
 
 void PanelHost::connectRoot(QQuickItem& root) {
-  const auto tell = [&root](const QString& text) { root.setProperty("serverNotice", text); };
-  tell(notice_.text());
+  const auto tell = [this, &root] {
+    root.setProperty("serverNotice", notice_.text());
+    root.setProperty("serverHasAnswered", notice_.hasServerAnswered());
+    root.setProperty("soundIsElsewhere", notice_.isSoundElsewhere());
+  };
+  notice_.update();
+  tell();
   connect(this, &PanelHost::serverNoticeChanged, &root, tell);
   connect(&root, SIGNAL(quitRequested()), this, SLOT(onQuitRequested()));
   connect(&root, SIGNAL(settingsRequested(QUrl)), this, SLOT(onSettingsRequested()));

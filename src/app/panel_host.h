@@ -2,6 +2,7 @@
 
 #include "app/program_audio.h"
 #include "app/server_notice.h"
+#include "app/tray_control.h"
 #include "desktop/portal_appearance.h"
 #include "model/mixer_view_model.h"
 #include "ui/icons/app_icon_cache.h"
@@ -20,10 +21,10 @@ class PanelHost final : public QObject {
   Q_OBJECT
 
  public:
-  /// Shows the icon, or the window where there is no tray. `quit` is called when the user wants the program
-  /// to end. The others outlive this object.
+  /// Shows the icon. `audioThread` may call the audio system. `quit` is called when the user wants the
+  /// program to end. The others outlive this object.
   PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance, Executor& mainThread,
-            std::function<void()> quit);
+            Executor& audioThread, std::function<void()> quit);
 
   /// Shows the panel to a user who asked for it by other means than its icon.
   void show() { presence_.show(); }
@@ -32,7 +33,7 @@ class PanelHost final : public QObject {
   void end() { presence_.end(); }
 
  Q_SIGNALS:
-  void serverNoticeChanged(const QString& text);
+  void serverNoticeChanged();
 
  private:
   ui::PanelContent content(MixerViewModel& model);
@@ -43,10 +44,12 @@ class PanelHost final : public QObject {
   Q_SLOT void onSettingsRequested();
 
   const std::function<void()> quit_;
+  const QString updateManager_; // what updates this copy in its place
   PanelTheme theme_;
   AppIconCache icons_;
   ServerNotice notice_;
   ui::TrayIcon tray_;
+  TrayControl trayControl_;
   ui::PanelWindow window_;
   ui::PanelPresence presence_;
 };

@@ -21,6 +21,9 @@ class ProgramAudio {
   virtual const ApplicationIcons& icons() const = 0;
   virtual Clock& clock() = 0;
   virtual Preferences& preferences() = 0;
+
+  /// Whether programs play to a sound system that this program has no say in.
+  virtual bool isForeignSoundServing() const { return false; }
 };
 
 } // namespace sonvel

@@ -23,7 +23,9 @@ const QString kInterface = QStringLiteral("com.quellmarsh.sonvel");
 
 SingleInstance::SingleInstance(InstanceRequests requests, QDBusConnection bus)
     : bus_(std::move(bus))
-    , service_(std::make_unique<SingleInstanceService>(std::move(requests))) {}
+    , service_(std::make_unique<SingleInstanceService>(std::move(requests))) {
+  new ApplicationAdaptor(*service_); // NOLINT(cppcoreguidelines-owning-memory): a child
+}
 
 SingleInstance::~SingleInstance() {
   if (!isFirst_) return;
@@ -51,7 +53,8 @@ SingleInstance::Outcome SingleInstance::acquire() {
 
 // The object is there before the name is, so that nobody finds the one without the other.
 bool SingleInstance::takeName() {
-  bus_.registerObject(kPath, service_.get(), QDBusConnection::ExportScriptableInvokables);
+  bus_.registerObject(kPath, service_.get(),
+                      QDBusConnection::ExportScriptableInvokables | QDBusConnection::ExportAdaptors);
   const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus_.interface()->registerService(
       kService, QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);
   isFirst_ = reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered;

@@ -20,7 +20,8 @@ struct InstanceRequests {
 /// Sees to it that one Sonvel runs in a session: the first holds the name `com.quellmarsh.sonvel` on the
 /// session's bus, and a later one asks it to show its panel. The main thread alone.
 ///
-/// What the first serves at /com/quellmarsh/sonvel, interface com.quellmarsh.sonvel: ShowPanel() and Quit().
+/// What the first serves at /com/quellmarsh/sonvel: ShowPanel() and Quit() of the interface
+/// com.quellmarsh.sonvel, and org.freedesktop.Application, by which launchers start and show it.
 class SingleInstance {
  public:
   enum class Outcome {

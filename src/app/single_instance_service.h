@@ -2,10 +2,12 @@
 
 #include "app/single_instance.h"
 
+#include <QDBusAbstractAdaptor>
 #include <QDBusContext>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QObject>
+#include <QVariantMap>
 #include <utility>
 
 namespace sonvel {
@@ -41,6 +43,31 @@ class SingleInstanceService final : public QObject, protected QDBusContext {
   }
 
   InstanceRequests requests_;
+};
+
+/// The same for launchers, as the desktop entry's DBusActivatable has it.
+class ApplicationAdaptor final : public QDBusAbstractAdaptor {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+
+ public:
+  explicit ApplicationAdaptor(SingleInstanceService& service)
+      : QDBusAbstractAdaptor(&service)
+      , service_(service) {}
+
+  // The names are those of the interface. NOLINTBEGIN(readability-identifier-naming)
+  Q_SLOT void Activate(const QVariantMap&) { service_.ShowPanel(); }
+
+  Q_SLOT void Open(const QStringList&, const QVariantMap& platformData) { Activate(platformData); }
+
+  Q_SLOT void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData) {
+    Activate(platformData);
+  }
+
+  // NOLINTEND(readability-identifier-naming)
+
+ private:
+  SingleInstanceService& service_;
 };
 
 } // namespace sonvel

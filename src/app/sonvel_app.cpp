@@ -31,7 +31,7 @@ SonvelApp::SonvelApp(updater::Relaunch& relaunch, QuitDeadline& deadline, Machin
           hardware_, mainThread_, audio_->clock(), permission_, audio_->preferences(), updates_}))
     , quitRequests_([this] { terminate(); }) {
   completeIconThemes();
-  panel_ = std::make_unique<PanelHost>(delegate_->model(), *audio_, appearance_, mainThread_,
+  panel_ = std::make_unique<PanelHost>(delegate_->model(), *audio_, appearance_, mainThread_, *hardware_,
                                        [this] { terminate(); });
   deadline_.setGiveBack([this] { (void)hardware_->call(&HardwareController::teardownAll); });
 }

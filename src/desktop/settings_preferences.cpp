@@ -2,6 +2,7 @@
 
 #include "desktop/glib_ptr.h"
 #include "desktop/regular_file.h"
+#include "desktop/user_folders.h"
 
 #include <glib.h>
 
@@ -21,13 +22,6 @@ constexpr int kForTheUserAlone = 0600;
 
 using Text = std::unique_ptr<char, Release<g_free>>;
 using KeyFile = std::unique_ptr<GKeyFile, Release<g_key_file_unref>>;
-
-/// The library's own answer would be that of the first time that anyone in this process asked.
-fs::path configurationFolder() {
-  const char* folder = g_getenv("XDG_CONFIG_HOME");
-  if (folder != nullptr && fs::path(folder).is_absolute()) return folder;
-  return fs::path(g_get_home_dir()) / ".config";
-}
 
 enum class Condition { sound, missing, damaged };
 

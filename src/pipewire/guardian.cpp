@@ -3,6 +3,7 @@
 #include "pipewire/server_connection.h"
 #include "pipewire/stream_targets.h"
 #include "platform/descriptor_limit.h"
+#include "platform/guardian_path.h"
 
 #include <spawn.h>
 
@@ -26,7 +27,7 @@ constexpr std::chrono::milliseconds kPatience{1000};
 std::string programPath() {
   std::error_code error;
   const auto own = std::filesystem::read_symlink("/proc/self/exe", error);
-  return error ? std::string() : (own.parent_path() / "sonvel-guardian").string();
+  return error ? std::string() : guardianOf(own).string();
 }
 
 /// Starts a program in a session of its own, out of reach of what a terminal or a desktop sends to ours, with

@@ -11,8 +11,8 @@ namespace sonvel::pipewire {
 /// that.
 class Guardian {
  public:
-  /// Starts the program "sonvel-guardian" from the folder of this program, to watch over taps whose names
-  /// begin so. Does not block.
+  /// Starts the guardian of this program (guardianOf), to watch over taps whose names begin so. Does not
+  /// block.
   explicit Guardian(const std::string& tapNamePrefix);
 
   /// Lets it do its work, if it was not told before that there is none, and waits a second at most for its

@@ -8,6 +8,7 @@ ColumnLayout {
     id: root
 
     required property MixerViewModel model
+    property bool isSoundKnown: true // else what plays is not seen
     readonly property alias count: rows.count
 
     spacing: 10
@@ -19,7 +20,7 @@ ColumnLayout {
     }
 
     RowLayout {
-        visible: rows.count === 0
+        visible: rows.count === 0 && root.isSoundKnown
         spacing: 6
         Layout.topMargin: 6
         Layout.bottomMargin: 6

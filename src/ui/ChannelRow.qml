@@ -44,11 +44,13 @@ FocusScope {
             spacing: 8
 
             Image {
-                Layout.preferredWidth: 18
-                Layout.preferredHeight: 18
+                readonly property int size: PanelTheme.body.pixelSize + 5
+
+                Layout.preferredWidth: size
+                Layout.preferredHeight: size
                 source: PanelText.appIcon(root.ch.app, root.ch.isPlaying)
-                sourceSize.width: 18
-                sourceSize.height: 18
+                sourceSize.width: size
+                sourceSize.height: size
                 opacity: root.ch.isPlaying ? 1 : 0.5
             }
 
@@ -69,6 +71,17 @@ FocusScope {
                     elide: Text.ElideRight
                     maximumLineCount: 1
                     color: root.ch.isPlaying ? PanelTheme.primary : PanelTheme.secondary
+
+                    HoverHandler {
+                        id: namePointer
+
+                        enabled: name.truncated
+                    }
+
+                    HoverTip {
+                        text: name.text
+                        isHovered: namePointer.hovered
+                    }
                 }
 
                 Row {
@@ -102,7 +115,7 @@ FocusScope {
             SymbolButton {
                 symbol: "xmark.circle.fill"
                 symbolColor: PanelTheme.tertiary
-                symbolSize: 12
+                symbolSize: PanelTheme.caption.pixelSize + 2
                 help: "Remove from list"
                 Accessible.name: PanelText.removeLabel(root.ch.name)
                 onClicked: root.model.dismissChannel(root.ch)
@@ -113,10 +126,10 @@ FocusScope {
             spacing: 8
 
             SymbolButton {
-                Layout.preferredWidth: 16
+                Layout.preferredWidth: symbolSize + 2
                 symbol: root.ch.muted ? "speaker.slash.fill" : "speaker.wave.2.fill"
                 symbolColor: root.ch.muted ? PanelTheme.secondary : PanelTheme.primary
-                symbolSize: 14
+                symbolSize: PanelTheme.body.pixelSize + 1
                 help: PanelText.muteHelp(root.ch.muted)
                 Accessible.name: PanelText.muteLabel(root.ch.muted, root.ch.name)
                 onClicked: root.model.toggleMute(root.ch)

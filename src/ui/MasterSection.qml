@@ -18,10 +18,10 @@ ColumnLayout {
         spacing: 10
 
         SymbolImage {
-            Layout.preferredWidth: 18
+            Layout.preferredWidth: size + 3
             name: "hifispeaker.fill"
             color: PanelTheme.secondary
-            size: 15
+            size: PanelTheme.body.pixelSize + 2
         }
 
         PanelLabel {

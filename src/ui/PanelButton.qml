@@ -18,7 +18,7 @@ T.AbstractButton {
     Accessible.role: Accessible.Button
     Accessible.name: text
     Accessible.description: help
-    Accessible.onPressAction: root.clicked()
+    Accessible.onPressAction: if (root.enabled) root.clicked()
 
     Keys.onReturnPressed: root.clicked()
     Keys.onEnterPressed: root.clicked()
@@ -28,14 +28,8 @@ T.AbstractButton {
         radius: root.ringRadius + 2
     }
 
-    Loader {
-        anchors.fill: parent
-        active: root.help !== "" && root.hovered && !root.pressed
-        source: "PanelToolTip.qml"
-        onLoaded: {
-            const tip = item as PanelToolTip;
-            tip.text = Qt.binding(() => root.help);
-            tip.open();
-        }
+    HoverTip {
+        text: root.help
+        isHovered: root.hovered && !root.pressed
     }
 }

@@ -8,6 +8,7 @@ ColumnLayout {
 
     required property MixerViewModel model
     required property string statusLine
+    required property bool updatesComeWithPackages
 
     signal quitRequested()
 
@@ -44,6 +45,7 @@ ColumnLayout {
     MenuBarActionRow {
         Layout.fillWidth: true
         updatesAvailable: root.model.updatesAvailable
+        updatesComeWithPackages: root.updatesComeWithPackages
         onCheckForUpdates: root.model.checkForUpdates()
         onQuit: root.quitRequested()
     }

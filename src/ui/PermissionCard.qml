@@ -36,7 +36,7 @@ Rectangle {
             SymbolImage {
                 name: "lock.shield"
                 color: PanelTheme.accent
-                size: 16
+                size: PanelTheme.headline.pixelSize + 3
             }
 
             PanelLabel {

@@ -8,6 +8,9 @@ Rectangle {
 
     required property MixerViewModel model
     required property string serverNotice
+    property bool updatesComeWithPackages: false
+    property bool serverHasAnswered: true
+    property bool soundIsElsewhere: false // where nothing of it is seen
     property bool settingsMissing: false // they were asked for
 
     signal quitRequested()
@@ -39,7 +42,7 @@ Rectangle {
 
             SymbolImage {
                 name: "slider.vertical.3"
-                size: 16
+                size: PanelTheme.headline.pixelSize + 3
             }
 
             PanelLabel {
@@ -78,7 +81,7 @@ Rectangle {
 
             PermissionCard {
                 Layout.fillWidth: true
-                visible: !root.model.permissionGranted
+                visible: !root.model.permissionGranted && root.serverHasAnswered
                 model: root.model
                 settingsMissing: root.settingsMissing
                 onSettingsRequested: settings => root.settingsRequested(settings)
@@ -94,6 +97,7 @@ Rectangle {
                 id: apps
 
                 Layout.fillWidth: true
+                isSoundKnown: !root.soundIsElsewhere
                 model: root.model
             }
         }
@@ -122,6 +126,7 @@ Rectangle {
             y: 12
             width: parent.width - 24
             model: root.model
+            updatesComeWithPackages: root.updatesComeWithPackages
             statusLine: PanelText.statusLine(root.serverNotice, root.model.status, apps.count)
             onQuitRequested: root.quitRequested()
         }

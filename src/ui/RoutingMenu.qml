@@ -29,6 +29,7 @@ PanelButton {
     text: model.outputDevices && model.outputName(ch.outputUID)
     font: PanelTheme.caption2
     verticalPadding: 1
+    help: label.truncated ? text : ""
 
     Accessible.name: PanelText.outputLabel(ch.name)
     Accessible.description: text
@@ -47,6 +48,8 @@ PanelButton {
         }
 
         Text {
+            id: label
+
             Layout.fillWidth: true
             text: root.text
             textFormat: Text.PlainText

@@ -1,5 +1,7 @@
 #include "updater/installation.h"
 
+#include "platform/guardian_path.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -43,9 +45,9 @@ bool belongsToPackage(const path& program) {
   return isIn(program, "/usr") && !isIn(program, "/usr/local");
 }
 
-bool hasGuardianBeside(const path& program) {
+bool hasGuardian(const path& program) {
   std::error_code ignored;
-  return std::filesystem::exists(program.parent_path() / "sonvel-guardian", ignored);
+  return std::filesystem::exists(guardianOf(program), ignored);
 }
 
 /// Whether some folder on the way is closed to everyone but its owner and group.
@@ -135,7 +137,7 @@ void syncFolder(const path& folder) {
 
 Installation installationOf(const InstallationFacts& facts) {
   path program = resolved(facts.executable);
-  bool isOneFile = facts.isMarkedAsOneFile && !hasGuardianBeside(program);
+  bool isOneFile = facts.isMarkedAsOneFile && !hasGuardian(program);
   if (facts.appImage && facts.mountPoint && isIn(program, resolved(*facts.mountPoint))) {
     program = resolved(*facts.appImage);
     isOneFile = true;

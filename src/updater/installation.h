@@ -31,8 +31,8 @@ struct InstallationFacts {
 
 /// A single file is replaced by its owner alone, never below /usr (except /usr/local), never in a folder that
 /// everyone may write to, and by root only where no other user can reach it. A program with its guardian
-/// beside it is not one file. What the environment says about an AppImage counts only if the running file
-/// lies in its mount. Reads the file system.
+/// in a file of its own is not one file. What the environment says about an AppImage counts only if the
+/// running file lies in its mount. Reads the file system.
 Installation installationOf(const InstallationFacts& facts);
 
 /// Of the running program.

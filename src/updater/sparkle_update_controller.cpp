@@ -18,6 +18,7 @@ std::string additionalKeyOf(const BundleInformation& bundle) {
 } // namespace
 
 SparkleUpdateController::SparkleUpdateController(const BundleInformation& bundle, UpdaterProvider& updaters) {
+  if (bundle.objectForInfoKey(updateManagerKey)) return;
   const auto configuration = UpdateFeedConfiguration::fromBundle(bundle);
   if (!configuration) return;
   channelDelegate_ =

@@ -26,8 +26,11 @@ class SonvelSparkleChannelDelegate final : public UpdaterDelegate {
 /// every other. Main thread.
 class SparkleUpdateController {
  public:
-  /// Starts an updater of `updaters` if `bundle` has a valid configuration, and asks `updaters` for nothing
-  /// otherwise. Both are used in this call only.
+  /// Names, in words, what updates a copy that must not update itself.
+  static constexpr const char* updateManagerKey = "AppUpdateManagedBy";
+
+  /// Starts an updater of `updaters` if `bundle` has a valid configuration and nothing else updates it, and
+  /// asks `updaters` for nothing otherwise. Both are used in this call only.
   SparkleUpdateController(const BundleInformation& bundle, UpdaterProvider& updaters);
   SparkleUpdateController(const SparkleUpdateController&) = delete;
   SparkleUpdateController& operator=(const SparkleUpdateController&) = delete;

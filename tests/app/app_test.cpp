@@ -43,8 +43,10 @@ TEST_F(AppTest, NoticesOnTheMainThreadWhatTheServerDoes) {
   using enum AudioServer::Connection;
   simulated::SimulatedServer server;
   std::vector<QString> heard;
-  std::optional<ServerNotice> notice(std::in_place, server, mainThread_,
-                                     [&](const QString& text) { heard.push_back(text); });
+  bool isPulseAudioServing = false;
+  std::optional<ServerNotice> notice(
+      std::in_place, server, mainThread_, [&] { return isPulseAudioServing; },
+      [&](const QString& text) { heard.push_back(text); });
   const auto become = [&](AudioServer::Connection connection) {
     std::thread([&] { server.setConnection(connection); }).join(); // a thread of the audio system
   };
@@ -59,10 +61,16 @@ TEST_F(AppTest, NoticesOnTheMainThreadWhatTheServerDoes) {
   pump();
   EXPECT_EQ(notice->text(), "") << "the permission card says it";
   server.setRights(AudioServer::Rights::granted); // is on its way
+  pump();
+  EXPECT_TRUE(notice->hasServerAnswered());
+  isPulseAudioServing = true;
+  notice->update();
+  EXPECT_TRUE(heard.back().contains("pipewire-audio"));
+  const auto told = heard.size();
   notice.reset();
   become(connected); // finds nobody
   pump();
-  EXPECT_EQ(heard.size(), 2U);
+  EXPECT_EQ(heard.size(), told);
 }
 
 } // namespace

@@ -74,7 +74,9 @@ class Desktop:
         self.display.close()
 
     def start(self, program=BIN / "sonvel", *arguments):
-        return self.session.start(program, *arguments, environment=self.environment)
+        """Sonvel behind its icon where there is a tray, as at login."""
+        return self.session.start(program, *arguments, *["--background"] * bool(self.tray),
+                                  environment=self.environment)
 
     def set_dark(self, is_dark):
         self._portal.signal(SETTINGS, "SettingChanged", "ssv", APPEARANCE, "color-scheme", dbus.UInt32(2 - is_dark))

@@ -38,8 +38,11 @@ class Icon:
     def get(self, name):
         return call(self.bus, self.item, "/StatusNotifierItem", PROPERTIES, "Get", ITEM, name, signature="ss")
 
+    def do(self, action, *arguments, signature):
+        call(self.bus, self.item, "/StatusNotifierItem", ITEM, action, *arguments, signature=signature)
+
     def click(self):
-        call(self.bus, self.item, "/StatusNotifierItem", ITEM, "Activate", 0, 0, signature="ii")
+        self.do("Activate", 0, 0, signature="ii")
 
     def menu(self):
         """What its menu offers: the identifier of each label."""

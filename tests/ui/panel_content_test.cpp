@@ -33,7 +33,7 @@ arrow.uturn.backward
 button Everything → Speakers
 hifispeaker
 text 1 playing in secondary
-button Check for Updates at 0.45 disabled
+button Check for Updates | Updates are not configured in this build. at 0.45 disabled
 button Quit)";
 
 class PanelContentTest : public PanelTest {
@@ -86,6 +86,11 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
   const auto process = play("Alpha", "org.Alpha");
   open();
   expectNew(kOneApplication);
+  const QSignalSpy pressed(button("Check for Updates"), SIGNAL(clicked()));
+  accessible(button("Check for Updates"))
+      ->actionInterface()
+      ->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_EQ(pressed.count(), 0) << "it is disabled";
   auto* const alpha = row("org.Alpha");
   model_->setGain(150, alpha);
   alpha->setLevel(0.5F);

@@ -15,15 +15,17 @@ PanelPresence::PanelPresence(PanelWindow& window, std::function<QRect()> iconGeo
   missing_.setInterval(trayPatience);
   connect(&missing_, &QTimer::timeout, this, &PanelPresence::standIn);
   connect(&window_, &PanelWindow::plainWindowClosedByUser, this, [this] {
-    if (!isTrayShown_) quit_();
+    if (isTrayShown_ == false) quit_();
   });
 }
 
 void PanelPresence::setTrayShown(bool isShown) {
+  const bool wasShown = isTrayShown_.value_or(false);
   isTrayShown_ = isShown;
-  if (isShown) {
-    missing_.stop();
-  } else if (!missing_.isActive() && !hasEnded_) {
+  if (isShown) missing_.stop();
+  if (std::exchange(isAwaited_, false)) {
+    show();
+  } else if (wasShown && !isShown && !hasEnded_) {
     missing_.start();
   }
 }
@@ -35,6 +37,8 @@ void PanelPresence::clickIcon() {
 void PanelPresence::show() {
   if (hasEnded_) return;
   if (!isTrayShown_) {
+    isAwaited_ = true;
+  } else if (!*isTrayShown_) {
     standIn();
   } else {
     window_.open(window_.style().value_or(PanelWindow::Style::panel), iconGeometry_());

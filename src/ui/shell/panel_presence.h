@@ -15,8 +15,7 @@ class PanelWindow;
 /// while there is none, whose closing then ends the program. Main thread.
 class PanelPresence final : public QObject {
  public:
-  /// For how long a tray may be missing, at login or while the desktop restarts it, before a window stands
-  /// in.
+  /// For how long a tray may be missing while the desktop restarts it, before a window stands in.
   static constexpr std::chrono::milliseconds kTrayPatience{3000};
 
   /// `iconGeometry` says where the tray icon is, empty when nobody knows; `quit` asks the program to quit.
@@ -24,13 +23,14 @@ class PanelPresence final : public QObject {
   PanelPresence(PanelWindow& window, std::function<QRect()> iconGeometry, std::function<void()> quit,
                 std::chrono::milliseconds trayPatience = kTrayPatience);
 
-  /// What is known of the tray icon now. The first call begins the program's presence.
+  /// What is known of the tray icon now.
   void setTrayShown(bool isShown);
 
   /// The icon was clicked.
   void clickIcon();
 
-  /// The user wants to see the panel, by another start of the program or the icon's menu.
+  /// The user wants to see the panel, by a start of the program or the icon's menu. Until something is known
+  /// of the tray icon, this waits.
   void show();
 
   /// The program is about to end: closes the panel, which nothing opens from here on.
@@ -43,7 +43,8 @@ class PanelPresence final : public QObject {
   std::function<QRect()> iconGeometry_;
   std::function<void()> quit_;
   QTimer missing_;
-  bool isTrayShown_ = false;
+  std::optional<bool> isTrayShown_;
+  bool isAwaited_ = false; // the panel, until the tray is known
   bool hasEnded_ = false;
 };
 

@@ -1,22 +1,62 @@
 #include "ui/shell/tray_icon.h"
 
+#include <QCoreApplication>
 #include <utility>
 
 namespace sonvel::ui {
+namespace {
 
-TrayIcon::TrayIcon(QIcon icon, const QDBusConnection& bus)
-    : icon_(std::move(icon))
+const QString kItemPath = QStringLiteral("/StatusNotifierItem");
+const QString kMenuPath = QStringLiteral("/MenuBar");
+
+/// The connection on which the toolkit serves its newest icon. It numbers them, and counts some that it makes
+/// for itself.
+std::optional<QDBusConnection> newestItemConnection() {
+  constexpr int kMostIcons = 64; // one for each time that a tray came, and some
+  std::optional<QDBusConnection> newest;
+  for (int number = 1; number <= kMostIcons; ++number) {
+    const QDBusConnection connection(QStringLiteral("org.kde.StatusNotifierItem-%1-%2")
+                                         .arg(QCoreApplication::applicationPid())
+                                         .arg(number));
+    if (connection.isConnected() && connection.objectRegisteredAt(kItemPath) != nullptr) newest = connection;
+  }
+  return newest;
+}
+
+} // namespace
+
+TrayIcon::TrayIcon(const QDBusConnection& bus)
+    : open_(add(QStringLiteral("Open Sonvel")))
+    , mute_(add(QStringLiteral("Mute")))
+    , startAtLogin_(add(QStringLiteral("Start at login")))
     , hosts_(bus) {
-  connect(menu_.addAction(QStringLiteral("Open Sonvel")), &QAction::triggered, this, &TrayIcon::openChosen);
-  connect(menu_.addAction(QStringLiteral("Quit")), &QAction::triggered, this, &TrayIcon::quitChosen);
+  connect(&open_, &QAction::triggered, this, &TrayIcon::openChosen);
+  mute_.setCheckable(true);
+  connect(&mute_, &QAction::triggered, this, &TrayIcon::muteChosen);
+  startAtLogin_.setCheckable(true);
+  connect(&startAtLogin_, &QAction::triggered, this, &TrayIcon::startAtLoginChosen);
+  connect(&add(QStringLiteral("About Sonvel")), &QAction::triggered, this, &TrayIcon::aboutChosen);
+  menu_.addSeparator();
+  connect(&add(QStringLiteral("Quit")), &QAction::triggered, this, &TrayIcon::quitChosen);
   connect(&hosts_, &TrayHostWatch::changed, this, &TrayIcon::follow);
 }
 
 TrayIcon::~TrayIcon() = default;
 
+QAction& TrayIcon::add(const QString& text) {
+  return *menu_.addAction(text);
+}
+
 void TrayIcon::setIcon(const QIcon& icon) {
   icon_ = icon;
   if (tray_) tray_->setIcon(icon_);
+  if (item_ != nullptr) item_->setIcon(icon_);
+}
+
+void TrayIcon::setToolTip(const QString& text) {
+  toolTip_ = text;
+  if (tray_) tray_->setToolTip(QCoreApplication::applicationName() + QLatin1Char('\n') + toolTip_);
+  if (item_ != nullptr) item_->setToolTip(toolTip_);
 }
 
 QRect TrayIcon::geometry() const {
@@ -26,17 +66,37 @@ QRect TrayIcon::geometry() const {
 // Qt asks once in a process whether there is a host, when the first icon is made, and remembers the answer:
 // no icon before there is one.
 void TrayIcon::follow(bool isHosted) {
+  item_ = nullptr;
+  exported_.reset();
   tray_.reset();
   if (isHosted) {
     tray_ = std::make_unique<QSystemTrayIcon>(icon_);
-    tray_->setToolTip(QStringLiteral("Sonvel"));
     tray_->setContextMenu(&menu_);
     connect(tray_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
       if (reason == QSystemTrayIcon::Trigger) Q_EMIT clicked();
+      if (reason == QSystemTrayIcon::MiddleClick) Q_EMIT muteChosen();
     });
     tray_->show();
+    takeOver();
+    setToolTip(toolTip_);
   }
   Q_EMIT shownChanged(isHosted);
+}
+
+// The toolkit's item ignores the wheel and has no text in its tool tip. Its menu and its place in the tray
+// stay; nobody has asked the item anything yet, for that comes by the event loop.
+void TrayIcon::takeOver() {
+  auto connection = newestItemConnection();
+  if (!connection) return;
+  exported_ = std::make_unique<QObject>();
+  // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): a child
+  item_ = new StatusItem(*exported_, kMenuPath,
+                         {.clicked = [this] { Q_EMIT clicked(); },
+                          .middleClicked = [this] { Q_EMIT muteChosen(); },
+                          .wheelTurned = [this](int notches) { Q_EMIT wheelTurned(notches); }});
+  connection->unregisterObject(kItemPath);
+  connection->registerObject(kItemPath, exported_.get(), QDBusConnection::ExportAdaptors);
+  item_->setIcon(icon_);
 }
 
 } // namespace sonvel::ui

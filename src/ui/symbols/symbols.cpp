@@ -3,15 +3,11 @@
 #include <QByteArray>
 #include <QFile>
 #include <QPainter>
-#include <QPixmap>
 #include <QSvgRenderer>
 #include <algorithm>
 
 namespace sonvel {
 namespace {
-
-/// Trays ask for 16 to 24 pixels, times up to 3 on dense screens.
-constexpr auto kIconSizesInPixels = {16, 20, 22, 24, 32, 36, 40, 44, 48, 64, 72};
 
 /// The drawing in opaque `color`; empty if there is none.
 QByteArray drawing(const QString& name, const QColor& color) {
@@ -44,16 +40,6 @@ QImage symbolImage(const QString& name, const QColor& color, QSize sizeInPixels)
     painter.fillRect(image.rect(), QColor(0, 0, 0, color.alpha()));
   }
   return image;
-}
-
-QIcon symbolIcon(const QString& name, const QColor& color) {
-  QIcon icon;
-  for (const int side : kIconSizesInPixels) {
-    const auto image = symbolImage(name, color, QSize(side, side));
-    if (image.isNull()) return {};
-    icon.addPixmap(QPixmap::fromImage(image));
-  }
-  return icon;
 }
 
 } // namespace sonvel

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QColor>
-#include <QIcon>
 #include <QImage>
 #include <QString>
 
@@ -11,9 +10,5 @@ namespace sonvel {
 /// for just these device pixels: as large as `sizeInPixels` allows, in its middle. A null image, and a
 /// warning, if there is none of this name. Any thread.
 QImage symbolImage(const QString& name, const QColor& color, QSize sizeInPixels);
-
-/// The same as an icon, sharp in the sizes that trays and menus ask for. A null icon, and a warning, if there
-/// is none of this name. Main thread.
-QIcon symbolIcon(const QString& name, const QColor& color);
 
 } // namespace sonvel

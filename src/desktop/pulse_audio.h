@@ -1,0 +1,9 @@
+#pragma once
+
+namespace sonvel::desktop {
+
+/// Whether PulseAudio's own daemon serves this session's programs, and not PipeWire in its place. Any thread;
+/// reads two small files.
+bool isPulseAudioServing();
+
+} // namespace sonvel::desktop

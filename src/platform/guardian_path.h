@@ -1,0 +1,18 @@
+#pragma once
+
+#include <filesystem>
+#include <system_error>
+
+namespace sonvel {
+
+/// The guardian that belongs to the file of a running program: beside it in a build, in the folder for
+/// helpers where it is installed. Names a file that may be missing. Any thread; reads the file system.
+inline std::filesystem::path guardianOf(const std::filesystem::path& program) {
+  constexpr auto kName = "sonvel-guardian";
+  const auto folder = program.parent_path();
+  std::error_code ignored;
+  if (const auto beside = folder / kName; std::filesystem::exists(beside, ignored)) return beside;
+  return (folder / SONVEL_HELPERS_FROM_PROGRAM / kName).lexically_normal();
+}
+
+} // namespace sonvel
