@@ -24,7 +24,7 @@ QString updateManager(const BundleInformation& bundle) {
 } // namespace
 
 PanelHost::PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance,
-                     Executor& mainThread, Executor& audioThread, std::function<void()> quit)
+                     Executor& mainThread, Relay::Post onAudioThread, std::function<void()> quit)
     : quit_(std::move(quit))
     , updateManager_(updateManager(audio.bundle()))
     , theme_(appearance)
@@ -32,7 +32,8 @@ PanelHost::PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearan
     , notice_(
           audio.server(), mainThread, [&audio] { return audio.isForeignSoundServing(); },
           [this](const QString&) { Q_EMIT serverNoticeChanged(); })
-    , trayControl_(tray_, model, {audio.environment().hardware, audioThread, mainThread}, updateManager_)
+    , trayControl_(tray_, model, {audio.environment().hardware, std::move(onAudioThread), mainThread},
+                   updateManager_)
     , window_(content(model), audio.clock())
     , presence_(
           window_, [this] { return tray_.geometry(); }, quit_) {

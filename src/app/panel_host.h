@@ -21,10 +21,10 @@ class PanelHost final : public QObject {
   Q_OBJECT
 
  public:
-  /// Shows the icon. `audioThread` may call the audio system. `quit` is called when the user wants the
-  /// program to end. The others outlive this object.
+  /// Shows the icon. `onAudioThread` posts to a thread that may call the audio system. `quit` is called when
+  /// the user wants the program to end. The others outlive this object.
   PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance, Executor& mainThread,
-            Executor& audioThread, std::function<void()> quit);
+            Relay::Post onAudioThread, std::function<void()> quit);
 
   /// Shows the panel to a user who asked for it by other means than its icon.
   void show() { presence_.show(); }

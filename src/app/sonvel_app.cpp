@@ -31,8 +31,12 @@ SonvelApp::SonvelApp(updater::Relaunch& relaunch, QuitDeadline& deadline, Machin
           hardware_, mainThread_, audio_->clock(), permission_, audio_->preferences(), updates_}))
     , quitRequests_([this] { terminate(); }) {
   completeIconThemes();
-  panel_ = std::make_unique<PanelHost>(delegate_->model(), *audio_, appearance_, mainThread_, *hardware_,
-                                       [this] { terminate(); });
+  panel_ = std::make_unique<PanelHost>(
+      delegate_->model(), *audio_, appearance_, mainThread_,
+      [&hardware = *hardware_](std::function<void()> work) {
+        (void)hardware.call([work = std::move(work)](HardwareController&) { work(); });
+      },
+      [this] { terminate(); });
   deadline_.setGiveBack([this] { (void)hardware_->call(&HardwareController::teardownAll); });
 }
 

@@ -26,10 +26,11 @@ TrayControl::TrayControl(ui::TrayIcon& tray, MixerViewModel& model, const Audio&
     : tray_(tray)
     , model_(model)
     , updateManager_(std::move(updateManager))
-    , master_(audio.hardware, audio.audioThread, audio.mainThread, [this](const MasterControl::State& state) {
-      shown_ = state;
-      update();
-    }) {
+    , master_(audio.hardware, audio.onAudioThread, audio.mainThread,
+              [this](const MasterControl::State& state) {
+                shown_ = state;
+                update();
+              }) {
   connect(&tray_, &ui::TrayIcon::wheelTurned, this,
           [this](int notches) { master_.change(notches * kPointsPerNotch); });
   connect(&tray_, &ui::TrayIcon::muteChosen, this, [this] {

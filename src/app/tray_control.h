@@ -14,10 +14,10 @@ class TrayControl final : public QObject {
   Q_OBJECT
 
  public:
-  /// What else it works on; they outlive it. `audioThread` calls the hardware.
+  /// What else it works on, as MasterControl has it.
   struct Audio {
     AudioHardware& hardware;
-    Executor& audioThread;
+    Relay::Post onAudioThread;
     Executor& mainThread;
   };
 

@@ -20,9 +20,9 @@ int toPercent(float volume) {
 /// that waits for this.
 class MasterControl::Device : public std::enable_shared_from_this<Device> {
  public:
-  Device(AudioHardware& hardware, Executor& audioThread, std::function<void(State)> report)
+  Device(AudioHardware& hardware, Relay::Post onAudioThread, std::function<void(State)> report)
       : hardware_(hardware)
-      , audioThread_(audioThread)
+      , onAudioThread_(std::move(onAudioThread))
       , report_(std::move(report)) {}
 
   void look() {
@@ -72,9 +72,9 @@ class MasterControl::Device : public std::enable_shared_from_this<Device> {
 
   void add(AudioObjectID object, const PropertyAddress& address) {
     PropertyListenerID id = 0;
-    const auto onChange = [&audioThread = audioThread_, weak = weak_from_this()](AudioObjectID,
-                                                                                 const PropertyAddress&) {
-      audioThread.post([weak] {
+    const auto onChange = [post = onAudioThread_, weak = weak_from_this()](AudioObjectID,
+                                                                           const PropertyAddress&) {
+      post([weak] {
         if (const auto self = weak.lock()) self->look();
       });
     };
@@ -88,7 +88,7 @@ class MasterControl::Device : public std::enable_shared_from_this<Device> {
   }
 
   AudioHardware& hardware_;
-  Executor& audioThread_;
+  const Relay::Post onAudioThread_;
   const std::function<void(State)> report_;
   float before_ = 0.5F;
   std::mutex mutex_; ///< guards the rest
@@ -97,9 +97,9 @@ class MasterControl::Device : public std::enable_shared_from_this<Device> {
   bool hasEnded_ = false;
 };
 
-MasterControl::MasterControl(AudioHardware& hardware, Executor& audioThread, Executor& mainThread,
+MasterControl::MasterControl(AudioHardware& hardware, Relay::Post onAudioThread, Executor& mainThread,
                              std::function<void(const State&)> changed)
-    : audioThread_(audioThread)
+    : onAudioThread_(std::move(onAudioThread))
     , relay_(mainThread) {
   auto report =
       relay_.bind<State>([changed = std::move(changed), last = std::optional<State>()](State state) mutable {
@@ -107,7 +107,7 @@ MasterControl::MasterControl(AudioHardware& hardware, Executor& audioThread, Exe
         last = state;
         changed(state);
       });
-  device_ = std::make_shared<Device>(hardware, audioThread, std::move(report));
+  device_ = std::make_shared<Device>(hardware, onAudioThread_, std::move(report));
   refresh();
 }
 
@@ -116,15 +116,15 @@ MasterControl::~MasterControl() {
 }
 
 void MasterControl::refresh() {
-  audioThread_.post([device = device_] { device->look(); });
+  onAudioThread_([device = device_] { device->look(); });
 }
 
 void MasterControl::change(int points) {
-  audioThread_.post([device = device_, points] { device->change(points); });
+  onAudioThread_([device = device_, points] { device->change(points); });
 }
 
 void MasterControl::toggleMute() {
-  audioThread_.post([device = device_] { device->toggleMute(); });
+  onAudioThread_([device = device_] { device->toggleMute(); });
 }
 
 } // namespace sonvel

@@ -26,8 +26,9 @@ class MasterControl {
   };
 
   /// Reads at once. `changed` is called on the main thread with each new state, from the first on. The
-  /// hardware is called on `audioThread` alone; the three outlive this object.
-  MasterControl(AudioHardware& hardware, Executor& audioThread, Executor& mainThread,
+  /// hardware is called where `onAudioThread` takes work: one thread, in the order of the calls, until this
+  /// object has ended and what it has posted is done. The referents outlive that.
+  MasterControl(AudioHardware& hardware, Relay::Post onAudioThread, Executor& mainThread,
                 std::function<void(const State&)> changed);
   ~MasterControl();
   MasterControl(const MasterControl&) = delete;
@@ -45,7 +46,7 @@ class MasterControl {
  private:
   class Device;
 
-  Executor& audioThread_;
+  const Relay::Post onAudioThread_;
   std::shared_ptr<Device> device_;
   Relay relay_;
 };
