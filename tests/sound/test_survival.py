@@ -87,8 +87,6 @@ def test_end_of_the_program_leaves_each_at_its_own_route(session, holder, end):
     for frequency, amplitude in tones.items():
         sink.wait_for_tone(frequency, amplitude)
     assert holder.tell("take", 0.25) == 3
-    sinks = {node["node.name"] for node in session.graph.objects("Node", **{"media.class": "Audio/Sink"})}
-    assert sinks == {"Speakers", "Headphones"}  # other mixers list no more than these
     for frequency, amplitude in tones.items():
         sink.wait_for_tone(frequency, amplitude / 4)
 
