@@ -89,7 +89,7 @@ void everything(const MixerClient& mixer, const Request& /*request*/) {
 
 void watch(const MixerClient& mixer, const Request& request) {
   if (request.hasLevels && !request.isJson) failUsage(QStringLiteral("--levels needs --json"));
-  watchMixer(mixer, request.isJson ? toJson : toTable, request.hasLevels);
+  Watch(mixer, request.isJson ? toJson : toTable, request.hasLevels).run();
 }
 
 const std::array kCommands{

@@ -3,13 +3,40 @@
 #include "command/mixer_client.h"
 
 #include <QByteArray>
+#include <QDBusServiceWatcher>
+#include <QEventLoop>
+#include <QObject>
+#include <QTimer>
+#include <optional>
 
 namespace sonvel::command {
 
 using Format = QByteArray (*)(const QVariantMap& properties);
 
-/// Prints the mixer's properties as `format` has them, now and after each change, until the process is ended.
-/// Throws Failure when the program that it watches ends.
-[[noreturn]] void watchMixer(const MixerClient& mixer, Format format, bool hasLevels);
+/// Prints the mixer's properties as `format` has them, at first and after each change.
+class Watch final : public QObject {
+  Q_OBJECT
+
+ public:
+  /// `mixer` outlives this object.
+  Watch(const MixerClient& mixer, Format format, bool hasLevels);
+
+  /// Returns never. Throws Failure when the program that is watched has ended or does not answer.
+  [[noreturn]] void run();
+
+ private:
+  Q_SLOT void note();
+  void read();
+  void print(const QVariantMap& properties);
+
+  const MixerClient& mixer_;
+  const Format format_;
+  const bool hasLevels_;
+  QDBusServiceWatcher ending_;
+  QEventLoop loop_;
+  QTimer reading_;
+  QByteArray printed_;
+  std::optional<Failure> failure_;
+};
 
 } // namespace sonvel::command

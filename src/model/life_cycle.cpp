@@ -72,6 +72,7 @@ QCoro::Task<> MixerViewModel::refresh() {
   if (isQuitting_) co_return;
   startFollowing();
   co_await bringUpToDate();
+  if (!isFollowed()) keepRows(); // as in stopPolling
 }
 
 QCoro::Task<> MixerViewModel::bringUpToDate() {

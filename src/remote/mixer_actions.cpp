@@ -18,6 +18,7 @@ constexpr int kMostMasterVolume = 100;
 ChannelState& application(const MixerViewModel& model, const QVariant& wanted) {
   const auto& rows = model.channels()->rows();
   std::vector<Named> names;
+  names.reserve(rows.size());
   for (const auto& row : rows)
     names.push_back({row->stableKeyText(), row->name()});
   return *rows[findNamed(wanted.toString(), names, QStringLiteral("application"))];
@@ -25,6 +26,7 @@ ChannelState& application(const MixerViewModel& model, const QVariant& wanted) {
 
 std::string device(const MixerViewModel& model, const QString& wanted) {
   std::vector<Named> names;
+  names.reserve(model.outputDevices().size());
   for (const auto& device : model.outputDevices())
     names.push_back({QString::fromStdString(device.uid), QString::fromStdString(device.name)});
   return model.outputDevices()[findNamed(wanted, names, QStringLiteral("output device"))].uid;
