@@ -87,7 +87,9 @@ def test_each_command_is_heard_with_the_panel_closed_and_its_changes_are_watched
         watch = LineProcess(desktop.session, BIN / "sonvel", "watch", "--json", environment=desktop.environment)
 
         def wait_for(condition):
-            while not condition(state := json.loads(watch.hear() or "null")):
+            state = None
+            while state is None or not condition(state):
+                state = json.loads(watch.hear() or "null")
                 assert state, "the change was not told"
             assert not any("level" in one for one in state["applications"])
 
