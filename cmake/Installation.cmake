@@ -13,6 +13,10 @@ install(TARGETS sonvel RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(TARGETS sonvel-guardian RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}") # only sonvel starts it
 install(FILES "${packaging}/${id}.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
 install(FILES "${PROJECT_SOURCE_DIR}/data/sonvel.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(FILES "${PROJECT_SOURCE_DIR}/data/sonvel.bash-completion"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME sonvel)
+install(FILES "${PROJECT_SOURCE_DIR}/src/remote/com.quellmarsh.sonvel.Mixer1.xml"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces")
 
 configure_file("${packaging}/${id}.service.in" "${PROJECT_BINARY_DIR}/${id}.service" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/${id}.service" DESTINATION "${CMAKE_INSTALL_DATADIR}/dbus-1/services")
