@@ -36,7 +36,7 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
   const bool isToBeKept = former != nullptr || kept != kept_.end();
 
   std::optional<ConfigurationScope> configuration;
-  if (isToBeKept) configuration.emplace(environment_.hardware, configurationDepth_);
+  if (former != nullptr) configuration.emplace(environment_.hardware, configurationDepth_);
   auto choice = former != nullptr ? std::optional(former->chosenUID) : readChoice({app.objectID});
   if (former == nullptr && !settings.outputUID && choice && *choice) {
     const auto overruled = overruled_.find(key);
@@ -49,9 +49,9 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
       throw HardwareError(removed.failureText(), kNoCallStatus);
     }
   }
-  if (kept != kept_.end()) endWaiting(kept->second);
+  const auto waiting = kept != kept_.end() ? std::exchange(kept->second.tap, kAudioObjectUnknown) : 0;
   try {
-    auto session = buildSession(app, settings);
+    auto session = buildSession(app, settings, waiting);
     session->chosenUID = choice.value_or(std::nullopt);
     kept_.erase(key);
     sessions_.insert_or_assign(app.objectID, std::move(session));
@@ -77,12 +77,16 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
   reportChanges();
 }
 
-std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app, const Settings& settings) {
+/// With the tap in which the application's streams wait, if there is one: streams that have just begun to
+/// play are not moved once more.
+std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app, const Settings& settings,
+                                                             AudioObjectID waitingTap) {
   auto session = std::make_unique<TapSession>(app, settings.outputUID);
   session->mix->setGain(MixerMath::clampGain(settings.gain));
   session->mix->setMuted(settings.muted);
+  session->tapID = waitingTap;
   try {
-    createTap(*session);
+    if (waitingTap == kAudioObjectUnknown) createTap(*session);
     createAggregateDevice(*session);
     const auto ioProc = installIOProc(*session);
     startDevice(session->aggID, ioProc);
@@ -90,6 +94,10 @@ std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app
     // The step's failure is the one to report, and with its handles gone nothing could retry the undoing.
     (void)teardown(*session);
     throw;
+  }
+  if (waitingTap != kAudioObjectUnknown) {
+    session->processes.clear(); // a waiting tap has none
+    followProcesses(*session, processes_.of(stableKey(app)));
   }
   return session;
 }

@@ -157,7 +157,8 @@ class HardwareController final {
   static Settings settingsOf(const TapSession& session);
 
   // Building.
-  std::unique_ptr<TapSession> buildSession(const AudioApp& app, const Settings& settings);
+  std::unique_ptr<TapSession> buildSession(const AudioApp& app, const Settings& settings,
+                                           AudioObjectID waitingTap);
   void createTap(TapSession& session);
   void createAggregateDevice(TapSession& session);
   OSStatus tryAggregateDevice(TapSession& session, const std::string& outputUID, const std::string& tapUID);

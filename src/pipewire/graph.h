@@ -35,6 +35,7 @@ struct Node {
   std::string description;
   bool isRunning = false;            ///< it takes part in the graph's cycles now
   bool cannotBeMoved = false;        ///< its properties forbid the session manager to move it
+  bool isPulseAnnounced = false;     ///< PipeWire's PulseAudio server has told the program of its stream
   std::string ownTarget;             ///< the node that its program asked for: name or serial; empty for none
   std::vector<float> channelVolumes; ///< linear amplitude factors; empty while unknown
   std::optional<GlobalID> card;

@@ -97,6 +97,16 @@ bool mayTake(const PlanContext& context, const DesiredSession& session, bool isC
   return former && *former != tap && context.graph().nodeNamed(context.desired().taps.at(tap).nodeName);
 }
 
+/// Whether a stream may go into a tap already. The PulseAudio server of PipeWire tells a program that its
+/// stream is there only while that is linked to a sink that mixers list, which a tap is not; before that the
+/// program plays nothing.
+bool isAnnounced(const PlanContext& context, GlobalID stream) {
+  const GraphIndex& graph = context.graph();
+  const Node& node = graph.node(stream);
+  const auto client = node.client ? graph.graph().clients.find(*node.client) : graph.graph().clients.end();
+  return client == graph.graph().clients.end() || !client->second.isPulseConnection || node.isPulseAnnounced;
+}
+
 /// The tap that each stream is to be sent into now: the newest of those that want it and may take it. One
 /// that stands by takes what no other wants.
 std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
@@ -106,14 +116,15 @@ std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
     for (const auto tap : session.taps) {
       if (!context.isRead(tap)) continue;
       for (const auto stream : context.streamsOf(context.desired().taps.at(tap)))
-        if (context.canBeMoved(stream) && mayTake(context, session, isConnected, tap, stream))
+        if (context.canBeMoved(stream) && isAnnounced(context, stream) &&
+            mayTake(context, session, isConnected, tap, stream))
           taps[stream] = std::max(taps[stream], tap);
     }
   }
   for (const auto& [id, tap] : context.desired().taps)
     if (tap.standsBy && context.isRead(id) && context.graph().nodeNamed(tap.nodeName))
       for (const auto stream : context.streamsOf(tap))
-        if (context.canBeMoved(stream)) taps.try_emplace(stream, id);
+        if (context.canBeMoved(stream) && isAnnounced(context, stream)) taps.try_emplace(stream, id);
   return taps;
 }
 

@@ -219,6 +219,7 @@ OSStatus PipeWireHardware::setTapProcesses(AudioObjectID object, std::span<const
     if (!process) return status::kBadObject;
     processes.insert(*process);
   }
+  tap->standsBy &= processes.empty();
   tap->processes = std::move(processes);
   ProcessJoining::noteStrangers(state_->graph, *tap);
   state_->reconciler.schedule();
