@@ -175,7 +175,10 @@ TEST_F(Following, AFailedMoveIsReportedHeardUnalteredAndTriedAgain) {
   EXPECT_EQ(heard("speakers"), 0.25F);
   EXPECT_EQ(reports_.begin()->second.error, "CreateIOProcID failed (OSStatus -50)");
   EXPECT_FALSE(reports_.begin()->second.exists);
+  audio_.setDefaultDevice("headset");
+  audio_.setDefaultDevice("speakers");
   executor_->runAll();
+  EXPECT_FALSE(controller_->isControlled(87)) << "not at every change";
   advance(2s);
   EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.125F));
   EXPECT_TRUE(report().exists);
