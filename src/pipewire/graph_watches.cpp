@@ -148,7 +148,8 @@ void GraphMonitor::NodeWatch::readProperties(Node& node, const spa_dict* propert
   note("node.dont-fallback", true); // it would rather end than play elsewhere
   note(PW_KEY_NODE_AUTOCONNECT, false);
   node.cannotBeMoved = !forbidding_.empty();
-  if (textOf(properties, "pulse.attr.tlength")) node.isPulseAnnounced = true; // with the answer to the program
+  if (textOf(properties, "pulse.attr.tlength"))
+    node.isPulseAnnounced = true; // with the answer to the program
   if (auto target = textOf(properties, PW_KEY_TARGET_OBJECT)) node.ownTarget = std::move(*target);
   if (const auto card = numberOf(properties, PW_KEY_DEVICE_ID)) node.card = card;
   if (const auto output = numberOf(properties, "card.profile.device"))
