@@ -1,22 +1,14 @@
 #include "engine/actor.h"
-#include "engine/hardware_controller.h"
-#include "simulated/desktop.h"
-#include "simulated/manual_clock.h"
-#include "simulated/simulated_audio.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
 #include <future>
 #include <semaphore>
 #include <stdexcept>
 
 namespace sonvel {
 namespace {
-
-using namespace std::chrono_literals;
 
 /// An object without any protection of its own.
 struct Journal {
@@ -116,47 +108,6 @@ TEST_F(ActorTest, DestroyingItRunsWhatIsPendingAndRepliesOutliveIt) {
   std::promise<Landing> landed;
   land(std::move(second), other_, landed);
   EXPECT_EQ(landed.get_future().get(), Landing(-1, true));
-}
-
-/// The threads of the program as they are: the actor's, that of the IOProcs, the clock's and a caller.
-TEST(ControllerActor, WorksWithAllThreadsAtOnce) {
-  simulated::SimulatedAudio audio;
-  audio.addDevice({.uid = "speakers"});
-  const auto process = audio.addProcess({.pid = 512, .streams = {simulated::constantSignal(0.25F, 0.25F)}});
-  simulated::SimulatedProcesses processes;
-  simulated::SimulatedBundle bundle("com.quellmarsh.sonvel");
-  simulated::SimulatedApplications applications;
-  simulated::ManualClock clock;
-  Actor<HardwareController> actor(AudioEnvironment{audio, processes, bundle, applications}, std::ref(clock));
-  const AudioApp app{.objectID = process,
-                     .pid = 512,
-                     .bundleID = "pid 512",
-                     .name = "Player",
-                     .parentBundleID = std::nullopt};
-
-  std::atomic<bool> isOver = false;
-  std::thread playing([&] {
-    while (!isOver)
-      audio.runCycle(64);
-  });
-  std::thread timePassing([&] {
-    while (!isOver)
-      clock.advance(500ms);
-  });
-  for (int round = 0; round < 100; ++round) {
-    (void)actor.call(
-        [&](HardwareController& controller) { controller.addChannel(app, 1.0F, false, std::nullopt); });
-    (void)actor.call([&](HardwareController& controller) { controller.setGain(0.5F, process); });
-    (void)actor.call(&HardwareController::peaks).get();
-    if (round % 10 == 0) audio.fail({.call = simulated::Call::destroyProcessTap, .status = -50});
-    (void)actor.call([&](HardwareController& controller) { return controller.removeChannel(process); }).get();
-  }
-  isOver = true;
-  playing.join();
-  timePassing.join();
-  audio.clearFailures();
-  (void)actor.call(&HardwareController::teardownAll).get();
-  EXPECT_TRUE(audio.isClean());
 }
 
 } // namespace

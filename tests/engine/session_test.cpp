@@ -25,7 +25,8 @@ TEST_F(Session, AsksTheSystemForWhatItNeeds) {
                                                .isPrivate = true,
                                                .muteBehavior = TapMuteBehavior::muted}));
     auto aggregate = audio_.aggregates().at(0).description;
-    EXPECT_EQ(std::exchange(aggregate.uid, "").size(), 36U);
+    EXPECT_THAT(std::exchange(aggregate.uid, ""),
+                testing::MatchesRegex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"));
     EXPECT_EQ(aggregate, (AggregateDeviceDescription{.name = "SonvelAgg-" + std::to_string(pid),
                                                      .uid = "",
                                                      .mainSubDeviceUID = "speakers",
@@ -170,15 +171,6 @@ TEST_F(Session, IsMeteredBeforeGainAndMuteAndFallsWithItsApplication) {
   audio_.setPlaying(45, false); // with it the device stops calling the block
   executor_->runAll();
   EXPECT_THAT(controller_->peaks(), ElementsAre(Pair(12U, 0.25F), Pair(45U, 0.0F)));
-}
-
-TEST_F(Session, DoesNotKeepOthersFromTheAudioSystem) {
-  playingApp(12);
-  addChannel(playingApp(45, 0.5F, 513));
-  EXPECT_THAT(controller_->audibleObjectIDs(), ElementsAre(12U, 45U));
-  EXPECT_EQ(controller_->outputDevices().size(), 2U) << "without the channel's own aggregate device";
-  EXPECT_TRUE(controller_->setMasterVolume(0.75F));
-  EXPECT_EQ(controller_->masterVolume(), 0.75F);
 }
 
 } // namespace
