@@ -80,9 +80,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "qml6-module-qtquick, qml6-module-qtquick-layouts, qml6-module-qtquick-templates, qml6-module-qtquick-window, qml6-module-qtqml, qml6-module-qtqml-workerscript, hicolor-icon-theme")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "pipewire-audio, qt6-wayland")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "volume for every application")
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "volume for every application
- Sonvel gives each program that plays sound its own volume, from 0 to 200
- percent, its own mute, meter and output device, on a desktop that runs
- PipeWire. It needs no driver and no special rights. Quitting it gives every
- program its own sound back.")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Sonvel gives each program that plays sound its own volume, from 0 to 200
+percent, its own mute, meter and output device, on a desktop that runs
+PipeWire. It needs no driver and no special rights. Quitting it gives every
+program its own sound back.")
 include(CPack)
