@@ -51,7 +51,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   const std::string& id() const noexcept { return stableKey_; }
 
-  /// The process that the row stands for now; always one of the row's key.
+  /// The process that the row stands for now. Its stableKey is always the row's.
   const AudioApp& app() const noexcept { return app_; }
 
   void setApp(AudioApp app);
@@ -74,7 +74,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   void setLevel(float level);
 
-  /// Whether the application has a session, which is that its volume, mute and route have effect.
+  /// Whether the application has a session. Without one, its volume, mute and route have no effect.
   bool active() const noexcept { return active_; }
 
   void setActive(bool active);
@@ -102,10 +102,11 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   bool isPartial() const noexcept { return playback_.isPartial; }
 
-  /// Those of the session, or the row's own if none is known.
+  /// The processes of the row's session; without a session the row's own process.
   std::vector<AudioObjectID> processes() const;
 
-  /// One of them, by which the controller knows the channel: the row's own if its session has it.
+  /// The process to name in calls of the controller: the row's own, or another one of its session if the
+  /// session does not have that.
   AudioObjectID sessionID() const;
 
   /// Polls in a row at which the tap was silent although the application plays.

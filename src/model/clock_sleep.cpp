@@ -7,8 +7,8 @@
 
 namespace sonvel {
 
-/// Touched on the main thread alone. The clock may wake it at any time: the relay drops a wake that comes
-/// after its end.
+/// Used on the main thread alone. The clock may wake it at any time; the relay drops a wake that comes when
+/// the wait is over.
 struct ClockSleep::Wait {
   explicit Wait(Executor& mainThread)
       : relay(mainThread) {}

@@ -106,14 +106,14 @@ void MixerViewModel::setWatched(bool isWatched) {
 
 void MixerViewModel::stopPolling() {
   polling_.cancel();
-  keepRows(); // no reconciliation tries any more to start those that have failed
+  keepRows(); // no reconciliation retries failed starts from now on
 }
 
 QCoro::Task<> MixerViewModel::teardownForQuit() {
   const auto self = shared_from_this();
   isQuitting_ = true;
   cancelTasks();
-  keepRows(); // now none is kept
+  keepRows(); // while the program ends, this withdraws what was kept
   (void)co_await dependencies_.ask(&HardwareController::teardownAll);
 }
 
@@ -136,8 +136,8 @@ QCoro::Task<> MixerViewModel::handlePermissionRevocation() {
   setStatus(afterRevocation(outcome));
 }
 
-/// Shows no failure: a row that has lost its session is started by the next reconciliation, which does, and
-/// one that is still silent is rebuilt after as many polls again.
+/// Does not show a failure. If the row has lost its session, the next reconciliation starts it again and
+/// shows what fails. If it is only still silent, it is rebuilt after twelve more silent polls.
 QCoro::Task<> MixerViewModel::rebuild(ChannelList::Row row) {
   const SessionReports::Hold hold(reports_, row->stableKey());
   (void)co_await dependencies_.ask(

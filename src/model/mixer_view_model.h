@@ -82,8 +82,8 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   /// keeps the model alive while it awaits this.
   QCoro::Task<> refresh();
 
-  /// Whether somebody else than the panel wants to see every change. While it is true the model polls as it
-  /// does for the panel: both together are served by one loop.
+  /// Whether others than the panel want to see every change. While they do, the model polls as it does for
+  /// the panel; one loop serves both.
   void setWatched(bool isWatched);
 
   /// Whether the model polls, or is about to, which is that the meters are up to date.
@@ -168,7 +168,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
     bool operator==(const ChannelSettings&) const = default;
   };
 
-  /// The keys that play, each once and with its first application, in the order of the list.
+  /// What plays: each key once, with the first application that has it, in the order of the list.
   using AudibleMap = std::vector<std::pair<std::string, AudioApp>>;
 
   // Coroutines: the caller keeps the model alive while it awaits them.
@@ -185,7 +185,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   // Following the sessions.
   void followSession(const SessionReport& report, SessionReports::Age age);
   void followProcess(ChannelState& row, const SessionReport& report);
-  void followSettings(ChannelState& row, const SessionReport& report);
+  void followSettings(ChannelState& row, const SessionReport& report, SessionReports::Age age);
   static void followError(ChannelState& row, const SessionReport& report);
   static void revive(ChannelState& row);
   void catchUp(ChannelState& row, const ChannelSettings& known);
@@ -241,7 +241,8 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   bool isPanelOpen_ = false;
   bool isWatched_ = false;
   bool isQuitting_ = false;
-  bool wasGranted_ = false; ///< the permission, when paused rows were last kept
+  bool wasGranted_ =
+      false; ///< whether the permission was, when settings of paused rows were last handed over
   SessionReports reports_;
 };
 

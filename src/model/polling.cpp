@@ -16,7 +16,7 @@ constexpr unsigned kTicksPerReconciliation = 10;
 /// Silent polls in a row after which a tap counts as broken.
 constexpr int kZeroStreakToRebuild = 12;
 
-/// Of the row's processes; one that is not in `peaks` is silent.
+/// The largest peak of the row's processes. A process that is not in `peaks` is silent.
 float largestPeak(const ChannelState& row, const std::map<AudioObjectID, float>& peaks) {
   float largest = 0.0F;
   for (const auto process : row.processes())

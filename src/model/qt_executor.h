@@ -31,7 +31,7 @@ class QtExecutor final : public QObject, public Executor {
   /// Runs the next piece of work. False if there is none.
   bool runNext();
 
-  std::mutex mutex_; ///< guards the next
+  std::mutex mutex_; ///< guards work_
   std::deque<std::function<void()>> work_;
 };
 

@@ -48,8 +48,8 @@ QCoro::Task<> MixerViewModel::reconcile() {
   setStatus(rowCounts());
 }
 
-/// The row of the key. Makes it if there is none, which another reconciliation that runs at the same time may
-/// have done. Null if the user has removed the row since this reconciliation began; the next one makes it.
+/// The row of the key, which is made if there is none. Null if the user has removed the row since this
+/// reconciliation began: then the next one makes it. `rowsBefore` are the rows of the beginning.
 ChannelList::Row MixerViewModel::rowFor(const std::string& key, const AudioApp& app,
                                         const std::vector<ChannelList::Row>& rowsBefore) {
   if (auto row = channels_.rowWithKey(key)) return row;
@@ -120,7 +120,7 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   catchUp(*row, settings);
 }
 
-/// Whether the session that was started for that process is the one of the key's row.
+/// Whether the key has a row that the session of that process belongs to.
 bool MixerViewModel::isWanted(const std::string& key, AudioObjectID objectID) const {
   const auto row = channels_.rowWithKey(key);
   if (!row) return false;

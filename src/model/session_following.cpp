@@ -35,16 +35,10 @@ void MixerViewModel::followSession(const SessionReport& report, SessionReports::
     row->setZeroStreak(0);
     if (!report.exists) row->setLevel(0.0F);
   }
-  if (report.exists) {
-    followProcess(*row, report);
-    if (!age.isRouteOld && row->outputUID() != report.outputUID) row->setOutputUID(report.outputUID);
-    if (!age.hasWaited) followSettings(*row, report);
-    // A session without an error exists because its application plays; one with an error could not be ended.
-    if (!row->isPlaying() && !report.error) {
-      revive(*row);
-      sortRows();
-    }
-  }
+  if (report.exists) followProcess(*row, report);
+  // A session with an error could not be ended: it has not the settings that the user wants, and need not
+  // play.
+  if (report.exists && !report.error) followSettings(*row, report, age);
   const ChannelState::Playback playback{report.objectIDs, report.playingUID, report.isOutputConnected,
                                         report.isPartial};
   if (row->playback() != playback) row->setPlayback(playback);
@@ -60,11 +54,18 @@ void MixerViewModel::followProcess(ChannelState& row, const SessionReport& repor
     row.setApp(report.app);
 }
 
-void MixerViewModel::followSettings(ChannelState& row, const SessionReport& report) {
-  if (MixerMath::clampGain(MixerMath::percentToGain(row.gainPercent())) != report.gain)
-    row.setGainPercent(toPercent(report.gain));
-  if (row.muted() != report.muted) row.setMuted(report.muted);
-  if (rememberedSettings_.contains(row.stableKey())) remember(row);
+void MixerViewModel::followSettings(ChannelState& row, const SessionReport& report, SessionReports::Age age) {
+  if (!age.isRouteOld && row.outputUID() != report.outputUID) row.setOutputUID(report.outputUID);
+  if (!age.hasWaited) {
+    if (MixerMath::clampGain(MixerMath::percentToGain(row.gainPercent())) != report.gain)
+      row.setGainPercent(toPercent(report.gain));
+    if (row.muted() != report.muted) row.setMuted(report.muted);
+    if (rememberedSettings_.contains(row.stableKey())) remember(row);
+  }
+  if (row.isPlaying()) return;
+  revive(row);
+  sortRows();
+  setStatus(rowCounts());
 }
 
 void MixerViewModel::followError(ChannelState& row, const SessionReport& report) {

@@ -14,20 +14,20 @@ namespace sonvel {
 /// is newer than the report. A part of the model. Main thread.
 class SessionReports {
  public:
-  /// What of a report may be older than what the model has done since.
+  /// Which parts of a report the model's own calls have overtaken.
   struct Age {
-    bool hasWaited = false; ///< gain and mute; and the outcome of the call has said what failed
-    bool isRouteOld = false;
+    bool hasWaited = false;  ///< for a call: gain and mute are old, and the caller knows already what failed
+    bool isRouteOld = false; ///< a call has chosen a route since
   };
 
-  /// Takes a report that is due.
+  /// Called with each report as soon as no call holds it back.
   using Follow = std::function<void(const SessionReport& report, Age age)>;
   using FollowDevices = std::function<void(std::vector<AudioOutputDevice>)>;
 
-  /// While it exists, reports of its application wait. The reports outlive it.
+  /// While it exists, reports of its application wait. It ends before the SessionReports does.
   class Hold {
    public:
-    /// For a call that chooses a route if `choosesRoute`.
+    /// `choosesRoute`: the call chooses a route, so that the route in a report that has waited is old.
     Hold(SessionReports& reports, std::string key, bool choosesRoute = false);
     ~Hold();
     Hold(const Hold&) = delete;
@@ -39,7 +39,7 @@ class SessionReports {
     const bool choosesRoute_;
   };
 
-  /// `dependencies` outlives the reports.
+  /// `dependencies` outlives this object.
   SessionReports(const MixerDependencies& dependencies, Follow follow, FollowDevices followDevices);
 
   /// Asks the controller for reports, once; later calls do nothing.
@@ -48,10 +48,10 @@ class SessionReports {
   /// The session of that key; null if there is none, or a call about it is under way.
   const SessionReport* session(const std::string& key) const;
 
-  /// Whether the last report of that key, which may be waiting, is of a session with all these processes.
+  /// Whether one session has all these processes, by the last report of that key, which may still wait.
   bool isOneSession(const std::string& key, std::initializer_list<AudioObjectID> processes) const;
 
-  /// From now on there is none, until one is reported again.
+  /// Makes session() give null for that key until a session is reported again.
   void forgetSession(const std::string& key);
 
  private:
