@@ -189,6 +189,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   static void followError(ChannelState& row, const SessionReport& report);
   static void revive(ChannelState& row);
   void catchUp(ChannelState& row, const ChannelSettings& known);
+  void sendLevel(const ChannelState& row, const ChannelSettings& known);
 
   // Reconciliation: bringing the rows in line with the applications that play.
   QCoro::Task<> reconcile();

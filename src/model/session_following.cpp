@@ -35,17 +35,21 @@ void MixerViewModel::followSession(const SessionReport& report, SessionReports::
     row->setZeroStreak(0);
     if (!report.exists) row->setLevel(0.0F);
   }
+  const bool couldNotBeEnded = report.exists && report.error;
   if (report.exists) followProcess(*row, report);
-  // A session with an error could not be ended: it has not the settings that the user wants, and need not
-  // play.
-  if (report.exists && !report.error) followSettings(*row, report, age);
+  // One that could not be ended has not the settings that the user wants, and need not play.
+  if (report.exists && !couldNotBeEnded) followSettings(*row, report, age);
   const ChannelState::Playback playback{report.objectIDs, report.playingUID, report.isOutputConnected,
                                         report.isPartial};
   if (row->playback() != playback) row->setPlayback(playback);
-  if (!age.hasWaited)
-    followError(*row, report);
-  else if (hasBegunOrEnded)
+  if (!age.hasWaited || couldNotBeEnded) followError(*row, report);
+  if (!hasBegunOrEnded) return;
+  if (couldNotBeEnded)
+    sendLevel(*row, ChannelSettings(report)); // it may still be heard
+  else if (age.hasWaited || !row->isPlaying())
     catchUp(*row, ChannelSettings(report));
+  else if (!report.exists && !isFollowed())
+    keep(*row); // no reconciliation starts it again
 }
 
 void MixerViewModel::followProcess(ChannelState& row, const SessionReport& report) {
@@ -90,9 +94,13 @@ void MixerViewModel::catchUp(ChannelState& row, const ChannelSettings& known) {
   dependencies_.tell([key = row.stableKey()](HardwareController& controller) {
     controller.forgetSettings(key); // those of before its session
   });
+  sendLevel(row, known);
+  if (row.outputUID() != known.outputUID) (void)sendOutput(shared_from_this(), row.shared_from_this());
+}
+
+void MixerViewModel::sendLevel(const ChannelState& row, const ChannelSettings& known) {
   if (row.gainPercent() != known.gainPercent) sendGain(row);
   if (row.muted() != known.muted) sendMute(row);
-  if (row.outputUID() != known.outputUID) (void)sendOutput(shared_from_this(), row.shared_from_this());
 }
 
 /// Lets the controller take the row's application over as soon as it plays, with the row's settings. Nothing

@@ -59,22 +59,24 @@ void RandomWalkTest::expect(const Player& player, std::map<std::string, std::opt
     device->second = gain ? std::optional(*device->second + player.sample * *gain) : std::nullopt;
   };
 
-  const auto taps = this->taps();
-  const auto tap = std::ranges::find_if(taps, [&](const auto& other) {
-    return has(other.description.processes, player.process) ||
-           has(other.description.bundleIDs, player.bundleID);
+  auto taps = this->taps();
+  std::erase_if(taps, [&](const auto& tap) {
+    return !has(tap.description.processes, player.process) &&
+           !has(tap.description.bundleIDs, player.bundleID);
   });
-  if (tap == taps.end()) return add(defaultDevice_.value_or(""), 1.0F);
-  std::optional<float> gain;
-  if (const auto* const row = rowOf(*tap))
-    gain = row->muted() ? 0.0F : MixerMath::percentToGain(row->gainPercent());
-  for (const auto& aggregate : audio_.aggregates()) {
-    if (aggregate.description.taps.front().uid != tap->uid) continue;
-    for (const auto& ioProc : audio_.ioProcs())
-      if (ioProc.device == aggregate.id && ioProc.isStarted) {
-        add(aggregate.description.subDevices.front().uid, gain);
-        if (gain) ++heardAtItsGain_;
-      }
+  if (taps.empty()) return add(defaultDevice_.value_or(""), 1.0F);
+  for (const auto& tap : taps) { // more than one while a former one could not be destroyed
+    std::optional<float> gain;
+    if (const auto* const row = rowOf(tap))
+      gain = row->muted() ? 0.0F : MixerMath::percentToGain(row->gainPercent());
+    for (const auto& aggregate : audio_.aggregates()) {
+      if (aggregate.description.taps.front().uid != tap.uid) continue;
+      for (const auto& ioProc : audio_.ioProcs())
+        if (ioProc.device == aggregate.id && ioProc.isStarted) {
+          add(aggregate.description.subDevices.front().uid, gain);
+          if (gain) ++heardAtItsGain_;
+        }
+    }
   }
 }
 

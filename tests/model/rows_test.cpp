@@ -57,33 +57,57 @@ TEST_F(RowsTest, AFailedStartOrChangeOfRouteIsToldInItsRowAndTriedAgain) {
   EXPECT_FLOAT_EQ(heard("headset"), 0.25F);
 }
 
-TEST_F(RowsTest, FollowsSessionsThatTheControllerStartsAndEndsByItself) {
-  auto* player = openWithPlayer();
-  const auto app = player->app();
-  for (const bool isPaused : {true, false}) {
-    audio_.setPlaying(process_, false);
-    passReconciliation();
-    passReconciliation();
-    if (!isPaused) model_->dismissChannel(player);
-    model_->onDisappear();
-    ASSERT_TRUE(settle());
-    audio_.setPlaying(process_, true);
-    actor_->call([&](HardwareController& c) { c.addChannel(app, 0.5F, true, "headset"); }).get();
-    ASSERT_TRUE(settle());
-    if (!isPaused) openPanel(); // makes the row
-    player = row("com.example.player");
-    EXPECT_TRUE(player->isPlaying() && player->active() && player->muted());
-    EXPECT_EQ(std::pair(player->gainPercent(), player->outputUID()),
-              std::pair(50, std::optional<std::string>("headset")));
-    model_->toggleMute(player);
-    ASSERT_TRUE(settle());
-    EXPECT_FLOAT_EQ(heard("headset"), 0.125F);
-    actor_->call([&](HardwareController& c) { c.removeChannel(process_); }).get();
-    ASSERT_TRUE(settle());
-    EXPECT_FALSE(player->active());
-    openPanel();
-    EXPECT_TRUE(player->active());
-  }
+TEST_F(RowsTest, WhatIsSetHoldsWhileThePanelIsClosedAndIsShown) {
+  auto* const player = openWithPlayer();
+  audio_.setPlaying(process_, false);
+  passReconciliation();
+  passReconciliation();
+  model_->setGain(50, player);
+  model_->setOutput(std::string("headset"), player);
+  model_->onDisappear();
+  audio_.setPlaying(process_, true);
+  ASSERT_TRUE(settle());
+  EXPECT_TRUE(player->isPlaying() && player->active());
+  EXPECT_FLOAT_EQ(heard("headset"), 0.125F);
+
+  audio_.removeProcess(process_);
+  ASSERT_TRUE(settle());
+  EXPECT_FALSE(player->active());
+  process_ = play("Player", "com.example.player");
+  audio_.removeDevice("headset");
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(player->objectID(), process_);
+  EXPECT_EQ(model_->outputDevices().size(), 1U);
+  EXPECT_EQ(player->outputUID(), "headset");
+  EXPECT_EQ(player->playback(), (ChannelState::Playback{{process_}, "speakers", false, false}));
+  EXPECT_FLOAT_EQ(heard(), 0.125F);
+  (void)audio_.returnDevice("headset");
+  model_->setGain(200, player);
+  ASSERT_TRUE(settle());
+  EXPECT_FLOAT_EQ(heard("headset"), 0.5F);
+
+  model_->dismissChannel(player);
+  audio_.removeProcess(process_);
+  play("Player", "com.example.player");
+  ASSERT_TRUE(settle());
+  EXPECT_FLOAT_EQ(heard(), 0.25F) << "what was set for a removed row is forgotten";
+}
+
+TEST_F(RowsTest, APausedRowWhoseSessionCanNotBeEndedStaysPausedAndSaysSo) {
+  auto* const player = openWithPlayer();
+  audio_.fail({.call = Call::destroyProcessTap, .status = -50});
+  audio_.setPlaying(process_, false);
+  passReconciliation();
+  passReconciliation();
+  EXPECT_FALSE(player->isPlaying());
+  EXPECT_EQ(player->lastError(), CallFailure{"AudioHardwareDestroyProcessTap (OSStatus -50)"});
+  model_->setGain(50, player);
+  pass(2s);
+  EXPECT_FALSE(player->active());
+  EXPECT_EQ(player->lastError(), std::nullopt);
+  audio_.setPlaying(process_, true);
+  ASSERT_TRUE(settle());
+  EXPECT_FLOAT_EQ(heard(), 0.125F);
 }
 
 TEST_F(RowsTest, EachTickDoesWhatIsDue) {
