@@ -1,7 +1,11 @@
 #include "desktop/process_tree.h"
+#include "desktop/pulse_audio.h"
 #include "desktop/temporary_folder.h"
 
 #include <gtest/gtest.h>
+
+#include <fstream>
+#include <unistd.h>
 
 namespace sonvel::desktop {
 namespace {
@@ -59,6 +63,18 @@ TEST(ProcFilesystem, KnowsNoExecutableThatIsAnotherFileHere) {
   fs::current_path(before);
   ASSERT_TRUE(boxed);
   EXPECT_EQ(boxed->executable, std::nullopt);
+}
+
+TEST(PulseAudio, IsKnownByTheNameOfTheProcessThatServes) {
+  const TemporaryFolder folder;
+  setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
+  EXPECT_FALSE(isPulseAudioServing()) << "nobody serves";
+  folder.write("pulse/pid", std::to_string(getpid()) + "\n");
+  for (const auto* name : {"pipewire-pulse", "pulseaudio"}) {
+    std::ofstream("/proc/self/comm") << name;
+    EXPECT_EQ(isPulseAudioServing(), name == std::string("pulseaudio"));
+  }
+  unsetenv("XDG_RUNTIME_DIR");
 }
 
 } // namespace
