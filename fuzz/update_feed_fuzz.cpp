@@ -1,6 +1,6 @@
 #include "expect.h"
+#include "updater/appcast.h"
 #include "updater/feed_signature.h"
-#include "updater/update_choice.h"
 
 #include <cstdint>
 
@@ -20,26 +20,6 @@ void expectClean(const QString& text, qsizetype longest, bool isOneLine) {
   }
 }
 
-void expectGoodChoice(const Appcast& appcast) {
-  const ProgramVersion installed = *ProgramVersion::parse(QStringLiteral("1.0"));
-  const QDateTime now = QDateTime::fromSecsSinceEpoch(1'800'000'000, Qt::UTC);
-  const Choice choice = chooseUpdate(appcast, {.installed = installed,
-                                               .newestSeen = ProgramVersion::parse(QStringLiteral("1.1")),
-                                               .allowedChannels = {"beta"},
-                                               .system = installed,
-                                               .architecture = QStringLiteral("x86_64"),
-                                               .policy = AddressPolicy::httpsOnly,
-                                               .now = now});
-  if (!choice.item) return;
-  const AppcastItem& item = *choice.item;
-  expect(!faultOf(item, AddressPolicy::httpsOnly), "what is offered is complete");
-  expect(*ProgramVersion::parse(item.version) >= *ProgramVersion::parse(QStringLiteral("1.1")),
-         "what is offered is not older than what was seen");
-  expect(item.channel.isEmpty() || item.channel == QLatin1String("beta"), "it is for this build's channel");
-  expect(item.architecture == QLatin1String("x86_64"), "it is for this build's processor");
-  expect(!item.expires.isValid() || item.expires > now, "it has not expired");
-}
-
 void fuzzFeed(const QByteArray& feed) {
   const QByteArray text = unsignedFeed(feed);
   expect(feed.startsWith(text), "what is signed is the beginning");
@@ -55,7 +35,6 @@ void fuzzFeed(const QByteArray& feed) {
     expectClean(item.shortVersion, 64, true);
     expectClean(item.notes, 16'384, false);
   }
-  expectGoodChoice(*appcast);
 }
 
 } // namespace
