@@ -28,26 +28,32 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
                                     std::optional<std::string> outputUID) {
   assertOnExecutor();
   startFollowing();
-  const auto key = stableKey(app);
-  Settings settings{gain, muted, std::move(outputUID)};
   auto* former = find(app.objectID);
-  if (former == nullptr) former = findByKey(key);
+  if (former == nullptr) former = findByKey(stableKey(app));
+  std::optional<HardwareError> failure;
+  {
+    std::optional<ConfigurationScope> configuration;
+    if (former != nullptr) configuration.emplace(environment_.hardware, configurationDepth_);
+    failure = replaceSession(former, app, {gain, muted, std::move(outputUID)});
+  }
+  requestPass();
+  reportChanges();
+  if (failure) throw HardwareError(*failure);
+}
+
+std::optional<HardwareError> HardwareController::replaceSession(const TapSession* former, const AudioApp& app,
+                                                                Settings settings) {
+  const auto key = stableKey(app);
   const auto kept = kept_.find(key);
   const bool isToBeKept = former != nullptr || kept != kept_.end();
-
-  std::optional<ConfigurationScope> configuration;
-  if (former != nullptr) configuration.emplace(environment_.hardware, configurationDepth_);
-  auto choice = former != nullptr ? std::optional(former->chosenUID) : readChoice({app.objectID});
+  const auto choice = former != nullptr ? std::optional(former->chosenUID) : readChoice({app.objectID});
   if (former == nullptr && !settings.outputUID && choice && *choice) {
     const auto overruled = overruled_.find(key);
     if (overruled == overruled_.end() || overruled->second != **choice) settings.outputUID = *choice;
   }
   if (former != nullptr) {
     const auto removed = remove(former->app.objectID);
-    if (!removed.restored()) {
-      reportChanges();
-      throw HardwareError(removed.failureText(), kNoCallStatus);
-    }
+    if (!removed.restored()) return HardwareError(removed.failureText(), kNoCallStatus);
   }
   const auto waiting = kept != kept_.end() ? std::exchange(kept->second.tap, kAudioObjectUnknown) : 0;
   try {
@@ -55,6 +61,7 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
     session->chosenUID = choice.value_or(std::nullopt);
     kept_.erase(key);
     sessions_.insert_or_assign(app.objectID, std::move(session));
+    return std::nullopt;
   } catch (const HardwareError& error) {
     startFailures_[key] = {.key = key,
                            .app = app,
@@ -62,19 +69,14 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
                            .error = error.description(),
                            .outputUID = settings.outputUID,
                            .playingUID = {},
-                           .gain = gain,
-                           .muted = muted};
+                           .gain = settings.gain,
+                           .muted = settings.muted};
     if (isToBeKept) {
       kept_[key] = {.settings = std::move(settings), .hasFailed = true};
       scheduleFollowing();
     }
-    configuration.reset();
-    reportChanges();
-    throw;
+    return error;
   }
-  configuration.reset();
-  requestPass();
-  reportChanges();
 }
 
 /// With the tap in which the application's streams wait, if there is one: streams that have just begun to

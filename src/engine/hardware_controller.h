@@ -157,6 +157,10 @@ class HardwareController final {
   static Settings settingsOf(const TapSession& session);
 
   // Building.
+
+  /// Removes the former session, if there is one, and builds the new one. What failed, if anything.
+  std::optional<HardwareError> replaceSession(const TapSession* former, const AudioApp& app,
+                                              Settings settings);
   std::unique_ptr<TapSession> buildSession(const AudioApp& app, const Settings& settings,
                                            AudioObjectID waitingTap);
   void createTap(TapSession& session);
