@@ -10,6 +10,7 @@
 #include <pipewire/pipewire.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 #include <map>
 #include <set>
