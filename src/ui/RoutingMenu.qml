@@ -29,7 +29,7 @@ PanelButton {
     text: model.outputDevices && model.outputName(ch.outputUID)
     font: PanelTheme.caption2
     verticalPadding: 1
-    help: label.truncated ? text : ""
+    help: implicitContentWidth > availableWidth ? text : "" // it is cut
 
     Accessible.name: PanelText.outputLabel(ch.name)
     Accessible.description: text
@@ -48,8 +48,6 @@ PanelButton {
         }
 
         Text {
-            id: label
-
             Layout.fillWidth: true
             text: root.text
             textFormat: Text.PlainText
