@@ -6,11 +6,11 @@ import pytest
 from support.waiting import wait_until
 
 
-def take(session, holder, device="Speakers"):
+def take(session, holder):
     """A player that is heard at half its level."""
     player = session.player(amplitude=0.4)
-    holder.add(player.pid, 0.5, *([device] if device != "Speakers" else []))
-    session.sink(device).wait_for_tone(1000, 0.2)
+    holder.add(player.pid, 0.5)
+    session.sink().wait_for_tone(1000, 0.2)
     return player
 
 
@@ -21,14 +21,6 @@ def test_restart_of_the_session_manager_is_a_pause(session, holder):
     assert holder.tell("remove", player.pid)
     session.sink().wait_for_tone(1000, 0.4)
     assert not session.graph.of_ours()
-
-
-def test_device_that_comes_back_is_played_to_again(session, holder):
-    player = take(session, holder, "Headphones")
-    session.remove_sink("Headphones")
-    session.add_sink("Headphones")
-    session.sink("Headphones").wait_for_tone(1000, 0.2)
-    assert holder.tell("remove", player.pid)
 
 
 def test_restart_of_the_server_leaves_nothing_to_undo_and_all_to_be_done_again(session, holder):
