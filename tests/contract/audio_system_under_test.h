@@ -40,10 +40,6 @@ class AudioSystemUnderTest {
   /// Pauses the first stream of a program, or lets it play on.
   virtual void setPlaying(std::int32_t pid, bool isPlaying) = 0;
 
-  /// Sends the first stream of a program to a device, as a mixer does it; an empty one: to the default
-  /// device.
-  virtual void moveProgram(std::int32_t pid, const std::string& device) = 0;
-
   virtual void endProgram(std::int32_t pid) = 0;
 
   virtual void setDefaultDevice(const std::string& device) = 0;

@@ -53,8 +53,6 @@ class PipeWireUnderTest final : public AudioSystemUnderTest {
 
   void setPlaying(std::int32_t pid, bool isPlaying) override { ask(isPlaying ? "play" : "pause", pid); }
 
-  void moveProgram(std::int32_t pid, const std::string& device) override { ask("move", pid, device); }
-
   void endProgram(std::int32_t pid) override { ask("end", pid); }
 
   void setDefaultDevice(const std::string& device) override { ask("default", device); }

@@ -55,10 +55,6 @@ class SimulatedUnderTest final : public AudioSystemUnderTest {
     audio_.setPlaying(processes_.at(pid), isPlaying);
   }
 
-  void moveProgram(std::int32_t pid, const std::string& device) override {
-    audio_.setProcessOutput(processes_.at(pid), device.empty() ? std::nullopt : std::optional(device));
-  }
-
   void endProgram(std::int32_t pid) override { audio_.removeProcess(processes_.at(pid)); }
 
   void setDefaultDevice(const std::string& device) override { audio_.setDefaultDevice(device); }

@@ -93,30 +93,6 @@ TEST_F(AudioContract, ProcessIsNotHeardBetweenTheTapsOfAConfiguration) {
   EXPECT_TRUE(system().nothingOfOursIsLeft());
 }
 
-TEST_F(AudioContract, ProcessThatAMixerMovesStaysInItsTapAndListenersAreTold) {
-  const auto [pid, process] = startAudibleProgram(kTone);
-  std::atomic<int> calls = 0;
-  const auto count = [&](AudioObjectID, const PropertyAddress&) { ++calls; };
-  PropertyListenerID listener = 0;
-  ASSERT_EQ(hardware().addPropertyListener(process, global(property::kProcessChosenDevice), count, listener),
-            kNoError);
-  TapChain chain = tap(process, kSpeakers, {.gain = 0.5F});
-  EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kTone, 0.5)));
-  EXPECT_EQ(calls, 0);
-  for (const std::string device : {kHeadphones, "", kHeadphones}) {
-    calls = 0;
-    system().moveProgram(pid, device);
-    EXPECT_TRUE(system().waitUntil([&] { return calls > 0; }));
-    const auto chosen = number<AudioObjectID>(process, global(property::kProcessChosenDevice)).value_or(0);
-    EXPECT_EQ(text(chosen, property::kDeviceUID).value_or(""), device);
-    EXPECT_TRUE(system().becomesAudible(kSpeakers, scaled(kTone, 0.5)));
-    EXPECT_TRUE(system().becomesSilent(kHeadphones));
-  }
-  EXPECT_EQ(hardware().removePropertyListener(listener), kNoError);
-  chain.destroy();
-  EXPECT_TRUE(system().becomesAudible(kHeadphones, kTone));
-}
-
 TEST_F(AudioContract, TappedProcessDoesNotFollowTheDefaultDeviceBeforeItsTapIsGone) {
   const AudioObjectID process = startAudibleProgram(kTone).process;
   startAudibleProgram(kOtherTone);

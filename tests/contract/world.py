@@ -36,10 +36,6 @@ class World:
     def pause(self, pid):
         self.players[pid].tell("pause", "tone")
 
-    def move(self, pid, device="-1"):
-        self.session.graph.set_metadata(self.players[pid].node, "target.object", device,
-                                        "Spa:Id" if device == "-1" else "Spa:String")
-
     def end(self, pid):
         self.players[pid].finish()
 

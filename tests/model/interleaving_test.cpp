@@ -72,34 +72,6 @@ TEST_F(InterleavingTest, ARowDismissedAndMadeAnewWhileItsTapIsStartedKeepsTheNew
   EXPECT_THAT(controlled(), ElementsAre(alpha_, beta_));
 }
 
-TEST_F(InterleavingTest, ARowDismissedDuringAReconciliationIsNewToTheNext) {
-  consent_.setPreflight(1);
-  openPanel();
-  EXPECT_TRUE(controlled().empty());
-  model_->setGain(50, betaRow());
-  consent_.setPreflight(0);
-  during(
-      {.call = Call::createProcessTap, .after = 1}, // Beta has waited with its gain, now it is Alpha's turn
-      [this] {
-        model_->onDisappear();
-        model_->dismissChannel(betaRow());
-      });
-  EXPECT_THAT(controlled(), ElementsAre(alpha_));
-  openPanel();
-  EXPECT_EQ(betaRow()->gainPercent(), 100);
-}
-
-TEST_F(InterleavingTest, ADismissedRowIsNotRememberedByThePauseThatIsUnderWay) {
-  openPanel();
-  audio_.setPlaying(alpha_, false);
-  audio_.setPlaying(beta_, false);
-  passReconciliation();
-  during({.call = Call::deviceStop}, // Alpha is being paused; Beta is next
-         [this] { model_->dismissChannel(betaRow()); });
-  EXPECT_THAT(remembered(), ElementsAre(testing::Pair("com.example.alpha", std::pair(100, false))));
-  EXPECT_TRUE(audio_.isClean());
-}
-
 TEST_F(InterleavingTest, AProcessThatRestartsWhileItsTapIsStartedIsControlledAsTheNewOne) {
   during({.call = Call::createProcessTap}, [this] {
     audio_.removeProcess(alpha_);
