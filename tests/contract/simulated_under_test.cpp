@@ -23,7 +23,7 @@ double amplitudeOf(double frequencyHz, const std::vector<Frame>& frames) {
   const double turn = -2.0 * std::numbers::pi * frequencyHz / kSampleRateHz;
   std::complex<double> sum;
   for (std::size_t i = 0; i < frames.size(); ++i)
-    sum += std::polar<double>(frames[i].left, turn * static_cast<double>(i));
+    sum += static_cast<double>(frames[i].left) * std::polar(1.0, turn * static_cast<double>(i));
   return 2.0 * std::abs(sum) / static_cast<double>(frames.size());
 }
 
