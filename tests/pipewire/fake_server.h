@@ -41,22 +41,15 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   FakeServer& operator=(const FakeServer&) = delete;
 
   GlobalID addSink(const std::string& name, const Channels& channels = kStereoChannels) {
-    Node node;
-    node.kind = NodeKind::sink;
-    node.name = name;
-    return addNode(node, channels, channels, true);
+    return addNode({.kind = NodeKind::sink, .name = name}, channels, channels, true);
   }
 
   GlobalID addStream(std::int32_t pid, const Channels& channels = kStereoChannels) {
     const GlobalID client = 1000 + static_cast<GlobalID>(pid);
     graph.clients[client].facts.processID = pid;
     graph.clients[client].isKnown = true;
-    Node node;
-    node.kind = NodeKind::outputStream;
-    node.client = client;
-    node.name = "player";
-    node.isRunning = true;
-    return addNode(node, {}, channels, false);
+    return addNode({.client = client, .kind = NodeKind::outputStream, .name = "player", .isRunning = true},
+                   {}, channels, false);
   }
 
   /// A link that a user makes by hand, or another client.
@@ -292,9 +285,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     auto piece = std::make_shared<Piece>();
     later([this, piece, name, channels, isTap] {
       if (!piece->isWanted) return;
-      Node node;
-      node.name = name;
-      piece->serial = graph.nodes.at(addNode(node, channels, channels, isTap)).serial;
+      piece->serial = graph.nodes.at(addNode({.name = name}, channels, channels, isTap)).serial;
       piece->state = OwnObject::State::ready;
       made_[piece->serial] = piece;
     });

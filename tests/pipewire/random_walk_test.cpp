@@ -14,16 +14,13 @@ class Walk {
   explicit Walk(unsigned seed)
       : random_(seed) {}
 
-  void takeSteps(int count) {
-    for (int step = 0; step < count; ++step) {
+  /// Takes steps, brings back what a listener needs, and lets everything come to rest.
+  void goAndRest() {
+    for (int step = 0; step < 25; ++step) {
       disturb();
       for (auto turns = below(6); turns > 0; --turns)
         server_.advance();
     }
-  }
-
-  /// Brings back what a listener needs, and lets everything come to rest.
-  void rest() {
     for (const auto* sink : {FakeServer::kSpeakers, FakeServer::kHeadphones})
       if (!server_.graph.nodeNamed(sink)) server_.addSink(sink);
     EXPECT_TRUE(server_.settle());
@@ -138,8 +135,7 @@ TEST(RandomWalk, ComesToRestInTheDesiredState) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Walk walk(seed);
     for (int round = 0; round < 4; ++round) {
-      walk.takeSteps(25);
-      walk.rest();
+      walk.goAndRest();
       walk.expectEveryoneIsHeardWhereTheyBelong();
     }
   }

@@ -11,7 +11,6 @@ constexpr GlobalID kHeadphones = 40;
 const std::string kTap = "sonvel-tap-1";
 const MetadataValue kHeadphonesByID{"Spa:Id", std::to_string(kHeadphones)};
 const MetadataValue kHeadphonesBySerial{"Spa:Id", "1040"};
-const MetadataValue kHeadphonesByName{"Spa:String", "headphones"};
 const MetadataValue kNoTarget{"Spa:Id", "-1"};
 
 Graph graphWith(MetadataEntries entries) {
@@ -37,7 +36,6 @@ const std::map<std::string, MetadataEntries> kUsersChoices{
     {"by a mixer that writes both",
      {{"target.node", kHeadphonesByID}, {"target.object", kHeadphonesBySerial}}},
     {"by the session manager's memory", {{"target.object", kHeadphonesBySerial}}},
-    {"by name", {{"target.object", kHeadphonesByName}}},
     {"taken back", {{"target.node", kNoTarget}}},
     {"taken back by a mixer that writes both", {{"target.node", kNoTarget}, {"target.object", kNoTarget}}},
     {"of other things", {{"volume.note", {"", "loud"}}}},
