@@ -78,10 +78,8 @@ TEST(UpdateCycle, offersTheNewestThatIsMeantForThisBuild) {
       {item("1.1") + item("1.3") + item("1.2"), UpdateStage::available, "1.3"},
       {item("1.9", "", "", "") + item("1.3"), UpdateStage::available, "1.3"},
       {item("1.4", "", "", "other-cpu") + item("1.3"), UpdateStage::available, "1.3"},
-      {item("1.0") + item("0.9"), UpdateStage::upToDate},
-      {{}, UpdateStage::upToDate},
+      {item("1.0"), UpdateStage::upToDate},
       {item("1.5", "", "6.2") + item("1.4", "", "6.1"), UpdateStage::available, "1.4"},
-      {item("1.5", "", "6.2"), UpdateStage::needsNewerSystem},
       {item("1.5", "", "unreadable"), UpdateStage::needsNewerSystem},
   };
 
@@ -137,15 +135,6 @@ TEST(UpdateCycle, isCancelledDuringInstallationWhollyOrNotAtAll) {
   QThreadPool::globalInstance()->waitForDone();
   EXPECT_EQ(world.installedProgram(), world.quitRequests == 1 ? world.newFile : kOldFile);
   EXPECT_EQ(world.programFolder().size(), world.quitRequests == 1 ? 2 : 1);
-}
-
-TEST(UpdateCycle, leavesTheDownloadOfAnotherRunAlone) {
-  UpdaterWorld first;
-  first.advanceTo(UpdateStage::ready);
-  UpdaterWorld second;
-  second.advanceTo(UpdateStage::available);
-  first.cycle().proceed();
-  EXPECT_TRUE(first.waitFor(UpdateStage::restarting));
 }
 
 TEST(PackageUpdate, isHandedOverByAPathThatNobodyCanChange) {
@@ -220,26 +209,6 @@ TEST_F(DailyChecks, areRepeatedAfterAFailureAndAfterAFaultyItem) {
     pass(hours(4));
     EXPECT_GE(world_.checks(), before + 3);
   }
-}
-
-TEST_F(DailyChecks, forgetThePreviousProgramOnceThisOneHasRun) {
-  world_.folder.write("bin/.program.previous", "old");
-  world_.folder.write("bin/.program.update", "cut off");
-  world_.start();
-  world_.clock.advance(std::chrono::seconds(60));
-  QCoreApplication::processEvents();
-  EXPECT_EQ(world_.programFolder().size(), 3);
-  pass(hours(1));
-  EXPECT_THAT(world_.programFolder(), ElementsAre("program"));
-}
-
-TEST_F(DailyChecks, startWithTheReasonWhyANewerVersionWasUndone) {
-  qputenv("SONVEL_UPDATE_UNDONE", "died");
-  world_.start();
-  EXPECT_EQ(world_.state().failure, UpdateFailure::newVersionDied);
-  EXPECT_TRUE(world_.state().isVisible && world_.state().isUnasked);
-  world_.start();
-  EXPECT_EQ(world_.state().stage, UpdateStage::idle) << "it is told once";
 }
 
 } // namespace
