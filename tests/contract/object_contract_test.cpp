@@ -94,18 +94,4 @@ TEST_F(AudioContract, WhatDoesNotExistIsRefused) {
   }
 }
 
-TEST_F(AudioContract, ListIsCutToTheRoomThereIsAndCannotBeSet) {
-  AudioObjectID first = kAudioObjectUnknown;
-  std::uint32_t size = 0;
-  const auto room = std::as_writable_bytes(std::span(&first, 1));
-  EXPECT_EQ(hardware().getPropertyData(kSystemObject, global(property::kDevices), size, room), kNoError);
-  EXPECT_EQ(size, sizeof first);
-  EXPECT_EQ(first, list(property::kDevices).front());
-  bool isSettable = true;
-  EXPECT_EQ(hardware().isPropertySettable(kSystemObject, global(property::kDevices), isSettable), kNoError);
-  EXPECT_FALSE(isSettable);
-  EXPECT_EQ(hardware().setPropertyData(kSystemObject, global(property::kDevices), room),
-            status::kIllegalOperation);
-}
-
 } // namespace sonvel::contract

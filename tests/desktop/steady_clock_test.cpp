@@ -43,30 +43,5 @@ TEST(SteadyClock, CancelledTimersLetGoOfWhatTheyHoldAndAreNotWoken) {
   EXPECT_EQ(held.use_count(), 2);
 }
 
-TEST(SteadyClock, AWakeMayMakeAndCancelTimersAndIsAwaitedAtTheEnd) {
-  std::atomic<bool> isFinished = false;
-  std::latch isKept(1);
-  std::latch begun(1);
-  std::unique_ptr<Timer> own;
-  std::unique_ptr<Timer> next;
-  {
-    SteadyClock clock;
-    own = clock.callAfter(0ns, [&] {
-      isKept.wait();
-      own.reset();
-      const auto due = clock.callAfter(0ns, [] { ADD_FAILURE() << "cancelled, and called"; });
-      next = clock.callAfter(0ns, [&] {
-        begun.count_down();
-        for (int i = 0; i < 100; ++i)
-          std::this_thread::yield();
-        isFinished = true;
-      });
-    });
-    isKept.count_down();
-    begun.wait();
-  }
-  EXPECT_TRUE(isFinished);
-}
-
 } // namespace
 } // namespace sonvel::desktop

@@ -10,7 +10,6 @@ namespace sonvel {
 namespace {
 
 using namespace std::chrono_literals;
-using simulated::Call;
 
 class Probe : public ControllerTest {
  protected:
@@ -68,17 +67,6 @@ TEST_F(Probe, ListensToTheFirstApplicationAloneIfThereIsOne) {
   audio_.runCycle();
   advance(600ms);
   EXPECT_EQ(answers_, std::vector<std::optional<bool>>{false});
-}
-
-TEST_F(Probe, AFailingStepIsNoSoundAndLeavesNothing) {
-  playingApp(87);
-  for (const auto failing :
-       {Call::createProcessTap, Call::createAggregateDevice, Call::createIOProcID, Call::deviceStart}) {
-    audio_.fail({.call = failing, .status = -50});
-    begin();
-    EXPECT_EQ(std::exchange(answers_, {}), std::vector<std::optional<bool>>{false});
-    EXPECT_TRUE(audio_.isClean());
-  }
 }
 
 TEST_F(Probe, OthersAreServedMeanwhileAndItsEndIsAnswered) {

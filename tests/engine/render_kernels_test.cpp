@@ -91,15 +91,5 @@ TEST(RenderKernels, EqualThePlainLoopAtEveryLengthAlignmentAndPeak) {
   EXPECT_EQ(kernelsOfThisProcessor().back(), fastestScaleAndPeak());
 }
 
-TEST(RenderKernels, FindAPeakAtEveryPosition) {
-  for (const auto kernel : kernelsOfThisProcessor())
-    for (std::size_t count = 1; count <= 70; ++count)
-      for (std::size_t loudest = 0; loudest < count; ++loudest) {
-        std::vector<float> samples(count, 0.25F);
-        samples[loudest] = -0.75F;
-        ASSERT_TRUE(equalsPlainLoop(kernel, samples, 2.0F, 0.0F, 0, 0)) << loudest << " of " << count;
-      }
-}
-
 } // namespace
 } // namespace sonvel

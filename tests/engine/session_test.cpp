@@ -126,18 +126,6 @@ TEST_F(Session, IsReplacedStepByStepWithoutBeingHeardInBetween) {
   }
 }
 
-TEST_F(Session, StaysWhereItIsIfItCannotBeRemoved) {
-  const auto app = playingApp(87);
-  addChannel(app);
-  failAlways(Call::deviceStop);
-  EXPECT_EQ(errorOfAddChannel(app, "headset"), "AudioDeviceStop (OSStatus -50) failed (OSStatus -1)");
-  EXPECT_EQ(audio_.taps().size(), 1U);
-  EXPECT_THAT(controller_->controlledAppIDs(), ElementsAre(87U));
-  EXPECT_EQ(heard("speakers"), 0.25F);
-  EXPECT_EQ(controller_->restorationFailure(),
-            "Audio restoration for 87 is retrying: AudioDeviceStop (OSStatus -50)");
-}
-
 TEST_F(Session, ChangesGainAndMuteWithoutACall) {
   addChannel(playingApp(87, 0.25F));
   audio_.clearLog();

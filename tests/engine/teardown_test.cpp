@@ -59,6 +59,8 @@ TEST_F(Teardown, StopsAtTheStepThatFailsAndGoesOnThere) {
     EXPECT_TRUE(controller_->isControlled(87)) << failure;
     EXPECT_EQ(controller_->restorationFailure(), message(87, failure));
     EXPECT_EQ(heard("speakers"), 0.0F) << "the tap is still there";
+    audio_.fail({.call = all[failing], .status = -50});
+    EXPECT_EQ(errorOfAddChannel(app), failure + " failed (OSStatus -1)") << "no second session beside it";
 
     audio_.clearLog();
     advance(2s);

@@ -51,7 +51,6 @@ TEST(Permissions, AllowTapsIfStreamsCanBeSeenAndSentSomewhere) {
       {"all", {{PW_ID_ANY, PW_PERM_ALL}}, true},
       {"streams can't be sent anywhere", {{PW_ID_ANY, PW_PERM_RWX}}, false},
       {"new objects stay hidden", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_R}}, false},
-      {"nothing can be called", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_X}}, false},
       {"no writing", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_W}, {kMetadata, PW_PERM_RWX}}, true},
       {"metadata is read only", {{PW_ID_ANY, PW_PERM_ALL}, {kMetadata, PW_PERM_R | PW_PERM_X}}, false},
   };

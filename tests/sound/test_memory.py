@@ -30,20 +30,6 @@ def remembered(session):
     return [line for line in targets(session) if "Marker" not in line]
 
 
-def test_another_program_of_the_same_role_keeps_its_route_and_level(session, holder):
-    player = session.player(1000, 0.3, **MUSIC)
-    before = session.player(1700, 0.2, **MUSIC)
-    sink = session.sink()
-    holder.add(player.pid, 0.5)
-    sink.wait_for_tone(1000, 0.15)
-    sink.wait_for_tone(1700, 0.2)
-    before.finish()
-    assert remembered(session) == []
-    session.player(1700, 0.2, **MUSIC)
-    sink.wait_for_tone(1700, 0.2)
-    sink.wait_for_tone(1000, 0.15)
-
-
 def test_route_that_the_user_had_set_comes_back_and_is_still_remembered(session, holder):
     for keys in (("target.node", "target.object"), ("target.node",), ("target.object",)):
         player = session.player(1000, 0.3, **MUSIC)
