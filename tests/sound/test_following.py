@@ -3,6 +3,7 @@ user expects it, as loud as was set, within a second."""
 
 import pytest
 
+CYCLE = 1024  # frames
 AT_ONCE = 1.4  # seconds: one, and what it takes to hear a tone
 
 
@@ -73,9 +74,11 @@ def test_restart_is_never_heard_without_the_settings(session, holder, program):
             player = session.play(program, 1000, 0.4, copy)
             ears.wait_for_tone(1000, 0.2)
             for sink, mark in zip((speakers, ears), marks):
-                assert abs(sink.since(mark).left).max() < 0.21, sink.name
-        session.play(program, 1700, 0.1, copy)  # one more stream, which must not be stuck in the tap
+                loud = (abs(sink.since(mark).left) > 0.21).sum()
+                assert loud <= (0 if program == "pw-play" else CYCLE), sink.name
+        another = session.play(program, 1700, 0.1, copy)  # a stream more, which must not be stuck in the tap
         ears.wait_for_tone(1700, 0.05)
         holder.tell("teardown")
         session.sink().wait_for_tone(1000, 0.4)
         player.kill()
+        another.kill()
