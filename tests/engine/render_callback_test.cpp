@@ -78,8 +78,6 @@ TEST_F(RenderBlock, PlaysWhatHasAPartnerAndLeavesTheRest) {
                  {{64, kNoData, 64}, {64, 64, 64}, {16, 0, 16}},
                  {{64, 64}, {kNoData, 64}, {0, 16}},
                  {{3}, {64}, {0}},
-                 {{64}, {3}, {0}},
-                 {{7}, {64}, {1}},
                  {{64}, {7}, {1}}};
 
   mix->setGain(0.5F);

@@ -36,6 +36,7 @@ def remembered(session):
     marker.finish()
     return [parsed(line) for line in targets(session) if "Marker" not in line]
 
+
 def test_route_that_the_user_had_set_comes_back_and_is_still_remembered(session, holder):
     for keys in (("target.node", "target.object"), ("target.node",), ("target.object",)):
         player = session.player(1000, 0.3, **MUSIC)
