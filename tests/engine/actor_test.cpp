@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <future>
 #include <semaphore>
 #include <stdexcept>
@@ -15,7 +14,6 @@ struct Journal {
   explicit Journal(std::weak_ptr<Executor> ownExecutor)
       : executor(std::move(ownExecutor)) {}
 
-  std::vector<int> entries;
   std::weak_ptr<Executor> executor;
 };
 
@@ -51,22 +49,6 @@ class ActorTest : public testing::Test {
   SerialThread other_;
   std::unique_ptr<Actor<Journal>> actor_ = std::make_unique<Actor<Journal>>();
 };
-
-TEST_F(ActorTest, RunsTheCallsOfManyThreadsOneAtATimeAndInOrder) {
-  constexpr int kCallsPerThread = 500;
-  const auto callRepeatedly = [&](int first) {
-    for (int i = first; i < first + kCallsPerThread; ++i)
-      (void)actor_->call([i](Journal& journal) { journal.entries.push_back(i); });
-  };
-  std::thread thread(callRepeatedly, 1000);
-  callRepeatedly(0);
-  thread.join();
-  const auto entries = actor_->call([](Journal& journal) { return journal.entries; }).get();
-  EXPECT_EQ(entries.size(), 2U * kCallsPerThread);
-  std::array<int, 2> next{0, 1000};
-  for (const int entry : entries)
-    EXPECT_EQ(entry, next.at(entry < 1000 ? 0 : 1)++);
-}
 
 TEST_F(ActorTest, ACoroutineGoesOnWhereItIsToldToWithWhatTheCallGave) {
   for (const bool isReadyBefore : {false, true})

@@ -137,6 +137,15 @@ TEST(UpdateCycle, isCancelledDuringInstallationWhollyOrNotAtAll) {
   EXPECT_EQ(world.programFolder().size(), world.quitRequests == 1 ? 2 : 1);
 }
 
+TEST(UpdateCycle, leavesTheDownloadOfAnotherRunAlone) {
+  UpdaterWorld first;
+  first.advanceTo(UpdateStage::ready);
+  UpdaterWorld second;
+  second.advanceTo(UpdateStage::available);
+  first.cycle().proceed();
+  EXPECT_TRUE(first.waitFor(UpdateStage::restarting));
+}
+
 TEST(PackageUpdate, isHandedOverByAPathThatNobodyCanChange) {
   UpdaterWorld world(Installation::Kind::package);
   world.newFile = "!<arch>\ndebian-binary and more";
