@@ -52,6 +52,7 @@ TEST(Permissions, AllowTapsIfStreamsCanBeSeenAndSentSomewhere) {
       {"streams can't be sent anywhere", {{PW_ID_ANY, PW_PERM_RWX}}, false},
       {"new objects stay hidden", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_R}}, false},
       {"no writing", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_W}, {kMetadata, PW_PERM_RWX}}, true},
+      {"nothing can be called", {{PW_ID_ANY, PW_PERM_ALL & ~PW_PERM_X}}, false},
       {"metadata is read only", {{PW_ID_ANY, PW_PERM_ALL}, {kMetadata, PW_PERM_R | PW_PERM_X}}, false},
   };
   for (const auto& [name, list, allows] : cases)
