@@ -62,6 +62,7 @@ void HardwareController::followSession(AudioObjectID sessionID, const OutputSitu
   followProcesses(*session, processes);
   followChoice(*session, outputs);
   auto& hardware = environment_.hardware;
+  // A process whose state can't be read counts as playing, so that a failed call does not empty its meter.
   session->isPlaying = std::ranges::any_of(processes, [&](AudioObjectID process) {
     return scalarProp<std::uint32_t>(hardware, process, property::kProcessIsRunningOutput, scope::kGlobal) !=
            0U;

@@ -81,8 +81,9 @@ class HardwareController final {
   // Settings of applications without a session.
 
   /// Starts a session with these settings as soon as the application plays, before it is heard. Replaces what
-  /// was kept for the key. Ignored while the application has a session. The settings of a session whose
-  /// processes have all ended are kept by themselves if they change anything.
+  /// was kept for the key. Ignored while the application has a session, except one that is only there because
+  /// it could not be taken down. The settings of a session whose processes have all ended are kept without a
+  /// call if they change anything.
   void keepSettings(const std::string& key, float gain, bool muted, std::optional<std::string> outputUID);
 
   void forgetSettings(const std::string& key);

@@ -15,7 +15,7 @@ void HardwareController::keepSettings(const std::string& key, float gain, bool m
                                       std::optional<std::string> outputUID) {
   assertOnExecutor();
   startFollowing();
-  if (findByKey(key) != nullptr) return;
+  if (const auto* session = findByKey(key); session != nullptr && !session->teardownFailure) return;
   kept_[key].settings = {gain, muted, std::move(outputUID)};
   requestPass();
 }

@@ -155,6 +155,11 @@ TEST_F(Following, KeptSettingsWaitForTheApplicationToPlay) {
   EXPECT_EQ(heard("speakers"), 0.0F);
   EXPECT_EQ(heardAtBoth(), Both(0.125F, 0.0F));
   EXPECT_EQ(report().gain, 0.25F);
+  audio_.fail({.call = simulated::Call::deviceStop, .status = -50});
+  controller_->removeChannel(process);
+  controller_->keepSettings("com.example.Player87", 0.75F, false, std::nullopt);
+  advance(2s);
+  EXPECT_EQ(report().gain, 0.75F) << "kept although the session could not be ended at once";
 
   controller_->forgetSettings("com.example.Player88");
   EXPECT_EQ(audio_.taps().size(), 1U);
