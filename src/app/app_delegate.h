@@ -6,33 +6,33 @@
 
 namespace sonvel {
 
-/// What asks whether it may end, and waits for the reply.
+/// The application, which asks whether it may quit and waits for the reply.
 class TerminatingApplication {
  public:
   virtual ~TerminatingApplication() = default;
 
-  /// The answer to a request that was deferred; true lets the application end. Main thread.
+  /// Answers a deferred request; true lets the application quit. Main thread.
   virtual void replyToApplicationShouldTerminate(bool mayTerminate) = 0;
 };
 
-/// What a request to end is answered with at once.
+/// The immediate answer to a request to quit.
 enum class TerminateReply {
-  later = 2, ///< wait for the reply
+  later = 2, ///< wait for replyToApplicationShouldTerminate()
 };
 
-/// Owns the model, and lets the program end only when every application has its own output back. Main thread.
+/// Owns the model. Lets the program quit only when every application has its own output back. Main thread.
 class AppDelegate final : public std::enable_shared_from_this<AppDelegate> {
  public:
-  /// Makes the model; makes no call of the audio system.
+  /// Creates the model without calling the audio system.
   explicit AppDelegate(MixerDependencies dependencies);
 
   MixerViewModel& model() const noexcept { return *model_; }
 
   std::weak_ptr<MixerViewModel> weakModel() const noexcept { return model_; }
 
-  /// Begins to give every application its output back, and replies to `sender` when that has been tried,
-  /// however long it takes: never from inside this call. A further request changes nothing and gets no reply
-  /// of its own. `sender` outlives the reply.
+  /// Starts giving every application its output back, and replies to `sender` when all have been tried,
+  /// without a time limit and never from inside this call. A further request changes nothing and gets no
+  /// reply. `sender` outlives the reply.
   TerminateReply applicationShouldTerminate(TerminatingApplication& sender);
 
  private:

@@ -10,7 +10,7 @@ namespace sonvel {
 
 namespace {
 
-/// A maker says so of a build that is one file; without it only a running AppImage counts as one.
+/// Set at build time for a program that is one file. Without it only a running AppImage counts as one file.
 bool isMarkedAsOneFile(const BundleInformation& bundle) {
   const auto mark = bundle.objectForInfoKey("AppUpdateReplacesProgramFile");
   return mark == BundleInformation::InfoObject(true);

@@ -14,17 +14,17 @@
 
 namespace sonvel {
 
-/// Joins the updater with the program. What the model sees of it is UpdateChecking. Main thread.
+/// Connects the updater with the program. The model uses it through UpdateChecking. Main thread.
 class AppUpdates final : public UpdateChecking {
  public:
-  /// What the updates need of the program; the referents outlive them.
+  /// What the updates need from the program; the referents outlive them.
   struct Environment {
     const BundleInformation& bundle;
     Clock& clock;
     Preferences& preferences;
     const DesktopAppearance& appearance; ///< of the updater's window
-    updater::Relaunch& relaunch;       ///< is told of a new version, and performed when the program has ended
-    std::function<void()> requestQuit; ///< asks the program to end for that
+    updater::Relaunch& relaunch;         ///< records that a new version is to start after this process
+    std::function<void()> requestQuit;   ///< asks the program to quit for an update
   };
 
   explicit AppUpdates(const Environment& environment);

@@ -15,9 +15,9 @@
 
 namespace sonvel {
 
-/// The implementations for a real desktop, joined: PipeWire for sound, the session's desktop entries and the
-/// process table for who plays it. Connects to the sound server when it is made, as PipeWireHardware does,
-/// and lets this process open as many files as it may.
+/// The implementations for a real desktop: PipeWire for sound, desktop entries and the process table for the
+/// applications. Connects to the sound server when constructed, as PipeWireHardware does, and raises this
+/// process's limit of open files.
 class DesktopAudio final : public ProgramAudio {
  public:
   DesktopAudio();
@@ -41,8 +41,8 @@ class DesktopAudio final : public ProgramAudio {
   bool isForeignSoundServing() const override { return desktop::isPulseAudioServing(); }
 
  private:
-  // Each tap takes about a dozen descriptors, shared with the sound server; a session's usual limit of 1,024
-  // would end at some eighty applications.
+  // Each tap uses about a dozen file descriptors, shared with the sound server; the usual limit of 1,024
+  // would be reached at about eighty applications.
   RaisedDescriptorLimit descriptorLimit_;
   desktop::SteadyClock clock_;
   desktop::ProgramBundle bundle_;

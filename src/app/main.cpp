@@ -1,4 +1,3 @@
-// The program `sonvel`.
 
 #include "app/quit_deadline.h"
 #include "app/single_instance.h"
@@ -19,14 +18,14 @@
 
 namespace {
 
-enum ExitCode { kFailed = 1, kNoAnswer = 2 }; // and QuitDeadline::kExitCode
+enum ExitCode { kFailed = 1, kNoAnswer = 2 }; // see also QuitDeadline::kExitCode
 
 struct Options {
   sonvel::Machine machine = sonvel::Machine::real;
-  bool isInBackground = false; ///< the panel stays closed at the start
+  bool isInBackground = false; ///< do not open the panel at the start
 };
 
-/// What the program and those around it share.
+/// What the program and the code around it share.
 struct Process {
   Options options;
   sonvel::updater::Relaunch relaunch;
@@ -52,7 +51,8 @@ int runAsOnlyOne(Process& process) {
   std::optional<sonvel::SonvelApp> app;
   const auto bus = QDBusConnection::sessionBus();
   sonvel::remote::CallerGate gate;
-  sonvel::remote::MixerService remote(bus, gate); // before the name is there to be called
+  // before the bus name exists, so that early calls are served
+  sonvel::remote::MixerService remote(bus, gate);
   sonvel::SingleInstance instance(
       {.showPanel = [&] { return app && app->showPanel(); },
        .quit =
@@ -74,13 +74,14 @@ int runAsOnlyOne(Process& process) {
   return kFailed;
 }
 
-/// Beside one that runs on the real sound.
+/// May run beside a Sonvel on the real sound server.
 int runSimulated(Process& process) {
   std::optional<sonvel::SonvelApp> app;
   auto bus = QDBusConnection::sessionBus();
   sonvel::remote::CallerGate gate;
   sonvel::remote::MixerService remote(bus, gate);
-  bus.registerService(sonvel::remote::kSimulatedService); // of several the first is worked by commands
+  // with several simulated ones, commands reach the first
+  bus.registerService(sonvel::remote::kSimulatedService);
   return run(app, remote, process);
 }
 
@@ -91,7 +92,7 @@ QStringList toWords(int argumentCount, char** arguments) {
   return words;
 }
 
-/// Obeys the options. Ends the process if it was only asked something, which needs no display.
+/// Handles the options. Ends the process after --help and --version, which need no display.
 Options obeyOptions(int& argumentCount, char** arguments) {
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("A volume for every application that plays sound."));
@@ -113,7 +114,8 @@ Options obeyOptions(int& argumentCount, char** arguments) {
     return {parser.isSet(simulated) ? sonvel::Machine::simulated : sonvel::Machine::real,
             parser.isSet(background)};
 
-  // Only now: a second application object in one process would be without its accessibility.
+  // Destroyed before the real application object is created: a second application object in one process has
+  // no accessibility.
   const QCoreApplication application(argumentCount, arguments);
   if (parser.isSet(version)) parser.showVersion();
   parser.showHelp(); // ends the process
@@ -130,10 +132,9 @@ int main(int argumentCount, char** arguments) {
   }
   const auto options = obeyOptions(argumentCount, arguments);
 
-  // The panel is small and mostly still: drawn without the graphics card's libraries it takes a third of the
-  // memory.
+  // The panel is small and mostly static: software rendering needs a third of the memory of a GPU driver.
   QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-  Process process{.options = options}; // outlives the application, whose end may hang too
+  Process process{.options = options}; // outlives the application object, whose destruction may hang too
   const QApplication application(argumentCount, arguments);
   QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
   QApplication::setQuitOnLastWindowClosed(false);
@@ -141,7 +142,8 @@ int main(int argumentCount, char** arguments) {
 
   const int exitCode =
       options.machine == sonvel::Machine::simulated ? runSimulated(process) : runAsOnlyOne(process);
-  if (process.relaunch.isRequested()) process.deadline.reset(); // a new version takes longer to prove itself
+  // a new version may take longer to report success
+  if (process.relaunch.isRequested()) process.deadline.reset();
   process.relaunch.perform();
   return exitCode;
 }

@@ -78,7 +78,7 @@ void PanelHost::onQuitRequested() {
   quit_();
 }
 
-// No desktop of this kind has settings for it, so the installed page is shown that says how to give access.
+// Desktops have no settings for this, so open the installed page that explains how to give access.
 void PanelHost::onSettingsRequested() {
   const QDir programFolder(QCoreApplication::applicationDirPath());
   const QString page = QDir::cleanPath(programFolder.filePath(QStringLiteral(SONVEL_ACCESS_PAGE)));

@@ -15,21 +15,21 @@
 
 namespace sonvel {
 
-/// The panel on the desktop: its views, with all that they need, in a window behind a tray icon. Main thread,
-/// with a QApplication.
+/// The panel on the desktop: its views in a window at a tray icon, or in a plain window. Main thread, with a
+/// QApplication.
 class PanelHost final : public QObject {
   Q_OBJECT
 
  public:
   /// Shows the icon. `onAudioThread` posts to a thread that may call the audio system. `quit` is called when
-  /// the user wants the program to end. The others outlive this object.
+  /// the user asks to quit. The referents outlive this object.
   PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance, Executor& mainThread,
             Relay::Post onAudioThread, std::function<void()> quit);
 
-  /// Shows the panel to a user who asked for it by other means than its icon.
+  /// Opens the panel without its icon, for a second start or a bus call.
   void show() { presence_.show(); }
 
-  /// Closes the panel for good: the program is about to end.
+  /// Closes the panel for good, before the program ends.
   void end() { presence_.end(); }
 
  Q_SIGNALS:
@@ -44,7 +44,7 @@ class PanelHost final : public QObject {
   Q_SLOT void onSettingsRequested();
 
   const std::function<void()> quit_;
-  const QString updateManager_; // what updates this copy in its place
+  const QString updateManager_; // name of what updates this copy instead, such as a package manager
   PanelTheme theme_;
   AppIconCache icons_;
   ServerNotice notice_;

@@ -8,8 +8,8 @@
 
 namespace sonvel {
 
-/// The machine that the program runs on: its sound, who plays it, its time and what it remembers. What the
-/// members return lives as long as this object. Main thread; the contracts say what other threads may do.
+/// The machine that the program runs on: sound, applications, time and stored values. The returned objects
+/// live as long as this object. Main thread; the returned interfaces say what other threads may do.
 class ProgramAudio {
  public:
   virtual ~ProgramAudio() = default;
@@ -22,7 +22,7 @@ class ProgramAudio {
   virtual Clock& clock() = 0;
   virtual Preferences& preferences() = 0;
 
-  /// Whether programs play to a sound system that this program has no say in.
+  /// Whether applications play through a sound system that this program cannot control.
   virtual bool isForeignSoundServing() const { return false; }
 };
 

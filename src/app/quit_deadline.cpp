@@ -21,7 +21,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kUntilGivingBack{5'000};
 constexpr milliseconds kUntilEnd{3'000};
 
-// What the signal handler writes to.
+// Written by the signal handler.
 std::atomic<int> begunEvents{-1};
 static_assert(std::atomic<int>::is_always_lock_free);
 
@@ -30,7 +30,7 @@ void add(int events) noexcept {
   [[maybe_unused]] const ssize_t written = write(events, &one, sizeof one);
 }
 
-/// Whether one of these events has happened within that time. Signals must be blocked.
+/// Whether one of these events occurs within the time. Signals must be blocked.
 bool happens(std::initializer_list<int> events, milliseconds within) {
   std::vector<pollfd> polled;
   for (const int event : events)
@@ -73,8 +73,8 @@ void QuitDeadline::beginFromSignal() noexcept {
 void QuitDeadline::watch() {
   sigset_t all;
   sigfillset(&all);
-  pthread_sigmask(SIG_BLOCK, &all, nullptr);  // they would cut the waiting short
-  happens({begun_, over_}, milliseconds(-1)); // however long it takes
+  pthread_sigmask(SIG_BLOCK, &all, nullptr);  // signals would interrupt the wait
+  happens({begun_, over_}, milliseconds(-1)); // no time limit
   if (happens({over_}, kUntilGivingBack)) return;
   {
     const std::scoped_lock lock(mutex_);

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::array kSignals{SIGTERM, SIGINT, SIGHUP};
 
-// What the handler writes to; set before the handler is.
+// Written by the signal handler; set before the handler is installed.
 std::atomic<int> signalEvents{-1};
 static_assert(std::atomic<int>::is_always_lock_free);
 
@@ -29,12 +29,12 @@ extern "C" void noteSignal(int /*number*/) {
   const std::uint64_t one = 1;
   [[maybe_unused]] const ssize_t written =
       write(signalEvents.load(std::memory_order_relaxed), &one, sizeof one);
-  QuitDeadline::beginFromSignal(); // which doesn't wait for the main thread to hear of it
+  QuitDeadline::beginFromSignal(); // does not depend on the main thread
   errno = error;
 }
 
-// A handler rather than blocked signals: children inherit what is blocked, but no handlers. It and what it
-// writes to stay until the process ends, so that a late signal meets them.
+// A handler instead of blocked signals, because children inherit blocked signals but not handlers. The
+// handler and its eventfd stay until the process ends, for late signals.
 int catchSignals() {
   if (signalEvents.load() >= 0) return signalEvents.load();
   signalEvents = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);

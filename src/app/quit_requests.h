@@ -9,23 +9,22 @@
 
 namespace sonvel {
 
-/// Everything by which the process is asked to end, as one callback: SIGTERM, SIGINT and SIGHUP (unless that
-/// was ignored from the start, as nohup does), the end of the desktop's session, and
-/// QCoreApplication::quit() in all its forms (the last window closed, an X11 session manager's "die").
+/// Collects every request to quit into one callback: SIGTERM, SIGINT and SIGHUP (unless ignored from the
+/// start, as under nohup), the end of the desktop session, and QCoreApplication::quit() in all its forms
+/// (last window closed, an X11 session manager's "die").
 ///
-/// From its construction on none of these ends the process by itself, signals not even after its destruction.
-/// The one way out is QCoreApplication::exit(). At most one at a time, on the main thread, with a
-/// QCoreApplication that outlives it.
+/// Once constructed, none of these ends the process by itself; for signals this holds after destruction too.
+/// Only QCoreApplication::exit() ends it. At most one at a time, on the main thread, with a QCoreApplication
+/// that outlives it.
 class QuitRequests final : public QObject {
  public:
-  /// `quit` is called from the event loop, once for each request; it mustn't destroy this object.
+  /// `quit` is called from the event loop for each request; it must not destroy this object.
   explicit QuitRequests(std::function<void()> quit, QDBusConnection bus = QDBusConnection::sessionBus());
   ~QuitRequests() override;
   QuitRequests(const QuitRequests&) = delete;
   QuitRequests& operator=(const QuitRequests&) = delete;
 
-  /// Tells the session manager that waits for it that it needs to wait no longer. The end of the process
-  /// tells the same.
+  /// Lets a waiting session manager continue. The end of the process has the same effect.
   void tellDone() { sessionManager_.tellDone(); }
 
  private:

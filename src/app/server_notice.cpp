@@ -38,7 +38,7 @@ ServerNotice::ServerNotice(AudioServer& server, Executor& mainThread,
       if (const auto self = weak.lock()) (*self)->update();
     });
   });
-  update(); // of what has happened in between
+  update(); // catches changes before this object listened
 }
 
 ServerNotice::~ServerNotice() {

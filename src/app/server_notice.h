@@ -9,17 +9,17 @@
 
 namespace sonvel {
 
-/// What the user is to know of the sound server; empty while all is well, and when the server is there but
-/// lets nothing be done: the connection is dropped for that too, and the model tells of it.
+/// The text about the sound server for the user. Empty if all is well, and if the server denies access: the
+/// connection is dropped then too, and the model reports the denial.
 QString serverNotice(AudioServer::Connection connection, AudioServer::Rights rights,
                      bool isPulseAudioServing);
 
-/// Follows the server's connection and tells the notice on the main thread.
+/// Follows the server's connection and reports the text on the main thread.
 class ServerNotice {
  public:
-  /// `changed` is called on the main thread with each new text, and when the server has answered for the
-  /// first time. `isPulseAudioServing` tells whether programs play to another sound system. The server, to
-  /// which nobody else listens, and `mainThread` outlive this object. Main thread.
+  /// `changed` is called on the main thread with each new text, and after the server's first answer.
+  /// `isPulseAudioServing` tells whether programs play to another sound system. `server`, which must have no
+  /// other listener, and `mainThread` outlive this object. Main thread.
   ServerNotice(AudioServer& server, Executor& mainThread, std::function<bool()> isPulseAudioServing,
                std::function<void(const QString&)> changed);
   ~ServerNotice();
@@ -29,13 +29,14 @@ class ServerNotice {
   /// Main thread.
   const QString& text() const noexcept { return text_; }
 
-  /// Whether any server has told what it lets this program do. Main thread.
+  /// Whether a server has answered with this program's rights. Main thread.
   bool hasServerAnswered() const noexcept { return hasAnswered_; }
 
   /// Whether programs play to another sound system. Main thread.
   bool isSoundElsewhere() const noexcept { return isSoundElsewhere_; }
 
-  /// Looks again, as at each opening of the panel: who else plays sound is not told. Main thread.
+  /// Checks again; called at each opening of the panel, because other sound systems send no notice. Main
+  /// thread.
   void update();
 
  private:
@@ -45,7 +46,7 @@ class ServerNotice {
   bool hasAnswered_ = false;
   bool isSoundElsewhere_ = false;
   QString text_;
-  std::shared_ptr<ServerNotice*> self_; ///< what is posted holds it weakly
+  std::shared_ptr<ServerNotice*> self_; ///< posted work holds it weakly
 };
 
 } // namespace sonvel

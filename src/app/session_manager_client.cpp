@@ -26,7 +26,7 @@ SessionManagerClient::SessionManagerClient(std::function<void()> endSession, QDB
       QDBusMessage::createMethodCall(kService, kPath, kService, QStringLiteral("RegisterClient"));
   request.setAutoStartService(false);
   request << kApplicationId << qEnvironmentVariable(kStartupId);
-  qunsetenv(kStartupId); // it is ours alone, not our children's
+  qunsetenv(kStartupId); // must not be inherited by children
 
   auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(request), this); // NOLINT: its parent's
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
@@ -70,7 +70,7 @@ void SessionManagerClient::onStop() {
   endSession_();
 }
 
-// Blocks, because the process is about to end and must not take the answer with it.
+// Blocking, so that the answer is sent before the process ends.
 void SessionManagerClient::tellDone() {
   if (std::exchange(isAwaited_, false)) bus_.call(agreement(), QDBus::Block, kAnswerPatience);
 }

@@ -8,20 +8,19 @@
 
 namespace sonvel {
 
-/// A client of the desktop's session manager (org.gnome.SessionManager, which other desktops offer as well),
-/// so that the end of the session waits until this process is done. Without such a manager it does nothing.
-/// The main thread alone.
+/// A client of the desktop's session manager (org.gnome.SessionManager, also offered by other desktops), so
+/// that logout waits until this process has finished. Does nothing without such a manager. Main thread.
 class SessionManagerClient final : public QObject {
   Q_OBJECT
 
  public:
-  /// Registers without waiting. `endSession` is called from the event loop when the session ends.
+  /// Registers without waiting. `endSession` is called from the event loop at logout.
   SessionManagerClient(std::function<void()> endSession, QDBusConnection bus);
   ~SessionManagerClient() override;
   SessionManagerClient(const SessionManagerClient&) = delete;
   SessionManagerClient& operator=(const SessionManagerClient&) = delete;
 
-  /// Answers a session manager that waits since `endSession`; does nothing when none does.
+  /// Answers a session manager that waits since `endSession`; otherwise no effect.
   void tellDone();
 
  private:
@@ -34,7 +33,7 @@ class SessionManagerClient final : public QObject {
 
   std::function<void()> endSession_;
   QDBusConnection bus_;
-  QString path_; // of our object at the session manager, empty: not registered
+  QString path_; // our client object at the session manager; empty: not registered
   bool isAwaited_ = false;
 };
 

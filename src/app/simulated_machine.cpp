@@ -15,14 +15,14 @@ constexpr std::uint32_t kCycleFrames = 480; // 10 ms at the simulation's sample 
 constexpr auto kCycleDuration = 10ms;
 constexpr std::uint64_t kCyclesPerSecond = 100;
 
-/// An application, and when it plays.
+/// A simulated application, and when it plays.
 struct Performance {
   const char* name;
   const char* bundleID;
   const char* icon;
-  double swellHz; ///< how often it grows loud
+  double swellHz; ///< frequency of the loudness changes
   std::uint64_t playsSeconds;
-  std::uint64_t pausesSeconds; ///< afterwards, and so on; 0: never
+  std::uint64_t pausesSeconds; ///< pause after each playing period; 0: no pause
 };
 
 constexpr std::array kPerformances{
@@ -37,7 +37,7 @@ bool playsAt(const Performance& performance, std::uint64_t cycle) {
   return second % (performance.playsSeconds + performance.pausesSeconds) < performance.playsSeconds;
 }
 
-/// A tone that grows loud and soft, so that meters move.
+/// A tone of changing loudness, so that meters move.
 simulated::Signal swellingTone(double swellHz) {
   return [swellHz](std::uint64_t frame) {
     const double seconds = static_cast<double>(frame) / simulated::kSampleRateHz;
@@ -54,7 +54,7 @@ SimulatedMachine::SimulatedMachine() {
   server_.setConnection(AudioServer::Connection::connected);
   audio_.addDevice({.uid = "speakers", .name = "Speakers", .volumes = {{kElementMain, {0.5F}}}});
   audio_.addDevice({.uid = "headphones", .name = "Headphones", .volumes = {{kElementMain, {0.8F}}}});
-  audio_.addDevice({.uid = "monitor", .name = "Monitor (HDMI)"}); // without a volume
+  audio_.addDevice({.uid = "monitor", .name = "Monitor (HDMI)"}); // has no volume
   icons_.setGenericIcon("application-x-executable");
   player_ = std::jthread([this](const std::stop_token& end) { play(end); });
 }

@@ -13,11 +13,11 @@
 
 namespace sonvel {
 
-/// A machine in memory, for work on the views without a sound server: three output devices, and applications
-/// that play, pause and come back. Nothing is heard, and nothing is remembered after its end.
+/// A simulated machine for work on the views without a sound server: three output devices, and applications
+/// that play, pause and resume. Makes no sound and stores nothing.
 class SimulatedMachine final : public ProgramAudio {
  public:
-  /// Starts to play, on a thread of its own.
+  /// Starts the applications on a thread of its own.
   SimulatedMachine();
   SimulatedMachine(const SimulatedMachine&) = delete;
   SimulatedMachine& operator=(const SimulatedMachine&) = delete;
@@ -47,7 +47,7 @@ class SimulatedMachine final : public ProgramAudio {
   simulated::SimulatedApplications applications_;
   simulated::SimulatedApplicationIcons icons_;
   simulated::SimulatedPreferences preferences_;
-  std::jthread player_; ///< last, so that it ends before what it plays on
+  std::jthread player_; ///< last member: joins before the objects it uses are destroyed
 };
 
 } // namespace sonvel

@@ -51,7 +51,7 @@ SingleInstance::Outcome SingleInstance::acquire() {
   return Outcome::firstDoesNotAnswer;
 }
 
-// The object is there before the name is, so that nobody finds the one without the other.
+// Registers the object before the name, so that no caller finds the name without the object.
 bool SingleInstance::takeName() {
   bus_.registerObject(kPath, service_.get(),
                       QDBusConnection::ExportScriptableInvokables | QDBusConnection::ExportAdaptors);
@@ -69,7 +69,7 @@ SingleInstance::Answer SingleInstance::askFirst(std::chrono::milliseconds within
   const QDBusMessage reply = bus_.call(request, QDBus::Block, static_cast<int>(within.count()));
   if (reply.type() == QDBusMessage::ReplyMessage) return Answer::shown;
 
-  // It may have ended since it was asked, with our question unread.
+  // The first instance may have ended after the call was sent, without reading it.
   const bool isGone = !bus_.interface()->isServiceRegistered(kService).value();
   return isGone || reply.errorName() == QLatin1String(SingleInstanceService::kLeavingError) ? Answer::leaving
                                                                                             : Answer::none;

@@ -9,39 +9,40 @@ namespace sonvel {
 
 class SingleInstanceService;
 
-/// What others ask of the first. Called from the event loop, after SingleInstance::acquire() has returned.
+/// Requests that reach the first instance. Called from the event loop, after SingleInstance::acquire() has
+/// returned.
 struct InstanceRequests {
-  std::function<bool()> showPanel; ///< false when this process is about to end: the other takes its place
-  std::function<void()> quit;      ///< starts to quit; needn't wait until all is done
+  std::function<bool()> showPanel; ///< false if this process is about to quit: the caller starts in its place
+  std::function<void()> quit;      ///< starts to quit; need not wait for the end
   std::function<bool(const QString& caller)>
-      admits; ///< whether the caller of this unique name may ask at all
+      admits; ///< whether the caller with this unique name may send requests
 };
 
-/// Sees to it that one Sonvel runs in a session: the first holds the name `com.quellmarsh.sonvel` on the
-/// session's bus, and a later one asks it to show its panel. The main thread alone.
+/// Allows one Sonvel per session: the first instance owns the bus name `com.quellmarsh.sonvel`; a later one
+/// asks it to show its panel. Main thread.
 ///
-/// What the first serves at /com/quellmarsh/sonvel: ShowPanel() and Quit() of the interface
-/// com.quellmarsh.sonvel, and org.freedesktop.Application, by which launchers start and show it.
+/// The first instance serves at /com/quellmarsh/sonvel: ShowPanel() and Quit() of the interface
+/// com.quellmarsh.sonvel, and org.freedesktop.Application for launchers.
 class SingleInstance {
  public:
   enum class Outcome {
-    first,              ///< this process is to run
-    toldTheFirst,       ///< another one runs and shows its panel now; this one is to end
-    firstDoesNotAnswer, ///< another one runs, but was silent; this one is to end and say so
-    noBus,              ///< nobody can tell; this process is to run
+    first,              ///< this process runs
+    toldTheFirst,       ///< another one runs and now shows its panel; this one ends
+    firstDoesNotAnswer, ///< another one runs but did not answer; this one ends with an error
+    noBus,              ///< no session bus; this process runs
   };
 
-  /// How long acquire() waits for an answer of the first.
+  /// Time limit for the first instance's answer.
   static constexpr std::chrono::milliseconds kPatience{2000};
 
   explicit SingleInstance(InstanceRequests requests, QDBusConnection bus = QDBusConnection::sessionBus());
-  /// Gives the name back.
+  /// Releases the name.
   ~SingleInstance();
   SingleInstance(const SingleInstance&) = delete;
   SingleInstance& operator=(const SingleInstance&) = delete;
 
-  /// Becomes the first or tells the first. Needs a QCoreApplication; blocks for kPatience at most, as long as
-  /// the bus itself answers.
+  /// Takes the name, or asks the first instance to show its panel. Needs a QCoreApplication; blocks for
+  /// kPatience at most, if the bus itself answers.
   [[nodiscard]] Outcome acquire();
 
  private:

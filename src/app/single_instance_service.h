@@ -12,13 +12,13 @@
 
 namespace sonvel {
 
-/// The object of the first that others call on the bus.
+/// The first instance's object on the bus.
 class SingleInstanceService final : public QObject, protected QDBusContext {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "com.quellmarsh.sonvel")
 
  public:
-  /// The D-Bus error that says that this process is about to end.
+  /// The D-Bus error for calls while this process quits.
   static constexpr const char* kLeavingError = "com.quellmarsh.sonvel.Error.Leaving";
 
   explicit SingleInstanceService(InstanceRequests requests)
@@ -45,7 +45,7 @@ class SingleInstanceService final : public QObject, protected QDBusContext {
   InstanceRequests requests_;
 };
 
-/// The same for launchers, as the desktop entry's DBusActivatable has it.
+/// The same for launchers, as DBusActivatable requires.
 class ApplicationAdaptor final : public QDBusAbstractAdaptor {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")

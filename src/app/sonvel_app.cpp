@@ -41,12 +41,12 @@ SonvelApp::SonvelApp(updater::Relaunch& relaunch, QuitDeadline& deadline, Machin
 }
 
 SonvelApp::~SonvelApp() {
-  isTerminating_ = true; // who asks now, while the loop below runs, finds the rest of it gone
+  isTerminating_ = true; // from here showPanel() refuses: the panel ends while the loop below runs
   deadline_.setGiveBack(nullptr);
   panel_.reset();
   const auto model = delegate_->weakModel();
   delegate_.reset();
-  // Each task that is still at work holds the model, and what it waits for answers in bounded time.
+  // Running tasks hold the model; each ends in bounded time.
   while (!model.expired())
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
@@ -65,7 +65,7 @@ void SonvelApp::terminate() {
   if (std::exchange(isTerminating_, true)) return;
   deadline_.begin();
   panel_->end();
-  delegate_->applicationShouldTerminate(*this); // whose reply always comes later
+  delegate_->applicationShouldTerminate(*this); // the reply always comes later
 }
 
 void SonvelApp::replyToApplicationShouldTerminate(bool mayTerminate) {

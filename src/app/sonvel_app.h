@@ -13,37 +13,38 @@
 
 namespace sonvel {
 
-/// What the program runs on.
+/// The machine that the program runs on.
 enum class Machine {
   real,
-  simulated, ///< in memory; nothing is heard
+  simulated, ///< in memory, without sound
 };
 
-/// The program: chooses the implementations, joins them, and keeps them from its start to its end. One for
-/// the life of the process. Main thread, with a QApplication.
+/// The program: creates and connects the implementations and owns them from start to end. One per process.
+/// Main thread, with a QApplication.
 class SonvelApp final : private TerminatingApplication {
  public:
-  /// Makes everything and shows the tray icon. `relaunch` is told when a new version is to start after it,
-  /// and `deadline` that it was asked to end; both outlive this object. Throws std::runtime_error if sound
-  /// can't be set up at all.
+  /// Creates everything and shows the tray icon. `relaunch` records that a new version is to start
+  /// afterwards; `deadline` receives requests to quit; both outlive this object. Throws std::runtime_error if
+  /// sound can't be set up.
   SonvelApp(updater::Relaunch& relaunch, QuitDeadline& deadline, Machine machine = Machine::real);
 
-  /// Lets everything go that is still at work, and waits for it.
+  /// Waits for the work that still runs.
   ~SonvelApp() override;
 
   SonvelApp(const SonvelApp&) = delete;
   SonvelApp& operator=(const SonvelApp&) = delete;
 
-  /// Runs until somebody asks to end and every application has its own output back. The exit code.
+  /// Runs until a request to quit has come and every application has its own output back. Returns the exit
+  /// code.
   int run();
 
-  /// False when the program is about to end.
+  /// False if the program is about to end.
   bool showPanel();
 
-  /// What the panel shows, and other programs work.
+  /// The model behind the panel, also used by the D-Bus interface.
   std::shared_ptr<MixerViewModel> model() const { return delegate_->weakModel().lock(); }
 
-  /// Asks the program to end. Returns at once; a second time changes nothing.
+  /// Asks the program to quit. Returns at once; repeated calls have no effect.
   void terminate();
 
  private:
@@ -60,7 +61,7 @@ class SonvelApp final : private TerminatingApplication {
   std::shared_ptr<AppDelegate> delegate_;
   std::unique_ptr<PanelHost> panel_;
   QuitRequests quitRequests_;
-  bool isTerminating_ = false; ///< and the panel has ended
+  bool isTerminating_ = false; ///< the panel has ended too
 };
 
 } // namespace sonvel

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kPointsPerNotch = 5;
 
-/// By name, so that the tray's host gives it the colour of its bar; as pixels where it is not installed.
+/// A theme name, so that the tray's host recolours it; pixels where the icon is not installed.
 QIcon trayIcon(const QString& name) {
   return QIcon::fromTheme(name, QIcon(QLatin1String(":/sonvel/tray/") + name + QLatin1String(".svg")));
 }
@@ -34,7 +34,7 @@ TrayControl::TrayControl(ui::TrayIcon& tray, MixerViewModel& model, const Audio&
   connect(&tray_, &ui::TrayIcon::wheelTurned, this,
           [this](int notches) { master_.change(notches * kPointsPerNotch); });
   connect(&tray_, &ui::TrayIcon::muteChosen, this, [this] {
-    update(); // the menu has moved its mark, which the volume alone decides
+    update(); // the menu has changed its check mark, which must follow the volume only
     master_.toggleMute();
   });
   connect(&tray_, &ui::TrayIcon::startAtLoginChosen, this, [this](bool starts) {
@@ -85,7 +85,7 @@ void TrayControl::showAbout() {
                         .arg(QCoreApplication::applicationVersion());
   const auto updates =
       updateManager_.isEmpty() ? QString() : tr("\nUpdates come with %1.").arg(updateManager_);
-  // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): deletes itself when it is closed
+  // deletes itself when closed; NOLINTNEXTLINE(cppcoreguidelines-owning-memory)
   auto* const box =
       new QMessageBox(QMessageBox::NoIcon, tr("About Sonvel"), text + updates, QMessageBox::Close);
   box->setAttribute(Qt::WA_DeleteOnClose);

@@ -9,23 +9,23 @@
 
 namespace sonvel {
 
-/// Has the tray icon show the master volume and change it, and start the program at login. Main thread.
+/// The tray icon shows and changes the master volume, and switches the start at login. Main thread.
 class TrayControl final : public QObject {
   Q_OBJECT
 
  public:
-  /// What else it works on, as MasterControl has it.
+  /// What it needs besides the model, as MasterControl requires it.
   struct Audio {
     AudioHardware& hardware;
     Relay::Post onAudioThread;
     Executor& mainThread;
   };
 
-  /// `updateManager` says what updates a copy that doesn't do so itself; empty: nothing. The others outlive
-  /// this object.
+  /// `updateManager` is the name of what updates a copy that does not update itself; empty: nothing. The
+  /// referents outlive this object.
   TrayControl(ui::TrayIcon& tray, MixerViewModel& model, const Audio& audio, QString updateManager);
 
-  /// The sound server has come or gone.
+  /// Call when the sound server comes or goes.
   void refresh() { master_.refresh(); }
 
  private:
@@ -40,7 +40,7 @@ class TrayControl final : public QObject {
   const QString updateManager_;
   QString shownIcon_;
   MasterControl::State shown_;
-  MasterControl master_; // last, for it calls this
+  MasterControl master_; // last member, because it calls this object
 };
 
 } // namespace sonvel

@@ -11,23 +11,23 @@ struct Appearance {
   enum class ColorScheme { noPreference, dark, light };
 
   ColorScheme colorScheme = ColorScheme::noPreference;
-  std::optional<std::uint32_t> accentColor; ///< 0xRRGGBB; none if the desktop knows none
-  bool prefersReducedMotion = false;        ///< nothing is to move by itself
+  std::optional<std::uint32_t> accentColor; ///< 0xRRGGBB; none if the desktop has no such setting
+  bool prefersReducedMotion = false;        ///< the user wants no animations
 
   bool operator==(const Appearance&) const = default;
 };
 
-/// The desktop's setting of that. Main thread.
+/// The desktop's appearance settings. Main thread.
 class DesktopAppearance {
  public:
   virtual ~DesktopAppearance() = default;
 
-  /// As it was last heard of. Does not wait; all defaults until the desktop has answered, or if it has no
-  /// such settings.
+  /// The last known settings. Does not block. Defaults until the desktop has answered, or if it has no such
+  /// settings.
   virtual Appearance current() const = 0;
 
-  /// Calls `changed`, on the main thread and at the latest soon after, each time `current` gives something
-  /// else than before. Replaces what was to be called.
+  /// Calls `changed` on the main thread soon after current() changes. Replaces the callback of an earlier
+  /// call.
   virtual void onChange(std::function<void()> changed) = 0;
 };
 

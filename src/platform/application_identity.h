@@ -4,13 +4,14 @@
 
 namespace sonvel {
 
-/// Which application a client of the sound server belongs to.
+/// Finds the application that a client of the sound server belongs to.
 class ApplicationIdentity {
  public:
   virtual ~ApplicationIdentity() = default;
 
-  /// The application's bundle identifier: what is vouched for beats what the desktop knows, which beats what
-  /// the program claims. None if nothing tells. Any thread; may read files, never waits for another program.
+  /// The application's bundle identifier. An identity that the sandbox guarantees comes first, then what the
+  /// desktop knows of the process, then what the program says of itself. None if none of them tells. Any
+  /// thread; may read files, never waits for another program.
   virtual std::optional<std::string> bundleIdentifier(const AudioClient& client) const = 0;
 };
 

@@ -8,11 +8,11 @@
 namespace sonvel {
 
 /// The audio system: its objects, their properties, and the taps, aggregate devices and IOProcs that this
-/// program makes in it.
+/// program creates.
 ///
-/// Every call may come from any thread but an IOProc's, blocks until the audio system has answered, and is
-/// answered within two seconds: a system that is dead or does not answer gives a status, never a hang. None
-/// throws. Calls may run at the same time; the system puts them in an order.
+/// Every call may come from any thread except an IOProc's. It blocks until the audio system has answered, at
+/// most two seconds: a dead or silent system gives an error status. None throws. Concurrent calls are
+/// allowed; the system puts them in an order.
 class AudioHardware {
  public:
   virtual ~AudioHardware() = default;
@@ -21,21 +21,21 @@ class AudioHardware {
   virtual OSStatus getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
                                        std::uint32_t& sizeBytes) = 0;
 
-  /// Reads a number or a list into `data`. `sizeBytes` becomes the bytes written, at most the size of `data`:
-  /// a list that has grown since its size was asked is cut. A single number into a `data` of another size
-  /// fails with kBadPropertySize.
+  /// Reads a number or a list into `data`. `sizeBytes` becomes the number of bytes written, at most the size
+  /// of `data`: a list that has grown since its size was read is cut. Reading a single number into `data` of
+  /// another size fails with kBadPropertySize.
   virtual OSStatus getPropertyData(AudioObjectID object, const PropertyAddress& address,
                                    std::uint32_t& sizeBytes, std::span<std::byte> data) = 0;
 
-  /// Reads a property whose value is a string. Success with no `text` is a null reference: the object has the
-  /// property but no value for it.
+  /// Reads a string property. Success with an empty `text` means that the object has the property but no
+  /// value for it.
   virtual OSStatus getPropertyData(AudioObjectID object, const PropertyAddress& address,
                                    std::optional<std::string>& text) = 0;
 
-  /// Whether the object has the property at all.
+  /// Whether the object has the property.
   virtual bool hasProperty(AudioObjectID object, const PropertyAddress& address) = 0;
 
-  /// Whether the property can be written now.
+  /// Whether the property can be written.
   virtual OSStatus isPropertySettable(AudioObjectID object, const PropertyAddress& address,
                                       bool& isSettable) = 0;
 
@@ -43,67 +43,66 @@ class AudioHardware {
   virtual OSStatus setPropertyData(AudioObjectID object, const PropertyAddress& address,
                                    std::span<const std::byte> data) = 0;
 
-  /// Has `listener` called after each change of a property. It tells that something has changed, not what:
-  /// the new value is to be read. Changes that come close together may be told once, our own changes are told
-  /// too. `listener` runs on a thread of the audio system, one at a time; it must not block and must not call
-  /// the audio system. The listeners of an object end with it, without a call; those of the system object
-  /// outlive a lost server and are called when it is back. An unknown property gives kUnknownProperty, an
-  /// unknown object kBadObject.
+  /// Calls `listener` after each change of a property. The listener reads the new value itself. Changes close
+  /// together may give one call; changes made by this program give calls too. `listener` runs on a thread of
+  /// the audio system, one at a time; it must not block and must not call the audio system. An object's
+  /// listeners end with the object, without a call. Listeners on the system object survive the loss of the
+  /// server and are called when it is back. An unknown property gives kUnknownProperty, an unknown object
+  /// kBadObject.
   virtual OSStatus addPropertyListener(AudioObjectID object, const PropertyAddress& address,
                                        PropertyListener listener, PropertyListenerID& id) = 0;
 
-  /// Ends a listener, also one whose object is gone: after this it is not running and is not called again.
-  /// Not from inside a listener.
+  /// Removes a listener, also if its object is gone. After the call it is not running and is not called
+  /// again. Must not be called from a listener.
   virtual OSStatus removePropertyListener(PropertyListenerID id) = 0;
 
-  /// Begins a configuration: until it is committed, destroying and making taps, aggregate devices and IOProcs
-  /// answers as ever, but what is heard stays as it was. Destroyed taps keep their processes and stopped
-  /// IOProcs may be called on until then. kIllegalOperation inside another configuration.
+  /// Begins a configuration. Until commitConfiguration(), taps, aggregate devices and IOProcs can be created
+  /// and destroyed, but what is heard does not change: destroyed taps keep their processes, and stopped
+  /// IOProcs may still be called. kIllegalOperation inside another configuration.
   virtual OSStatus beginConfiguration() = 0;
 
-  /// Lets what was changed since beginConfiguration take effect together: a process goes from its old tap
-  /// into its new one without being heard at its own device in between, and back to its own device where
-  /// there is no new one. After it no stopped block is running or called again. A failure still ends the
-  /// configuration.
+  /// Applies everything changed since beginConfiguration() at once. A process moves from its old tap directly
+  /// into its new one, without being heard at its own device in between, or back to its own device if it has
+  /// no new tap. Afterwards no stopped block is running or called again. A failure ends the configuration
+  /// too.
   virtual OSStatus commitConfiguration() = 0;
 
-  /// Makes a tap on the processes that `description` names. On success `tap` is its object, with a kTapUID.
+  /// Creates a tap on the processes that `description` names. On success `tap` is its object, with a kTapUID.
   ///
-  /// A muted tap takes its processes off their own device no later than when a started IOProc reads it, and
-  /// gives them back no later than when destroyProcessTap has succeeded. In between the system chooses the
-  /// moments, so that it can hand over without a gap. Streams that a process opens later join the tap, and so
-  /// do processes that appear later under one of its bundle IDs, before they are heard. A muted tap that
-  /// names no process but bundle IDs stands by: it also takes the processes that are there under these, at
-  /// once, and keeps them silent until another tap takes them or it is destroyed. A stream that nobody may
-  /// move stays where it is (kTapIsPartial); no call waits for a stream.
+  /// A muted tap takes its processes off their own device at the latest when a started IOProc reads the tap,
+  /// and gives them back at the latest when destroyProcessTap() has succeeded. In between the system chooses
+  /// the time, so that it can hand over without a gap. Streams that a process opens later join the tap before
+  /// they are heard; so do later processes with one of its bundle IDs. A muted tap that names bundle IDs but
+  /// no process is a standby tap: it takes the existing and later processes with these IDs at once and keeps
+  /// them silent until another tap takes them or it is destroyed. A stream that must not be moved stays where
+  /// it is (kTapIsPartial). No call waits for a stream.
   virtual OSStatus createProcessTap(const TapDescription& description, AudioObjectID& tap) = 0;
 
-  /// Removes a tap. A tap that the audio system has lost meanwhile counts as removed.
+  /// Removes a tap. Succeeds if the audio system has lost the tap already.
   virtual OSStatus destroyProcessTap(AudioObjectID tap) = 0;
 
-  /// Makes a device out of taps and real devices. The first sub-device plays what its IOProcs write. Unknown
-  /// sub-devices give kBadDevice, unknown taps kBadObject.
+  /// Creates a device out of taps and real devices. The first sub-device plays what the IOProcs write.
+  /// Unknown sub-devices give kBadDevice, unknown taps kBadObject.
   virtual OSStatus createAggregateDevice(const AggregateDeviceDescription& description,
                                          AudioObjectID& device) = 0;
 
-  /// Removes an aggregate device, with the IOProcs that are still on it. One that the audio system has lost
-  /// meanwhile counts as removed.
+  /// Removes an aggregate device and its IOProcs. Succeeds if the audio system has lost the device already.
   virtual OSStatus destroyAggregateDevice(AudioObjectID device) = 0;
 
-  /// Installs `block` on an aggregate device. From deviceStart on it is called on `queue` for each cycle,
-  /// with the audio of the aggregate's taps as input and the buffers of its device as output, silent when
-  /// handed over. A copy of `block` is kept until the IOProc is destroyed.
+  /// Installs `block` on an aggregate device. After deviceStart() it is called on `queue` once per cycle,
+  /// with the audio of the aggregate's taps as input and the buffers of its device as output; these are
+  /// silent at the start of the call. A copy of `block` is kept until the IOProc is destroyed.
   virtual OSStatus createIOProcID(AudioObjectID device, const IOQueue& queue, IOProcBlock block,
                                   IOProcID& ioProc) = 0;
 
-  /// Removes an IOProc, stopping it if it runs, and releases its block.
+  /// Removes an IOProc, stops it if needed, and releases its block.
   virtual OSStatus destroyIOProcID(AudioObjectID device, IOProcID ioProc) = 0;
 
-  /// Lets an installed IOProc run. Starting one that runs changes nothing.
+  /// Starts an installed IOProc. No effect if it runs.
   virtual OSStatus deviceStart(AudioObjectID device, IOProcID ioProc) = 0;
 
-  /// Stops an IOProc. After success its block is not running and is not called again. Stopping one that does
-  /// not run changes nothing.
+  /// Stops an IOProc. After success its block is not running and is not called again. No effect if it does
+  /// not run.
   virtual OSStatus deviceStop(AudioObjectID device, IOProcID ioProc) = 0;
 };
 

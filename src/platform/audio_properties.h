@@ -4,10 +4,11 @@
 
 namespace sonvel {
 
-/// The object that owns the properties of the audio system as a whole.
+/// The object with the properties of the whole audio system.
 inline constexpr AudioObjectID kSystemObject = 1;
 
-/// Channels of a property: 0 is the object as a whole, 1 and 2 are the first two channels of a device.
+/// The channel that a property belongs to: 0 is the whole object, 1 and 2 are the first two channels of a
+/// device.
 inline constexpr std::uint32_t kElementMain = 0;
 inline constexpr std::uint32_t kElementLeft = 1;
 inline constexpr std::uint32_t kElementRight = 2;
@@ -17,8 +18,8 @@ inline constexpr auto kGlobal = fourCharCode("glob");
 inline constexpr auto kOutput = fourCharCode("outp");
 } // namespace scope
 
-/// Selectors of the properties that an audio system offers, with the type of the value. A string is read with
-/// the text form of AudioHardware::getPropertyData; everything else is in the machine's own byte order.
+/// Selectors of the audio system's properties, with the type of the value. Strings are read with the string
+/// overload of AudioHardware::getPropertyData; all other values are in native byte order.
 namespace property {
 // Of the system object.
 inline constexpr auto kProcessObjectList = fourCharCode("prs#");   ///< AudioObjectID[]
@@ -30,19 +31,20 @@ inline constexpr auto kProcessIsRunningOutput = fourCharCode("piro"); ///< u32, 
 inline constexpr auto kProcessPID = fourCharCode("ppid");             ///< i32
 inline constexpr auto kProcessBundleID = fourCharCode("pbid");        ///< string
 
-/// AudioObjectID of the device that the user has sent the process to elsewhere (another mixer, the session
-/// manager's memory, an effects program), also while it is tapped; 0 while it follows the default.
+/// AudioObjectID of the device that something other than this program chose for the process (another mixer,
+/// the session manager's memory, an effects program), also while it is tapped; 0 while it follows the
+/// default.
 inline constexpr auto kProcessChosenDevice = fourCharCode("pcho");
 
 // Of a device.
 inline constexpr auto kDeviceStreams = fourCharCode("stm#"); ///< u32[], empty without streams in the scope
 inline constexpr auto kDeviceUID = fourCharCode("uid ");     ///< string, the same across restarts
 inline constexpr auto kObjectName = fourCharCode("lnam");    ///< string
-inline constexpr auto kDeviceVolumeScalar = fourCharCode("volm"); ///< f32, 0.0 to 1.0, in the output scope
+inline constexpr auto kDeviceVolumeScalar = fourCharCode("volm"); ///< f32, 0.0 to 1.0, output scope
 
 // Of a tap.
 inline constexpr auto kTapUID = fourCharCode("tuid");         ///< string
-inline constexpr auto kTapProcessList = fourCharCode("tpr#"); ///< AudioObjectID[], can be set
+inline constexpr auto kTapProcessList = fourCharCode("tpr#"); ///< AudioObjectID[], settable
 inline constexpr auto kTapIsPartial = fourCharCode("tprt");   ///< u32, 1 while some stream could not be taken
 } // namespace property
 

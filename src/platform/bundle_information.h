@@ -7,10 +7,10 @@
 
 namespace sonvel {
 
-/// What is known of this program as it is installed. Any thread; does not wait.
+/// What is known of this program as installed. Any thread; does not block.
 class BundleInformation {
  public:
-  /// One entry of the information that a build is installed with.
+  /// A value in the configuration that a build is installed with.
   using InfoObject = std::variant<std::string, bool>;
 
   virtual ~BundleInformation() = default;
@@ -18,7 +18,7 @@ class BundleInformation {
   /// This program's own bundle identifier, if it has one.
   virtual std::optional<std::string> bundleIdentifier() const = 0;
 
-  /// The value of `key`. None if there is none, or it is neither a text nor a truth value.
+  /// The value of `key`. None if absent, or neither a string nor a boolean.
   virtual std::optional<InfoObject> objectForInfoKey(std::string_view key) const = 0;
 };
 

@@ -6,14 +6,13 @@
 
 namespace sonvel {
 
-/// One appointment with a Clock. Destroying it cancels what has not begun.
+/// A pending call of a Clock. Destroying it cancels the call unless it has begun.
 class Timer {
  public:
   virtual ~Timer() = default;
 };
 
-/// Time, as far as the program waits for it. Everything that waits goes through a clock, so that tests can
-/// advance time by hand.
+/// The time source for everything that waits, so that tests can advance time by hand.
 class Clock {
  public:
   using Duration = std::chrono::nanoseconds;
@@ -24,8 +23,8 @@ class Clock {
   /// Monotonic. Any thread.
   virtual TimePoint now() const = 0;
 
-  /// Calls `wake` once, when `delay` has passed, never from inside this call, on a thread of the clock's own.
-  /// `wake` must be short and must not throw; it may ask for further appointments. Any thread.
+  /// Calls `wake` once after `delay`, on a thread of the clock, never from inside this call. `wake` must be
+  /// short and must not throw; it may call callAfter(). Any thread.
   [[nodiscard]] virtual std::unique_ptr<Timer> callAfter(Duration delay, std::function<void()> wake) = 0;
 };
 

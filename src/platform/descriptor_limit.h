@@ -6,9 +6,9 @@
 
 namespace sonvel {
 
-/// Lets this process have as many files open as it may, for as long as this object lives. Programs that call
-/// select() fail with more than 1,024, so whoever starts a program gives it the limit of before. One at a
-/// time.
+/// Raises this process's limit of open files to the maximum allowed, for as long as this object lives.
+/// Programs that call select() fail with more than 1,024 descriptors, so child processes must get the
+/// previous limit (lowerFor). One at a time.
 class RaisedDescriptorLimit {
  public:
   RaisedDescriptorLimit() noexcept {
@@ -27,8 +27,8 @@ class RaisedDescriptorLimit {
   RaisedDescriptorLimit(const RaisedDescriptorLimit&) = delete;
   RaisedDescriptorLimit& operator=(const RaisedDescriptorLimit&) = delete;
 
-  /// Gives a child, or the calling process if `process` is 0, the limit of before. One system call, which may
-  /// be made between fork and exec.
+  /// Sets the previous limit for a child, or for the calling process if `process` is 0. One system call, safe
+  /// between fork and exec.
   static void lowerFor(pid_t process) noexcept {
     if (before_) prlimit(process, RLIMIT_NOFILE, &*before_, nullptr);
   }

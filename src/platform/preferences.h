@@ -5,23 +5,22 @@
 
 namespace sonvel {
 
-/// What this user's copies of the program remember from one run to the next. The thread that made it; may
-/// read and write files; none throws.
+/// Values that this program stores for the user between runs. Used on the thread that created it; may read
+/// and write files; none throws.
 class Preferences {
  public:
   virtual ~Preferences() = default;
 
-  /// The value under `key`. False if there is none, or it can't be read. Reading never changes what is
-  /// stored.
+  /// The value of `key`. False if absent or unreadable. Reading never changes what is stored.
   virtual bool boolForKey(const std::string& key) const = 0;
 
-  /// Stores `value` under `key`, on disk before it returns. False if it could not be stored.
+  /// Stores `value` under `key`; it is on disk before the call returns. False if it could not be stored.
   virtual bool setBool(bool value, const std::string& key) = 0;
 
-  /// The text under `key`. None if there is none, or it can't be read. Reading never changes what is stored.
+  /// The string of `key`. None if absent or unreadable. Reading never changes what is stored.
   virtual std::optional<std::string> stringForKey(const std::string& key) const = 0;
 
-  /// Stores `value` under `key`, on disk before it returns. False if it could not be stored.
+  /// Stores `value` under `key`; it is on disk before the call returns. False if it could not be stored.
   virtual bool setString(const std::string& value, const std::string& key) = 0;
 };
 

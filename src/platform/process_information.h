@@ -6,7 +6,7 @@
 
 namespace sonvel {
 
-/// What the kernel knows of processes. Any thread; does not wait.
+/// What the kernel knows of processes. Any thread; does not block.
 class ProcessInformation {
  public:
   virtual ~ProcessInformation() = default;
@@ -14,7 +14,7 @@ class ProcessInformation {
   /// This program's own process ID.
   virtual std::int32_t ownProcessID() const = 0;
 
-  /// Writes the kernel's short name of a process into `name`, cut to fit and terminated by a NUL. Returns its
+  /// Writes the kernel's short name of a process into `name`, cut to fit and NUL-terminated. Returns its
   /// length in bytes; 0 or less if there is no such process.
   virtual int procName(std::int32_t pid, std::span<char> name) const = 0;
 };

@@ -10,25 +10,24 @@
 namespace sonvel {
 
 /// Brings calls from other threads to the thread of the object that owns the relay. After the relay's end
-/// they do nothing, and its executor may be gone too. Declare it as the owner's last member: then none of its
-/// work finds the owner half destroyed.
+/// these calls do nothing, even if its executor is gone too. Declare it as the owner's last member, so that
+/// no work finds the owner half destroyed.
 class Relay {
  public:
-  /// Posts work to the thread that the relay belongs to.
+  /// Posts work to the relay's thread.
   using Post = std::function<void(std::function<void()>)>;
 
   /// Work runs on `executor`, which outlives the relay.
   explicit Relay(Executor& executor)
       : Relay([&executor](std::function<void()> work) { executor.post(std::move(work)); }) {}
 
-  /// Work runs where `post` takes it: one thread, later, in the order of the calls. `post` may be called from
-  /// any thread until the relay ends.
+  /// `post` queues work for one thread, in order. It may be called from any thread until the relay ends.
   explicit Relay(Post post)
       : target_(std::make_shared<Target>()) {
     target_->post = std::move(post);
   }
 
-  /// On the thread that runs the work, or once that thread has ended.
+  /// Call on the thread that runs the work, or after that thread has ended.
   ~Relay() {
     const std::scoped_lock lock(target_->mutex);
     target_->post = nullptr;
@@ -37,8 +36,8 @@ class Relay {
   Relay(const Relay&) = delete;
   Relay& operator=(const Relay&) = delete;
 
-  /// A function for any thread that lets `work` run with its arguments, never from inside the call. It does
-  /// not block, and may outlive the relay.
+  /// Returns a function that any thread may call; it posts `work` with the arguments and never runs it inside
+  /// the call. It does not block, and may outlive the relay.
   template <class... Args, class Work> std::function<void(Args...)> bind(Work work) const {
     return [target = target_, work = std::make_shared<Work>(std::move(work))](Args... args) {
       const std::scoped_lock lock(target->mutex);
@@ -56,7 +55,7 @@ class Relay {
       return post != nullptr;
     }
 
-    std::mutex mutex; ///< guards the next
+    std::mutex mutex; ///< guards `post`
     Post post;        ///< null after the relay's end
   };
 

@@ -7,7 +7,7 @@
 
 namespace sonvel {
 
-/// An application that the user would recognise as one.
+/// A running application that the user would recognise.
 struct RunningApplication {
   std::int32_t processID = 0;
   std::optional<std::string> bundleIdentifier;
@@ -16,16 +16,16 @@ struct RunningApplication {
   bool operator==(const RunningApplication&) const = default;
 };
 
-/// The applications of the desktop session that run now. Any thread; may read files.
+/// The running applications of the desktop session. Any thread; may read files.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;
 
-  /// None for a process that is no application, or has ended.
+  /// None if the process has ended or is no application.
   virtual std::optional<RunningApplication>
   runningApplicationWithProcessIdentifier(std::int32_t pid) const = 0;
 
-  /// In no order of meaning; empty if none runs.
+  /// In no particular order; empty if none runs.
   virtual std::vector<RunningApplication>
   runningApplicationsWithBundleIdentifier(const std::string& bundleIdentifier) const = 0;
 };

@@ -14,17 +14,17 @@ enum class UpdateStage {
   checking,
   upToDate,
   needsNewerSystem,
-  available, ///< waits for the user to take it
+  available, ///< waiting for the user's decision
   downloading,
   verifying,
-  ready, ///< verified; waits for the user to have it installed
+  ready, ///< verified; waiting for the user to install it
   installing,
-  restarting, ///< installed; the program is asked to end and starts again as the new one
-  handedOver, ///< the package installer has it
+  restarting, ///< installed; the program is asked to quit and then starts as the new version
+  handedOver, ///< passed to the package installer
   failed,
 };
 
-/// What can keep an update from being found, fetched or installed, and what can undo it.
+/// Why an update was not found, downloaded or installed, or was undone.
 enum class UpdateFailure {
   noNetwork,
   insecureConnection,
@@ -34,13 +34,13 @@ enum class UpdateFailure {
   insecureRedirect,
   tooManyRedirects,
   feedTooLarge,
-  feedNotSigned, ///< by none of this build's keys
+  feedNotSigned, ///< signed with none of this build's keys
   feedUnreadable,
   feedOfOtherProgram,
   feedExpired,
-  feedOlderThanSeen, ///< the feed itself, or all that it offers
+  feedOlderThanSeen, ///< the feed itself, or everything in it
   insecureDownload,
-  incompleteOffer, ///< an item without a usable version, length, hash or architecture
+  incompleteOffer, ///< an item lacks a usable version, length, hash or architecture
   downloadTooLarge,
   wrongLength,
   wrongContent,
@@ -48,28 +48,28 @@ enum class UpdateFailure {
   wrongKindOfFile,
   cannotReplace,
   noPackageInstaller,
-  newVersionNotStarted, ///< undone, as the next two: the previous version is back
+  newVersionNotStarted, ///< undone, like the next two: the previous version is back
   newVersionNotReady,
   newVersionDied,
 };
 
-/// All that there is to show of an update.
+/// Everything that is shown of an update.
 struct UpdateState {
   UpdateStage stage = UpdateStage::idle;
-  bool isVisible = false; ///< the user asked for it, or there is something they may take
-  bool isUnasked = false; ///< it came up by itself: no key may act on it before the user turns to it
-  bool isPackage = false; ///< it goes to a package installer
+  bool isVisible = false; ///< the user asked for it, or an update is available
+  bool isUnasked = false; ///< the user did not ask: it takes no key until the user activates it
+  bool isPackage = false; ///< a package installer will install it
   std::string installedVersion;
-  std::string offeredVersion; ///< for people: one line of at most 64 characters; from stage available on
+  std::string offeredVersion; ///< one display line of at most 64 characters; set from stage available on
   std::string notes;          ///< plain text without control or direction characters; may be empty
   std::int64_t receivedBytes = 0;
   std::int64_t totalBytes = 0;
-  std::optional<UpdateFailure> failure; ///< of stage failed
+  std::optional<UpdateFailure> failure; ///< in stage failed
 
   friend bool operator==(const UpdateState&, const UpdateState&) = default;
 };
 
-/// Is told about an update. Main thread.
+/// Receives news of an update. Main thread.
 class UpdateObserver {
  public:
   virtual ~UpdateObserver() = default;
@@ -77,37 +77,37 @@ class UpdateObserver {
   /// The session's state has changed.
   virtual void updateStateChanged() = 0;
 
-  /// The user asked again for what they see already.
+  /// The user asked again for what is already shown.
   virtual void updateAttentionWanted() = 0;
 };
 
-/// The updates of this program, from the check to the installation, as the user controls them. Main thread.
+/// The course of an update from check to installation, controlled by the user. Main thread.
 class UpdateSession {
  public:
   virtual ~UpdateSession() = default;
 
-  /// As it is now.
+  /// The current state.
   virtual const UpdateState& state() const noexcept = 0;
 
-  /// The user takes what is offered: downloads what is available, installs what is ready, checks again after
-  /// a failure. Nothing in the other stages. Does not wait.
+  /// The user accepts: downloads what is available, installs what is ready, checks again after a failure. No
+  /// effect in other stages. Does not wait.
   virtual void proceed() = 0;
 
-  /// The user declines, or has read the result: stops the work, drops the download, and is idle again. An
+  /// The user declines or closes the result: stops the work, drops the download and returns to idle. An
   /// installation that can no longer be stopped goes on and stays visible. Does not wait.
   virtual void cancel() = 0;
 
-  /// Tells `observer` about every change from now on. It must live until another one, or null, is set.
+  /// Calls `observer` for every change from now on. It must live until another one, or null, is set.
   virtual void setObserver(UpdateObserver* observer) noexcept = 0;
 };
 
-/// Where the user sees a session.
+/// Shows a session to the user.
 class UpdateSurface {
  public:
   virtual ~UpdateSurface() = default;
 };
 
-/// Makes a surface for a session, which lives longer.
+/// Creates a surface; the session outlives it.
 using MakeUpdateSurface = std::function<std::unique_ptr<UpdateSurface>(UpdateSession&)>;
 
 } // namespace sonvel

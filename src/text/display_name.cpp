@@ -10,17 +10,17 @@ namespace sonvel {
 namespace {
 
 constexpr int kMaximumCharacters = 256;
-constexpr int kMaximumMarks = 4;                   ///< more than any script puts on one character
-constexpr std::size_t kMaximumBytes = 16UL * 1024; ///< of what is looked at
+constexpr int kMaximumMarks = 4;                   ///< more than any script needs on one character
+constexpr std::size_t kMaximumBytes = 16UL * 1024; ///< of the input that is read
 
 enum class Kind { visible, mark, joiner, space, invisible };
 
 Kind kindOf(gunichar character) noexcept {
   switch (character) {
-  case 0x200C: // joiners decide how letters and pictures beside them look
+  case 0x200C: // joiners change the glyphs beside them
   case 0x200D:
     return Kind::joiner;
-  case 0x115F: // letters without a shape
+  case 0x115F: // letters without a glyph
   case 0x1160:
   case 0x2800:
   case 0x3164:
@@ -54,7 +54,7 @@ class Cleaning {
     const Kind kind = kindOf(character);
     if (kind == Kind::space) {
       isSpaceDue_ = count_ > 0;
-      marks_ = kMaximumMarks; // a mark would otherwise sit on the space
+      marks_ = kMaximumMarks; // otherwise a mark would combine with the space
       return;
     }
     if (kind == Kind::invisible || (kind != Kind::visible && (count_ == 0 || marks_ >= kMaximumMarks)))
@@ -75,14 +75,14 @@ class Cleaning {
  private:
   void append(gunichar character) {
     if (isFull()) return;
-    if (++count_ == kMaximumCharacters && character == ' ') return; // nothing would come after it
+    if (++count_ == kMaximumCharacters && character == ' ') return; // no room for another character after it
     std::array<char, 6> bytes{};
     text_.append(bytes.data(), static_cast<std::size_t>(g_unichar_to_utf8(character, bytes.data())));
   }
 
   std::string text_;
   int count_ = 0; ///< of characters
-  int marks_ = 0; ///< since the last visible character
+  int marks_ = 0; ///< combining marks since the last visible character
   bool isSpaceDue_ = false;
 };
 
