@@ -39,13 +39,18 @@ template <class T> class Actor final {
   }
 
   /// Runs `function` with the object and an answer, a callable that takes an R, on the actor's thread. The
-  /// reply comes when the answer is called, on any thread, once; other calls may run until then.
+  /// reply comes when the answer is called, on any thread, once; other calls may run until then. It is an
+  /// exception if `function` throws, which must not have called the answer then.
   template <class R, class F> Reply<R> callForAnswer(F&& function) {
     auto state = std::make_shared<detail::ReplyState<R>>();
     auto callable = std::make_shared<std::decay_t<F>>(std::forward<F>(function));
     thread_->post([object = object_.get(), state, callable] {
-      std::invoke(*callable, *object,
-                  [state](R value) { state->completeWith([&] { return std::move(value); }); });
+      try {
+        std::invoke(*callable, *object,
+                    [state](R value) { state->completeWith([&] { return std::move(value); }); });
+      } catch (...) {
+        state->completeWith([]() -> R { throw; });
+      }
     });
     return Reply<R>(std::move(state));
   }

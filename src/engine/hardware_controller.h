@@ -99,6 +99,9 @@ class HardwareController final {
   /// Calls `observer` at once, and after each change, with the devices that a session can play on.
   void onOutputDevicesChanged(std::function<void(std::vector<AudioOutputDevice>)> observer);
 
+  /// Calls `observer` at once, and after each change, with the text of restorationFailure.
+  void onRestorationFailureChanged(std::function<void(std::optional<std::string>)> observer);
+
   // Queries.
 
   /// The device that was asked for. None if it follows the default device, or there is no session.
@@ -203,6 +206,7 @@ class HardwareController final {
   static SessionReport reportOf(const TapSession& session);
   void reportChanges();
   void reportDevices(const std::vector<AudioOutputDevice>& devices);
+  void reportRestorationFailure();
 
   /// A probe that is listening.
   struct ListeningProbe {
@@ -254,6 +258,8 @@ class HardwareController final {
   std::map<std::string, SessionReport> startFailures_; ///< by stable key, not reported yet
   std::function<void(std::vector<AudioOutputDevice>)> devicesObserver_;
   std::optional<std::vector<AudioOutputDevice>> reportedDevices_;
+  std::function<void(std::optional<std::string>)> restorationObserver_;
+  std::optional<std::string> reportedRestorationFailure_;
 
   const Relay relay_; // last
 };

@@ -22,6 +22,14 @@ void HardwareController::onOutputDevicesChanged(
   reportDevices(outputDevices());
 }
 
+void HardwareController::onRestorationFailureChanged(
+    std::function<void(std::optional<std::string>)> observer) {
+  assertOnExecutor();
+  restorationObserver_ = std::move(observer);
+  reportedRestorationFailure_ = restorationFailure_;
+  if (restorationObserver_) restorationObserver_(restorationFailure_);
+}
+
 SessionReport HardwareController::reportOf(const TapSession& session) {
   return {.key = stableKey(session.app),
           .app = session.app,
@@ -40,6 +48,7 @@ SessionReport HardwareController::reportOf(const TapSession& session) {
 /// begin again.
 void HardwareController::reportChanges() {
   if (configurationDepth_ > 0) return;
+  reportRestorationFailure();
   auto failures = std::exchange(startFailures_, {});
   if (!sessionObserver_) return;
   auto former = std::exchange(reported_, {});
@@ -63,6 +72,12 @@ void HardwareController::reportChanges() {
     report.isPartial = false;
     sessionObserver_(std::move(report));
   }
+}
+
+void HardwareController::reportRestorationFailure() {
+  if (!restorationObserver_ || reportedRestorationFailure_ == restorationFailure_) return;
+  reportedRestorationFailure_ = restorationFailure_;
+  restorationObserver_(restorationFailure_);
 }
 
 void HardwareController::reportDevices(const std::vector<AudioOutputDevice>& devices) {

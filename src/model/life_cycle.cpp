@@ -42,7 +42,11 @@ MixerViewModel::MixerViewModel(MixerDependencies dependencies)
     , reports_(
           dependencies_,
           [this](const SessionReport& report, SessionReports::Age age) { followSession(report, age); },
-          [this](std::vector<AudioOutputDevice> devices) { setOutputDevices(std::move(devices)); }) {
+          [this](std::vector<AudioOutputDevice> devices) { setOutputDevices(std::move(devices)); },
+          [this](const std::optional<std::string>& failure) {
+            restorationFailure_ = QString::fromStdString(failure.value_or(""));
+            Q_EMIT restorationFailureChanged();
+          }) {
   connect(&permission_, &PermissionFlow::statusChanged, this, &MixerViewModel::permissionChanged);
   connect(&permission_, &PermissionFlow::isGrantedChanged, this, &MixerViewModel::permissionGrantedChanged);
   connect(&permission_, &PermissionFlow::isRequestingChanged, this,

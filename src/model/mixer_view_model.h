@@ -28,6 +28,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   Q_PROPERTY(bool isRequestingPermission READ isRequestingPermission NOTIFY isRequestingPermissionChanged)
   Q_PROPERTY(bool isFirstRun READ isFirstRun NOTIFY isFirstRunChanged)
   Q_PROPERTY(sonvel::MixerStatus status READ status NOTIFY statusChanged)
+  Q_PROPERTY(QString restorationFailure READ restorationFailure NOTIFY restorationFailureChanged)
   Q_PROPERTY(bool updatesAvailable READ updatesAvailable CONSTANT)
 
  public:
@@ -65,6 +66,9 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   /// What the status line is about.
   const MixerStatus& status() const noexcept { return status_; }
+
+  /// What to tell the user while an application could not be given back and is tried again; else empty.
+  const QString& restorationFailure() const noexcept { return restorationFailure_; }
 
   bool updatesAvailable() const noexcept { return updatesAvailable_; }
 
@@ -144,6 +148,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   void isRequestingPermissionChanged();
   void isFirstRunChanged();
   void statusChanged();
+  void restorationFailureChanged();
 
  private:
   friend class MixerInspector; // lets tests read what no view does
@@ -235,6 +240,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   std::vector<AudioOutputDevice> outputDevices_;
   std::map<std::string, std::string> deviceNames_; ///< by UID, of all that have been there
   MixerStatus status_;
+  QString restorationFailure_;
   std::map<std::string, RememberedSettings> rememberedSettings_; ///< by stable key
   std::unordered_set<AudioObjectID> audibleIDs_;                 ///< at the last reconciliation
   PermissionFlow permission_;

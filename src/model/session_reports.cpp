@@ -25,10 +25,11 @@ SessionReports::Hold::~Hold() {
 }
 
 SessionReports::SessionReports(const MixerDependencies& dependencies, Follow follow,
-                               FollowDevices followDevices)
+                               FollowDevices followDevices, FollowRestoration followRestoration)
     : dependencies_(dependencies)
     , follow_(std::move(follow))
     , followDevices_(std::move(followDevices))
+    , followRestoration_(std::move(followRestoration))
     , relay_(dependencies.mainThread) {}
 
 void SessionReports::start() {
@@ -36,11 +37,14 @@ void SessionReports::start() {
   auto onSession = relay_.bind<SessionReport>([this](SessionReport report) { take(std::move(report)); });
   auto onDevices = relay_.bind<std::vector<AudioOutputDevice>>(
       [this](std::vector<AudioOutputDevice> devices) { followDevices_(std::move(devices)); });
-  dependencies_.tell(
-      [onSession = std::move(onSession), onDevices = std::move(onDevices)](HardwareController& controller) {
-        controller.onSessionChanged(onSession);
-        controller.onOutputDevicesChanged(onDevices);
-      });
+  auto onRestoration = relay_.bind<std::optional<std::string>>(
+      [this](std::optional<std::string> failure) { followRestoration_(std::move(failure)); });
+  dependencies_.tell([onSession = std::move(onSession), onDevices = std::move(onDevices),
+                      onRestoration = std::move(onRestoration)](HardwareController& controller) {
+    controller.onSessionChanged(onSession);
+    controller.onOutputDevicesChanged(onDevices);
+    controller.onRestorationFailureChanged(onRestoration);
+  });
 }
 
 const SessionReport* SessionReports::session(const std::string& key) const {

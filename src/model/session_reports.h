@@ -23,6 +23,7 @@ class SessionReports {
   /// Called with each report as soon as no call holds it back.
   using Follow = std::function<void(const SessionReport& report, Age age)>;
   using FollowDevices = std::function<void(std::vector<AudioOutputDevice>)>;
+  using FollowRestoration = std::function<void(std::optional<std::string>)>;
 
   /// While it exists, reports of its application wait. It ends before the SessionReports does.
   class Hold {
@@ -40,7 +41,8 @@ class SessionReports {
   };
 
   /// `dependencies` outlives this object.
-  SessionReports(const MixerDependencies& dependencies, Follow follow, FollowDevices followDevices);
+  SessionReports(const MixerDependencies& dependencies, Follow follow, FollowDevices followDevices,
+                 FollowRestoration followRestoration);
 
   /// Asks the controller for reports, once; later calls do nothing.
   void start();
@@ -68,6 +70,7 @@ class SessionReports {
   const MixerDependencies& dependencies_;
   const Follow follow_;
   const FollowDevices followDevices_;
+  const FollowRestoration followRestoration_;
   bool isStarted_ = false;
   std::map<std::string, Entry> entries_; ///< by stable key
   const Relay relay_;

@@ -17,6 +17,7 @@
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace sonvel::pipewire {
 
@@ -66,17 +67,23 @@ void waitForEnd(pid_t process, std::chrono::milliseconds patience) {
 
 } // namespace
 
-Guardian::Guardian(const std::string& tapNamePrefix) {
-  std::array<int, 2> ends{-1, -1};
-  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
-  process_ = spawn(programPath(), tapNamePrefix, ends[1]);
-  close(ends[1]);
-  lifeline_ = ends[0];
-}
+Guardian::Guardian(std::string tapNamePrefix)
+    : tapNamePrefix_(std::move(tapNamePrefix)) {}
 
 Guardian::~Guardian() {
   begin();
   if (process_ > 0) waitForEnd(process_, kPatience);
+}
+
+void Guardian::watch() {
+  if (lifeline_ >= 0) return;
+  if (process_ > 0) working_.push_back(std::exchange(process_, -1));
+  std::erase_if(working_, [](pid_t process) { return waitpid(process, nullptr, WNOHANG) != 0; });
+  std::array<int, 2> ends{-1, -1};
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
+  process_ = spawn(programPath(), tapNamePrefix_, ends[1]);
+  close(ends[1]);
+  lifeline_ = ends[0];
 }
 
 void Guardian::dismiss() noexcept {

@@ -1,11 +1,50 @@
-// sonvel-guardian PREFIX: waits on its standard input for a byte, which says that all was given back, or for
-// its end, which says that its parent was killed; then it gives back what is left of the taps whose names
-// begin so.
+// sonvel-guardian PREFIX: watches over its parent, and gives back what is left of the taps whose names begin
+// so when that can't do it: it was killed, which ends the standard input, or it stays stopped. A byte there
+// says that all was given back.
 #include "pipewire/guardian.h"
 
+#include <array>
 #include <exception>
+#include <fcntl.h>
 #include <iostream>
+#include <poll.h>
+#include <string>
+#include <string_view>
 #include <unistd.h>
+
+namespace {
+
+constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::milliseconds kLookInterval{1000};
+
+/// A parent that is stopped at so many looks in a row does not give back by itself.
+constexpr int kLooksToGiveBack = 2;
+
+/// Whether a signal or a debugger has stopped the process.
+bool isStopped(pid_t process) {
+  const int file = open(("/proc/" + std::to_string(process) + "/stat").c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) return false;
+  std::array<char, 512> text{};
+  const ssize_t length = read(file, text.data(), text.size());
+  close(file);
+  const std::string_view status(text.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+  const auto name = status.rfind(") "); // the name may hold brackets
+  if (name == std::string_view::npos || name + 2 >= status.size()) return false;
+  return status[name + 2] == 'T' || status[name + 2] == 't';
+}
+
+/// Returns when there is something to read on the standard input, or it has ended. A parent that goes on
+/// takes its streams again by itself.
+void watchOverParent(const std::string& tapNamePrefix) {
+  pollfd input{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+  int looks = 0;
+  while (poll(&input, 1, static_cast<int>(kLookInterval.count())) <= 0) {
+    looks = isStopped(getppid()) ? looks + 1 : 0;
+    if (looks == kLooksToGiveBack) sonvel::pipewire::sweepLeftovers(tapNamePrefix, kPatience);
+  }
+}
+
+} // namespace
 
 int main(int argumentCount, char** arguments) {
   if (argumentCount != 2) {
@@ -13,9 +52,9 @@ int main(int argumentCount, char** arguments) {
     return 2;
   }
   try {
+    watchOverParent(arguments[1]);
     char byte = 0;
     if (read(STDIN_FILENO, &byte, 1) == 1) return 0;
-    constexpr std::chrono::seconds kPatience{5};
     return sonvel::pipewire::sweepLeftovers(arguments[1], kPatience) ? 0 : 1;
   } catch (const std::exception& error) {
     std::cerr << "sonvel-guardian: " << error.what() << '\n';

@@ -36,7 +36,8 @@ PipeWireHardware::State::State(const ApplicationIdentity& appIdentity)
     , processes(ids)
     , devices(ids)
     , runName(std::to_string(getpid()) + "-" +
-              std::to_string(LoopThread::SteadyClock::now().time_since_epoch().count()) + "-") {
+              std::to_string(LoopThread::SteadyClock::now().time_since_epoch().count()) + "-")
+    , guardian(kTapNamePrefix + runName) {
   loop.start();
   const LoopThread::Lock lock(loop);
   server = std::make_unique<ServerConnection>(
@@ -48,10 +49,7 @@ PipeWireHardware::State::State(const ApplicationIdentity& appIdentity)
                                      [this] {
                                        if (!reconciler.desired().taps.empty()) ensureGuardian();
                                      },
-                                 .withdrawn =
-                                     [this] {
-                                       if (guardian) guardian->begin();
-                                     }});
+                                 .withdrawn = [this] { guardian.begin(); }});
   edits = std::make_unique<ServerEdits>(*server, [this] { reconciler.schedule(); });
   reconciler.setEdits(edits.get());
   lock.waitUntil(deadlineFromNow(), [this] { return server->isReady() || server->core() == nullptr; });
@@ -94,7 +92,7 @@ void PipeWireHardware::State::callListeners() {
 
 void PipeWireHardware::State::ensureGuardian() {
   server->checkRights();
-  if (!guardian || guardian->hasBegun()) guardian = std::make_unique<Guardian>(kTapNamePrefix + runName);
+  guardian.watch();
 }
 
 void PipeWireHardware::State::giveAllBack() {
@@ -107,7 +105,7 @@ void PipeWireHardware::State::giveAllBack() {
   reconciler.schedule();
   const OSStatus released = waitFor(lock, deadline, [this] { return reconciler.ownsNothing(); });
   const bool isConfirmed = syncWithServer(lock, deadline) == kNoError;
-  if (guardian && released == kNoError && isConfirmed) guardian->dismiss();
+  if (released == kNoError && isConfirmed) guardian.dismiss();
   reconciler.setEdits(nullptr);
   edits.reset();
   server.reset();

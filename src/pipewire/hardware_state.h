@@ -91,7 +91,7 @@ class PipeWireHardware::State {
   IOProcID lastIOProc = 0;
   const std::string runName; ///< in the name of every node of ours; no other run has the same
   std::uint32_t lastName = 0;
-  std::unique_ptr<Guardian> guardian; ///< from the first tap on
+  Guardian guardian; ///< watches from the first tap on
 
  private:
   void look();

@@ -127,7 +127,8 @@ Rectangle {
             width: parent.width - 24
             model: root.model
             updatesComeWithPackages: root.updatesComeWithPackages
-            statusLine: PanelText.statusLine(root.serverNotice, root.model.status, apps.count)
+            statusLine: PanelText.statusLine(root.serverNotice, root.model.status,
+                                             root.model.restorationFailure, apps.count)
             onQuitRequested: root.quitRequested()
         }
     }

@@ -64,6 +64,8 @@ TEST_F(ActorTest, ACoroutineGoesOnWhereItIsToldToWithWhatTheCallGave) {
       gate.release();
       EXPECT_EQ(landed.get_future().get(), Landing(isFailing ? -1 : 7, true)) << isReadyBefore;
     }
+  auto reply = actor_->callForAnswer<int>([](Journal&, const auto&) { throw std::runtime_error("no"); });
+  EXPECT_THROW(reply.get(), std::runtime_error);
 }
 
 TEST_F(ActorTest, DestroyingItRunsWhatIsPendingAndRepliesOutliveIt) {

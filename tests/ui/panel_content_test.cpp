@@ -183,10 +183,24 @@ text Access is currently denied. Allow “Sonvel” in the rules of the sound se
   ASSERT_TRUE(settle());
 }
 
+TEST_F(PanelContentTest, SaysWhileARemovedApplicationCouldNotBeGivenBack) {
+  const auto process = play("Alpha", "org.Alpha");
+  open();
+  audio_.fail({.call = simulated::Call::destroyProcessTap, .status = -50});
+  click(button("Remove Alpha from the mixer"));
+  ASSERT_TRUE(settle());
+  const auto retrying =
+      QString("Audio restoration for %1 is retrying: AudioHardwareDestroyProcessTap (OSStatus -50)");
+  EXPECT_TRUE(names(QAccessible::StaticText).contains(retrying.arg(process)));
+  pass(std::chrono::seconds(2));
+  EXPECT_FALSE(names(QAccessible::StaticText).contains(retrying.arg(process)));
+}
+
 TEST(PanelTextTest, SaysWhatTheOtherTestsDoNotShow) {
   EXPECT_EQ(PanelText::number(1200), "1200") << "digits are grouped";
-  EXPECT_EQ(PanelText::statusLine("", {.event = MixerStatus::Event::restorationFails, .failures = "A; B"}, 0),
-            "Audio access was revoked. Audio restoration is retrying: A; B");
+  EXPECT_EQ(
+      PanelText::statusLine("", {.event = MixerStatus::Event::restorationFails, .failures = "A; B"}, "C", 0),
+      "Audio access was revoked. Audio restoration is retrying: A; B");
   EXPECT_EQ(PanelText::errorText("It failed (OSStatus 560227702)", status::kBadDevice),
             "The device is not there. It failed (OSStatus 560227702)");
   const AudioApp app{.pid = 7, .bundleID = "org.a/b c", .name = "A", .parentBundleID = "org.parent"};

@@ -117,8 +117,11 @@ QString PanelText::statusText(const MixerStatus& status) {
   return {};
 }
 
-QString PanelText::statusLine(const QString& serverNotice, const MixerStatus& status, int rowCount) {
+QString PanelText::statusLine(const QString& serverNotice, const MixerStatus& status,
+                              const QString& restorationFailure, int rowCount) {
   if (!serverNotice.isEmpty()) return serverNotice;
+  if (!restorationFailure.isEmpty() && status.event != MixerStatus::Event::restorationFails)
+    return restorationFailure;
   const bool isSaidByTheList = rowCount == 0 && status.event == MixerStatus::Event::noAppsYet;
   return isSaidByTheList ? QString() : statusText(status);
 }

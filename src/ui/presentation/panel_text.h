@@ -53,9 +53,10 @@ class PanelText final : public QObject {
   static QString statusText(const MixerStatus& status);
 
   /// The status line; empty if there is none. A notice about sound as a whole takes the place of the model's
-  /// status. An empty list says by itself that no application has played.
+  /// status, and what could not be given back that of its counts. An empty list says by itself that no
+  /// application has played.
   Q_INVOKABLE static QString statusLine(const QString& serverNotice, const sonvel::MixerStatus& status,
-                                        int rowCount);
+                                        const QString& restorationFailure, int rowCount);
 
   /// A failure in words, followed by its text with the number. `status` is what the audio system returned.
   Q_INVOKABLE static QString errorText(const QString& text, int status);
