@@ -1,7 +1,7 @@
 // Plays what the lines of its input ask for. Each is answered with "ok" and a number, or "error" and a
 // reason:
 //   open STREAM {OPTIONS}    the node's ID, once the server has the stream
-//   pause STREAM, play STREAM, amplitude STREAM A
+//   pause STREAM, play STREAM, amplitude STREAM A, rename APPLICATION
 // OPTIONS are signal (tone, impulses, counter or silence), frequency in Hz, amplitude, and properties of the
 // stream. Ends with its input. The argument has properties of the client.
 #include <pipewire/pipewire.h>
@@ -150,6 +150,13 @@ struct Player {
   pw_core* core = nullptr;
   std::map<std::string, std::unique_ptr<Stream>> streams;
 
+  /// The program itself, not a stream.
+  void rename(const std::string& name) const {
+    const spa_dict_item item{PW_KEY_APP_NAME, name.c_str()};
+    const spa_dict properties = SPA_DICT_INIT(&item, 1);
+    pw_client_update_properties(pw_core_get_client(core), &properties);
+  }
+
   std::uint32_t perform(const std::string& line) {
     std::istringstream words(line);
     std::string verb;
@@ -167,6 +174,8 @@ struct Player {
       streams.at(name)->setAmplitude(amplitude);
     else if (verb == "pause" || verb == "play")
       streams.at(name)->setActive(verb == "play");
+    else if (verb == "rename")
+      rename(name);
     else
       throw std::invalid_argument("no such request");
     return 0;

@@ -1,0 +1,317 @@
+"""Carries out faults while three players are under control of the real program, and prints how long it takes until all
+are heard right again: at the volume of their rows, or unaltered where Sonvel can't control them.
+
+  faults.py [FAULT...]   all unless told; exits non-zero when something is not heard right in the end"""
+import json
+import os
+import signal
+import subprocess
+import sys
+import time
+from contextlib import contextmanager
+
+import numpy
+
+from support.bus import BIN
+from support.desktop import Application, Desktop, example_players
+from support.hearing import RATE, decibels
+from support.lines import LineProcess
+from support.session import sink_properties
+from support.waiting import wait_until
+
+GAIN = 0.5
+TOLERANCE = 0.2  # dB
+WINDOW, HOP = 4096, 512  # frames
+STEADY, LONGEST = 0.5, 60  # seconds: how long all must be right, and until then at most
+FOREIGN_NODES = 500
+BROKEN_NAME = (b"\xff\xfe\xc3\x28\xed\xa0\x80\x1b[31m" * 400)[:4096].decode("utf-8", "surrogateescape")
+MEGABYTE = "ab\u00e9 " * (1 << 18)
+FAKE_TIME = "/usr/lib/x86_64-linux-gnu/faketime/libfaketimeMT.so.1"
+OTHER_POLICY = {
+    "main.lua.d/60-next.lua":  # WirePlumber 0.4
+        'stream_defaults.properties["restore-target"] = false\nstream_defaults.properties["restore-props"] = false\n',
+    "policy.lua.d/60-next.lua": 'default_policy.policy["follow"] = false\n',
+    "wireplumber.conf.d/60-next.conf":  # WirePlumber 0.5
+        "wireplumber.settings = { node.stream.restore-target = false, node.stream.restore-props = false,\n"
+        "  linking.follow-default-target = false }\n"}
+SMALL_HOMES = {"On a full disk": "head -c 1M /dev/zero > {0}/full; true", "With a read-only home": "mount -o remount,ro {0}"}
+_TAPER = numpy.blackman(WINDOW)
+FAULTS = {}
+
+
+def fault(function):
+    """Keeps a fault, a generator of rows, under its name."""
+    FAULTS[function.__name__.replace("_", "-")] = function
+    return function
+
+
+def amplitude(frequency, samples, rate):
+    tone = numpy.exp(-2j * numpy.pi * frequency / rate * numpy.arange(WINDOW))
+    return 2 * abs(numpy.dot(samples * _TAPER, tone)) / _TAPER.sum()
+
+
+class Stand:
+    """A desktop with players that are heard at half their level by the real program, its panel closed."""
+
+    def __init__(self, desktop, program=(BIN / "sonvel",), environment=None):
+        self.desktop, self.session = desktop, desktop.session
+        self.players, self.rate = example_players(), RATE
+        self.environment = desktop.environment | (environment or {})
+        for player in self.players:
+            desktop.play(player)
+        self.start(*program)
+        self.halve(*self.players)
+
+    def start(self, *program):
+        self.sonvel = self.session.start(*program, "--background", environment=self.environment)
+        wait_until(lambda: self.command("list") is not None, what="the program")
+
+    def command(self, *words):
+        """What a command prints; None when it fails."""
+        done = subprocess.run([BIN / "sonvel", *words], env=self.environment, capture_output=True, text=True,
+                              errors="replace", timeout=60)
+        return done.stdout if done.returncode == 0 else None
+
+    def halve(self, *players):
+        for player in players:
+            wait_until(lambda: self.command("volume", player.name, f"{GAIN:.0%}") is not None, LONGEST, player.name)
+            player.gain = GAIN
+        self.wait_until_right()
+
+    def is_right(self, player, samples):
+        return len(samples) == WINDOW and abs(decibels(
+            amplitude(player.frequency, samples, self.rate) / player.level)) < TOLERANCE
+
+    def wrong(self):
+        """The names of the players that are not heard right now."""
+        heard = {}
+        for name in {player.sink for player in self.players}:
+            sink = self.session.sink(name)
+            heard[name] = sink.since(max(0, sink.mark() - WINDOW)).left[:WINDOW]
+        return [player.name for player in self.players if not self.is_right(player, heard[player.sink])]
+
+    def wait_until_right(self):
+        """Until all are heard right and stay so."""
+        start, since = time.monotonic(), None
+        while since is None or time.monotonic() < since + STEADY:
+            wrong = self.wrong()
+            since = None if wrong else since or time.monotonic()
+            assert time.monotonic() < start + LONGEST, f"not heard right: {', '.join(wrong)}"
+            time.sleep(0.01)
+
+    def seconds_wrong(self, players, marks):
+        """The longest time for which one of the players was not heard right since then."""
+        longest = 0
+        for player in players:
+            heard = self.session.sink(player.sink).since(marks[player.sink]).left
+            bad = sum(not self.is_right(player, heard[end - WINDOW:end]) for end in range(WINDOW, len(heard), HOP))
+            longest = max(longest, bad * HOP - WINDOW)  # one bad frame makes all windows bad that it is in
+        return longest / RATE
+
+    def row(self, what, do, gain=GAIN):
+        """Does it, and waits until all are heard right, at this gain. The time counts from the end of do(), or from
+        what it returns."""
+        players = list(self.players)
+        for player in players:
+            player.gain = gain
+        marks = {name: sink.mark() for name, sink in self.session.sinks.items()}
+        listeners = list(self.session.sinks.values())
+        start = do() or time.monotonic()
+        self.wait_until_right()
+        seconds = max(0, time.monotonic() - STEADY - start)
+        is_same = listeners == list(self.session.sinks.values())
+        return what, f"{gain:.0%}", seconds, self.seconds_wrong(players, marks) if is_same else None
+
+    def replay(self, *names):
+        """As users do it whose players have ended, or hang."""
+        for player in self.players:
+            if player.name in names or not names:
+                player.process.kill()
+                player.process.wait()
+                self.desktop.play(player)
+
+    def add_players(self, first, count, **properties):
+        """Starts so many players at once, and waits until each has its row and is heard at half its level. When they
+        began."""
+        start = time.monotonic()
+        added = [Application(f"player-{number}", "tone-player", 3000 + 100 * number, 0.01, "") for number in
+                 range(first, first + count)]
+        for player in added:
+            self.tone_player = self.session.player(player.frequency, player.amplitude, player.name, **properties)
+        self.players += added
+        self.halve(*added)
+        return start
+
+    def add_foreign_nodes(self, text=""):
+        """Nodes that are nobody's sound."""
+        properties = {**sink_properties("", 0), "media.class": "Audio/Sink/Internal"}
+        nodes = [json.dumps(properties | {"node.name": f"foreign-{number}", "node.description": f"{number} {text}"})
+                 for number in range(FOREIGN_NODES)]
+        for start in range(0, FOREIGN_NODES, 50):
+            subprocess.run(["pw-cli"], env=self.session.environment, stdout=subprocess.DEVNULL, timeout=LONGEST, text=True,
+                           input="".join(f"create-node adapter {node}\n" for node in nodes[start:start + 50]))
+        wait_until(lambda: sum("foreign-" in node.get("node.name", "") for node in self.session.graph.objects("Node"))
+                   == FOREIGN_NODES, LONGEST, "foreign nodes")
+
+    def seconds_to_list(self):
+        start = time.monotonic()
+        assert self.command("list") is not None
+        return time.monotonic() - start
+
+    def expect_nothing_left(self):
+        wait_until(lambda: not self.session.graph.of_ours(), what="the end of all that is ours")
+
+
+@contextmanager
+def stand(**options):
+    with Desktop(is_read=False) as desktop:
+        yield Stand(desktop, **options)
+
+
+@fault
+def killed():
+    with stand() as one:
+        yield one.row("Sonvel killed", one.sonvel.kill, 1)
+        one.expect_nothing_left()
+
+
+@fault
+def stopped():
+    with stand() as one:
+        start = time.monotonic()
+        yield one.row("Sonvel stopped (SIGSTOP)", lambda: one.sonvel.send_signal(signal.SIGSTOP), 1)
+        time.sleep(max(0, start + 10 - time.monotonic()))
+        yield one.row("  goes on after ten seconds", lambda: one.sonvel.send_signal(signal.SIGCONT))
+        yield one.row("  and is killed", one.sonvel.kill, 1)
+        one.expect_nothing_left()
+
+
+@fault
+def server():
+    with stand() as one:
+        one.session.restart("pipewire")
+        yield one.row("PipeWire killed and restarted: from the players' new start", one.replay)
+
+
+@fault
+def session_manager():
+    with stand() as one:
+        yield one.row("Session manager killed and restarted", lambda: one.session.restart("wireplumber"))
+
+
+@fault
+def other_session_manager():
+    with stand() as one:
+        for name, text in OTHER_POLICY.items():
+            one.session._write(f"config/wireplumber/{name}", text)
+        yield one.row("Session manager restarted with another policy", lambda: one.session.restart("wireplumber"))
+
+
+@fault
+def pulse_server():
+    with stand() as one:
+        one.session.restart("pipewire-pulse")
+        yield one.row("pipewire-pulse killed and restarted: from its players' new start",
+                      lambda: one.replay("Jukebox", "Cinema"))
+
+
+@fault
+def many_players():
+    with stand() as one:
+        yield one.row("40 players more at once, each set to a half", lambda: one.add_players(1, 40))
+
+
+@fault
+def flicker():
+    with stand() as one:
+        player = one.session.player(3500, 0.05, "flicker")
+
+        def open_and_close():
+            for _ in range(500):
+                player.open("tone", frequency=3500, amplitude=0.05)
+
+        yield one.row("A fourth player opens and closes a stream 500 times", open_and_close)
+
+
+@fault
+def clock():
+    with stand() as one:
+        for key, value in (("rate", 44100), ("rate", 0), ("quantum", 64), ("quantum", 2048), ("quantum", 0)):
+            one.rate = 44100 if value == 44100 else RATE
+            yield one.row(f"clock.force-{key} set to {value}", lambda: one.session.run(
+                "pw-metadata", "-n", "settings", 0, f"clock.force-{key}", value))
+
+
+@fault
+def renamed():
+    with stand() as one:
+        one.add_players(1, 1)
+        yield one.row("A player renames itself", lambda: one.tone_player.tell("rename", "else") and None)
+
+
+@fault
+def broken_names():
+    with stand() as one:
+        one.session.run("pw-cli", "create-node", "adapter", json.dumps(
+            sink_properties(BROKEN_NAME, 500), ensure_ascii=False))
+        LineProcess(one.session, one.session.copy_program("tone-player", "broken"),
+                    f'{{ application.name = "{BROKEN_NAME}" }}').ask(
+            "open", "tone", f'{{ frequency = 3500 amplitude = 0.05 node.name = "{BROKEN_NAME}" }}')
+        yield one.row("A player and a device with names of 4,096 bytes of invalid UTF-8", lambda: one.command("list"))
+
+
+@fault
+def homes():
+    for what, prepare in SMALL_HOMES.items():
+        folder = "$HOME"
+        script = f"mount -t tmpfs -o size=64k none {folder} && mkdir {folder}/.config && {prepare.format(folder)} && exec $0 $@"
+        with stand(program=("unshare", "-m", "sh", "-c", script, BIN / "sonvel"), environment={
+                name: "" for name in ("XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME")}) as one:
+            yield one.row(what, lambda: one.command("list"))
+            yield one.row("  asked to quit", one.sonvel.terminate, 1)
+            assert one.sonvel.wait(20) == 0
+
+
+@fault
+def time_set_back():
+    with Desktop(is_read=False) as desktop:
+        file = desktop.session.folder / "time"
+        file.write_text("+0")
+        one = Stand(desktop, environment={"LD_PRELOAD": FAKE_TIME, "FAKETIME_TIMESTAMP_FILE": str(file),
+                                          "FAKETIME_NO_CACHE": "1", "FAKETIME_DONT_FAKE_MONOTONIC": "1"})
+        yield one.row("The clock of Sonvel set back an hour", lambda: file.write_text("-1h"))
+        one.players[0].process.kill()
+        yield one.row("  and a player starts anew", lambda: one.replay("Records"))
+
+
+@fault
+def foreign_nodes():
+    with stand() as one:
+        yield one.row(f"{FOREIGN_NODES} foreign nodes", one.add_foreign_nodes)
+        yield one.row(f"  listed in {one.seconds_to_list():.2f} s; Sonvel killed", one.sonvel.kill, 1)
+
+
+@fault
+def everything():
+    with stand() as one:
+        one.add_foreign_nodes(MEGABYTE)
+        yield one.row(f"{FOREIGN_NODES} foreign nodes and 37 players more, a megabyte in each of their names",
+                      lambda: one.add_players(1, 37, media__name=MEGABYTE, node__description=MEGABYTE))
+        yield one.row(f"  listed in {one.seconds_to_list():.2f} s; Sonvel killed", one.sonvel.kill, 1)
+
+
+def main(names):
+    lost = 0
+    print(f"{'fault':72} {'heard at':>8} {'after s':>8} {'wrong s':>8}")
+    for name in names or FAULTS:
+        try:
+            for what, gain, seconds, gap in FAULTS[name]():
+                print(f"{what:72} {gain:>8} {seconds:8.2f} {'' if gap is None else f'{gap:.2f}':>8}", flush=True)
+        except AssertionError as error:
+            lost += 1
+            print(f"{name:72} LOST: {error}", flush=True)
+    return lost
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]) != 0)
