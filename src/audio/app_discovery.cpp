@@ -9,13 +9,13 @@
 namespace sonvel {
 namespace {
 
-/// None if nothing of the name can be shown.
+/// None if no visible character is left.
 std::optional<std::string> shownName(const std::optional<std::string>& name) {
   auto shown = displayName(name.value_or(""));
   return shown.empty() ? std::nullopt : std::optional(std::move(shown));
 }
 
-/// The name of the application that a process belongs to, which for a helper process is another one.
+/// The name of the application that a process belongs to; for a helper process, its parent application.
 std::optional<std::string> localizedNameOf(const RunningApplications& applications,
                                            const std::optional<std::string>& parentBundleID,
                                            const std::optional<RunningApplication>& runningApp) {

@@ -5,12 +5,12 @@
 
 namespace sonvel {
 
-/// The processes that play sound now and that the user would recognise, without this program itself, in the
-/// audio system's order. Helper processes stay on their own. Reads everything anew; any thread but an
-/// IOProc's, blocks as the audio system does. What can't be read is left out.
+/// The processes that play sound now and that the user would recognise, without this program, in the audio
+/// system's order. Helper processes are listed separately. Reads everything anew; any thread except an
+/// IOProc's; blocks as the audio system does. Unreadable entries are left out.
 std::vector<AudioApp> enumerateAudibleApps(const AudioEnvironment& environment);
 
-/// The kernel's short name of a process; none if there is no such process. Any thread; does not wait.
+/// The kernel's short name of a process; none if it does not exist. Any thread; does not block.
 std::optional<std::string> executableName(const ProcessInformation& processes, std::int32_t pid);
 
 } // namespace sonvel

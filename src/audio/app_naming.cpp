@@ -21,8 +21,8 @@ constexpr char asciiLower(char c) noexcept {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-/// Lower case as far as a comparison with ASCII text can tell. Of all characters beyond ASCII only the Kelvin
-/// sign lower-cases into it.
+/// Lower case for comparisons with ASCII text. The Kelvin sign is the only character beyond ASCII that
+/// lower-cases to ASCII.
 std::string lowerCased(std::string_view text) {
   constexpr std::string_view kKelvinSign = "\u212A";
   std::string lower;
@@ -35,7 +35,7 @@ std::string lowerCased(std::string_view text) {
   return lower;
 }
 
-/// Bytes of the whitespace character for which `matches` holds; 0 if there is none.
+/// Byte length of the whitespace character that `matches` accepts; 0 if none.
 template <class Predicate> std::size_t whitespaceLength(Predicate matches) {
   const auto found = std::ranges::find_if(kWhitespace, matches);
   return found == kWhitespace.end() ? 0 : found->size();
@@ -69,7 +69,7 @@ std::optional<std::string> knownName(std::string_view parent) {
   return std::string(best->name);
 }
 
-/// The last piece between dots that is not empty.
+/// The last non-empty part between dots.
 std::optional<std::string> lastPiece(std::string_view identifier) {
   const auto last = identifier.find_last_not_of('.');
   if (last == std::string_view::npos) return std::nullopt;

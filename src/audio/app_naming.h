@@ -5,17 +5,17 @@
 #include <string>
 #include <string_view>
 
-/// How a process is presented: which ones stay hidden, which application a helper process belongs to, and
-/// what it is called. Pure functions on UTF-8 text; any thread. Whitespace is the tab and Unicode's space
+/// How a process is presented: which ones are hidden, which application a helper process belongs to, and the
+/// displayed name. Pure functions on UTF-8 text; any thread. Whitespace is the tab and Unicode's space
 /// separators.
 namespace sonvel::AppNaming {
 
 struct FriendlyName {
-  std::string_view prefix; ///< of a bundle identifier, in lower case and ASCII
+  std::string_view prefix; ///< of a bundle identifier; lower-case ASCII
   std::string_view name;
 };
 
-/// Names that win over what a process calls itself. The longest prefix decides, then the earlier row.
+/// Names that replace the process's own name. The longest matching prefix wins, then the earlier row.
 inline constexpr std::array<FriendlyName, 20> knownFriendly{{
     {"com.google.chrome", "Google Chrome"},
     {"org.chromium.chromium", "Chromium"},
@@ -39,7 +39,7 @@ inline constexpr std::array<FriendlyName, 20> knownFriendly{{
     {"com.apple.voicememos", "Voice Memos"},
 }};
 
-/// Endings that name the role of a helper process, in the order in which they are tried.
+/// Suffixes of helper process names, in the order of trying.
 inline constexpr std::array<std::string_view, 16> roleSuffixes{
     " Graphics and Media", " Web Content",
     " Networking",         " Storage",
@@ -51,27 +51,27 @@ inline constexpr std::array<std::string_view, 16> roleSuffixes{
     " (Plugin)",           " (Media)",
 };
 
-/// Executables that are never listed; the case counts.
+/// Executables that are never listed; case-sensitive.
 inline constexpr std::array<std::string_view, 4> systemAudioProcessNames{"systemsoundserverd", "coreaudiod",
                                                                          "avconferenced", "SystemUIServer"};
 
-/// The application that a process belongs to, by bundle identifier: an ordinary application is its own. None
-/// only if `bundleID` is absent or empty.
+/// The bundle identifier of the application that a process belongs to; an ordinary application is its own
+/// parent. None only if `bundleID` is absent or empty.
 std::optional<std::string> parentBundleID(std::optional<std::string_view> bundleID);
 
-/// The name that the user sees. Never absent.
+/// The displayed name. Never empty.
 std::string friendlyName(std::optional<std::string_view> bundleID,
                          std::optional<std::string_view> processName,
                          std::optional<std::string_view> localizedName);
 
-/// A name without the roles at its end. None if nothing is left; never an empty text.
+/// A name without helper suffixes. None if nothing is left; never an empty string.
 std::optional<std::string> cleanedProcessName(std::optional<std::string_view> name);
 
-/// Whether a process is plumbing of the system, which the user would not recognise.
+/// Whether a process is a system service that the user would not recognise.
 bool isSystemAudioProcess(std::optional<std::string_view> executableName,
                           std::optional<std::string_view> bundleID, bool isRunningApp);
 
-/// Whether a device of that name is an aggregate device that this program has made.
+/// Whether a device with this name is an aggregate device of this program.
 bool isOwnAggregateDevice(std::string_view name);
 
 } // namespace sonvel::AppNaming

@@ -8,14 +8,14 @@
 
 namespace sonvel {
 
-/// One process that plays sound, as it was found. Equal records agree in every field: a process whose display
-/// name has changed between two looks gives two different records.
+/// One process that plays sound, as found at one time. Records are equal if all fields are: a changed display
+/// name gives a different record.
 struct AudioApp {
-  AudioObjectID objectID = kAudioObjectUnknown; ///< the process object; not the same after a restart
-  std::int32_t pid = 0;                         ///< 0 if it can't be read
-  std::string bundleID;                         ///< never empty: "pid " and the pid where there is none
-  std::string name;                             ///< what the user sees
-  std::optional<std::string> parentBundleID;    ///< the application that a helper process belongs to
+  AudioObjectID objectID = kAudioObjectUnknown; ///< the process object; changes when the process restarts
+  std::int32_t pid = 0;                         ///< 0 if unreadable
+  std::string bundleID;                         ///< never empty: "pid " and the pid if there is none
+  std::string name;                             ///< the displayed name
+  std::optional<std::string> parentBundleID;    ///< for a helper process, the application it belongs to
   bool isPlayingOutput = true;
 
   AudioObjectID id() const noexcept { return objectID; }
@@ -23,7 +23,7 @@ struct AudioApp {
   bool operator==(const AudioApp&) const = default;
 };
 
-/// What an application is recognised by, also after a restart, and what its helper processes share with it.
+/// The key of an application: the same after a restart, and shared by its helper processes.
 inline std::string stableKey(const AudioApp& app) {
   return app.parentBundleID.value_or(app.bundleID);
 }

@@ -7,7 +7,7 @@
 
 namespace sonvel {
 
-/// What finding and playing applications needs of the machine. The referents outlive every copy.
+/// What finding and playing applications needs. The referents outlive every copy.
 struct AudioEnvironment {
   AudioEnvironment(AudioHardware& audioHardware, const ProcessInformation& processInformation,
                    const BundleInformation& bundleInformation, const RunningApplications& runningApplications)

@@ -16,7 +16,7 @@ constexpr auto kService = "kTCCServiceAudioCapture";
 template <class Signature>
 Signature* functionOf(DynamicLibraries& libraries, std::optional<LibraryHandle> library, const char* name) {
   if (!library) return nullptr;
-  return reinterpret_cast<Signature*>(libraries.symbol(*library, name)); // the name stands for the type
+  return reinterpret_cast<Signature*>(libraries.symbol(*library, name)); // the name determines the type
 }
 
 } // namespace

@@ -16,8 +16,8 @@ int toPercent(float volume) {
 
 } // namespace
 
-/// What is called on the audio thread. Listeners only post to that thread, so ending them never waits for one
-/// that waits for this.
+/// The part that runs on the audio thread. Listeners only post to that thread, so removing them cannot
+/// deadlock with a listener that waits for this object.
 class MasterControl::Device : public std::enable_shared_from_this<Device> {
  public:
   Device(AudioHardware& hardware, Relay::Post onAudioThread, std::function<void(State)> report)
@@ -52,7 +52,7 @@ class MasterControl::Device : public std::enable_shared_from_this<Device> {
     look();
   }
 
-  /// Any thread. After this no listener is left.
+  /// Any thread. Removes all listeners.
   void end() {
     const std::scoped_lock lock(mutex_);
     hasEnded_ = true;
@@ -91,7 +91,7 @@ class MasterControl::Device : public std::enable_shared_from_this<Device> {
   const Relay::Post onAudioThread_;
   const std::function<void(State)> report_;
   float before_ = 0.5F;
-  std::mutex mutex_; ///< guards the rest
+  std::mutex mutex_; ///< guards the members below
   std::vector<PropertyListenerID> listeners_;
   AudioObjectID heard_ = kAudioObjectUnknown;
   bool hasEnded_ = false;

@@ -11,36 +11,35 @@
 
 namespace sonvel {
 
-/// The default output device and its volume, as they are now, for whoever shows and changes them while no
-/// panel is open. It hears of changes and polls nothing. Main thread; no member but the destructor waits for
-/// the audio system.
+/// Shows and changes the default output device and its volume, also while no panel is open. Follows change
+/// notices; does not poll. Main thread; only the destructor waits for the audio system.
 class MasterControl {
  public:
   struct State {
-    std::string device;         ///< its name; empty where there is none
-    std::optional<int> percent; ///< none where it has no volume
+    std::string device;         ///< its name; empty if there is no device
+    std::optional<int> percent; ///< none if it has no volume
 
     bool isMuted() const noexcept { return percent == 0; }
 
     bool operator==(const State&) const = default;
   };
 
-  /// Reads at once. `changed` is called on the main thread with each new state, from the first on. The
-  /// hardware is called where `onAudioThread` takes work: one thread, in the order of the calls, until this
-  /// object has ended and what it has posted is done. The referents outlive that.
+  /// Reads at once. `changed` is called on the main thread with the first and each new state. The hardware is
+  /// called by work posted to `onAudioThread`: one thread, in order, until this object and its posted work
+  /// have ended. The referents outlive that.
   MasterControl(AudioHardware& hardware, Relay::Post onAudioThread, Executor& mainThread,
                 std::function<void(const State&)> changed);
   ~MasterControl();
   MasterControl(const MasterControl&) = delete;
   MasterControl& operator=(const MasterControl&) = delete;
 
-  /// Reads once more, for a server that was not there at the first time. Changes are heard of by themselves.
+  /// Reads again, after the server has come. Later changes arrive by themselves.
   void refresh();
 
-  /// By so many percentage points. Nothing where the device has no volume.
+  /// Changes the volume by percentage points. No effect if the device has no volume.
   void change(int points);
 
-  /// To 0, or back to what it was before; to 50 percent where that is not known.
+  /// Sets the volume to 0, or back to its value before; to 50 percent if that is unknown.
   void toggleMute();
 
  private:

@@ -8,7 +8,7 @@ namespace {
 
 constexpr float kSilenceDB = -120.0F;
 
-/// Cuts to 0.0 to `upper`. Written so that NaN fails the comparison and becomes 0.0.
+/// Clamps to 0.0 to `upper`. NaN fails the comparison and becomes 0.0.
 float clampFromZero(float value, float upper) noexcept {
   return value > 0.0F ? std::min(value, upper) : 0.0F;
 }

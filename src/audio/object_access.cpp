@@ -21,7 +21,7 @@ std::optional<std::vector<AudioObjectID>> readSystemObjects(AudioHardware& hardw
   const auto bytes = std::as_writable_bytes(std::span(objects));
   sizeBytes = static_cast<std::uint32_t>(bytes.size());
   if (hardware.getPropertyData(kSystemObject, address, sizeBytes, bytes) != kNoError) return std::nullopt;
-  // The list may have shrunk since its size was asked.
+  // The list may have shrunk since its size was read.
   objects.resize(std::min(objects.size(), sizeBytes / sizeof(AudioObjectID)));
   return objects;
 }

@@ -6,10 +6,10 @@
 
 namespace sonvel {
 
-// Reads of the audio system that take a failure for an absence. Any thread but an IOProc's; they block as the
-// audio system does, and none throws but for want of memory.
+// Reads of the audio system that return "none" on failure. Any thread except an IOProc's; they block as the
+// audio system does; none throws except std::bad_alloc.
 
-/// Reads a property that is one number of the type `Number`.
+/// Reads a number property.
 template <class Number>
   requires std::integral<Number> || std::floating_point<Number>
 std::optional<Number> numberProp(AudioHardware& hardware, AudioObjectID object,
@@ -22,25 +22,24 @@ std::optional<Number> numberProp(AudioHardware& hardware, AudioObjectID object,
   return value;
 }
 
-/// Reads a property that is one integer of the type `Integer`, for the object as a whole.
+/// Reads an integer property of the whole object.
 template <std::integral Integer>
 std::optional<Integer> scalarProp(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector,
                                   std::uint32_t propertyScope) {
   return numberProp<Integer>(hardware, object, {selector, propertyScope, kElementMain});
 }
 
-/// Reads a property that is a string, for the object as a whole. A null reference is an absence.
+/// Reads a string property of the whole object. A null reference gives none.
 std::optional<std::string> cfStringProp(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector,
                                         std::uint32_t propertyScope = scope::kGlobal);
 
-/// Reads a property of the system object that is a list of objects, in the system's order. None if it can't
-/// be read.
+/// Reads an object list of the system object, in the system's order. None if unreadable.
 std::optional<std::vector<AudioObjectID>> readSystemObjects(AudioHardware& hardware, std::uint32_t selector);
 
-/// As readSystemObjects; empty if it can't be read.
+/// As readSystemObjects; empty if unreadable.
 std::vector<AudioObjectID> systemObjectList(AudioHardware& hardware, std::uint32_t selector);
 
-/// Every process that is a client of the audio system, in the system's order.
+/// All processes that are clients of the audio system, in the system's order.
 std::vector<AudioObjectID> processObjectList(AudioHardware& hardware);
 
 } // namespace sonvel

@@ -15,7 +15,7 @@ constexpr PropertyAddress volumeAddress(std::uint32_t element) noexcept {
 
 std::optional<std::string> deviceName(AudioHardware& hardware, AudioObjectID device) {
   auto name = cfStringProp(hardware, device, property::kObjectName);
-  // A device that has just come may not have its name at the first look.
+  // A new device may not have its name yet at the first read.
   if (!name) name = cfStringProp(hardware, device, property::kObjectName);
   return name;
 }

@@ -5,21 +5,21 @@
 
 namespace sonvel {
 
-/// One device that can play sound.
+/// A device that can play sound.
 struct AudioOutputDevice {
   AudioObjectID deviceID = kAudioObjectUnknown;
-  std::string uid;  ///< the device's identity, the same across restarts
-  std::string name; ///< what the user sees; the UID where the device has no readable name
+  std::string uid;  ///< identifies the device, the same across restarts
+  std::string name; ///< the displayed name; the UID if the name is unreadable
 
   const std::string& id() const noexcept { return uid; }
 
   bool operator==(const AudioOutputDevice&) const = default;
 };
 
-// Any thread but an IOProc's; all block as the audio system does. A failed read is an absence, a failed write
-// is `false`. Volumes are scalars from 0.0 to 1.0; elements are those of audio_properties.h.
+// Any thread except an IOProc's; all block as the audio system does. A failed read gives none or an empty
+// list, a failed write gives `false`. Volumes are scalars from 0.0 to 1.0; elements as in audio_properties.h.
 
-/// Every device that can play sound, without the aggregate devices of this program, in the system's order.
+/// All devices that can play sound, without this program's aggregate devices, in the system's order.
 std::vector<AudioOutputDevice> enumerateOutputDevices(AudioHardware& hardware);
 
 bool deviceHasOutputStreams(AudioHardware& hardware, AudioObjectID device);
@@ -27,20 +27,20 @@ bool deviceHasOutputStreams(AudioHardware& hardware, AudioObjectID device);
 /// None if the system has no default output device.
 std::optional<AudioObjectID> defaultOutputDeviceID(AudioHardware& hardware);
 
-/// None if the system has no default output device, or that has no UID.
+/// None if the system has no default output device, or it has no UID.
 std::optional<std::string> defaultOutputDeviceUID(AudioHardware& hardware);
 
-/// The volume of the default output device, or the mean of its first two channels where it has none as a
-/// whole. None if it has no volume that can be read.
+/// The volume of the default output device; the mean of its first two channels if it has no volume for the
+/// whole device. None if no volume is readable.
 std::optional<float> readMasterVolume(AudioHardware& hardware);
 
-/// Sets the volume of the default output device, cut to its range. False if nothing could be written.
+/// Sets the volume of the default output device, clamped to its range. False if nothing could be written.
 bool writeMasterVolume(AudioHardware& hardware, float volume);
 
 /// The volume of one element of a device; none if the element has none.
 std::optional<float> deviceVolume(AudioHardware& hardware, AudioObjectID device, std::uint32_t element);
 
-/// Sets the volume of one element of a device. False if the element has none that can be set.
+/// Sets the volume of one element of a device. False if the element has no settable volume.
 bool setDeviceVolume(AudioHardware& hardware, AudioObjectID device, std::uint32_t element, float volume);
 
 } // namespace sonvel

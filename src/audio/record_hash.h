@@ -5,7 +5,7 @@
 
 namespace sonvel {
 
-/// One hash of all fields of a record, in their order.
+/// Hashes all fields of a record, in order.
 template <class... Fields> std::size_t recordHash(const Fields&... fields) noexcept {
   constexpr std::size_t kGoldenRatio = 0x9E3779B97F4A7C15ULL;
   std::size_t hash = 0;

@@ -18,7 +18,7 @@ constexpr auto kSimulated = "simulated";
 constexpr auto kJson = "json";
 constexpr auto kLevels = "levels";
 
-/// A command that was asked for.
+/// A command as entered.
 struct Request {
   QStringList arguments;
   bool isJson = false;
@@ -27,9 +27,9 @@ struct Request {
 
 struct Command {
   const char* name;
-  const char* arguments; ///< as help shows them
+  const char* arguments; ///< as help prints them
   const char* help;
-  qsizetype fewest; ///< arguments
+  qsizetype fewest; ///< fewest and most arguments
   qsizetype most;
   std::vector<const char*> options;
   void (*run)(const MixerClient& mixer, const Request& request);
@@ -44,12 +44,12 @@ void list(const MixerClient& mixer, const Request& request) {
   print(request.isJson ? toJson(mixer.properties()) : toTable(mixer.properties()));
 }
 
-/// Calls the method that sets a volume, or the one that changes it where the number has a sign.
+/// Sets the volume, or changes it if the number has a sign.
 void adjust(const MixerClient& mixer, const QString& what, QVariantList arguments, QString number) {
   if (number.endsWith(u'%')) number.chop(1);
   bool isNumber = false;
   arguments += number.toInt(&isNumber);
-  if (!isNumber) failUsage(QStringLiteral("“%1” is no volume").arg(number));
+  if (!isNumber) failUsage(QStringLiteral("“%1” is not a volume").arg(number));
   const bool isDifference = number.startsWith(u'+') || number.startsWith(u'-');
   mixer.call((isDifference ? QStringLiteral("Change") : QStringLiteral("Set")) + what, arguments);
 }
@@ -116,7 +116,7 @@ const std::array kCommands{
             watch},
 };
 
-/// A number below zero is no option.
+/// Negative numbers must not be parsed as options.
 QStringList protectNumbers(QStringList words) {
   const auto isNumber = [](const QString& word) {
     return word.size() > 1 && word[0] == u'-' && word[1].isDigit();
@@ -163,7 +163,7 @@ int run(const QStringList& words) {
 }
 
 QString summary() {
-  QString text = QStringLiteral("What the Sonvel that runs is to do, without opening anything:");
+  QString text = QStringLiteral("Commands for the running Sonvel:");
   for (const auto& command : kCommands)
     text += QStringLiteral("\n%1 %2: %3")
                 .arg(QString::fromLatin1(command.name), QString::fromLatin1(command.arguments),

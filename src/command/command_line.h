@@ -4,15 +4,15 @@
 
 namespace sonvel::command {
 
-/// Whether these words, the program's name first, ask for a command that is told to the Sonvel that runs, and
-/// not for a start of the program.
+/// Whether these words, starting with the program's name, are a command for the running Sonvel instead of a
+/// start of the program.
 bool isAsked(const QStringList& words);
 
-/// Carries the command out and returns the exit code; says on standard error what failed. Needs a
-/// QCoreApplication, and nothing of a display.
+/// Runs the command and returns the exit code; errors go to standard error. Needs a QCoreApplication but no
+/// display.
 int run(const QStringList& words);
 
-/// What --help says of the commands.
+/// The commands' part of --help.
 QString summary();
 
 } // namespace sonvel::command

@@ -16,7 +16,7 @@ QString deviceName(const QVariantList& devices, const QString& uid) {
   return found != devices.end() ? found->toMap().value("name").toString() : uid;
 }
 
-/// What a reader needs to know besides the volume.
+/// What the table says besides the volume.
 QString remarks(const QVariantMap& application, const QVariantList& devices) {
   QStringList words;
   if (application["muted"].toBool()) words += QStringLiteral("muted");

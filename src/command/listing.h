@@ -5,13 +5,13 @@
 
 namespace sonvel::command {
 
-/// The mixer's properties as one line of JSON; docs/command-line.md has its fields.
+/// The mixer's properties as one line of JSON; its fields are in docs/command-line.md.
 QByteArray toJson(const QVariantMap& properties);
 
-/// The same for a reader: the output first, then a line for each application.
+/// The same as a table for people: the output first, then one line per application.
 QByteArray toTable(const QVariantMap& properties);
 
-/// Writes it to standard output at once.
+/// Writes to standard output and flushes.
 void print(const QByteArray& text);
 
 } // namespace sonvel::command

@@ -10,7 +10,7 @@
 namespace sonvel::command {
 namespace {
 
-/// As long as a stuck sound server may hold the program up.
+/// As long as a stuck sound server can delay the program.
 constexpr int kPatienceMs = 15000;
 
 Failure failureOf(const QDBusMessage& answer) {
@@ -26,8 +26,8 @@ Failure failureOf(const QDBusMessage& answer) {
       {QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner"), kNotRunning},
       {QStringLiteral("org.freedesktop.DBus.Error.NoReply"), kNoAnswer}};
   const auto code = codes.value(answer.errorName(), kFailed);
-  if (code == kNotRunning) return {code, QStringLiteral("no Sonvel runs in this session")};
-  if (code == kNoAnswer) return {code, QStringLiteral("the Sonvel of this session does not answer")};
+  if (code == kNotRunning) return {code, QStringLiteral("Sonvel is not running in this session")};
+  if (code == kNoAnswer) return {code, QStringLiteral("the running Sonvel does not answer")};
   return {code, answer.errorMessage()};
 }
 

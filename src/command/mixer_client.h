@@ -8,20 +8,20 @@
 
 namespace sonvel::command {
 
-/// What the process returns for a command.
+/// Exit codes of the commands.
 enum ExitCode {
   kDone = 0,
-  kFailed = 1,        ///< for any other reason
-  kNoAnswer = 2,      ///< the Sonvel that runs is silent
+  kFailed = 1,        ///< any other reason
+  kNoAnswer = 2,      ///< the running Sonvel does not answer
   kNotRunning = 3,    ///< no Sonvel runs in this session
-  kNotFound = 4,      ///< no application or device is called so
-  kAmbiguous = 5,     ///< more than one is called so
+  kNotFound = 4,      ///< no application or device has this name
+  kAmbiguous = 5,     ///< several have this name
   kNotPermitted = 6,  ///< Sonvel may not control sound, or the caller is in a sandbox
   kNotAdjustable = 7, ///< the output device has no volume
   kWrongUsage = 64,
 };
 
-/// Ends a command; the text is for the user.
+/// Ends a command with an exit code; the text is shown to the user.
 class Failure final : public std::runtime_error {
  public:
   Failure(ExitCode code, const QString& text)
@@ -34,17 +34,17 @@ class Failure final : public std::runtime_error {
   ExitCode code_;
 };
 
-/// The Sonvel that runs in the session, reached by its D-Bus interface. Each member blocks until it has
-/// answered, for some seconds at most, and throws Failure. Needs a QCoreApplication.
+/// The running Sonvel of this session, reached by D-Bus. Each member blocks for the answer, some seconds at
+/// most, and throws Failure. Needs a QCoreApplication.
 class MixerClient {
  public:
-  /// `service` is the bus name of the program.
+  /// `service` is the program's bus name.
   explicit MixerClient(QString service);
 
-  /// Calls a method of the mixer, and returns what it gives.
+  /// Calls a method of the mixer and returns its results.
   QVariantList call(const QString& method, const QVariantList& arguments = {}) const;
 
-  /// All properties by name; lists are of QVariantMap.
+  /// All properties by name; lists hold QVariantMap.
   QVariantMap properties() const;
 
   const QString& service() const noexcept { return service_; }
@@ -58,7 +58,7 @@ class MixerClient {
   QDBusConnection bus_;
 };
 
-/// As MixerClient::properties, from the reply to GetAll.
+/// Decodes the reply to GetAll into the form of MixerClient::properties.
 QVariantMap readProperties(const QVariant& reply);
 
 } // namespace sonvel::command

@@ -37,10 +37,10 @@ void Watch::run() {
   reading_.start();
   loop_.exec();
   if (failure_) throw Failure(*failure_);
-  throw Failure(kNotRunning, QStringLiteral("the Sonvel that was watched has ended"));
+  throw Failure(kNotRunning, QStringLiteral("the watched Sonvel has ended"));
 }
 
-/// Changes that come together are read together.
+/// One read serves all changes that arrive together.
 void Watch::note() {
   reading_.start();
 }
@@ -48,13 +48,13 @@ void Watch::note() {
 void Watch::read() {
   try {
     print(mixer_.properties());
-  } catch (const Failure& failure) { // which must not pass through the event loop
+  } catch (const Failure& failure) { // exceptions must not pass through the event loop
     failure_ = failure;
     loop_.quit();
   }
 }
 
-/// Only what differs: what is told may concern others that watch.
+/// Prints only differences: a change notice may be for other watchers.
 void Watch::print(const QVariantMap& properties) {
   const auto text = format_(hasLevels_ ? properties : withoutLevels(properties));
   if (text != printed_) command::print(text);

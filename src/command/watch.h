@@ -13,7 +13,7 @@ namespace sonvel::command {
 
 using Format = QByteArray (*)(const QVariantMap& properties);
 
-/// Prints the mixer's properties as `format` has them, at first and after each change.
+/// Prints the mixer's properties in `format` at the start and after each change.
 class Watch final : public QObject {
   Q_OBJECT
 
@@ -21,7 +21,7 @@ class Watch final : public QObject {
   /// `mixer` outlives this object.
   Watch(const MixerClient& mixer, Format format, bool hasLevels);
 
-  /// Returns never. Throws Failure when the program that is watched has ended or does not answer.
+  /// Never returns. Throws Failure when the watched program has ended or does not answer.
   [[noreturn]] void run();
 
  private:

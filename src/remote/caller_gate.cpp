@@ -12,9 +12,9 @@
 namespace sonvel::remote {
 namespace {
 
-constexpr qsizetype kMostKnown = 256; // then they are asked anew
+constexpr qsizetype kMostKnown = 256; // beyond that the cache is cleared and callers are checked again
 
-/// How long the bus itself may take.
+/// Time limit for the bus's own answer.
 constexpr int kBusPatienceMs = 2000;
 
 QVariantMap credentials(const QString& caller, const QDBusConnection& bus) {
@@ -27,7 +27,7 @@ QVariantMap credentials(const QString& caller, const QDBusConnection& bus) {
   return qdbus_cast<QVariantMap>(answer.arguments().constFirst());
 }
 
-/// Whether the root folder of the process was looked into and has no mark of Flatpak. Flatpak's proxy, by
+/// Whether the process's root folder could be read and has no Flatpak mark. Flatpak's D-Bus proxy, through
 /// which most sandboxed programs reach the bus, has the mark too.
 bool isOutsideFlatpak(uint pid) {
   const std::string root = "/proc/" + std::to_string(pid) + "/root";

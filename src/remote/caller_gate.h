@@ -6,11 +6,12 @@
 
 namespace sonvel::remote {
 
-/// Tells who on the bus may work the mixer: every program of the user, but none in a sandbox (Flatpak, Snap)
-/// and none that can't be examined. What a caller is doesn't change while it is connected. Main thread.
+/// Decides who on the bus may use the mixer: every program of the user, except sandboxed ones (Flatpak, Snap)
+/// and those that can't be examined. The answer is cached, since it cannot change during a connection. Main
+/// thread.
 class CallerGate {
  public:
-  /// `caller` is its unique name on `bus`. Asks the bus and waits for its answer, once for each caller.
+  /// `caller` is its unique name on `bus`. Asks the bus and blocks for the answer, once per caller.
   [[nodiscard]] bool admits(const QString& caller, const QDBusConnection& bus);
 
  private:

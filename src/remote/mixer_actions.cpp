@@ -34,11 +34,11 @@ std::string device(const MixerViewModel& model, const QString& wanted) {
 
 int checked(int percent, int most) {
   if (percent < 0 || percent > most)
-    throw Refusal(error::kInvalidArguments, QStringLiteral("a volume here is 0 to %1 percent").arg(most));
+    throw Refusal(error::kInvalidArguments, QStringLiteral("the volume must be 0 to %1 percent").arg(most));
   return percent;
 }
 
-/// A sum that can't overflow, in the range.
+/// The sum, clamped to 0 to `most`, without overflow.
 int changed(int percent, int difference, int most) {
   return std::clamp(percent + std::clamp(difference, -1000, 1000), 0, most);
 }

@@ -9,8 +9,8 @@ class MixerViewModel;
 
 namespace remote {
 
-/// Carries out a method of the interface that changes the mixer, and returns what it gives. The model is up
-/// to date. Throws Refusal. Main thread; does not wait for the sound to follow.
+/// Runs a method of the interface that changes the mixer, and returns its results. The model must be up to
+/// date. Throws Refusal. Main thread; does not wait for the sound to change.
 QVariantList carryOut(MixerViewModel& model, const QString& method, const QString& signature,
                       const QVariantList& arguments);
 

@@ -2,8 +2,8 @@
 
 #include <QLatin1String>
 
-/// The names of the D-Bus interface by which other programs see and work the mixer. What its parts mean
-/// stands in docs/command-line.md, their types in com.quellmarsh.sonvel.Mixer1.xml.
+/// The names of the D-Bus interface by which other programs read and control the mixer. docs/command-line.md
+/// explains it; com.quellmarsh.sonvel.Mixer1.xml has the types.
 namespace sonvel::remote {
 
 inline constexpr QLatin1String kService{"com.quellmarsh.sonvel"};
@@ -12,7 +12,7 @@ inline constexpr QLatin1String kPath{"/com/quellmarsh/sonvel/Mixer"};
 inline constexpr QLatin1String kInterface{"com.quellmarsh.sonvel.Mixer1"};
 inline constexpr QLatin1String kPropertiesInterface{"org.freedesktop.DBus.Properties"};
 
-/// The errors that its methods return.
+/// The errors that methods return.
 namespace error {
 
 inline constexpr QLatin1String kNotFound{"com.quellmarsh.sonvel.Error.NotFound"};

@@ -7,10 +7,10 @@
 
 namespace sonvel::remote {
 
-/// What the model shows, by the names of the interface's properties, in its D-Bus types. Main thread.
+/// The model's state as the interface's properties, in its D-Bus types. Main thread.
 QVariantMap mixerProperties(const MixerViewModel& model, bool hasLevels);
 
-/// A fraction as a whole percentage.
+/// Converts a fraction to a whole percentage.
 int toPercent(double fraction);
 
 } // namespace sonvel::remote

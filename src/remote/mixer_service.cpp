@@ -36,8 +36,6 @@ void MixerService::serve(const std::shared_ptr<MixerViewModel>& model) {
   if (model) followModel(*model);
 }
 
-// Telling changes.
-
 void MixerService::followModel(MixerViewModel& model) {
   const auto note = [this] { changes_.start(); };
   connect(&model, &MixerViewModel::masterVolumeChanged, this, note);
@@ -72,7 +70,7 @@ void MixerService::followRow(ChannelState& row) {
   });
 }
 
-/// The model announces much that stays the same, so what is told is compared.
+/// The model also announces values that stay the same, so compare before sending.
 void MixerService::tellChanges() {
   const auto model = model_.lock();
   if (!model) return;
@@ -86,8 +84,6 @@ void MixerService::tellChanges() {
   bus_.send(signal);
 }
 
-// Who watches.
-
 bool MixerService::areLevelsWatched() const {
   return std::ranges::find(watchers_, true) != watchers_.end();
 }
@@ -96,7 +92,7 @@ void MixerService::watch(const QString& caller, bool hasLevels) {
   watchers_[caller] = hasLevels;
   leaving_.addWatchedService(caller);
   updateWatching();
-  // It may have left before its leaving was watched for.
+  // It may have left the bus before the watch began.
   if (!bus_.interface()->isServiceRegistered(caller).value()) unwatch(caller);
 }
 
@@ -109,8 +105,6 @@ void MixerService::unwatch(const QString& caller) {
 void MixerService::updateWatching() {
   if (const auto model = model_.lock()) model->setWatched(!watchers_.isEmpty());
 }
-
-// Answering calls.
 
 QString MixerService::introspect(const QString& /*path*/) const {
   QFile file(QStringLiteral(":/remote/com.quellmarsh.sonvel.Mixer1.xml"));

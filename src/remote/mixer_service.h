@@ -17,22 +17,21 @@ class MixerViewModel;
 
 namespace remote {
 
-/// The object on the bus by which other programs see and work the mixer (mixer_interface.h names it). It sees
-/// every message itself, reads of properties too, so that callers in a sandbox get no answer at all.
+/// The bus object by which other programs read and control the mixer (names in mixer_interface.h). It handles
+/// every message itself, including property reads, so that sandboxed callers get no answer at all.
 ///
-/// A change of a property is told without its value: a broadcast would reach sandboxes as well. Methods bring
-/// the model up to date before they act; calls that come meanwhile are served together by the next such
-/// round. Main thread.
+/// A change notice carries no value, because sandboxed programs receive broadcasts too. Methods bring the
+/// model up to date before they act; calls that arrive meanwhile share the next update. Main thread.
 class MixerService final : public QDBusVirtualObject {
  public:
-  /// Serves on this bus from now on; there may be none. Calls are answered from the event loop. `gate`
-  /// outlives this object.
+  /// Registers on this bus, which may be unconnected. Calls are answered from the event loop. `gate` outlives
+  /// this object.
   MixerService(QDBusConnection bus, CallerGate& gate);
   ~MixerService() override;
   MixerService(const MixerService&) = delete;
   MixerService& operator=(const MixerService&) = delete;
 
-  /// The model that calls are about; null: the program is about to end.
+  /// Sets the model; null: the program is about to end.
   void serve(const std::shared_ptr<MixerViewModel>& model);
 
   QString introspect(const QString& path) const override;
@@ -57,12 +56,12 @@ class MixerService final : public QDBusVirtualObject {
   QDBusConnection bus_;
   CallerGate& gate_;
   std::weak_ptr<MixerViewModel> model_;
-  std::vector<QDBusMessage> waiting_; ///< calls for the next round
-  std::vector<QDBusMessage> round_;   ///< calls that the model is being brought up to date for
-  QHash<QString, bool> watchers_;     ///< by unique name: whether it watches levels as well
-  QDBusServiceWatcher leaving_;       ///< tells when one of them leaves the bus
-  QTimer changes_;                    ///< tells them when the event loop is reached
-  QVariantMap told_;                  ///< the properties, when changes were last told
+  std::vector<QDBusMessage> waiting_; ///< calls for the next update
+  std::vector<QDBusMessage> round_;   ///< calls that wait for the running update
+  QHash<QString, bool> watchers_;     ///< unique name: whether it watches levels too
+  QDBusServiceWatcher leaving_;       ///< reports watchers that leave the bus
+  QTimer changes_;                    ///< sends change notices from the event loop
+  QVariantMap told_;                  ///< the properties at the last change notice
 };
 
 } // namespace remote

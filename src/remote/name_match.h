@@ -5,15 +5,15 @@
 
 namespace sonvel::remote {
 
-/// Something that a user calls by its key or by its name.
+/// Something that can be found by its key or its name.
 struct Named {
   QString key;
   QString name;
 };
 
-/// The position of what `wanted` stands for: the key itself, else the name in upper or lower case, else the
-/// beginning of a name. Throws Refusal if nothing is called so, or more than one at the first of these that
-/// fits; `kind` is the word for these things in its text.
+/// The index of the thing that `wanted` names: an exact key first, then a name ignoring case, then the start
+/// of a name. Throws Refusal if none matches, or if several match at the first of these steps that has a
+/// match; `kind` is the word for these things in the error text.
 std::size_t findNamed(const QString& wanted, const std::vector<Named>& things, const QString& kind);
 
 } // namespace sonvel::remote

@@ -6,7 +6,7 @@
 
 namespace sonvel::remote {
 
-/// A call that is answered with an error: its D-Bus name, and a sentence for the user.
+/// Answers a call with an error: a D-Bus name and a sentence for the user.
 class Refusal final : public std::runtime_error {
  public:
   Refusal(QLatin1String name, const QString& text)
