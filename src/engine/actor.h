@@ -8,13 +8,14 @@
 
 namespace sonvel {
 
-/// An object that is used on a thread of its own alone, by one call at a time in the order of the calls.
+/// An object that is used only on a thread of its own, by one call at a time, in the order of the calls.
 ///
-/// Destroying the actor first runs every call that is pending, with what those calls post in turn, and then
-/// destroys the object on the destroying thread, which must not be the actor's own.
+/// Destroying the actor first runs all pending calls and the calls that these post, then destroys the object
+/// on the destroying thread, which must not be the actor's own.
 template <class T> class Actor final {
  public:
-  /// Makes the object, on this thread, from `args` followed by its executor as a `std::weak_ptr<Executor>`.
+  /// Constructs the object on the calling thread from `args`, followed by its executor as a
+  /// `std::weak_ptr<Executor>`.
   template <class... Args>
   explicit Actor(Args&&... args)
       : thread_(std::make_shared<SerialThread>())
@@ -29,7 +30,7 @@ template <class T> class Actor final {
   /// thread; does not wait.
   template <std::invocable<T&> F> Reply<std::invoke_result_t<F, T&>> call(F&& function) {
     using R = std::invoke_result_t<F, T&>;
-    static_assert(!std::is_reference_v<R>, "what the object owns must not leave its thread");
+    static_assert(!std::is_reference_v<R>, "references to the actor's object must not leave its thread");
     auto state = std::make_shared<detail::ReplyState<R>>();
     auto callable = std::make_shared<std::decay_t<F>>(std::forward<F>(function));
     thread_->post([object = object_.get(), state, callable] {
@@ -38,9 +39,9 @@ template <class T> class Actor final {
     return Reply<R>(std::move(state));
   }
 
-  /// Runs `function` with the object and an answer, a callable that takes an R, on the actor's thread. The
-  /// reply comes when the answer is called, on any thread, once; other calls may run until then. It is an
-  /// exception if `function` throws, which must not have called the answer then.
+  /// Runs `function` with the object and an answer callback, which takes an R, on the actor's thread. The
+  /// callback may be called on any thread, once; that completes the reply. Other calls may run until then. If
+  /// `function` throws, the reply gets the exception; the answer must not have been called then.
   template <class R, class F> Reply<R> callForAnswer(F&& function) {
     auto state = std::make_shared<detail::ReplyState<R>>();
     auto callable = std::make_shared<std::decay_t<F>>(std::forward<F>(function));

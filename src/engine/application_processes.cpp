@@ -29,7 +29,7 @@ bool ApplicationProcesses::update(AudioHardware& hardware) {
   std::vector<Process> processes;
   for (const auto object : *objects) {
     const auto known = std::ranges::find(processes_, object, &Process::object);
-    // A program may tell who it is a moment after it has appeared.
+    // A program may send its identity a moment after it has appeared.
     const bool isIdentified = known != processes_.end() && known->bundleID;
     processes.push_back(isIdentified ? *known : read(hardware, object));
   }

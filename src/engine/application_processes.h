@@ -8,23 +8,22 @@
 
 namespace sonvel {
 
-/// The process objects of the audio system, by the application that they belong to. One thread; blocks as the
-/// audio system does.
+/// The audio system's process objects, grouped by application. One thread; blocks as the audio system does.
 class ApplicationProcesses {
  public:
-  /// Looks which processes there are now. False if that can't be read; then nothing has changed.
+  /// Reads the current processes. False if unreadable; then nothing has changed.
   bool update(AudioHardware& hardware);
 
   /// Every process.
   std::vector<AudioObjectID> all() const;
 
-  /// The processes of an application, in the order of the audio system.
+  /// The processes of an application, in the audio system's order.
   std::vector<AudioObjectID> of(const std::string& key) const;
 
-  /// The record of another process of the same application.
+  /// `app` with another process of the same application.
   AudioApp appWithProcess(AudioApp app, AudioObjectID process) const;
 
-  /// The bundle identifiers of an application's processes, and its own if it has one.
+  /// The bundle identifiers of an application's processes; includes its own if it has one.
   std::set<std::string> bundleIDs(const std::string& key) const;
 
  private:

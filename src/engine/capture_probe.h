@@ -7,24 +7,24 @@
 
 namespace sonvel {
 
-/// Listens to one process without changing what is heard of it, from start() on until it is destroyed. Blocks
-/// as the audio system does.
+/// Listens to one process without changing its sound, from start() until destruction. Blocks as the audio
+/// system does.
 class CaptureProbe {
  public:
   /// `hardware` and `queue` outlive the probe.
   CaptureProbe(AudioHardware& hardware, const IOQueue& queue);
 
-  /// Takes down what was set up, last things first, whatever the audio system says.
+  /// Removes what start() created, in reverse order, ignoring errors.
   ~CaptureProbe();
 
   CaptureProbe(const CaptureProbe&) = delete;
   CaptureProbe& operator=(const CaptureProbe&) = delete;
 
-  /// Sets up tap, aggregate device on the default output device, and IOProc, and starts it. False if any of
-  /// it fails. Once.
+  /// Creates a tap, an aggregate device on the default output device and an IOProc, and starts it. False if
+  /// any step fails. Call once.
   bool start(AudioObjectID process);
 
-  /// Whether a sample that is not silent has arrived so far.
+  /// Whether a non-silent sample has arrived.
   bool hasHeardSomething() const noexcept { return metrics_->cycles() >= 1 && metrics_->inPeak() > 0.0F; }
 
  private:

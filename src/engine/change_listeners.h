@@ -8,28 +8,27 @@
 
 namespace sonvel {
 
-/// Listens to a set of properties of the audio system that changes. One thread; blocks as the audio system
-/// does.
+/// Listens to a changing set of the audio system's properties. One thread; blocks as the audio system does.
 class ChangeListeners {
  public:
-  using Property = std::pair<AudioObjectID, std::uint32_t>; ///< object and selector, in the global scope
+  using Property = std::pair<AudioObjectID, std::uint32_t>; ///< object and selector, global scope
 
-  /// Takes the selector of the property that has changed.
+  /// Receives the selector of the changed property.
   using OnChange = std::function<void(std::uint32_t selector)>;
 
-  /// `onChange` is called after each change, on a thread of the audio system, and must not block. `hardware`
+  /// `onChange` is called after each change, on a thread of the audio system; it must not block. `hardware`
   /// outlives the listeners.
   ChangeListeners(AudioHardware& hardware, OnChange onChange);
   ~ChangeListeners();
   ChangeListeners(const ChangeListeners&) = delete;
   ChangeListeners& operator=(const ChangeListeners&) = delete;
 
-  /// From now on listens to these and no others. What can't be listened to is tried again at the next call.
-  /// Whether there is a new one: what it is about may have changed since it was last looked at.
+  /// Listens to exactly these properties from now on. Failed registrations are retried at the next call.
+  /// Returns whether a property is new: it may have changed since it was last read.
   bool listenTo(const std::set<Property>& properties);
 
-  /// For when objects may have gone, and come again under the same ID, since the last call: their listeners
-  /// have ended.
+  /// Call when objects may have gone and new ones may have taken their IDs since the last listenTo(): the
+  /// listeners ended with the objects.
   void forgetObjects();
 
  private:

@@ -4,12 +4,12 @@
 
 namespace sonvel {
 
-/// While it exists what is heard stays as it was; then everything that was changed takes effect together.
-/// Where scopes are nested the outermost one counts. A configuration that can't be begun or committed only
-/// lets changes be heard one by one. Blocks as the audio system does.
+/// Groups changes: while a scope exists what is heard does not change; when the outermost scope ends all
+/// changes take effect together. If a configuration can't be begun or committed, the changes take effect one
+/// by one. Blocks as the audio system does.
 class ConfigurationScope {
  public:
-  /// `depth` counts the scopes that exist on `hardware`. Both outlive the scope.
+  /// `depth` counts the open scopes on `hardware`. Both outlive the scope.
   ConfigurationScope(AudioHardware& hardware, int& depth)
       : hardware_(hardware)
       , depth_(depth) {

@@ -1,4 +1,3 @@
-// Building a session, step by step.
 
 #include "audio/mixer_math.h"
 #include "audio/object_access.h"
@@ -79,8 +78,8 @@ std::optional<HardwareError> HardwareController::replaceSession(const TapSession
   }
 }
 
-/// With the tap in which the application's streams wait, if there is one: streams that have just begun to
-/// play are not moved once more.
+/// Builds a session. Uses the standby tap that holds the application's streams, if there is one, so that new
+/// streams are not moved twice.
 std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app, const Settings& settings,
                                                              AudioObjectID waitingTap) {
   auto session = std::make_unique<TapSession>(app, settings.outputUID);
@@ -93,19 +92,20 @@ std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app
     const auto ioProc = installIOProc(*session);
     startDevice(session->aggID, ioProc);
   } catch (const HardwareError&) {
-    // The step's failure is the one to report, and with its handles gone nothing could retry the undoing.
+    // The error of the failed step is reported, not that of the cleanup; a cleanup that fails here cannot be
+    // retried.
     (void)teardown(*session);
     throw;
   }
   if (waitingTap != kAudioObjectUnknown) {
-    session->processes.clear(); // a waiting tap has none
+    session->processes.clear(); // a standby tap has none
     followProcesses(*session, processes_.of(stableKey(app)));
   }
   return session;
 }
 
 void HardwareController::createTap(TapSession& session) {
-  processes_.update(environment_.hardware); // what is known from before does if this fails
+  processes_.update(environment_.hardware); // on failure the known processes are used
   const auto bundleIDs = processes_.bundleIDs(stableKey(session.app));
   const TapDescription description{.processes = {session.app.objectID},
                                    .bundleIDs = {bundleIDs.begin(), bundleIDs.end()},
@@ -128,7 +128,7 @@ void HardwareController::createAggregateDevice(TapSession& session) {
 
   auto status = tryAggregateDevice(session, *outputUID, *tapUID);
   if (session.aggID == kAudioObjectUnknown && session.outputUID) {
-    // A device that is not connected is replaced by the default device until it comes back.
+    // While the wanted device is not connected, the default device replaces it.
     const auto outputs = readOutputSituation(hardware);
     if (outputs && outputs->defaultUID && !outputs->isConnected(*session.outputUID))
       status = tryAggregateDevice(session, *outputs->defaultUID, *tapUID);
@@ -148,7 +148,8 @@ OSStatus HardwareController::tryAggregateDevice(TapSession& session, const std::
 }
 
 IOProcID HardwareController::installIOProc(TapSession& session) {
-  // The block shares the mix and the metrics, so that a session may go while the audio system has the block.
+  // The block shares ownership of mix and metrics, because the audio system may still hold the block after
+  // the session's end.
   IOProcID ioProc = 0;
   const auto status = environment_.hardware.createIOProcID(
       session.aggID, ioQueue_, makeRenderBlock(session.mix, session.metrics), ioProc);

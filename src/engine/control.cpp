@@ -1,4 +1,3 @@
-// Changing sessions that run, and asking about them.
 
 #include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"

@@ -1,6 +1,5 @@
-// Keeping sessions in line with what the audio system tells: processes, devices, the default device and the
-// routes that are chosen elsewhere. Each pass looks at everything anew, so it does not matter which change
-// has caused it, nor how many.
+// Keeps sessions in line with the audio system: processes, devices, the default device and routes chosen
+// elsewhere. Each pass reads everything anew, so it need not know which changes caused it.
 
 #include "audio/object_access.h"
 #include "engine/hardware_controller.h"
@@ -32,7 +31,7 @@ void HardwareController::followChanges() {
   if (!outputs || !processes_.update(hardware)) {
     listeners_->forgetObjects();
     (void)listen();
-    return; // without an audio system the sessions stay as they are, until it is back
+    return; // no audio system: sessions stay unchanged until it is back
   }
   if (hasProcessListChanged) listeners_->forgetObjects();
   reportDevices(outputs->devices);
@@ -42,7 +41,7 @@ void HardwareController::followChanges() {
   std::erase_if(formerProcesses_, [this](const auto& former) {
     return findByKey(former.second) == nullptr && !kept_.contains(former.second);
   });
-  if (listen()) requestPass(); // what is new may have changed before we listened to it
+  if (listen()) requestPass(); // new objects may have changed before we listened to them
   reportChanges();
 }
 
@@ -62,7 +61,7 @@ void HardwareController::followSession(AudioObjectID sessionID, const OutputSitu
   followProcesses(*session, processes);
   followChoice(*session, outputs);
   auto& hardware = environment_.hardware;
-  // A process whose state can't be read counts as playing, so that a failed call does not empty its meter.
+  // A process with an unreadable state counts as playing, so that a failed call does not clear its meter.
   session->isPlaying = std::ranges::any_of(processes, [&](AudioObjectID process) {
     return scalarProp<std::uint32_t>(hardware, process, property::kProcessIsRunningOutput, scope::kGlobal) !=
            0U;
@@ -74,21 +73,21 @@ void HardwareController::followSession(AudioObjectID sessionID, const OutputSitu
   try {
     rebuild(session->app.objectID);
   } catch (const HardwareError&) {
-    // It is reported, and tried again.
+    // Already reported; will be retried.
   }
 }
 
-/// Has the tap take in all processes of the application.
+/// Gives the tap the application's current processes.
 void HardwareController::followProcesses(TapSession& session, const std::vector<AudioObjectID>& processes) {
   if (processes == session.processes) return;
   if (std::ranges::find(processes, session.app.objectID) == processes.end()) return;
   const auto status = environment_.hardware.setPropertyData(
       session.tapID, {property::kTapProcessList, scope::kGlobal}, std::as_bytes(std::span(processes)));
-  if (status == kNoError) session.processes = processes; // else one of them has just ended
+  if (status == kNoError) session.processes = processes; // otherwise one of them has just ended
 }
 
-/// The device that the user has sent the processes to elsewhere; an inner none: they follow the default
-/// device. None if that can't be read.
+/// The device that something other than this program chose for the processes. The inner none: they follow the
+/// default device. The outer none: unreadable.
 std::optional<std::optional<std::string>>
 HardwareController::readChoice(const std::vector<AudioObjectID>& processes) const {
   auto& hardware = environment_.hardware;
@@ -104,12 +103,12 @@ HardwareController::readChoice(const std::vector<AudioObjectID>& processes) cons
   return std::nullopt;
 }
 
-/// A choice that has changed elsewhere becomes the session's route.
+/// A route that was changed elsewhere becomes the session's route.
 void HardwareController::followChoice(TapSession& session, const OutputSituation& outputs) {
   auto choice = readChoice(session.processes);
   if (!choice || *choice == session.chosenUID) return;
   if (!*choice) {
-    // There is no choice either while its device is gone. That is no change of the user's mind.
+    // The choice also reads as none while its device is disconnected; that is not a change of choice.
     const auto outputsNow = readOutputSituation(environment_.hardware);
     if (!outputs.isConnected(*session.chosenUID) || !outputsNow ||
         !outputsNow->isConnected(*session.chosenUID))
@@ -125,7 +124,7 @@ void HardwareController::noteFormerProcesses(const TapSession& session) {
     formerProcesses_[process] = stableKey(session.app);
 }
 
-/// Ends the session of an application whose last process has ended; the next one gets its settings.
+/// Ends the session of an application whose last process has ended, and keeps its settings for the next one.
 void HardwareController::outlive(const TapSession& session) {
   const auto key = stableKey(session.app);
   noteFormerProcesses(session);

@@ -26,7 +26,7 @@ TapSession* HardwareController::find(AudioObjectID appID) const {
   if (const auto found = sessions_.find(appID); found != sessions_.end()) return found->second.get();
   for (const auto& [sessionID, session] : sessions_)
     if (std::ranges::find(session->processes, appID) != session->processes.end()) return session.get();
-  // Of a process that has ended the caller may not have heard yet.
+  // The caller may not know yet that a process has ended.
   const auto former = formerProcesses_.find(appID);
   return former != formerProcesses_.end() ? findByKey(former->second) : nullptr;
 }

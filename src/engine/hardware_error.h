@@ -6,10 +6,10 @@
 
 namespace sonvel {
 
-/// The status of a HardwareError that no call of the audio system has given.
+/// Status of a HardwareError that does not come from the audio system.
 inline constexpr OSStatus kNoCallStatus = -1;
 
-/// The one error that the engine throws: a step of building a channel has failed.
+/// The engine's only exception: a step of building a channel failed.
 class HardwareError final : public std::exception {
  public:
   HardwareError(std::string step, OSStatus status)
@@ -19,7 +19,7 @@ class HardwareError final : public std::exception {
 
   const std::string& step() const noexcept { return step_; }
 
-  /// What the failed call returned, which may be success if it gave no object; or kNoCallStatus.
+  /// The status of the failed call, which is success if it returned no object; or kNoCallStatus.
   OSStatus status() const noexcept { return status_; }
 
   /// One line for the user.

@@ -1,4 +1,4 @@
-// Settings of applications that have no session: they are used as soon as the application plays.
+// Settings of applications without a session, used as soon as the application plays.
 
 #include "engine/hardware_controller.h"
 
@@ -45,7 +45,7 @@ void HardwareController::startKeptApplications() {
     else if (const auto bundleIDs = processes_.bundleIDs(key); !bundleIDs.empty())
       letWait(bundleIDs, kept);
     else if (processes_.of(key).empty())
-      kept_.erase(key); // a process ID may become another program's
+      kept_.erase(key); // a process ID may be reused by another program
   }
 }
 
@@ -53,12 +53,12 @@ void HardwareController::startKept(const AudioApp& app, Settings settings) {
   try {
     addChannel(app, settings.gain, settings.muted, std::move(settings.outputUID));
   } catch (const HardwareError&) {
-    // It is reported, and tried again.
+    // Already reported; will be retried.
   }
 }
 
-/// Makes a tap that no aggregate device reads: what the application plays into it is not heard, so that it is
-/// not heard at another volume before it has its session.
+/// Creates a tap that no aggregate device reads. It silences the application, so that nothing is heard at the
+/// wrong volume before its session starts.
 void HardwareController::letWait(const std::set<std::string>& bundleIDs, Kept& kept) {
   if (kept.tap != kAudioObjectUnknown) return;
   const TapDescription description{.processes = {},

@@ -5,16 +5,16 @@
 
 namespace sonvel {
 
-/// What the render callback of one channel saw in its last cycle.
+/// What the render callback of one channel recorded in its last cycle.
 ///
-/// The render callback alone writes it, any thread may read. No call blocks, and all are real-time safe. Each
-/// field is read and written indivisibly, but the fields are not a set: a peak may come from the cycle before
-/// the one that was counted last.
+/// Written only by the render callback; any thread may read. No call blocks, and all are real-time safe. Each
+/// field is atomic, but the fields together are not: the peak may belong to the cycle before the last counted
+/// one.
 class MixMetrics {
  public:
   MixMetrics() = default;
 
-  /// Counts on from `cycles`, as if that many had run.
+  /// Starts counting at `cycles`.
   explicit MixMetrics(std::int32_t cycles) noexcept
       : cycles_{cycles} {}
 
@@ -23,18 +23,18 @@ class MixMetrics {
 
   std::int32_t outBufs() const noexcept { return outBufs_.load(std::memory_order_relaxed); }
 
-  /// Largest absolute input sample of the last cycle alone, before gain and mute; linear amplitude.
+  /// Largest absolute input sample of the last cycle, before gain and mute; linear amplitude.
   float inPeak() const noexcept { return inPeak_.load(std::memory_order_relaxed); }
 
-  /// Number of cycles that have run; goes on at the smallest value after the largest.
+  /// Number of cycles so far; wraps from the largest to the smallest value.
   std::int32_t cycles() const noexcept { return cycles_.load(std::memory_order_relaxed); }
 
-  /// Counts one more cycle and replaces what is known of the one before.
+  /// Counts a cycle and replaces the values of the last one.
   void recordCycle(std::int32_t inBufs, std::int32_t outBufs, float inPeak) noexcept {
     inBufs_.store(inBufs, std::memory_order_relaxed);
     outBufs_.store(outBufs, std::memory_order_relaxed);
     inPeak_.store(inPeak, std::memory_order_relaxed);
-    // There is one writer, so the count needs no locked instruction; unsigned arithmetic wraps.
+    // One writer, so no atomic increment is needed; unsigned arithmetic wraps.
     const auto next = static_cast<std::uint32_t>(cycles()) + 1U;
     cycles_.store(static_cast<std::int32_t>(next), std::memory_order_relaxed);
   }

@@ -1,4 +1,4 @@
-// Finding out by ear whether other programs' audio can be captured.
+// Checks by listening whether other programs' audio can be captured.
 
 #include "engine/capture_probe.h"
 #include "engine/hardware_controller.h"

@@ -10,7 +10,7 @@ void probeCycle(MixMetrics& metrics, const AudioBufferList& input) noexcept {
     if (samples == nullptr) continue;
     for (std::size_t i = 0; i < buffer.sizeBytes / sizeof(float); ++i) {
       const float magnitude = samples[i] < 0.0F ? -samples[i] : samples[i];
-      if (magnitude > peak) peak = magnitude; // false for what is not a number
+      if (magnitude > peak) peak = magnitude; // false for NaN
     }
   }
   metrics.recordCycle(static_cast<std::int32_t>(input.buffers.size()), 0, peak);

@@ -5,8 +5,8 @@
 
 namespace sonvel {
 
-/// Runs one cycle of a capture probe: counts it, and keeps the largest absolute sample of all cycles so far.
-/// Plays nothing. Real-time safe.
+/// One cycle of a capture probe: counts it and keeps the largest absolute sample of all cycles. Writes no
+/// output. Real-time safe.
 void probeCycle(MixMetrics& metrics, const AudioBufferList& input) noexcept;
 
 } // namespace sonvel

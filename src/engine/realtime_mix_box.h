@@ -4,14 +4,14 @@
 
 namespace sonvel {
 
-/// The gain and mute of one channel, on their way to its render callback.
+/// Passes the gain and mute of one channel to its render callback.
 ///
-/// The engine's actor alone writes it, the render callback alone reads it for sound; any thread may read. No
-/// call blocks, and all are real-time safe. Each field is read and written indivisibly, but the two are not a
-/// set: a reader may see the new gain with the old mute.
+/// Written only by the engine's actor, read by the render callback; any thread may read. No call blocks, and
+/// all are real-time safe. Each field is atomic, but the two together are not: a reader may see the new gain
+/// with the old mute.
 class RealtimeMixBox {
  public:
-  /// Linear amplitude factor: 1.0 is unity. Written as it was given, without a clamp.
+  /// Linear amplitude factor; 1.0 is unity. Stored without clamping.
   float gain() const noexcept { return gain_.load(std::memory_order_relaxed); }
 
   void setGain(float gain) noexcept { gain_.store(gain, std::memory_order_relaxed); }
@@ -20,7 +20,7 @@ class RealtimeMixBox {
 
   void setMuted(bool muted) noexcept { muted_.store(muted, std::memory_order_relaxed); }
 
-  /// The factor to play with: 0.0 while muted, otherwise the gain.
+  /// 0.0 while muted, otherwise the gain.
   float effectiveGain() const noexcept { return muted() ? 0.0F : gain(); }
 
  private:

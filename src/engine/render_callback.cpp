@@ -6,7 +6,7 @@ namespace sonvel {
 
 ScaleAndPeak fastestScaleAndPeak() noexcept {
 #if defined(__x86_64__)
-  // AVX-512 is no faster: two AVX2 vectors already store all that the cache takes.
+  // AVX-512 is no faster: two AVX2 vectors already reach the cache's write bandwidth.
   if (__builtin_cpu_supports("avx2")) return &scaleAndPeakAvx2;
 #endif
   return &scaleAndPeak;

@@ -9,14 +9,14 @@
 
 namespace sonvel {
 
-/// The fastest of the kernels that this processor can run.
+/// The fastest kernel for this processor.
 ScaleAndPeak fastestScaleAndPeak() noexcept;
 
-/// Makes the block that plays one channel: each cycle it copies the input to the output times the effective
-/// gain of `mix`, and tells `metrics` what it saw. The block keeps both alive.
+/// Creates the block that plays one channel: each cycle it copies the input to the output times the effective
+/// gain of `mix`, and records the cycle in `metrics`. The block keeps both alive.
 ///
-/// Making, copying and destroying a block allocates or frees; calling it is real-time safe. Blocks that share
-/// their metrics must not be called at the same time.
+/// Creating, copying and destroying a block allocates or frees memory; calling it is real-time safe. Blocks
+/// that share metrics must not run at the same time.
 IOProcBlock makeRenderBlock(std::shared_ptr<const RealtimeMixBox> mix, std::shared_ptr<MixMetrics> metrics);
 
 } // namespace sonvel

@@ -9,8 +9,8 @@ namespace sonvel {
 
 namespace {
 
-// Vectors pass by reference and are inlined at every level of optimisation: passed by value they would need
-// registers that only some of the functions below may use.
+// Vectors are passed by reference and always inlined: passing them by value would need registers that only
+// some of the functions below may use.
 
 template <std::size_t kBytes> struct Vector {
   using Floats [[gnu::vector_size(kBytes)]] = float;
@@ -19,13 +19,13 @@ template <std::size_t kBytes> struct Vector {
   static constexpr std::size_t kLanes = kBytes / sizeof(float);
 };
 
-/// In this order a NaN among `values` loses the comparison; it is one instruction.
+/// One instruction. With the operands in this order a NaN in `values` is ignored.
 template <typename Floats>
 [[gnu::always_inline]] inline void raise(Floats& peaks, const Floats& values) noexcept {
   peaks = values > peaks ? values : peaks;
 }
 
-/// Brings the largest lane to every lane, each step against the lanes that are `kDistance` further on.
+/// Spreads the largest lane to all lanes; each step compares lanes `kDistance` apart.
 template <std::size_t kDistance, typename Floats, std::size_t... kLane>
 [[gnu::always_inline]] inline void spreadLargest(Floats& peaks,
                                                  std::index_sequence<kLane...> lanes) noexcept {
@@ -41,7 +41,7 @@ template <typename Floats>
   std::memcpy(&samples, in, sizeof samples);
 }
 
-/// One vector of samples: written times the gain, and its magnitudes into `peaks`.
+/// Processes one vector: writes it times the gain, and updates `peaks` with its magnitudes.
 template <std::size_t kBytes>
 [[gnu::always_inline]] inline void scaleVector(const typename Vector<kBytes>::Floats& gains,
                                                const typename Vector<kBytes>::Floats& samples, float* out,
@@ -73,12 +73,12 @@ template <std::size_t kBytes>
   constexpr std::size_t kLanes = Vector<kBytes>::kLanes;
   if (count < kLanes) return scaleOneByOne(gain, in, out, count, peak);
 
-  const Floats gains = gain - Floats{}; // less zero, because plus zero would turn a negative zero
+  const Floats gains = gain - Floats{}; // minus zero, because adding +0.0 would change -0.0 to +0.0
   Floats peaks = peak - Floats{};
-  Floats otherPeaks = peaks; // two, so that one comparison need not wait for the last
+  Floats otherPeaks = peaks; // two accumulators, so that comparisons do not wait for each other
 
-  // The first and the last vector are read before anything is written and may overlap the ones between them,
-  // which lets those begin where `out` is aligned and end with a whole vector, also if `in` is `out`.
+  // The first and last vectors are read before anything is written. They may overlap the vectors between
+  // them, so those can start aligned in `out` and have whole length, even if `in` equals `out`.
   Floats first;
   Floats last;
   load(first, in);

@@ -10,9 +10,9 @@
 
 namespace sonvel {
 
-/// Writes `gain * in[k]` to `out[k]` for each k below `count`, and returns the largest of `peak` and all
-/// |in[k]|. A NaN is multiplied and written, but never raises the peak. Any `gain` and `peak` are taken as
-/// they are. `in` and `out` are aligned for a float, and are either the same run or don't overlap.
+/// Writes `gain * in[k]` to `out[k]` for each k < `count`, and returns the maximum of `peak` and all |in[k]|.
+/// A NaN is multiplied and written but never raises the peak. `gain` and `peak` may have any value. `in` and
+/// `out` are aligned for float, and are equal or don't overlap.
 using ScaleAndPeak = float (*)(float gain, const float* in, float* out, std::size_t count,
                                float peak) noexcept;
 
@@ -20,12 +20,12 @@ using ScaleAndPeak = float (*)(float gain, const float* in, float* out, std::siz
 float scaleAndPeak(float gain, const float* in, float* out, std::size_t count, float peak) noexcept;
 
 #if defined(__x86_64__)
-/// For a processor with AVX2 alone; twice as fast there.
+/// Only for processors with AVX2; twice as fast there.
 float scaleAndPeakAvx2(float gain, const float* in, float* out, std::size_t count, float peak) noexcept;
 #endif
 
-/// One cycle of a channel: buffer i of `input`, a flat run of floats however many channels it has, plays into
-/// buffer i of `output`, as far as both go; what has no partner is left as it is.
+/// One cycle of a channel: buffer i of `input`, taken as a flat array whatever its channel count, plays into
+/// buffer i of `output`, up to the shorter length. Buffers without a partner are left unchanged.
 void renderCycle(ScaleAndPeak kernel, const RealtimeMixBox& mix, MixMetrics& metrics,
                  const AudioBufferList& input, AudioBufferList& output) noexcept;
 

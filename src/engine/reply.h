@@ -15,12 +15,12 @@ namespace sonvel {
 
 namespace detail {
 
-/// What an actor and the holder of a Reply share. Any thread.
+/// Shared by an actor and the holder of a Reply. Any thread.
 template <class R> class ReplyState {
  public:
   using Value = std::conditional_t<std::is_void_v<R>, std::monostate, R>;
 
-  /// Sets the outcome to that of `function`. Once.
+  /// Sets the outcome to the result or exception of `function`. Call once.
   template <class F> void completeWith(F&& function) {
     Outcome outcome;
     try {
@@ -36,7 +36,7 @@ template <class R> class ReplyState {
     complete(std::move(outcome));
   }
 
-  /// Calls `continuation` when there is an outcome, on the thread that sets it, or now if there is one.
+  /// Calls `continuation` when the outcome is set, on the thread that sets it; immediately if it is set.
   void whenReady(std::function<void()> continuation) {
     {
       const std::scoped_lock lock(mutex_);
@@ -73,7 +73,7 @@ template <class R> class ReplyState {
     if (continuation) continuation();
   }
 
-  std::mutex mutex_; ///< guards the next three
+  std::mutex mutex_; ///< guards the three members below
   std::condition_variable ready_;
   Outcome outcome_;
   std::function<void()> continuation_;
@@ -81,18 +81,16 @@ template <class R> class ReplyState {
 
 } // namespace detail
 
-/// The outcome of a call to an actor, to be waited for or awaited once. Dropping it loses the outcome, not
-/// the call. A reply is used by one thread at a time, and stays good when the actor is gone.
+/// The outcome of a call to an actor; wait for it or await it once. Dropping the reply does not cancel the
+/// call. Used by one thread at a time; stays valid after the actor's end.
 template <class R> class [[nodiscard]] Reply {
  public:
-  /// What is awaited.
   struct Awaiter {
-    // It always suspends, so that the code behind it runs on the executor, however early the outcome is
-    // there.
+    // Always suspends, so that the code after co_await runs on the executor even if the outcome is set.
     bool await_ready() const noexcept { return false; }
 
     void await_suspend(std::coroutine_handle<> waiter) {
-      const auto shared = state; // the coroutine may go on and destroy this before whenReady returns
+      const auto shared = state; // the coroutine may resume and destroy this object before whenReady returns
       shared->whenReady([waiter, &resumer = executor] { resumer.post(waiter); });
     }
 
@@ -105,13 +103,14 @@ template <class R> class [[nodiscard]] Reply {
   explicit Reply(std::shared_ptr<detail::ReplyState<R>> state) noexcept
       : state_(std::move(state)) {}
 
-  /// Blocks until the call has run, and returns or throws what it did. Once; not from the actor's thread.
+  /// Blocks until the call has run, then returns its result or throws its exception. Call once; not on the
+  /// actor's thread.
   R get() {
     const auto state = std::move(state_);
     return state->take();
   }
 
-  /// For co_await, which gives or throws what the call did: the coroutine goes on as work of `executor`,
+  /// For co_await, which returns or throws the call's outcome. The coroutine resumes as work of `executor`,
   /// which must exist until then.
   Awaiter resumeOn(Executor& executor) && noexcept { return {std::move(state_), executor}; }
 

@@ -1,4 +1,3 @@
-// Telling what has changed.
 
 #include "engine/hardware_controller.h"
 
@@ -44,8 +43,8 @@ SessionReport HardwareController::reportOf(const TapSession& session) {
           .muted = session.mix->muted()};
 }
 
-/// Reports what differs from the last report. In a configuration nothing is reported: what ends there may
-/// begin again.
+/// Reports the differences from the last report. Does nothing inside a configuration, where a session that
+/// ends may start again.
 void HardwareController::reportChanges() {
   if (configurationDepth_ > 0) return;
   reportRestorationFailure();

@@ -18,7 +18,7 @@ SerialThread::~SerialThread() {
 void SerialThread::post(std::function<void()> work) {
   {
     const std::scoped_lock lock(mutex_);
-    work_.push_back(std::move(work)); // after the end nobody takes it
+    work_.push_back(std::move(work)); // dropped if the thread has ended
   }
   changed_.notify_one();
 }
@@ -41,7 +41,7 @@ void SerialThread::run() {
   std::function<void()> work;
   while (takeNext(work)) {
     work();
-    work = nullptr; // what it held goes before the thread waits again
+    work = nullptr; // destroys captured objects before the thread waits again
   }
 }
 

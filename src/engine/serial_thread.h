@@ -9,12 +9,12 @@
 
 namespace sonvel {
 
-/// An executor with a thread of its own.
+/// An executor with its own thread.
 class SerialThread final : public Executor {
  public:
   SerialThread();
 
-  /// Finishes first.
+  /// Calls finish().
   ~SerialThread() override;
 
   SerialThread(const SerialThread&) = delete;
@@ -24,15 +24,15 @@ class SerialThread final : public Executor {
 
   bool isCurrent() const override;
 
-  /// Runs what is posted, and what that posts in turn, then ends the thread. Blocks until then. Not from the
-  /// thread itself.
+  /// Runs the posted work and what that posts, then ends the thread. Blocks until then. Not from the thread
+  /// itself.
   void finish();
 
  private:
   void run();
   bool takeNext(std::function<void()>& work);
 
-  std::mutex mutex_; ///< guards the next three
+  std::mutex mutex_; ///< guards the three members below
   std::condition_variable changed_;
   std::deque<std::function<void()>> work_;
   bool isFinishing_ = false;

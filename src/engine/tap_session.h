@@ -9,27 +9,26 @@
 
 namespace sonvel {
 
-/// What exists in the audio system for one controlled application. A handle is set as soon as its object
-/// exists and cleared only when the object is gone, so that a session always tells what is left to undo.
-/// Touched by the controller alone.
+/// The audio objects of one controlled application. A handle is set as soon as its object exists and cleared
+/// only when the object is gone, so that a failed removal can be resumed. Used only by the controller.
 struct TapSession {
   TapSession(AudioApp controlledApp, std::optional<std::string> wantedOutputUID)
       : app(std::move(controlledApp))
       , processes{app.objectID}
       , outputUID(std::move(wantedOutputUID)) {}
 
-  AudioApp app;                         ///< with the process that stands for the application
-  std::vector<AudioObjectID> processes; ///< of the application, as far as the tap was told of them
-  std::optional<std::string> outputUID; ///< the device asked for; none follows the default device
-  std::string playingUID = {};          ///< the device that the aggregate device is made of
+  AudioApp app;                         ///< with the process that represents the application
+  std::vector<AudioObjectID> processes; ///< processes of the application that the tap has
+  std::optional<std::string> outputUID; ///< the requested device; none follows the default device
+  std::string playingUID = {};          ///< the aggregate's real device
 
-  /// The device that the application was sent to elsewhere, as it was last looked at; none: it follows.
+  /// The device chosen elsewhere at the last check; none: it follows the default.
   std::optional<std::string> chosenUID = {};
 
   bool isPlaying = true;  ///< some process plays
   bool isPartial = false; ///< some stream can't be controlled
 
-  /// Why taking it down has failed, which is tried again. None while it is healthy.
+  /// The error of a failed removal, which is retried. None while the session is healthy.
   std::optional<std::string> teardownFailure = {};
 
   AudioObjectID tapID = kAudioObjectUnknown;

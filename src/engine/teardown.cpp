@@ -1,4 +1,4 @@
-// Taking sessions down, which is what gives an application its own output back, until it has succeeded.
+// Removes sessions, which gives applications their own output back, and retries until it succeeds.
 
 #include "engine/configuration.h"
 #include "engine/hardware_controller.h"
@@ -18,7 +18,7 @@ HardwareTeardownResult failed(AudioObjectID appID, const std::string& step, OSSt
 
 } // namespace
 
-// Clears each handle only when its object is gone, so that the next attempt resumes at the step that failed.
+// Clears each handle when its object is gone, so that the next attempt resumes at the failed step.
 HardwareTeardownResult HardwareController::teardown(TapSession& session) {
   auto& hardware = environment_.hardware;
   if (session.ioProc && session.aggID != kAudioObjectUnknown) {
@@ -113,7 +113,8 @@ void HardwareController::scheduleTeardownRetry() {
   teardownRetryTask_ = clock_.callAfter(kTeardownRetryInterval, relay_.bind([this] { retryTeardown(); }));
 }
 
-/// Takes all down, and builds the healthy sessions again at once: their applications hear nothing of it.
+/// Removes all sessions and rebuilds the healthy ones in the same configuration, so that their applications
+/// play on unchanged.
 void HardwareController::retryTeardown() {
   bool isRestored = false;
   {
@@ -123,7 +124,7 @@ void HardwareController::retryTeardown() {
       if (!session->teardownFailure) healthy.emplace_back(session->app, settingsOf(*session));
     isRestored = std::ranges::all_of(takeAllDown(), &HardwareTeardownResult::restored);
     for (auto& [app, settings] : healthy) {
-      if (sessions_.contains(app.objectID)) continue; // it could not be taken down
+      if (sessions_.contains(app.objectID)) continue; // could not be removed
       const auto& kept = kept_[stableKey(app)] = {.settings = std::move(settings)};
       startKept(app, kept.settings);
     }
@@ -131,7 +132,7 @@ void HardwareController::retryTeardown() {
   requestPass();
   reportChanges();
   if (!isRestored) return scheduleTeardownRetry();
-  // Posted, so that calls that wait already still see the retrying as going on.
+  // Posted, so that queued calls still see the retry as active.
   relay_.bind([this] { teardownRetryTask_.reset(); })();
 }
 

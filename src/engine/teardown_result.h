@@ -4,10 +4,10 @@
 
 namespace sonvel {
 
-/// How one attempt to take a session down ended.
+/// The result of one attempt to remove a session.
 struct HardwareTeardownResult {
   AudioObjectID appID = kAudioObjectUnknown; ///< the process object of the session's application
-  std::vector<std::string> failures;         ///< one line each; empty if nothing of the session is left
+  std::vector<std::string> failures;         ///< one line each; empty if the session was removed completely
 
   bool restored() const noexcept { return failures.empty(); }
 
