@@ -4,10 +4,9 @@ from support.session import Session
 
 
 @pytest.fixture
-def session(request):
-    """A private sound session; its options come from the test's mark, as @pytest.mark.session(quantum=256)."""
-    mark = request.node.get_closest_marker("session")
-    with Session(**(mark.kwargs if mark else {})) as session:
+def session():
+    """A private sound session."""
+    with Session() as session:
         yield session
 
 

@@ -5,8 +5,8 @@
 #include <chrono>
 #include <cstdio>
 
-/// What differs between generations of PipeWire and WirePlumber, each with its reason. First homes are 0.3.65
-/// with 0.4.13 (Debian 12) and 1.4.9 with 0.5.9 (Debian 13).
+/// What differs between the PipeWire and WirePlumber of Debian 12 (0.3.65 and 0.4.13) and those of Debian 13
+/// (1.4.2 and 0.5.8), each with its reason.
 namespace sonvel::pipewire::quirks {
 
 /// Since 1.0 a node says itself that it must not keep a device awake (`node.passive`). Before that its links
@@ -37,7 +37,12 @@ inline constexpr std::chrono::milliseconds kManagerLinksWithin{1000};
 // stream appears, 0.4 as `target.node`, 0.5 as `target.object`, over what we wrote there before.
 // stream_targets.cpp reads both as the user's choice.
 //
-// A stereo stream on a device with one channel is mixed down by 0.707 on 0.3.65 and by 0.5 on 1.4.9. A tap
+// A stereo stream on a device with one channel is mixed down by 0.707 on 0.3.65 and by 0.5 on 1.4. A tap
 // for such a device has one channel too, so the server does it by its own rule.
+//
+// 0.3.65 can refuse or restrict programs by lists of their names (`access.rejected`, `access.restricted`); a
+// refused one gets EACCES. 1.4 ignores these lists: there a program is restricted by the socket that it comes in
+// by, or as sandboxes ask for it (`pipewire.client.access`), and the session manager decides what it may do.
+// rights_watch.cpp looks at the permissions themselves, which are the same on both.
 
 } // namespace sonvel::pipewire::quirks

@@ -142,8 +142,8 @@ void UpdateCycle::fail(UpdateFailure failure) {
 }
 
 QDateTime UpdateCycle::now() const {
-  return QDateTime::fromSecsSinceEpoch(
-      std::chrono::duration_cast<seconds>(environment_.calendarTime().time_since_epoch()).count(), Qt::UTC);
+  const auto sinceEpoch = environment_.calendarTime().time_since_epoch();
+  return QDateTime::fromSecsSinceEpoch(std::chrono::duration_cast<seconds>(sinceEpoch).count()).toUTC();
 }
 
 void UpdateCycle::endCheck(std::optional<UpdateFailure> failure) {

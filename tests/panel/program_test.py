@@ -58,11 +58,16 @@ class Program:
 
 
 @pytest.fixture
-def program(request):
-    """Its desktop has the options of the test's mark."""
+def desktop(request):
+    """Has the options of the test's mark."""
     mark = request.node.get_closest_marker("desktop")
     with Desktop(**(mark.kwargs if mark else {})) as desktop:
-        yield Program(desktop)
+        yield desktop
+
+
+@pytest.fixture
+def program(desktop):
+    return Program(desktop)
 
 
 def test_ends_on_a_signal_when_every_application_has_its_own_sound(program):
@@ -120,8 +125,9 @@ def test_says_when_sound_is_lost_and_goes_on_by_itself(program):
     program.desktop.hear(program.players[0])  # as it was set before
 
 
-@pytest.mark.desktop(access=f'access.restricted = [ "{BIN}/sonvel" ]')
-def test_takes_nothing_over_until_it_has_the_rights(program):
+def test_takes_nothing_over_until_it_has_the_rights(desktop):
+    desktop.environment |= desktop.session.restriction()
+    program = Program(desktop)
     program.open()
     program.screen.control("Grant Audio Access")
     program.screen.control(DENIED)

@@ -44,9 +44,8 @@ class Session:
     """Its own D-Bus, PipeWire, WirePlumber and PulseAudio socket on folders of its own, with the sinks Speakers (the
     default) and Headphones. All of it ends with this object, or with this process."""
 
-    def __init__(self, quantum=1024, access="", daemons=DAEMONS):
-        """quantum: frames of each cycle. access: arguments of the server's access module. daemons: none for a session
-        with a D-Bus alone."""
+    def __init__(self, quantum=1024, daemons=DAEMONS):
+        """quantum: frames of each cycle. daemons: none for a session with a D-Bus alone."""
         self.folder = Path(tempfile.mkdtemp(prefix="sonvel-session-"))
         self.processes = {}
         self.sinks = {}
@@ -59,7 +58,7 @@ class Session:
             "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.folder}/run/bus", "DISABLE_RTKIT": "y"}
         for name in ("home", "run", "config", "state", "data", "cache", "bin"):
             (self.folder / name).mkdir(mode=0o700)
-        self._configure(quantum, access)
+        self._configure(quantum)
         try:
             self.start("dbus-daemon", f"--config-file={self.folder}/bus.conf", "--nofork", name="dbus-daemon")
             wait_until((self.folder / "run/bus").is_socket, what="D-Bus")
@@ -69,23 +68,25 @@ class Session:
             self.end()
             raise
 
-    def _configure(self, quantum, access):
-        self._write("bus.conf", _BUS.format(f"{self.folder}/run/bus"))
+    def _configure(self, quantum):
+        self.write("bus.conf", _BUS.format(f"{self.folder}/run/bus"))
         for name, text in _NO_HARDWARE.items():
-            self._write(f"config/wireplumber/{name}", text)
+            self.write(f"config/wireplumber/{name}", text)
         clock = {f"default.clock.{name}": quantum for name in ("quantum", "min-quantum", "max-quantum")}
         sinks = [json.dumps(sink_properties(name, priority))
                  for name, priority in (("Speakers", 1500), ("Headphones", 1000))]
-        self._write("config/pipewire/pipewire.conf.d/50-test.conf",
-                    "context.properties = " + json.dumps({**clock, "vm.overrides": clock}) +
-                    "\ncontext.objects = [ " + " ".join(f"{{ factory = adapter args = {sink} }}" for sink in sinks) + " ]")
-        if access:  # what a file of its own says comes too late for a module
-            text = Path("/usr/share/pipewire/pipewire.conf").read_text()
-            start, rest = text.split("{ name = libpipewire-module-access", 1)
-            self._write("config/pipewire/pipewire.conf", start + "{ name = libpipewire-module-access" +
-                        rest.replace("args = {", "args = {\n" + access, 1))
+        self.write("config/pipewire/pipewire.conf.d/50-test.conf",
+                   "context.properties = " + json.dumps({**clock, "vm.overrides": clock}) +
+                   "\ncontext.objects = [ " + " ".join(f"{{ factory = adapter args = {sink} }}" for sink in sinks) + " ]")
 
-    def _write(self, name, text):
+    def restriction(self):
+        """Environment of programs that the server restricts from their start, as it restricts a sandbox."""
+        for name in ("client", "client-rt"):
+            self.write(f"restricted/pipewire/{name}.conf.d/50-test.conf",
+                       "context.properties = { pipewire.client.access = restricted }")
+        return {"XDG_CONFIG_HOME": f"{self.folder}/restricted"}
+
+    def write(self, name, text):
         path = self.folder / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text)
