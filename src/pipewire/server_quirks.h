@@ -41,8 +41,8 @@ inline constexpr std::chrono::milliseconds kManagerLinksWithin{1000};
 // for such a device has one channel too, so the server does it by its own rule.
 //
 // 0.3.65 can refuse or restrict programs by lists of their names (`access.rejected`, `access.restricted`); a
-// refused one gets EACCES. 1.4 ignores these lists: there a program is restricted by the socket that it comes in
-// by, or as sandboxes ask for it (`pipewire.client.access`), and the session manager decides what it may do.
-// rights_watch.cpp looks at the permissions themselves, which are the same on both.
+// refused one gets EACCES. 1.4 ignores these lists: there a program is restricted by the socket that it comes
+// in by, or as sandboxes ask for it (`pipewire.client.access`), and the session manager decides what it may
+// do. rights_watch.cpp looks at the permissions themselves, which are the same on both.
 
 } // namespace sonvel::pipewire::quirks
