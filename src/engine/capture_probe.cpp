@@ -1,63 +1,85 @@
+// Finding out by ear whether other programs' audio can be captured.
+
 #include "engine/capture_probe.h"
 
 #include "audio/object_access.h"
 #include "audio/output_devices.h"
+#include "engine/hardware_controller.h"
 #include "engine/probe_callback_realtime.h"
-#include "engine/uuid.h"
 
 namespace sonvel {
+namespace {
 
-CaptureProbe::CaptureProbe(AudioHardware& hardware, const IOQueue& queue)
+constexpr std::chrono::milliseconds kListeningTime{600};
+
+} // namespace
+
+CaptureProbe::CaptureProbe(AudioHardware& hardware, const IOQueue& queue, Answer answer)
     : hardware_(hardware)
-    , queue_(queue) {}
+    , queue_(queue)
+    , answer_(std::move(answer)) {}
 
 CaptureProbe::~CaptureProbe() {
-  if (isStarted_) hardware_.deviceStop(aggregate_, ioProc_);
-  if (ioProc_ != 0) hardware_.destroyIOProcID(aggregate_, ioProc_);
-  if (aggregate_ != kAudioObjectUnknown) hardware_.destroyAggregateDevice(aggregate_);
-  if (tap_ != kAudioObjectUnknown) hardware_.destroyProcessTap(tap_);
+  if (answer_) takeDownAndAnswer(false);
 }
 
 bool CaptureProbe::start(AudioObjectID process) {
-  if (!createTap(process) || !createAggregateDevice() || !installIOProc()) return false;
-  isStarted_ = hardware_.deviceStart(aggregate_, ioProc_) == kNoError;
+  try {
+    build(process);
+    isStarted_ = true;
+  } catch (const HardwareError&) {
+    // All failures are one answer.
+  }
   return isStarted_;
 }
 
-bool CaptureProbe::createTap(AudioObjectID process) {
+void CaptureProbe::build(AudioObjectID process) {
   const TapDescription description{.processes = {process},
                                    .name = "SonvelProbe",
                                    .isPrivate = true,
                                    .muteBehavior = TapMuteBehavior::unmuted};
-  const auto status = hardware_.createProcessTap(description, tap_);
-  return status == kNoError && tap_ != kAudioObjectUnknown;
+  auto status = hardware_.createProcessTap(description, chain_.tapID);
+  if (status != kNoError || chain_.tapID == kAudioObjectUnknown)
+    throw HardwareError("CreateProcessTap", status);
+  const auto tapUID = cfStringProp(hardware_, chain_.tapID, property::kTapUID);
+  const auto outputUID = tapUID ? defaultOutputDeviceUID(hardware_) : std::nullopt;
+  if (!outputUID) throw HardwareError("output device", kNoCallStatus);
+  status = createAggregateDevice(hardware_, chain_, "SonvelProbeAgg", *outputUID, *tapUID);
+  if (chain_.aggID == kAudioObjectUnknown) throw HardwareError("CreateAggregateDevice", status);
+  installIOProc(hardware_, chain_, queue_,
+                [metrics = metrics_](const AudioTimeStamp&, const AudioBufferList& input,
+                                     const AudioTimeStamp&, AudioBufferList&,
+                                     const AudioTimeStamp&) { probeCycle(*metrics, input); });
+  startDevice(hardware_, chain_);
 }
 
-bool CaptureProbe::createAggregateDevice() {
-  const auto tapUID = cfStringProp(hardware_, tap_, property::kTapUID);
-  if (!tapUID) return false;
-  const auto outputUID = defaultOutputDeviceUID(hardware_);
-  if (!outputUID) return false;
-  const AggregateDeviceDescription description{.name = "SonvelProbeAgg",
-                                               .uid = randomUUID(),
-                                               .mainSubDeviceUID = *outputUID,
-                                               .isPrivate = true,
-                                               .isStacked = false,
-                                               .tapAutoStart = true,
-                                               .subDevices = {{.uid = *outputUID}},
-                                               .taps = {{.uid = *tapUID, .driftCompensation = true}}};
-  const auto status = hardware_.createAggregateDevice(description, aggregate_);
-  if (status != kNoError) aggregate_ = kAudioObjectUnknown;
-  return aggregate_ != kAudioObjectUnknown;
+void CaptureProbe::finish() {
+  takeDownAndAnswer(metrics_->cycles() >= 1 && metrics_->inPeak() > 0.0F);
 }
 
-bool CaptureProbe::installIOProc() {
-  const auto block = [metrics = metrics_](const AudioTimeStamp&, const AudioBufferList& input,
-                                          const AudioTimeStamp&, AudioBufferList&,
-                                          const AudioTimeStamp&) { probeCycle(*metrics, input); };
-  const auto status = hardware_.createIOProcID(aggregate_, queue_, block, ioProc_);
-  if (status != kNoError) ioProc_ = 0;
-  return ioProc_ != 0;
+void CaptureProbe::takeDownAndAnswer(bool hasHeard) {
+  abandon(hardware_, chain_, isStarted_);
+  std::exchange(answer_, nullptr)(hasHeard);
+}
+
+HardwareController::~HardwareController() {
+  probes_.clear();
+}
+
+void HardwareController::probeCapture(ProbeAnswer answer) {
+  assertOnExecutor();
+  const auto apps = enumerateAudibleApps(environment_);
+  if (apps.empty()) return answer(std::nullopt);
+  auto probe = std::make_unique<CaptureProbe>(environment_.hardware, ioQueue_, std::move(answer));
+  if (!probe->start(apps.front().objectID)) return; // it answers as it goes
+  const auto number = ++lastProbe_;
+  probe->keepTimer(clock_.callAfter(kListeningTime, relay_.bind([this, number] { finishProbe(number); })));
+  probes_.emplace(number, std::move(probe));
+}
+
+void HardwareController::finishProbe(std::uint64_t number) {
+  assertOnExecutor();
+  probes_.extract(number).mapped()->finish();
 }
 
 } // namespace sonvel

@@ -1,20 +1,24 @@
 #pragma once
 
 #include "engine/mix_metrics.h"
-#include "platform/audio_hardware.h"
+#include "engine/tap_chain.h"
+#include "platform/clock.h"
 
+#include <functional>
 #include <memory>
 
 namespace sonvel {
 
-/// Listens to one process without changing its sound, from start() until destruction. Blocks as the audio
-/// system does.
+/// Listens to one process without changing what is heard of it, and answers once whether it has heard
+/// something. Blocks as the audio system does.
 class CaptureProbe {
  public:
-  /// `hardware` and `queue` outlive the probe.
-  CaptureProbe(AudioHardware& hardware, const IOQueue& queue);
+  using Answer = std::function<void(std::optional<bool>)>;
 
-  /// Removes what start() created, in reverse order, ignoring errors.
+  /// `hardware` and `queue` outlive the probe.
+  CaptureProbe(AudioHardware& hardware, const IOQueue& queue, Answer answer);
+
+  /// Answers false unless it has been answered.
   ~CaptureProbe();
 
   CaptureProbe(const CaptureProbe&) = delete;
@@ -24,20 +28,23 @@ class CaptureProbe {
   /// any step fails. Call once.
   bool start(AudioObjectID process);
 
-  /// Whether a non-silent sample has arrived.
-  bool hasHeardSomething() const noexcept { return metrics_->cycles() >= 1 && metrics_->inPeak() > 0.0F; }
+  /// Keeps the timer that calls finish.
+  void keepTimer(std::unique_ptr<Timer> timer) { timer_ = std::move(timer); }
+
+  /// Takes down what was set up, last things first, whatever the audio system says, and answers whether a
+  /// sample that is not silent has arrived.
+  void finish();
 
  private:
-  bool createTap(AudioObjectID process);
-  bool createAggregateDevice();
-  bool installIOProc();
+  void build(AudioObjectID process);
+  void takeDownAndAnswer(bool hasHeard);
 
   AudioHardware& hardware_;
   const IOQueue& queue_;
+  Answer answer_; ///< empty once it has been answered
+  std::unique_ptr<Timer> timer_;
   const std::shared_ptr<MixMetrics> metrics_ = std::make_shared<MixMetrics>();
-  AudioObjectID tap_ = kAudioObjectUnknown;
-  AudioObjectID aggregate_ = kAudioObjectUnknown;
-  IOProcID ioProc_ = 0;
+  TapChain chain_;
   bool isStarted_ = false;
 };
 

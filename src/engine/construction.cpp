@@ -4,24 +4,8 @@
 #include "engine/configuration.h"
 #include "engine/hardware_controller.h"
 #include "engine/render_callback.h"
-#include "engine/uuid.h"
 
 namespace sonvel {
-namespace {
-
-AggregateDeviceDescription describeAggregate(const AudioApp& app, const std::string& outputUID,
-                                             const std::string& tapUID) {
-  return {.name = "SonvelAgg-" + std::to_string(app.pid),
-          .uid = randomUUID(),
-          .mainSubDeviceUID = outputUID,
-          .isPrivate = true,
-          .isStacked = false,
-          .tapAutoStart = true,
-          .subDevices = {{.uid = outputUID}},
-          .taps = {{.uid = tapUID, .driftCompensation = true}}};
-}
-
-} // namespace
 
 void HardwareController::addChannel(AudioApp app, float gain, bool muted,
                                     std::optional<std::string> outputUID) {
@@ -89,8 +73,10 @@ std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app
   try {
     if (waitingTap == kAudioObjectUnknown) createTap(*session);
     createAggregateDevice(*session);
-    const auto ioProc = installIOProc(*session);
-    startDevice(session->aggID, ioProc);
+    // The block shares the mix and the metrics, so that a session may go while the audio system has the
+    // block.
+    installIOProc(environment_.hardware, *session, ioQueue_, makeRenderBlock(session->mix, session->metrics));
+    startDevice(environment_.hardware, *session);
   } catch (const HardwareError&) {
     // The error of the failed step is reported, not that of the cleanup; a cleanup that fails here cannot be
     // retried.
@@ -138,29 +124,10 @@ void HardwareController::createAggregateDevice(TapSession& session) {
 
 OSStatus HardwareController::tryAggregateDevice(TapSession& session, const std::string& outputUID,
                                                 const std::string& tapUID) {
-  AudioObjectID device = kAudioObjectUnknown;
-  const auto status =
-      environment_.hardware.createAggregateDevice(describeAggregate(session.app, outputUID, tapUID), device);
-  if (status != kNoError) return status;
-  session.aggID = device;
-  session.playingUID = outputUID;
+  const auto status = sonvel::createAggregateDevice(
+      environment_.hardware, session, "SonvelAgg-" + std::to_string(session.app.pid), outputUID, tapUID);
+  if (session.aggID != kAudioObjectUnknown) session.playingUID = outputUID;
   return status;
-}
-
-IOProcID HardwareController::installIOProc(TapSession& session) {
-  // The block shares ownership of mix and metrics, because the audio system may still hold the block after
-  // the session's end.
-  IOProcID ioProc = 0;
-  const auto status = environment_.hardware.createIOProcID(
-      session.aggID, ioQueue_, makeRenderBlock(session.mix, session.metrics), ioProc);
-  if (status != kNoError || ioProc == 0) throw HardwareError("CreateIOProcID", status);
-  session.ioProc = ioProc;
-  return ioProc;
-}
-
-void HardwareController::startDevice(AudioObjectID device, IOProcID ioProc) {
-  const auto status = environment_.hardware.deviceStart(device, ioProc);
-  if (status != kNoError) throw HardwareError("AudioDeviceStart", status);
 }
 
 } // namespace sonvel

@@ -1,5 +1,7 @@
 #include "engine/hardware_controller.h"
 
+#include "engine/capture_probe.h"
+
 #include <algorithm>
 #include <cassert>
 

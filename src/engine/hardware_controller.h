@@ -157,8 +157,6 @@ class HardwareController final {
   void createTap(TapSession& session);
   void createAggregateDevice(TapSession& session);
   OSStatus tryAggregateDevice(TapSession& session, const std::string& outputUID, const std::string& tapUID);
-  IOProcID installIOProc(TapSession& session);
-  void startDevice(AudioObjectID device, IOProcID ioProc);
 
   HardwareTeardownResult teardown(TapSession& session);
   HardwareTeardownResult remove(AudioObjectID sessionID);
@@ -191,20 +189,7 @@ class HardwareController final {
   void reportDevices(const std::vector<AudioOutputDevice>& devices);
   void reportRestorationFailure();
 
-  /// A running probe.
-  struct ListeningProbe {
-    ListeningProbe(std::unique_ptr<CaptureProbe> captureProbe, std::unique_ptr<Timer> timer,
-                   ProbeAnswer onAnswer);
-    ~ListeningProbe();
-    ListeningProbe(ListeningProbe&&) noexcept = default;
-    ListeningProbe& operator=(ListeningProbe&&) noexcept = default;
-
-    std::unique_ptr<CaptureProbe> probe;
-    std::unique_ptr<Timer> wake;
-    ProbeAnswer answer;
-  };
-
-  /// The changes that listeners recorded for the next pass.
+  /// What the listeners have noted for the next pass.
   struct Noted {
     std::atomic<bool> isPassDue = false;
     std::atomic<bool> hasProcessListChanged = false;
@@ -223,7 +208,7 @@ class HardwareController final {
   std::vector<AudioObjectID> strayTaps_; ///< standby taps that could not be destroyed
   int configurationDepth_ = 0;
 
-  std::map<std::uint64_t, ListeningProbe> listeningProbes_; ///< by probe number
+  std::map<std::uint64_t, std::unique_ptr<CaptureProbe>> probes_; ///< that listen, by number
   std::uint64_t lastProbe_ = 0;
 
   std::map<std::string, Kept> kept_; ///< by stable key

@@ -3,15 +3,15 @@
 #include "audio/audio_app.h"
 #include "engine/mix_metrics.h"
 #include "engine/realtime_mix_box.h"
+#include "engine/tap_chain.h"
 
 #include <memory>
 #include <vector>
 
 namespace sonvel {
 
-/// The audio objects of one controlled application. A handle is set as soon as its object exists and cleared
-/// only when the object is gone, so that a failed removal can be resumed. Used only by the controller.
-struct TapSession {
+/// One controlled application, and what exists for it in the audio system. Touched by the controller alone.
+struct TapSession : TapChain {
   TapSession(AudioApp controlledApp, std::optional<std::string> wantedOutputUID)
       : app(std::move(controlledApp))
       , processes{app.objectID}
@@ -30,10 +30,6 @@ struct TapSession {
 
   /// The error of a failed removal, which is retried. None while the session is healthy.
   std::optional<std::string> teardownFailure = {};
-
-  AudioObjectID tapID = kAudioObjectUnknown;
-  AudioObjectID aggID = kAudioObjectUnknown;
-  std::optional<IOProcID> ioProc;
 
   // Shared with the render callback.
   const std::shared_ptr<RealtimeMixBox> mix = std::make_shared<RealtimeMixBox>();

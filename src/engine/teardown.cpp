@@ -10,36 +10,15 @@ namespace {
 
 constexpr std::chrono::seconds kTeardownRetryInterval{2};
 
-constexpr auto kDestroyTap = "AudioHardwareDestroyProcessTap";
-
-HardwareTeardownResult failed(AudioObjectID appID, const std::string& step, OSStatus status) {
-  return {.appID = appID, .failures = {step + " (OSStatus " + std::to_string(status) + ")"}};
+HardwareTeardownResult resultOf(AudioObjectID appID, const std::optional<FailedCall>& failed) {
+  if (!failed) return {.appID = appID, .failures = {}};
+  return {.appID = appID, .failures = {failed->name + " (OSStatus " + std::to_string(failed->status) + ")"}};
 }
 
 } // namespace
 
-// Clears each handle when its object is gone, so that the next attempt resumes at the failed step.
 HardwareTeardownResult HardwareController::teardown(TapSession& session) {
-  auto& hardware = environment_.hardware;
-  if (session.ioProc && session.aggID != kAudioObjectUnknown) {
-    const auto stop = hardware.deviceStop(session.aggID, *session.ioProc);
-    if (stop != kNoError) return failed(session.app.objectID, "AudioDeviceStop", stop);
-    const auto destroy = hardware.destroyIOProcID(session.aggID, *session.ioProc);
-    if (destroy != kNoError) return failed(session.app.objectID, "AudioDeviceDestroyIOProcID", destroy);
-    session.ioProc.reset();
-  }
-  if (session.aggID != kAudioObjectUnknown) {
-    const auto destroy = hardware.destroyAggregateDevice(session.aggID);
-    if (destroy != kNoError)
-      return failed(session.app.objectID, "AudioHardwareDestroyAggregateDevice", destroy);
-    session.aggID = kAudioObjectUnknown;
-  }
-  if (session.tapID != kAudioObjectUnknown) {
-    const auto destroy = hardware.destroyProcessTap(session.tapID);
-    if (destroy != kNoError) return failed(session.app.objectID, kDestroyTap, destroy);
-    session.tapID = kAudioObjectUnknown;
-  }
-  return {.appID = session.app.objectID, .failures = {}};
+  return resultOf(session.app.objectID, takeDown(environment_.hardware, session));
 }
 
 std::optional<HardwareTeardownResult> HardwareController::removeChannel(AudioObjectID appID) {
@@ -92,9 +71,10 @@ std::vector<HardwareTeardownResult> HardwareController::takeAllDown() {
 
 void HardwareController::destroyStrayTaps(std::vector<HardwareTeardownResult>& results) {
   std::erase_if(strayTaps_, [&](AudioObjectID tap) {
-    const auto status = environment_.hardware.destroyProcessTap(tap);
-    if (status != kNoError) results.push_back(failed(kAudioObjectUnknown, kDestroyTap, status));
-    return status == kNoError;
+    TapChain chain{.tapID = tap};
+    const auto failed = takeDown(environment_.hardware, chain);
+    if (failed) results.push_back(resultOf(kAudioObjectUnknown, failed));
+    return !failed;
   });
 }
 

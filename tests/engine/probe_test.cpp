@@ -73,7 +73,6 @@ TEST_F(Probe, OthersAreServedMeanwhileAndItsEndIsAnswered) {
   const auto app = playingApp(87);
   begin();
   addChannel(app);
-  EXPECT_TRUE(controller_->isControlled(app.objectID));
   EXPECT_TRUE(controller_->removeChannel(app.objectID)->restored());
   controller_.reset();
   EXPECT_EQ(answers_, std::vector<std::optional<bool>>{false});
