@@ -65,13 +65,13 @@ std::optional<HardwareError> HardwareController::replaceSession(const TapSession
 /// Builds a session. Uses the standby tap that holds the application's streams, if there is one, so that new
 /// streams are not moved twice.
 std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app, const Settings& settings,
-                                                             AudioObjectID waitingTap) {
+                                                             AudioObjectID standbyTap) {
   auto session = std::make_unique<TapSession>(app, settings.outputUID);
   session->mix->setGain(MixerMath::clampGain(settings.gain));
   session->mix->setMuted(settings.muted);
-  session->tapID = waitingTap;
+  session->tapID = standbyTap;
   try {
-    if (waitingTap == kAudioObjectUnknown) createTap(*session);
+    if (standbyTap == kAudioObjectUnknown) createTap(*session);
     createAggregateDevice(*session);
     // The block shares the mix and the metrics, so that a session may go while the audio system has the
     // block.
@@ -83,7 +83,7 @@ std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app
     (void)teardown(*session);
     throw;
   }
-  if (waitingTap != kAudioObjectUnknown) {
+  if (standbyTap != kAudioObjectUnknown) {
     session->processes.clear(); // a standby tap has none
     followProcesses(*session, processes_.of(stableKey(app)));
   }

@@ -153,7 +153,7 @@ class HardwareController final {
   std::optional<HardwareError> replaceSession(const TapSession* former, const AudioApp& app,
                                               Settings settings);
   std::unique_ptr<TapSession> buildSession(const AudioApp& app, const Settings& settings,
-                                           AudioObjectID waitingTap);
+                                           AudioObjectID standbyTap);
   void createTap(TapSession& session);
   void createAggregateDevice(TapSession& session);
   OSStatus tryAggregateDevice(TapSession& session, const std::string& outputUID, const std::string& tapUID);
@@ -179,8 +179,8 @@ class HardwareController final {
   bool listen();
 
   void startKept(const AudioApp& app, Settings settings);
-  void letWait(const std::set<std::string>& bundleIDs, Kept& kept);
-  void endWaiting(Kept& kept);
+  void createStandbyTap(const std::set<std::string>& bundleIDs, Kept& kept);
+  void destroyStandbyTap(Kept& kept);
   void startKeptApplications();
   void scheduleFollowing();
 

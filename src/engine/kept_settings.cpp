@@ -24,7 +24,7 @@ void HardwareController::forgetSettings(const std::string& key) {
   assertOnExecutor();
   const auto found = kept_.find(key);
   if (found == kept_.end()) return;
-  endWaiting(found->second);
+  destroyStandbyTap(found->second);
   kept_.erase(found);
 }
 
@@ -43,7 +43,7 @@ void HardwareController::startKeptApplications() {
     if (app != apps.end())
       startKept(*app, kept.settings);
     else if (const auto bundleIDs = processes_.bundleIDs(key); !bundleIDs.empty())
-      letWait(bundleIDs, kept);
+      createStandbyTap(bundleIDs, kept);
     else if (processes_.of(key).empty())
       kept_.erase(key); // a process ID may be reused by another program
   }
@@ -59,7 +59,7 @@ void HardwareController::startKept(const AudioApp& app, Settings settings) {
 
 /// Creates a tap that no aggregate device reads. It silences the application, so that nothing is heard at the
 /// wrong volume before its session starts.
-void HardwareController::letWait(const std::set<std::string>& bundleIDs, Kept& kept) {
+void HardwareController::createStandbyTap(const std::set<std::string>& bundleIDs, Kept& kept) {
   if (kept.tap != kAudioObjectUnknown) return;
   const TapDescription description{.processes = {},
                                    .bundleIDs = {bundleIDs.begin(), bundleIDs.end()},
@@ -70,7 +70,7 @@ void HardwareController::letWait(const std::set<std::string>& bundleIDs, Kept& k
   if (environment_.hardware.createProcessTap(description, tap) == kNoError) kept.tap = tap;
 }
 
-void HardwareController::endWaiting(Kept& kept) {
+void HardwareController::destroyStandbyTap(Kept& kept) {
   const auto tap = std::exchange(kept.tap, kAudioObjectUnknown);
   if (tap == kAudioObjectUnknown || environment_.hardware.destroyProcessTap(tap) == kNoError) return;
   strayTaps_.push_back(tap);

@@ -45,7 +45,7 @@ HardwareTeardownResult HardwareController::remove(AudioObjectID sessionID) {
 std::vector<HardwareTeardownResult> HardwareController::teardownAll() {
   assertOnExecutor();
   for (auto& [key, kept] : kept_)
-    endWaiting(kept);
+    destroyStandbyTap(kept);
   kept_.clear();
   followingRetry_.reset();
   auto results = takeAllDown();
