@@ -1,5 +1,5 @@
-// User actions. Each one calls the controller right away and does not wait for it, so that the calls keep the
-// order of the actions.
+// User actions. Each calls the controller at once, without waiting, so that calls keep the order of the
+// actions.
 
 #include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"
@@ -32,7 +32,7 @@ void MixerViewModel::toggleMute(ChannelState* channel) {
 
 void MixerViewModel::dismissChannel(ChannelState* channel) {
   if (channel == nullptr) return;
-  // The view that calls this may go on to use the row.
+  // Keeps the row alive until the event loop runs: the calling view may still use it.
   dependencies_.mainThread.post([row = channel->shared_from_this()] {});
   const auto objectID = channel->sessionID();
   const bool wasActive = channel->active();
@@ -106,7 +106,7 @@ void MixerViewModel::remember(const ChannelState& row) {
   keep(row);
 }
 
-/// Has the controller carry out `call`; reports of that key wait for its end.
+/// Makes the controller run `call`; reports of that key wait until it has ended.
 QCoro::Task<> MixerViewModel::send(std::shared_ptr<MixerViewModel> model, std::string key, Call call,
                                    bool choosesRoute) {
   const SessionReports::Hold hold(model->reports_, std::move(key), choosesRoute);
@@ -127,7 +127,7 @@ void MixerViewModel::sendMute(const ChannelState& row) {
              });
 }
 
-/// Leaves nothing behind, also if the session has ended and its settings are kept instead.
+/// Removes the session, or the kept settings if the session has ended.
 void MixerViewModel::sendRemoval(const std::string& key, AudioObjectID objectID) {
   (void)send(shared_from_this(), key, [key, objectID](HardwareController& controller) {
     controller.removeChannel(objectID);

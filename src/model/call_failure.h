@@ -10,7 +10,7 @@ namespace sonvel {
 /// Why a call of the controller failed.
 struct CallFailure {
   std::string text;                    ///< one line
-  std::optional<OSStatus> status = {}; ///< what the audio system returned; none if it was not asked
+  std::optional<OSStatus> status = {}; ///< status of the audio system; none if it was not called
 
   bool operator==(const CallFailure&) const = default;
 };

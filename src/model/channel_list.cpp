@@ -29,7 +29,7 @@ void ChannelList::append(Row row) {
 }
 
 void ChannelList::removeRowsWithKey(std::string_view stableKey) {
-  const std::string key(stableKey); // a copy, because the caller's may belong to a row that is removed
+  const std::string key(stableKey); // a copy: the argument may belong to a row that is removed
   for (;;) {
     const auto found = std::ranges::find_if(rows_, hasKey(key));
     if (found == rows_.end()) return;
@@ -51,7 +51,7 @@ void ChannelList::sort(const Order& comesBefore) {
       ++i;
       continue;
     }
-    // Of the row that belongs here and the row that is here, move the one that is further from its place.
+    // Two rows are out of place: the wanted one and the present one. Move the one with the longer way.
     const auto from = indexIn(rows_, sorted[i]);
     const auto to = indexIn(sorted, rows_[i]);
     if (to > from)
@@ -64,7 +64,7 @@ void ChannelList::sort(const Order& comesBefore) {
 void ChannelList::move(std::size_t from, std::size_t to) {
   const auto source = static_cast<int>(from);
   const auto destination =
-      static_cast<int>(from < to ? to + 1 : to); // Qt wants the index of the row that will follow it
+      static_cast<int>(from < to ? to + 1 : to); // Qt wants the index of the row that follows
   beginMoveRows({}, source, source, {}, destination);
   const auto first = rows_.begin();
   const auto at = [first](std::size_t index) { return first + static_cast<std::ptrdiff_t>(index); };

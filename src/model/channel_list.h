@@ -10,32 +10,31 @@
 
 namespace sonvel {
 
-/// The rows in the order in which they are shown. It announces each insertion, removal and move,
-/// and is never reset: a view keeps its row, and what the user drags in it, while other rows change. Main
-/// thread.
+/// The rows in display order. Every insertion, removal and move is announced and the list is never reset, so
+/// that a view keeps its row, and a slider being dragged, while other rows change. Main thread.
 class ChannelList : public QAbstractListModel {
   Q_OBJECT
 
  public:
   using Row = std::shared_ptr<ChannelState>;
-  using Order = std::function<bool(const ChannelState&, const ChannelState&)>; ///< a strict weak one
+  using Order = std::function<bool(const ChannelState&, const ChannelState&)>; ///< strict weak order
 
-  enum Role { ChannelRole = Qt::UserRole }; ///< "channel": the ChannelState, owned by this program
+  enum Role { ChannelRole = Qt::UserRole }; ///< "channel": the ChannelState, owned by C++
 
   const std::vector<Row>& rows() const noexcept { return rows_; }
 
   /// The first row with that key; null if there is none.
   Row rowWithKey(std::string_view stableKey) const;
 
-  /// Whether this very row is in the list.
+  /// Whether this object is in the list.
   bool contains(const ChannelState& row) const;
 
   void append(Row row);
 
-  /// Removes every row with that key. The others keep their order.
+  /// Removes all rows with that key. The others keep their order.
   void removeRowsWithKey(std::string_view stableKey);
 
-  /// Moves as few rows as possible. Equal rows keep their order.
+  /// Sorts with as few moves as possible. Equal rows keep their order.
   void sort(const Order& comesBefore);
 
   using QAbstractListModel::sort;

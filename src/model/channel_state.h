@@ -10,8 +10,8 @@
 
 namespace sonvel {
 
-/// One row: an application that plays or has played, and what the user chose for it. Each write of
-/// a property emits its signal, also if the value stays the same. Held by a shared_ptr. Main thread.
+/// One row: an application that plays or has played, and the user's settings for it. Each write to a property
+/// emits its signal, even if the value is unchanged. Held by a shared_ptr. Main thread.
 class ChannelState final : public QObject, public std::enable_shared_from_this<ChannelState> {
   Q_OBJECT
   Q_PROPERTY(QString stableKey READ stableKeyText CONSTANT)
@@ -35,10 +35,10 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
  public:
   /// How the application's session plays.
   struct Playback {
-    std::vector<AudioObjectID> processes = {};  ///< those it controls; empty without a session
-    std::optional<std::string> playingUID = {}; ///< device where it is heard now; none without a session
-    bool isOutputConnected = true;              ///< the device that was chosen is there, or none was
-    bool isPartial = false;                     ///< some of its streams play by themselves
+    std::vector<AudioObjectID> processes = {};  ///< controlled processes; empty without a session
+    std::optional<std::string> playingUID = {}; ///< the device where it is heard; none without a session
+    bool isOutputConnected = true;              ///< the chosen device is connected, or none is chosen
+    bool isPartial = false;                     ///< some of its streams play uncontrolled
 
     bool operator==(const Playback&) const = default;
   };
@@ -51,7 +51,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   const std::string& id() const noexcept { return stableKey_; }
 
-  /// The process that the row stands for now. Its stableKey is always the row's.
+  /// The process that represents the row. Its stableKey is always the row's.
   const AudioApp& app() const noexcept { return app_; }
 
   void setApp(AudioApp app);
@@ -60,7 +60,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   AudioObjectID objectID() const noexcept { return app_.objectID; }
 
-  /// 100 is unity gain; not clamped here.
+  /// 100 is unity gain; not clamped.
   int gainPercent() const noexcept { return gainPercent_; }
 
   void setGainPercent(int percent);
@@ -69,12 +69,12 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   void setMuted(bool muted);
 
-  /// Where the meter stands, 0.0 to 1.0.
+  /// Meter position, 0.0 to 1.0.
   float level() const noexcept { return level_; }
 
   void setLevel(float level);
 
-  /// Whether the application has a session. Without one, its volume, mute and route have no effect.
+  /// Whether the application has a session. Without one, volume, mute and route have no effect yet.
   bool active() const noexcept { return active_; }
 
   void setActive(bool active);
@@ -84,12 +84,12 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   void setPlaying(bool isPlaying);
 
-  /// The device that the user chose; none follows the system's default.
+  /// The chosen device; none follows the system's default.
   const std::optional<std::string>& outputUID() const noexcept { return outputUID_; }
 
   void setOutputUID(std::optional<std::string> uid);
 
-  /// Why the tap could not be started or moved; none after a success.
+  /// Why the session could not be started or moved; none after a success.
   const std::optional<CallFailure>& lastError() const noexcept { return lastError_; }
 
   void setLastError(std::optional<CallFailure> error);
@@ -102,24 +102,24 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   bool isPartial() const noexcept { return playback_.isPartial; }
 
-  /// The processes of the row's session; without a session the row's own process.
+  /// The processes of the row's session; without a session, the row's own process.
   std::vector<AudioObjectID> processes() const;
 
-  /// The process to name in calls of the controller: the row's own, or another one of its session if the
-  /// session does not have that.
+  /// The process to pass to the controller: the row's own, or another one of its session if the session lacks
+  /// that.
   AudioObjectID sessionID() const;
 
-  /// Polls in a row at which the tap was silent although the application plays.
+  /// Consecutive polls in which the tap was silent although the application plays.
   int zeroStreak() const noexcept { return zeroStreak_; }
 
   void setZeroStreak(int polls);
 
-  /// Reconciliations in a row at which the application did not play.
+  /// Consecutive reconciliations in which the application did not play.
   int idleTicks() const noexcept { return idleTicks_; }
 
   void setIdleTicks(int reconciliations);
 
-  // For views; what is absent is undefined.
+  // For QML; undefined if absent.
 
   QString stableKeyText() const { return QString::fromStdString(stableKey_); }
 
@@ -127,7 +127,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
   QVariant playingUIDText() const;
   QVariant lastErrorText() const;
 
-  /// What the audio system returned; 0 if it was not what failed.
+  /// The audio system's status; 0 if the failure has none.
   int lastErrorStatus() const { return lastError_ ? lastError_->status.value_or(kNoError) : kNoError; }
 
  Q_SIGNALS:

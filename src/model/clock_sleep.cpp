@@ -7,8 +7,8 @@
 
 namespace sonvel {
 
-/// Used on the main thread alone. The clock may wake it at any time; the relay drops a wake that comes when
-/// the wait is over.
+/// Used only on the main thread. The clock may wake it at any time; the relay drops a wake that comes after
+/// the wait's end.
 struct ClockSleep::Wait {
   explicit Wait(Executor& mainThread)
       : relay(mainThread) {}
@@ -36,7 +36,8 @@ ClockSleep::ClockSleep(Clock& clock, Executor& mainThread, Clock::Duration durat
 void ClockSleep::await_suspend(std::coroutine_handle<> waiter) {
   wait_ = std::make_shared<Wait>(mainThread_);
   wait_->waiter = waiter;
-  // Both may come, in any order: the second finds the wait over or gone.
+  // The clock and the cancellation may both wake it, in any order; the second finds the wait ended or
+  // destroyed.
   const auto wake = wait_->relay.bind<>([wait = wait_.get()] {
     if (wait->waiter) wait->end();
   });

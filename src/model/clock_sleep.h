@@ -8,11 +8,11 @@
 
 namespace sonvel {
 
-/// Lets a coroutine of the main thread sleep. Await it once; the coroutine resumes on the main thread.
-/// Cancelling ends the sleep early, which is no error.
+/// Suspends a coroutine of the main thread for a time. Await once; the coroutine resumes on the main thread.
+/// Cancelling ends the sleep early, without an error.
 class ClockSleep {
  public:
-  /// The clock and the executor outlive the wait.
+  /// The clock and the executor outlive this object.
   ClockSleep(Clock& clock, Executor& mainThread, Clock::Duration duration, std::stop_token cancellation);
 
   bool await_ready() const noexcept { return cancellation_.stop_requested(); }
@@ -28,7 +28,7 @@ class ClockSleep {
   Executor& mainThread_;
   Clock::Duration duration_;
   std::stop_token cancellation_;
-  std::shared_ptr<Wait> wait_; ///< owned by the sleeping coroutine alone
+  std::shared_ptr<Wait> wait_; ///< otherwise owned only by the sleeping coroutine
 };
 
 } // namespace sonvel

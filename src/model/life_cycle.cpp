@@ -1,4 +1,4 @@
-// How the model starts, what it does when the panel or the permission comes and goes, and how it ends.
+// Start and end of the model, and its reactions to the panel and the permission.
 
 #include "engine/hardware_controller.h"
 #include "model/mixer_view_model.h"
@@ -9,7 +9,7 @@
 namespace sonvel {
 namespace {
 
-/// Smaller differences are the device's rounding of what the user has set.
+/// Smaller differences are the device's rounding of the value that the user set.
 constexpr double kMasterVolumeTolerance = 0.02;
 
 MixerStatus afterRevocation(const CallOutcome<std::vector<HardwareTeardownResult>>& outcome) {
@@ -20,7 +20,7 @@ MixerStatus afterRevocation(const CallOutcome<std::vector<HardwareTeardownResult
   return {.event = restorationFails, .failures = failed->failureText()};
 }
 
-/// Orders names by the rules of the user's language, and ignores their case.
+/// Orders names by the user's locale, ignoring case.
 QCollator makeNameOrder() {
   QCollator order;
   order.setCaseSensitivity(Qt::CaseInsensitive);
@@ -89,7 +89,7 @@ QCoro::Task<> MixerViewModel::bringUpToDate() {
 
 QCoro::Task<> MixerViewModel::bootstrap() {
   co_await bringUpToDate();
-  // The panel may have been closed meanwhile.
+  // The panel may have been closed in the meantime.
   if (isFollowed()) polling_.start({shared_from_this(), &polling_});
 }
 
@@ -110,14 +110,14 @@ void MixerViewModel::setWatched(bool isWatched) {
 
 void MixerViewModel::stopPolling() {
   polling_.cancel();
-  keepRows(); // no reconciliation retries failed starts from now on
+  keepRows(); // from now on no reconciliation retries failed starts
 }
 
 QCoro::Task<> MixerViewModel::teardownForQuit() {
   const auto self = shared_from_this();
   isQuitting_ = true;
   cancelTasks();
-  keepRows(); // while the program ends, this withdraws what was kept
+  keepRows(); // while quitting, this removes the kept settings
   (void)co_await dependencies_.ask(&HardwareController::teardownAll);
 }
 
@@ -140,8 +140,8 @@ QCoro::Task<> MixerViewModel::handlePermissionRevocation() {
   setStatus(afterRevocation(outcome));
 }
 
-/// Does not show a failure. If the row has lost its session, the next reconciliation starts it again and
-/// shows what fails. If it is only still silent, it is rebuilt after twelve more silent polls.
+/// Does not show failures. If the row has lost its session, the next reconciliation restarts it and shows
+/// errors. If it stays silent, it is rebuilt after twelve more silent polls.
 QCoro::Task<> MixerViewModel::rebuild(ChannelList::Row row) {
   const SessionReports::Hold hold(reports_, row->stableKey());
   (void)co_await dependencies_.ask(

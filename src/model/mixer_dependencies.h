@@ -15,33 +15,33 @@ namespace sonvel {
 
 class HardwareController;
 
-/// The outcome of a call of the controller: either `value` or `failure` is set.
+/// The outcome of a controller call: either `value` or `failure` is set.
 template <class R> struct CallOutcome {
   std::optional<std::conditional_t<std::is_void_v<R>, std::monostate, R>> value;
   std::optional<CallFailure> failure;
 };
 
-/// What the model is made with. The referents outlive the model and its tasks.
+/// What the model needs. The referents outlive the model and its tasks.
 struct MixerDependencies {
   std::shared_ptr<Actor<HardwareController>> hardware;
-  Executor& mainThread; ///< runs on the thread of the model
+  Executor& mainThread; ///< runs on the model's thread
   Clock& clock;
   AudioPermission& permission;
   Preferences& preferences;
   UpdateChecking& updates;
 
-  /// Runs `function` with the controller on its thread, and ignores the outcome. Calls run in the order in
-  /// which they were made. Main thread; does not wait.
+  /// Runs `function` with the controller on its thread, ignoring the outcome. Calls run in order. Main
+  /// thread; does not wait.
   template <class F> void tell(F&& function) const { (void)hardware->call(std::forward<F>(function)); }
 
-  /// As tell, but gives the outcome; an exception becomes its failure. The coroutine that awaits it resumes
-  /// on the main thread.
+  /// As tell(), but returns the outcome; an exception becomes its failure. The awaiting coroutine resumes on
+  /// the main thread.
   template <class F, class R = std::invoke_result_t<F&, HardwareController&>>
   QCoro::Task<CallOutcome<R>> ask(F function) const {
     return outcomeOf(hardware->call(std::move(function)), mainThread);
   }
 
-  /// The coroutine that awaits it resumes on `mainThread`.
+  /// The awaiting coroutine resumes on `mainThread`.
   template <class R> static QCoro::Task<CallOutcome<R>> outcomeOf(Reply<R> reply, Executor& mainThread) {
     CallOutcome<R> outcome;
     auto awaited = std::move(reply).resumeOn(mainThread);

@@ -4,14 +4,14 @@
 
 namespace sonvel {
 
-/// What the status line is about. The views say it in words.
+/// The content of the status line; the views turn it into words.
 struct MixerStatus {
   enum class Event {
-    nothing,           ///< not known yet
+    nothing,           ///< before the first reconciliation
     noAppsYet,         ///< no application has played since the start
     appsListed,        ///< there are rows: `playing` and `idle` count them
-    permissionRevoked, ///< and every application was given back
-    restorationFails,  ///< permission was revoked, and giving back is being retried: `failures` says why
+    permissionRevoked, ///< all applications were given back
+    restorationFails,  ///< permission was revoked and giving back is being retried; `failures` has the errors
   };
 
   Event event = Event::nothing;

@@ -12,11 +12,11 @@
 
 namespace sonvel {
 
-/// One row for each application that plays or has played, and everything that the panel shows and does.
+/// The rows, and everything that the panel shows and does.
 ///
-/// Held by a shared_ptr, and by each of its tasks while that task is at work, so that it is destroyed on the
-/// main thread when the last of them ends. Main thread; no member waits for the audio system. What the model
-/// writes to a property is announced, also if the value stays the same.
+/// Held by a shared_ptr and by each of its running tasks, so it is destroyed on the main thread when the last
+/// of them ends. Main thread; no member waits for the audio system. Each write to a property emits its
+/// signal, even if the value is unchanged.
 class MixerViewModel final : public QObject, public std::enable_shared_from_this<MixerViewModel> {
   Q_OBJECT
   Q_PROPERTY(sonvel::ChannelList* channels READ channels CONSTANT)
@@ -34,11 +34,11 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
  public:
   static constexpr const char* firstRunKey = PermissionFlow::firstRunKey;
 
-  /// Reads the preference of the first run and does nothing else.
+  /// Only reads the first-run preference.
   explicit MixerViewModel(MixerDependencies dependencies);
 
-  /// Cancels the polling and the watch on the permission, which may be asleep. Takes no tap down:
-  /// teardownForQuit does that.
+  /// Cancels the polling and the permission monitor, which may be sleeping. Removes no tap: see
+  /// teardownForQuit().
   ~MixerViewModel() override;
 
   MixerViewModel(const MixerViewModel&) = delete;
@@ -48,7 +48,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   const ChannelList* channels() const noexcept { return &channels_; }
 
-  /// Of the default output device, 0.0 to 1.0.
+  /// The default output device's volume, 0.0 to 1.0.
   double masterVolume() const noexcept { return masterVolume_; }
 
   /// Whether the default output device has a volume.
@@ -64,7 +64,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   bool isFirstRun() const noexcept { return permission_.isFirstRun(); }
 
-  /// What the status line is about.
+  /// The content of the status line.
   const MixerStatus& status() const noexcept { return status_; }
 
   /// What to tell the user while an application could not be given back and is tried again; else empty.
@@ -72,69 +72,66 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   bool updatesAvailable() const noexcept { return updatesAvailable_; }
 
-  // The life of the panel and the program.
-
-  /// The panel has appeared: brings everything up to date and starts to poll. From the first time on the
-  /// permission is watched.
+  /// The panel has opened: updates everything and starts polling. The first call starts the permission
+  /// monitor.
   Q_INVOKABLE void onAppear();
 
-  /// The panel has gone: ends the polling, unless others watch. The taps stay, and the permission is still
-  /// watched.
+  /// The panel has closed: stops polling unless isWatched. The taps stay, and the permission monitor goes on.
   Q_INVOKABLE void onDisappear();
 
-  /// Brings everything up to date, as an opening of the panel does, but does not start to poll. The caller
-  /// keeps the model alive while it awaits this.
+  /// Updates everything, as opening the panel does, but does not start polling. The caller keeps the model
+  /// alive while awaiting.
   QCoro::Task<> refresh();
 
-  /// Whether others than the panel want to see every change. While they do, the model polls as it does for
-  /// the panel; one loop serves both.
+  /// Whether someone besides the panel wants all changes. Then the model polls as it does for the panel; one
+  /// loop serves both.
   void setWatched(bool isWatched);
 
-  /// Whether the model polls, or is about to, which is that the meters are up to date.
+  /// Whether the model polls or is about to, so that the meters are current.
   bool isFollowed() const noexcept { return (isPanelOpen_ || isWatched_) && !isQuitting_; }
 
-  /// Cancels the polling and the watch on the permission, and removes every tap. Ends when each removal has
+  /// Cancels the polling and the permission monitor, and removes every tap. Completes when each removal has
   /// been tried once. No tap is started after this call.
   QCoro::Task<> teardownForQuit();
 
-  // What the user does. Each changes the model before it returns, and does not wait for the hardware to
-  // follow. A null channel is ignored.
+  // User actions. Each changes the model before it returns and does not wait for the hardware. A null channel
+  // is ignored.
 
-  /// Any percentage.
+  /// In percent; stored as given, the engine clamps it to 0 to 200.
   Q_INVOKABLE void setGain(int percent, sonvel::ChannelState* channel);
 
   Q_INVOKABLE void toggleMute(sonvel::ChannelState* channel);
 
-  /// Removes the row and forgets its settings. The object itself lives until the event loop runs next.
+  /// Removes the row and forgets its settings. The object lives until the event loop next runs.
   Q_INVOKABLE void dismissChannel(sonvel::ChannelState* channel);
 
   /// None follows the system output.
   void setOutput(const std::optional<std::string>& uid, ChannelState* channel);
 
-  /// For views; undefined and null are none.
+  /// For QML; undefined and null are none.
   Q_INVOKABLE void setOutput(const QVariant& uid, sonvel::ChannelState* channel);
 
-  /// What the user sees of a route.
+  /// The display text of a route.
   QString outputName(const std::optional<std::string>& uid) const;
 
-  /// For views; undefined and null are none.
+  /// For QML; undefined and null are none.
   Q_INVOKABLE QString outputName(const QVariant& uid) const;
 
-  /// The name of a device, also of one that has gone since the start of the program. "The chosen device" if
-  /// it was never there, and empty for undefined and null.
+  /// The name of a device that is or was connected since the program's start. "The chosen device" for any
+  /// other; empty for undefined and null.
   Q_INVOKABLE QString knownDeviceName(const QVariant& uid) const;
 
-  /// Of the default output device, 0.0 to 1.0.
+  /// The default output device's volume, 0.0 to 1.0.
   Q_INVOKABLE void setMaster(double value);
 
-  /// Every row to 100 percent, unmuted.
+  /// Sets every row to 100 percent, unmuted.
   Q_INVOKABLE void resetAllVolumes();
 
-  /// Sends every row back to the system output, one after the other. A row changes when its turn comes.
+  /// Sends every row back to the system output, one after the other; each row changes when it is reached.
   /// Failures are not shown.
   Q_INVOKABLE void everythingToSystemOutput();
 
-  /// Asks for the permission to capture; the answer shows in the properties.
+  /// Asks for the capture permission; the answer changes the properties.
   Q_INVOKABLE void requestPermission();
 
   Q_INVOKABLE void checkForUpdates();
@@ -151,9 +148,9 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   void restorationFailureChanged();
 
  private:
-  friend class MixerInspector; // lets tests read what no view does
+  friend class MixerInspector; // gives tests access to what no view reads
 
-  /// What was last chosen for a key. A new row of that key takes it over.
+  /// The last settings of a key; a new row of that key gets them.
   struct RememberedSettings {
     int gainPercent = 100;
     bool muted = false;
@@ -161,7 +158,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
     bool operator==(const RememberedSettings&) const = default;
   };
 
-  /// What a session is started with.
+  /// The settings that a session starts with.
   struct ChannelSettings {
     explicit ChannelSettings(const ChannelState& row);
     explicit ChannelSettings(const SessionReport& report);
@@ -173,10 +170,10 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
     bool operator==(const ChannelSettings&) const = default;
   };
 
-  /// What plays: each key once, with the first application that has it, in the order of the list.
+  /// The playing applications: each key once, with its first application, in list order.
   using AudibleMap = std::vector<std::pair<std::string, AudioApp>>;
 
-  // Coroutines: the caller keeps the model alive while it awaits them.
+  // Coroutines; the caller keeps the model alive while awaiting.
 
   void cancelTasks();
   void startFollowing();
@@ -187,7 +184,6 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   QCoro::Task<> rebuild(ChannelList::Row row);
   QCoro::Task<> handlePermissionRevocation();
 
-  // Following the sessions.
   void followSession(const SessionReport& report, SessionReports::Age age);
   void followProcess(ChannelState& row, const SessionReport& report);
   void followSettings(ChannelState& row, const SessionReport& report, SessionReports::Age age);
@@ -196,7 +192,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   void catchUp(ChannelState& row, const ChannelSettings& known);
   void sendLevel(const ChannelState& row, const ChannelSettings& known);
 
-  // Reconciliation: bringing the rows in line with the applications that play.
+  // Reconciliation: updates the rows from the applications that play.
   QCoro::Task<> reconcile();
   ChannelList::Row rowFor(const std::string& key, const AudioApp& app,
                           const std::vector<ChannelList::Row>& rowsBefore);
@@ -207,7 +203,6 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   void sortRows();
   MixerStatus rowCounts() const;
 
-  // Actions.
   void remember(const ChannelState& row);
   using Call = std::function<void(HardwareController&)>;
   static QCoro::Task<> send(std::shared_ptr<MixerViewModel> model, std::string key, Call call,
@@ -218,7 +213,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   static QCoro::Task<> sendOutput(std::shared_ptr<MixerViewModel> model, ChannelList::Row row);
   QCoro::Task<> moveAllToSystemOutput();
 
-  // What the controller keeps of rows without a session.
+  // The call that makes the controller keep the settings of a row without a session.
   Call keeping(const ChannelState& row) const;
   void keep(const ChannelState& row, bool choosesRoute = false);
   void keepRows();
@@ -238,7 +233,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   double masterVolume_ = 1.0;
   bool masterSupported_ = true;
   std::vector<AudioOutputDevice> outputDevices_;
-  std::map<std::string, std::string> deviceNames_; ///< by UID, of all that have been there
+  std::map<std::string, std::string> deviceNames_; ///< by UID, of all devices seen so far
   MixerStatus status_;
   QString restorationFailure_;
   std::map<std::string, RememberedSettings> rememberedSettings_; ///< by stable key
@@ -249,7 +244,9 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   bool isWatched_ = false;
   bool isQuitting_ = false;
   bool wasGranted_ =
-      false; ///< whether the permission was, when settings of paused rows were last handed over
+      /// whether the permission was granted when the settings of paused rows were last passed to the
+      /// controller
+      false;
   SessionReports reports_;
 };
 

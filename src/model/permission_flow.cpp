@@ -22,7 +22,7 @@ void PermissionFlow::refresh() {
 }
 
 void PermissionFlow::request(const Self& self) {
-  markOnboarded(); // whatever the answer will be, the user has acted
+  markOnboarded(); // the user has acted, whatever the answer
   setRequesting(true);
   const bool isAsked = dependencies_.permission.request(
       relay_.bind<bool>([this, weakSelf = std::weak_ptr(self)](bool isGranted) {
@@ -69,7 +69,7 @@ QCoro::Task<> PermissionFlow::monitor(std::weak_ptr<PermissionFlow> weakSelf, Cl
     auto self = weakSelf.lock();
     if (!self) co_return;
     co_await self->check();
-    self.reset(); // the sleep must not keep the model
+    self.reset(); // the sleeping task must not keep the model alive
     co_await ClockSleep(clock, mainThread, kMonitorInterval, cancellation);
   }
 }

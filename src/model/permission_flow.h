@@ -8,47 +8,47 @@
 
 namespace sonvel {
 
-/// The permission to capture: asks the user for it, and follows it while the program runs. Each write of a
-/// value emits its signal, also if the value stays the same. Main thread.
+/// The capture permission: asks the user and monitors the answer. Each write to a value emits its signal,
+/// even if unchanged. Main thread.
 ///
-/// A part of the model. `self` in the functions below shares the ownership of the whole model, so that a task
-/// keeps the model alive while it works.
+/// Part of the model. `self` below shares ownership of the whole model, so that a running task keeps it
+/// alive.
 class PermissionFlow final : public QObject {
   Q_OBJECT
 
  public:
   using Self = std::shared_ptr<PermissionFlow>;
 
-  /// What the model does about changes. The model is held until it has been done.
+  /// How the model reacts to changes. The model is kept alive until then.
   struct Consequences {
     std::function<QCoro::Task<>()> granted; ///< after the user's answer
     std::function<QCoro::Task<>()> revoked;
   };
 
-  /// The key of the preference that says whether the user has been welcomed.
+  /// The preference that records whether the welcome was shown.
   static constexpr const char* firstRunKey = "com.quellmarsh.sonvel.didOnboard";
 
-  /// Reads that preference and does nothing else.
+  /// Only reads that preference.
   PermissionFlow(const MixerDependencies& dependencies, Consequences consequences);
 
   /// The last known status.
   AudioCaptureStatus status() const noexcept { return status_; }
 
-  /// Whether taps may be started.
+  /// Whether taps may be created.
   bool isGranted() const noexcept { return status_ == AudioCaptureStatus::authorized; }
 
-  /// From the user's request to its answer.
+  /// True from the user's request until its answer.
   bool isRequesting() const noexcept { return isRequesting_; }
 
   bool isFirstRun() const noexcept { return isFirstRun_; }
 
-  /// Reads the permission. Leaves it to the monitor to act on a revocation.
+  /// Reads the permission. Only the monitor acts on a revocation.
   void refresh();
 
-  /// Asks the user. Where nobody can be asked, tries whether capture works.
+  /// Asks the user. Where that is impossible, tests whether capturing works.
   void request(const Self& self);
 
-  /// Starts the task that reads the permission now and every five seconds; once.
+  /// Starts, once, the task that reads the permission now and every five seconds.
   void ensureMonitor(const Self& self);
 
   void cancelMonitor();
@@ -64,7 +64,7 @@ class PermissionFlow final : public QObject {
   static QCoro::Task<> monitor(std::weak_ptr<PermissionFlow> weakSelf, Clock& clock, Executor& mainThread,
                                std::stop_token cancellation);
 
-  // Coroutines: the caller keeps the model alive while it awaits them.
+  // Coroutines; the caller keeps the model alive while awaiting.
   QCoro::Task<> finishRequest(bool isAllowed);
   QCoro::Task<> check();
 
@@ -78,7 +78,7 @@ class PermissionFlow final : public QObject {
   bool isRequesting_ = false;
   bool isFirstRun_;
   std::optional<Task> monitorTask_;
-  const Relay relay_; ///< of the user's answer, which comes on any thread
+  const Relay relay_; ///< for the user's answer, which may come on any thread
 };
 
 } // namespace sonvel

@@ -13,10 +13,10 @@ constexpr std::chrono::milliseconds kTickInterval{120};
 constexpr unsigned kTicksPerMasterRefresh = 5;
 constexpr unsigned kTicksPerReconciliation = 10;
 
-/// Silent polls in a row after which a tap counts as broken.
+/// Consecutive silent polls after which a tap counts as broken.
 constexpr int kZeroStreakToRebuild = 12;
 
-/// The largest peak of the row's processes. A process that is not in `peaks` is silent.
+/// The largest peak of the row's processes. Processes missing from `peaks` are silent.
 float largestPeak(const ChannelState& row, const std::map<AudioObjectID, float>& peaks) {
   float largest = 0.0F;
   for (const auto process : row.processes())
@@ -62,7 +62,7 @@ QCoro::Task<> Polling::run(std::weak_ptr<Polling> weakSelf, Clock& clock, Execut
 
 QCoro::Task<> Polling::pollMeters() {
   const auto peaks = co_await dependencies_.ask(&HardwareController::peaks);
-  if (!peaks.value) co_return; // the meters stay until the next poll
+  if (!peaks.value) co_return; // the meters keep their values until the next poll
   const auto rows = channels_.rows();
   for (const auto& row : rows) {
     if (!row->active()) continue;

@@ -8,26 +8,26 @@
 
 namespace sonvel {
 
-/// The loop that runs while the panel is open: it reads the meters every 120 ms, rebuilds taps that have gone
-/// silent, and does what is due less often. A part of the model. Main thread.
+/// The loop that runs while the panel is open or the model is watched: it reads the meters every 120 ms,
+/// rebuilds taps that have gone silent, and starts the less frequent duties. Part of the model. Main thread.
 class Polling {
  public:
-  /// What else is due. Each is awaited before the tick goes on, and the model is held until then.
+  /// The less frequent duties. Each is awaited before the tick continues; the model is kept alive until then.
   struct Duties {
-    std::function<QCoro::Task<>()> refreshMaster;           ///< every fifth tick, from the first on
-    std::function<QCoro::Task<>()> reconcile;               ///< every tenth tick, from the first on
-    std::function<QCoro::Task<>(ChannelList::Row)> rebuild; ///< the tap of a row that has gone silent
+    std::function<QCoro::Task<>()> refreshMaster;           ///< every fifth tick, starting with the first
+    std::function<QCoro::Task<>()> reconcile;               ///< every tenth tick, starting with the first
+    std::function<QCoro::Task<>(ChannelList::Row)> rebuild; ///< for the row of a silent tap
   };
 
-  /// The referents outlive the polling. `audibleIDs` are the processes that are reported as playing.
+  /// The referents outlive this object. `audibleIDs` are the processes reported as playing.
   Polling(const MixerDependencies& dependencies, const ChannelList& channels,
           const std::unordered_set<AudioObjectID>& audibleIDs, Duties duties);
 
-  /// Starts the loop, and cancels one that runs. `self` shares the ownership of the model. A tick keeps the
-  /// model alive until the next one is due.
+  /// Starts the loop and cancels a running one. `self` shares ownership of the model. A tick keeps the model
+  /// alive until the next one is due.
   void start(const std::shared_ptr<Polling>& self);
 
-  /// The loop ends after the step that it is in.
+  /// The loop ends after its current step.
   void cancel();
 
  private:

@@ -13,9 +13,9 @@ QtExecutor::~QtExecutor() {
 }
 
 void QtExecutor::post(std::function<void()> work) {
-  // One event for each piece of work, so that other events of the loop run in between. It is made before the
-  // lock is taken: the thread sanitizer does not know Qt's queue, and learns from the lock that the event was
-  // made before it was deleted.
+  // One event per piece of work, so that other events run in between. The event is created before the lock is
+  // taken: the thread sanitizer cannot follow Qt's queue, and the lock shows it that creation comes before
+  // deletion.
   auto wake = std::make_unique<QEvent>(QEvent::User);
   {
     const std::scoped_lock lock(mutex_);

@@ -8,13 +8,12 @@
 
 namespace sonvel {
 
-/// Runs work in the Qt event loop of the thread that made this object.
+/// Runs work in the Qt event loop of the thread that constructs it.
 class QtExecutor final : public QObject, public Executor {
  public:
   QtExecutor() = default;
 
-  /// Runs the work that is still pending, and what that posts in turn: a coroutine that waits for it would
-  /// never end otherwise.
+  /// Runs the pending work and what that posts; a coroutine waiting for it would otherwise never end.
   ~QtExecutor() override;
 
   QtExecutor(const QtExecutor&) = delete;
@@ -28,7 +27,7 @@ class QtExecutor final : public QObject, public Executor {
  private:
   void customEvent(QEvent* event) override;
 
-  /// Runs the next piece of work. False if there is none.
+  /// Runs the next piece of work. False if none is queued.
   bool runNext();
 
   std::mutex mutex_; ///< guards work_

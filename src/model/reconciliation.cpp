@@ -1,4 +1,4 @@
-// Bringing the rows in line with the applications that play.
+// Updates the rows from the applications that play.
 
 #include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"
@@ -10,14 +10,14 @@
 namespace sonvel {
 namespace {
 
-/// Reconciliations without its application after which a row is paused.
+/// A row is paused after this many reconciliations without its application.
 constexpr int kIdleTicksToPause = 2;
 
 bool hasKey(const std::vector<std::pair<std::string, AudioApp>>& audible, const std::string& key) {
   return std::ranges::find(audible, key, &std::pair<std::string, AudioApp>::first) != audible.end();
 }
 
-/// Of applications with the same key the first in the list is taken.
+/// For equal keys the first application in the list is used.
 std::vector<std::pair<std::string, AudioApp>> byKey(const std::vector<AudioApp>& apps) {
   std::vector<std::pair<std::string, AudioApp>> audible;
   for (const auto& app : apps)
@@ -29,7 +29,7 @@ std::vector<std::pair<std::string, AudioApp>> byKey(const std::vector<AudioApp>&
 
 QCoro::Task<> MixerViewModel::reconcile() {
   const auto apps = co_await dependencies_.ask(&HardwareController::audibleApps);
-  if (!apps.value) co_return; // the rows stay until the next reconciliation
+  if (!apps.value) co_return; // the rows stay unchanged until the next reconciliation
   audibleIDs_.clear();
   for (const auto& app : *apps.value)
     audibleIDs_.insert(app.objectID);
@@ -48,8 +48,8 @@ QCoro::Task<> MixerViewModel::reconcile() {
   setStatus(rowCounts());
 }
 
-/// The row of the key, which is made if there is none. Null if the user has removed the row since this
-/// reconciliation began: then the next one makes it. `rowsBefore` are the rows of the beginning.
+/// Returns the row of the key and creates it if needed. Null if the user has removed the row since this
+/// reconciliation began; the next one creates it again. `rowsBefore` are the rows at the beginning.
 ChannelList::Row MixerViewModel::rowFor(const std::string& key, const AudioApp& app,
                                         const std::vector<ChannelList::Row>& rowsBefore) {
   if (auto row = channels_.rowWithKey(key)) return row;
@@ -82,7 +82,7 @@ QCoro::Task<> MixerViewModel::pause(ChannelList::Row row) {
   if (!row->active()) co_return;
   const ChannelSettings settings(*row);
   const SessionReports::Hold hold(reports_, row->stableKey());
-  // In one call, so that an application that plays again finds either its session or its settings.
+  // One call for both, so that an application that plays again finds either its session or its kept settings.
   auto removal =
       dependencies_.ask([objectID = row->sessionID(), keep = keeping(*row)](HardwareController& controller) {
         controller.removeChannel(objectID);
@@ -99,7 +99,7 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   const auto app = row->app();
   const ChannelSettings settings(*row);
   const SessionReports::Hold hold(reports_, row->stableKey());
-  // A variable, because GCC 12 destroys a lambda with captures twice if it is written inside of co_await.
+  // In a variable, because GCC 12 destroys a capturing lambda twice if it is written inside co_await.
   auto start = dependencies_.ask([app, settings](HardwareController& controller) {
     controller.addChannel(app, MixerMath::percentToGain(settings.gainPercent), settings.muted,
                           settings.outputUID);
@@ -110,7 +110,7 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
     row->setLastError(started.failure);
     co_return;
   }
-  // During the start the row may have been removed, or have come to stand for another process.
+  // Meanwhile the row may have been removed, or may represent another process.
   const bool isStillWanted = isWanted(row->stableKey(), app.objectID);
   if (!isStillWanted) sendRemoval(row->stableKey(), app.objectID);
   if (!isStillWanted || !channels_.contains(*row)) co_return;
@@ -120,7 +120,7 @@ QCoro::Task<> MixerViewModel::startTap(ChannelList::Row row) {
   catchUp(*row, settings);
 }
 
-/// Whether the key has a row that the session of that process belongs to.
+/// Whether the session of process `objectID` belongs to the key's row.
 bool MixerViewModel::isWanted(const std::string& key, AudioObjectID objectID) const {
   const auto row = channels_.rowWithKey(key);
   if (!row) return false;

@@ -1,4 +1,4 @@
-// How rows follow their sessions, and what the controller keeps of rows that have none.
+// How rows follow their sessions, and which settings the controller keeps for rows without one.
 
 #include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"
@@ -28,7 +28,7 @@ MixerViewModel::ChannelSettings::ChannelSettings(const SessionReport& report)
 
 void MixerViewModel::followSession(const SessionReport& report, SessionReports::Age age) {
   const auto row = channels_.rowWithKey(report.key);
-  if (!row) return; // the next reconciliation makes it, if the application plays
+  if (!row) return; // if the application plays, the next reconciliation creates it
   const bool hasBegunOrEnded = row->active() != report.exists;
   if (hasBegunOrEnded) {
     row->setActive(report.exists);
@@ -37,7 +37,7 @@ void MixerViewModel::followSession(const SessionReport& report, SessionReports::
   }
   const bool couldNotBeEnded = report.exists && report.error;
   if (report.exists) followProcess(*row, report);
-  // One that could not be ended has not the settings that the user wants, and need not play.
+  // A session that could not be removed does not have the user's settings and need not be playing.
   if (report.exists && !couldNotBeEnded) followSettings(*row, report, age);
   const ChannelState::Playback playback{report.objectIDs, report.playingUID, report.isOutputConnected,
                                         report.isPartial};
@@ -49,7 +49,7 @@ void MixerViewModel::followSession(const SessionReport& report, SessionReports::
   else if (age.hasWaited || !row->isPlaying())
     catchUp(*row, ChannelSettings(report));
   else if (!report.exists && !isFollowed())
-    keep(*row); // no reconciliation starts it again
+    keep(*row); // reconciliation does not restart paused rows
 }
 
 void MixerViewModel::followProcess(ChannelState& row, const SessionReport& report) {
@@ -75,7 +75,7 @@ void MixerViewModel::followSettings(ChannelState& row, const SessionReport& repo
 void MixerViewModel::followError(ChannelState& row, const SessionReport& report) {
   const auto& shown = row.lastError();
   const bool isTheSame = shown ? shown->text == report.error : !report.error;
-  if (isTheSame) return; // it may come with a status, which reports don't have
+  if (isTheSame) return; // keep the present error, which may have a status; reports have none
   row.setLastError(report.error ? std::optional(CallFailure{.text = *report.error}) : std::nullopt);
 }
 
@@ -84,7 +84,7 @@ void MixerViewModel::revive(ChannelState& row) {
   row.setPlaying(true);
 }
 
-/// Passes on what the user has changed in the row while its session was begun or ended with `known`.
+/// Sends the changes that the user made in the row while its session was starting or ending with `known`.
 void MixerViewModel::catchUp(ChannelState& row, const ChannelSettings& known) {
   if (!channels_.contains(row)) return;
   if (!row.active()) {
@@ -92,7 +92,7 @@ void MixerViewModel::catchUp(ChannelState& row, const ChannelSettings& known) {
     return;
   }
   dependencies_.tell([key = row.stableKey()](HardwareController& controller) {
-    controller.forgetSettings(key); // those of before its session
+    controller.forgetSettings(key); // those kept before its session
   });
   sendLevel(row, known);
   if (row.outputUID() != known.outputUID) (void)sendOutput(shared_from_this(), row.shared_from_this());
@@ -103,8 +103,8 @@ void MixerViewModel::sendLevel(const ChannelState& row, const ChannelSettings& k
   if (row.muted() != known.muted) sendMute(row);
 }
 
-/// Lets the controller take the row's application over as soon as it plays, with the row's settings. Nothing
-/// is kept of a row that changes nothing, nor while sessions must not be started.
+/// Makes the controller start a session with the row's settings as soon as the application plays. Keeps
+/// nothing for a row with default settings, nor while sessions must not be started.
 MixerViewModel::Call MixerViewModel::keeping(const ChannelState& row) const {
   const auto& key = row.stableKey();
   const bool changesNothing = row.gainPercent() == 100 && !row.muted() && !row.outputUID();

@@ -9,26 +9,26 @@
 
 namespace sonvel {
 
-/// What the controller last reported of each session. A report that comes while a call of the model about the
-/// same application is under way waits for the end of that call, because what the user has chosen meanwhile
-/// is newer than the report. A part of the model. Main thread.
+/// The controller's last report of each session. A report that arrives during a call of the model about the
+/// same application waits until that call has ended, because the user's latest choice is newer than the
+/// report. Part of the model. Main thread.
 class SessionReports {
  public:
-  /// Which parts of a report the model's own calls have overtaken.
+  /// Which parts of a report are outdated by the model's own calls.
   struct Age {
-    bool hasWaited = false;  ///< for a call: gain and mute are old, and the caller knows already what failed
+    bool hasWaited = false;  ///< for a call: gain and mute are outdated, and the caller knows the error
     bool isRouteOld = false; ///< a call has chosen a route since
   };
 
-  /// Called with each report as soon as no call holds it back.
+  /// Called with each report when no call delays it.
   using Follow = std::function<void(const SessionReport& report, Age age)>;
   using FollowDevices = std::function<void(std::vector<AudioOutputDevice>)>;
   using FollowRestoration = std::function<void(std::optional<std::string>)>;
 
-  /// While it exists, reports of its application wait. It ends before the SessionReports does.
+  /// While it exists, reports of its application wait. It must not outlive the SessionReports.
   class Hold {
    public:
-    /// `choosesRoute`: the call chooses a route, so that the route in a report that has waited is old.
+    /// `choosesRoute`: the call chooses a route, so the route in delayed reports is outdated.
     Hold(SessionReports& reports, std::string key, bool choosesRoute = false);
     ~Hold();
     Hold(const Hold&) = delete;
@@ -44,16 +44,16 @@ class SessionReports {
   SessionReports(const MixerDependencies& dependencies, Follow follow, FollowDevices followDevices,
                  FollowRestoration followRestoration);
 
-  /// Asks the controller for reports, once; later calls do nothing.
+  /// Requests reports from the controller; only the first call has an effect.
   void start();
 
-  /// The session of that key; null if there is none, or a call about it is under way.
+  /// The session of that key; null if there is none, or while a call about it runs.
   const SessionReport* session(const std::string& key) const;
 
-  /// Whether one session has all these processes, by the last report of that key, which may still wait.
+  /// Whether one session has all these processes, according to the key's last report, even a delayed one.
   bool isOneSession(const std::string& key, std::initializer_list<AudioObjectID> processes) const;
 
-  /// Makes session() give null for that key until a session is reported again.
+  /// Makes session() return null for that key until the next report of a session.
   void forgetSession(const std::string& key);
 
  private:

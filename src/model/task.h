@@ -10,11 +10,11 @@
 
 namespace sonvel {
 
-/// A task on the main thread that nobody awaits. Copies refer to the same task, which goes on when all of
-/// them are gone. Any thread.
+/// A task on the main thread that nobody awaits. Copies refer to the same task; it continues without them.
+/// Any thread.
 class Task {
  public:
-  /// Asks the task to end. It does so where it next checks its token, and a sleep ends at once.
+  /// Requests the task's end. It ends where it next checks its token; a sleep ends at once.
   void cancel() { cancellation_.request_stop(); }
 
   bool isCancelled() const noexcept { return cancellation_.stop_requested(); }
@@ -27,7 +27,7 @@ class Task {
 
 namespace detail {
 
-/// A coroutine that nobody awaits. An exception that leaves it is a fault in the program, and ends the
+/// A coroutine that nobody awaits. An exception that leaves it is a programming error and terminates the
 /// program.
 struct DetachedCoroutine {
   struct promise_type { // NOLINT(readability-identifier-naming): the language asks for it
@@ -44,7 +44,7 @@ struct DetachedCoroutine {
   };
 };
 
-/// Keeps `body` until its coroutine has ended, so that the coroutine may use what the lambda has captured.
+/// Keeps `body` alive until its coroutine has ended, because the coroutine may use the lambda's captures.
 template <class Body> DetachedCoroutine runTask(Body body, std::stop_token cancellation) {
   if constexpr (std::invocable<const Body&, std::stop_token>)
     co_await body(std::move(cancellation));
@@ -54,8 +54,8 @@ template <class Body> DetachedCoroutine runTask(Body body, std::stop_token cance
 
 } // namespace detail
 
-/// Starts a task. `body` returns what to await, a coroutine or a reply, and may take the token of the task's
-/// cancellation. It is called as work of `mainThread`, never from inside this call. Any thread.
+/// Starts a task. `body` returns an awaitable (a coroutine or a reply) and may take the cancellation token.
+/// It runs as work of `mainThread`, never inside this call. Any thread.
 template <class Body> Task startTask(Executor& mainThread, Body body) {
   Task task;
   mainThread.post([body = std::move(body), cancellation = task.token()] {
