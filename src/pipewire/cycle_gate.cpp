@@ -4,7 +4,7 @@ namespace sonvel::pipewire {
 
 namespace {
 
-// Longer than the longest cycle that the server makes by its defaults, 2,048 frames at 44,100 Hz.
+// Longer than the server's longest default cycle, 2,048 frames at 44,100 Hz.
 constexpr std::chrono::milliseconds kLongestCycle{100};
 
 } // namespace

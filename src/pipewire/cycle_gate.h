@@ -7,21 +7,22 @@
 
 namespace sonvel::pipewire {
 
-/// Lets streams change sides just after a cycle has ended, when a whole quantum is left for it.
+/// Decides when streams may move between a tap and their device: just after a cycle has ended, when a whole
+/// quantum remains.
 ///
-/// The real-time thread must not wake anyone, so the count of cycles is looked at every millisecond while
-/// streams wait. A device that sleeps has no cycles, and nothing is heard then that could have a gap: after a
-/// tenth of a second the gate opens by itself.
+/// The real-time thread must not wake other threads, so the count of cycles is polled every millisecond while
+/// streams wait. A sleeping device has no cycles, and nothing can be interrupted there: after 100 ms the gate
+/// opens without a cycle.
 class CycleGate {
  public:
-  /// Whether it is open at `now`, given the number of cycles that all filters have run so far. Shut, it
-  /// counts from the first question on.
+  /// Whether it is open at `now`. `cycles` is the number of cycles that all filters have run so far. While
+  /// shut, it counts from the first call.
   bool isOpen(std::uint32_t cycles, GraphAlarm::Time now);
 
-  /// Nobody waits any more.
+  /// Call when no stream waits any more.
   void reset() { waiting_.reset(); }
 
-  /// How long to wait before it is asked again.
+  /// Interval between calls.
   static constexpr std::chrono::milliseconds kPoll{1};
 
  private:

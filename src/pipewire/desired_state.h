@@ -10,42 +10,42 @@
 
 namespace sonvel::pipewire {
 
-/// Every node that stands for a tap has a name that begins so, followed by what no other run shares.
+/// The name of every tap's node starts with this, followed by a part unique to this run.
 inline constexpr auto kTapNamePrefix = "sonvel-tap-";
 
-/// A tap as it should be.
+/// The desired state of a tap.
 struct DesiredTap {
-  std::string nodeName; ///< also its UID
+  std::string nodeName; ///< also the tap's UID
   std::string description;
   std::set<ProcessKey> processes;
-  std::set<std::string> bundleIDs;      ///< processes that appear later under one of these join
-  std::set<ProcessKey> formerStrangers; ///< processes that were there before it and were not listed
-  bool isMuted = false;                 ///< only a muted tap has a node: others are read from the streams
-  bool standsBy = false;                ///< it takes its streams though no session reads it: they are silent
-  bool isMono = false;                  ///< its device has one channel
-  bool isRetired = false;               ///< destroyed in a configuration that is still open
-  bool isLeaving = false;               ///< it is forgotten as soon as its node has gone
+  std::set<std::string> bundleIDs;      ///< later processes with one of these IDs join
+  std::set<ProcessKey> formerStrangers; ///< processes that existed before the tap and were not listed
+  bool isMuted = false;                 ///< only a muted tap has a node; others are read from the streams
+  bool standsBy = false;  ///< takes its streams without a session that reads them: they are silent
+  bool isMono = false;    ///< its device has one channel
+  bool isRetired = false; ///< destroyed in an open configuration
+  bool isLeaving = false; ///< forgotten when its node has gone
 };
 
-/// A started IOProc as it should be: filter between taps and a device.
+/// The desired state of a started IOProc: a filter between taps and a device.
 struct DesiredSession {
   std::string filterName;
   std::string description;
   std::string deviceName;
   std::set<AudioObjectID> taps;
-  bool isHeld = false;     ///< started in a configuration that is still open: it takes no streams yet
-  bool isRetired = false;  ///< stopped in a configuration that is still open: it goes on
-  bool isStopping = false; ///< its filter goes as soon as the nodes of its taps have gone
-  bool isOverdue = false;  ///< it stops now, wherever the streams are
+  bool isHeld = false;     ///< started in an open configuration: takes no streams yet
+  bool isRetired = false;  ///< stopped in an open configuration: keeps running
+  bool isStopping = false; ///< its filter is removed when its taps' nodes are gone
+  bool isOverdue = false;  ///< must stop now, wherever its streams are
 };
 
-/// Everything that this program wants of the sound server.
+/// Everything that this program wants in the server.
 struct DesiredState {
   std::map<AudioObjectID, DesiredTap> taps;
   std::map<IOProcID, DesiredSession> sessions;
 };
 
-/// Two ports to be joined.
+/// Two ports to be linked.
 struct PortPair {
   GlobalID output = 0;
   GlobalID input = 0;
@@ -53,34 +53,35 @@ struct PortPair {
   auto operator<=>(const PortPair&) const = default;
 };
 
-/// Where a stream belongs: into the node of a tap, or where its user had it.
+/// The destination of a stream: a tap's node, or the device it had before.
 struct StreamRouting {
   GlobalID stream = 0;
-  std::string tapName; ///< empty: where its user had it
+  std::string tapName; ///< empty: the device it had before
 
   bool operator==(const StreamRouting&) const = default;
 };
 
-/// What this program has in the server already.
+/// What this program has created in the server.
 struct OwnedObjects {
-  std::map<AudioObjectID, bool> tapNodes; ///< with whether the node has one channel
+  std::map<AudioObjectID, bool> tapNodes; ///< whether the node has one channel
   std::set<IOProcID> filters;
-  std::map<PortPair, bool> links;    ///< with whether the server has negotiated them
+  std::map<PortPair, bool> links;    ///< whether the server has negotiated them
   std::set<std::uint64_t> stranded;  ///< serials of streams that the session manager no longer links
-  std::set<std::uint64_t> immovable; ///< serials of streams that were sent into a tap and did not come
+  std::set<std::uint64_t> immovable; ///< serials of streams that do not move into their tap
 };
 
-/// The edits that are missing between what is and what should be. Each is safe to do twice.
+/// The edits that turn the current graph into the desired one. Each may be repeated safely.
 struct Plan {
   std::vector<AudioObjectID> tapNodesToCreate;
   std::vector<AudioObjectID> tapNodesToDestroy;
   std::vector<IOProcID> filtersToCreate;
   std::vector<IOProcID> filtersToDestroy;
   std::vector<PortPair> linksToCreate;
-  std::vector<PortPair> strandedLinksToCreate; ///< of stranded streams into their taps
-  std::vector<PortPair> lastingLinksToCreate;  ///< of stranded streams to their own devices: they outlive us
-  std::vector<PortPair> linksToDestroy;        ///< of ours
-  std::vector<GlobalID> linksToCut; ///< of the session manager, which play a tapped stream past its tap
+  std::vector<PortPair> strandedLinksToCreate; ///< from stranded streams into their taps
+  /// from stranded streams to their own devices; these links outlive us
+  std::vector<PortPair> lastingLinksToCreate;
+  std::vector<PortPair> linksToDestroy; ///< ours
+  std::vector<GlobalID> linksToCut;     ///< the session manager's, which bypass a tap
   std::vector<StreamRouting> routings;
 
   bool operator==(const Plan&) const = default;

@@ -13,7 +13,7 @@ namespace sonvel::pipewire {
 
 namespace {
 
-/// The output of a card that a node plays through; null if it is not one of a card.
+/// The card output that a node plays through; null if it does not belong to a card.
 template <class AnyGraph>
 auto routeOf(AnyGraph& graph, const Node& node) -> decltype(&graph.cards.at(0).routes[0]) {
   const auto card = node.card ? graph.cards.find(*node.card) : graph.cards.end();
@@ -79,10 +79,10 @@ void setDeviceVolumes(Graph& graph, GraphMonitor& monitor, GlobalID device,
     spa_pod_builder_add(&builder, SPA_PARAM_ROUTE_save, SPA_POD_Bool(true), 0);
     const auto* param = static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &frame));
     pw_device_set_param(monitor.card(node.card.value_or(0)), SPA_PARAM_Route, 0, param);
-    route->channelVolumes = volumes; // until the card tells what it made of it
+    route->channelVolumes = volumes; // until the card reports the actual values
   } else {
     pw_node_set_param(monitor.node(device), SPA_PARAM_Props, 0, buildProps(builder, volumes));
-    // A sink that has never run takes the value without telling anyone; until it tells, this is what it is.
+    // A sink that has never run applies the value but does not report it; use this value until it does.
     node.channelVolumes = volumes;
   }
 }

@@ -8,23 +8,23 @@
 
 namespace sonvel::pipewire {
 
-/// The scalar that mixers on the desktop show for a linear factor: its cube root, 0.0 to 1.0 and beyond for
+/// The volume that desktop mixers show for a linear factor: its cube root, 0.0 to 1.0, more for
 /// amplification.
 float scalarFromLinear(float linear) noexcept;
 float linearFromScalar(float scalar) noexcept;
 
-/// The scalar, 0.0 to 1.0, of all channels together (element 0: that of the loudest) or of one channel
-/// (elements 1 and 2). An amplified device is at 1.0. None if there is no such channel.
+/// The volume, 0.0 to 1.0, of the loudest channel (element 0) or of one channel (elements 1 and 2). Values
+/// above 1.0 give 1.0. None if there is no such channel.
 std::optional<float> volumeScalar(const std::vector<float>& channelVolumes, std::uint32_t element);
 
-/// The linear factors with one element set. Element 0 keeps the channels' balance to one another.
+/// The linear factors with one element set. Element 0 keeps the balance between channels.
 std::vector<float> withVolumeScalar(std::vector<float> channelVolumes, std::uint32_t element, float scalar);
 
-/// The linear factors of a device's channels: of the card's output where it is one of a card. Empty if it has
-/// no volume.
+/// The linear factors of a device's channels; those of the card's output if the device belongs to a card.
+/// Empty if it has no volume.
 std::vector<float> deviceVolumes(const Graph& graph, GlobalID device);
 
-/// Sets them; on a card so that they last and move its own control.
+/// Sets the factors; on a card through its route, so that they are stored and its own control moves.
 void setDeviceVolumes(Graph& graph, GraphMonitor& monitor, GlobalID device,
                       const std::vector<float>& volumes);
 

@@ -10,7 +10,7 @@
 
 namespace sonvel::pipewire {
 
-/// The server's name for one of its objects. It is used again soon after the object is gone.
+/// The server's ID of an object. It is reused soon after the object has gone.
 using GlobalID = std::uint32_t;
 
 enum class NodeKind { other, outputStream, sink, source };
@@ -18,25 +18,25 @@ enum class NodeKind { other, outputStream, sink, source };
 enum class PortDirection { in, out };
 
 struct Client {
-  std::uint64_t serial = 0; ///< never used again
+  std::uint64_t serial = 0; ///< never reused
   AudioClient facts;
   bool isKnown = false;       ///< its properties have arrived
-  bool isSoundServer = false; ///< the server's own helper, or this program
+  bool isSoundServer = false; ///< a helper of the server, or this program
   bool isSessionManager = false;
-  std::int32_t vouchedPID = 0; ///< of whoever holds the socket
+  std::int32_t vouchedPID = 0; ///< of the process that holds the socket
   bool isPulseConnection = false;
 };
 
 struct Node {
-  std::uint64_t serial = 0; ///< never used again
+  std::uint64_t serial = 0; ///< never reused
   std::optional<GlobalID> client;
   NodeKind kind = NodeKind::other;
   std::string name;
   std::string description;
-  bool isRunning = false;            ///< it takes part in the graph's cycles now
-  bool cannotBeMoved = false;        ///< its properties forbid the session manager to move it
-  bool isPulseAnnounced = false;     ///< PipeWire's PulseAudio server has told the program of its stream
-  std::string ownTarget;             ///< the node that its program asked for: name or serial; empty for none
+  bool isRunning = false;            ///< takes part in the graph's cycles now
+  bool cannotBeMoved = false;        ///< its properties forbid moving it
+  bool isPulseAnnounced = false;     ///< PipeWire's PulseAudio server has announced the stream to its program
+  std::string ownTarget;             ///< target node requested by its program: name or serial; empty if none
   std::vector<float> channelVolumes; ///< linear amplitude factors; empty while unknown
   std::optional<GlobalID> card;
   std::optional<std::int32_t> cardProfileDevice; ///< which output of the card
@@ -51,14 +51,14 @@ struct Port {
 };
 
 struct Link {
-  std::optional<GlobalID> client; ///< whoever made it; none for one that outlives its maker
+  std::optional<GlobalID> client; ///< its creator; none if the object outlives its creator
   GlobalID outputNode = 0;
   GlobalID outputPort = 0;
   GlobalID inputNode = 0;
   GlobalID inputPort = 0;
 };
 
-/// The output of a card that is in use, which carries the volume of its nodes.
+/// A card's active output, which holds the volume of its nodes.
 struct Route {
   std::int32_t index = 0;
   std::int32_t profileDevice = 0;
@@ -79,7 +79,7 @@ struct MetadataValue {
 
 using MetadataEntries = std::map<std::string, MetadataValue>; ///< of one subject, by key
 
-/// What the server has told us: a plain copy, which the functions that plan on it take as their only input.
+/// What the server has reported, as plain data; the only input of the planning functions.
 struct Graph {
   std::map<GlobalID, Client> clients;
   std::map<GlobalID, Node> nodes;
@@ -87,20 +87,19 @@ struct Graph {
   std::map<GlobalID, Link> links;
   std::map<GlobalID, Card> cards;
   std::map<GlobalID, MetadataEntries> metadata; ///< by subject
-  bool hasMetadata = false;                     ///< the session manager is there
-  bool isServerHidden = false;                  ///< the server has withdrawn itself from us
-  std::string defaultSinkName;                  ///< empty for none
+  bool hasMetadata = false;                     ///< the session manager runs
+  bool isServerHidden = false;                  ///< the server's object is hidden from us
+  std::string defaultSinkName;                  ///< empty if none
 
-  /// The node with that name of the newest serial, as a name can be in two nodes while one replaces the
-  /// other.
+  /// The newest node with that name; two nodes can share a name while one replaces the other.
   std::optional<GlobalID> nodeNamed(const std::string& name) const;
 
-  /// Ports of a node in one direction, in the order of their index.
+  /// Ports of a node in one direction, ordered by index.
   std::vector<GlobalID> portsOf(GlobalID node, PortDirection direction, bool monitors) const;
 
   bool isLinked(GlobalID outputPort, GlobalID inputPort) const;
 
-  /// Whether any port of the one node feeds the other.
+  /// Whether any port of one node is linked to the other node.
   bool feeds(GlobalID outputNode, GlobalID inputNode) const;
 
   const MetadataValue* metadataOf(GlobalID subject, const std::string& key) const;

@@ -10,13 +10,13 @@
 
 namespace sonvel::pipewire {
 
-/// An object that this program made in the server, which vanishes with it. Belongs to the loop thread.
+/// An object that this program created in the server; destroying it removes it there. Loop thread.
 class OwnObject {
  public:
   enum class State {
     asked,  ///< the server has not answered yet
-    ready,  ///< it is there and can be used
-    failed, ///< the server would not make it
+    ready,  ///< exists and can be used
+    failed, ///< the server refused to create it
     lost,   ///< the server has removed it
   };
 
@@ -27,18 +27,18 @@ class OwnObject {
 
   virtual State state() const = 0;
 
-  /// Of a filter: grows with each cycle, wrapping.
+  /// For a filter: increases with each cycle, wrapping.
   virtual std::uint32_t cycles() const { return 0; }
 };
 
-/// What a link is for.
+/// The purpose of a link.
 enum class LinkKind {
-  passing, ///< hands on what plays anyway: it does not keep its nodes from sleeping
-  feeding, ///< lets a stream play
-  lasting, ///< lets a stream play, also when this program has ended
+  passing, ///< carries sound that plays anyway; lets its nodes sleep
+  feeding, ///< makes a stream play
+  lasting, ///< makes a stream play, even after this program's end
 };
 
-/// The edits that a reconciler makes in the server's graph. Calls come on the loop thread, none waits.
+/// The edits that a reconciler makes in the server's graph. Loop thread; none blocks.
 class GraphEdits {
  public:
   virtual ~GraphEdits() = default;
@@ -49,14 +49,14 @@ class GraphEdits {
   /// Ready when samples flow through it as soon as its nodes run.
   virtual std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind kind) = 0;
 
-  /// Removes a link that someone else made.
+  /// Removes a link of another program.
   virtual void cutLink(GlobalID link) = 0;
 
-  /// Writes metadata on a stream, and into the graph at once.
+  /// Writes metadata of a stream, and updates our copy of the graph at once.
   virtual void write(GlobalID stream, const MetadataWrite& write) = 0;
 };
 
-/// When a reconciler wants to look again.
+/// Tells the reconciler when to run again.
 class GraphAlarm {
  public:
   using Time = std::chrono::steady_clock::time_point;
@@ -65,7 +65,7 @@ class GraphAlarm {
 
   virtual Time now() const = 0;
 
-  /// Has the reconciler look again after `delay`, or earlier if something else asked for that.
+  /// Runs the reconciler after `delay`, or earlier if another call asks for that.
   virtual void lookAgainIn(std::chrono::milliseconds delay) = 0;
 };
 

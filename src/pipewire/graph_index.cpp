@@ -23,8 +23,8 @@ std::optional<ProcessKey> processKeyOf(const Graph& graph, GlobalID client) {
   if (facts.sandboxAppID) return "application " + *facts.sandboxAppID;
   if (facts.processID <= 0) return "client " + std::to_string(found->second.serial);
   const std::string process = "process " + std::to_string(facts.processID);
-  // A program on the PulseAudio socket only claims its process ID. Inside a sandbox many have the same (2),
-  // so two programs with one ID are told apart by their names.
+  // A program on the PulseAudio socket only claims its process ID. In sandboxes many have the same one (2),
+  // so programs with equal IDs are distinguished by name.
   if (found->second.isPulseConnection)
     return process + " " + facts.processBinary.value_or(facts.applicationName.value_or(""));
   return process;

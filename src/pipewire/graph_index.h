@@ -9,18 +9,17 @@
 
 namespace sonvel::pipewire {
 
-/// Names one process across its clients and streams: by its process ID where that can be trusted, by the
-/// application of its sandbox, whose process IDs are its own, or else by the client alone.
+/// Identifies a process across its clients and streams: by process ID where it is trustworthy, by application
+/// for a sandbox (which has its own process IDs), otherwise by client.
 using ProcessKey = std::string;
 
-/// The process behind a client; none for the sound server's own helpers and for this program.
+/// The process behind a client; none for the sound server's helpers and this program.
 std::optional<ProcessKey> processKeyOf(const Graph& graph, GlobalID client);
 
 /// The process that plays a stream.
 std::optional<ProcessKey> processKeyOfStream(const Graph& graph, const Node& stream);
 
-/// A graph with the ways into it that planning needs often. Made for one plan; the graph must outlive it
-/// unchanged.
+/// A graph with lookup tables for planning. Built for one plan; the graph must outlive it unchanged.
 class GraphIndex {
  public:
   explicit GraphIndex(const Graph& graph);
@@ -31,10 +30,10 @@ class GraphIndex {
 
   const std::string& channel(GlobalID port) const { return graph_.ports.at(port).channel; }
 
-  /// As the graph's own, of the newest serial.
+  /// The newest node with that name, as Graph::nodeNamed.
   std::optional<GlobalID> nodeNamed(const std::string& name) const;
 
-  /// In the order of their index.
+  /// Ordered by index.
   std::vector<GlobalID> portsOf(GlobalID node, PortDirection direction, bool monitors) const;
 
   /// The streams that a process plays.
@@ -43,7 +42,7 @@ class GraphIndex {
   /// All streams of applications.
   const std::vector<GlobalID>& streams() const noexcept { return streams_; }
 
-  /// The process of a stream; none if it is nobody's.
+  /// The process of a stream; none if it belongs to no application.
   const ProcessKey* processOf(GlobalID stream) const;
 
   /// The links that leave a node.

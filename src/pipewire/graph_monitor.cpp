@@ -142,7 +142,7 @@ void GraphMonitor::write(GlobalID subject, const MetadataWrite& write) {
 }
 
 void GraphMonitor::destroy(GlobalID id) {
-  graph_.links.erase(id); // its ID may be another's before the answer comes: it must not be asked for twice
+  graph_.links.erase(id); // the ID may be reused before the answer comes, so request the removal only once
   pw_registry_destroy(fromProxy<pw_registry>(registry_), id);
 }
 

@@ -12,8 +12,7 @@
 
 namespace sonvel::pipewire {
 
-/// Keeps a Graph equal to what the server has, from the moment it is made until it is destroyed. Belongs to
-/// the loop thread.
+/// Keeps a Graph equal to the server's graph during its lifetime. Loop thread.
 class GraphMonitor {
  public:
   /// `changed` runs after each change of `graph`, on the loop thread.
@@ -22,19 +21,19 @@ class GraphMonitor {
   GraphMonitor(const GraphMonitor&) = delete;
   GraphMonitor& operator=(const GraphMonitor&) = delete;
 
-  /// The proxies through which an object is written; null if there is none.
+  /// The proxy for writing to an object; null if there is none.
   pw_node* node(GlobalID id) const;
   pw_device* card(GlobalID id) const;
   pw_metadata* metadata() const;
 
-  /// The object behind metadata().
+  /// The server object that holds the metadata.
   std::optional<GlobalID> metadataID() const noexcept { return metadataID_; }
 
-  /// Writes metadata on a subject, and into the graph at once: the server's own answer comes later. Does
-  /// nothing while there is no metadata.
+  /// Writes metadata of a subject, and updates the graph at once, before the server confirms. No effect while
+  /// there is no metadata object.
   void write(GlobalID subject, const MetadataWrite& write);
 
-  /// Removes a link, whoever made it, from the server and at once from the graph.
+  /// Removes a link of any creator from the server, and from the graph at once.
   void destroy(GlobalID link);
 
  private:

@@ -15,7 +15,7 @@ bool isOverdue(const PlanContext& context, AudioObjectID tap) {
   });
 }
 
-/// A tap's node goes when the last of its streams has left that has somewhere to go.
+/// A tap's node may go when no stream that has another destination is left in it.
 bool canLoseNode(const PlanContext& context, AudioObjectID tapID, const DesiredTap& tap) {
   const GraphIndex& graph = context.graph();
   const auto node = graph.nodeNamed(tap.nodeName);
@@ -25,8 +25,8 @@ bool canLoseNode(const PlanContext& context, AudioObjectID tapID, const DesiredT
          });
 }
 
-/// Only a tap that is read, or stands by, has a node. One whose device has another number of channels now
-/// gets a new one.
+/// Only a tap that is read or standing by has a node. A tap whose device now has another channel count gets a
+/// new node.
 void planTapNodes(const PlanContext& context, Plan& plan) {
   const auto& nodes = context.owned().tapNodes;
   for (const auto& [id, tap] : context.desired().taps)
@@ -40,8 +40,8 @@ void planTapNodes(const PlanContext& context, Plan& plan) {
   }
 }
 
-/// A filter goes after the nodes of its taps, unless others read them: the other way round everyone on the
-/// device would lose a cycle.
+/// A filter is removed after its taps' nodes, unless other filters read them. In the other order every stream
+/// on the device would lose a cycle.
 void planFilters(const PlanContext& context, Plan& plan) {
   const OwnedObjects& owned = context.owned();
   for (const auto& [id, session] : context.desired().sessions) {
@@ -55,7 +55,7 @@ void planFilters(const PlanContext& context, Plan& plan) {
     if (!context.desired().sessions.contains(id)) plan.filtersToDestroy.push_back(id);
 }
 
-/// Links in the session manager's place for streams that it leaves without any, as 0.4 does after a restart.
+/// Links streams that the session manager leaves unlinked, as 0.4 does after its restart.
 void planStrandedStreams(const PlanContext& context, Plan& plan) {
   const GraphIndex& graph = context.graph();
   for (const auto stream : graph.streams()) {
@@ -87,8 +87,8 @@ void planLinks(const PlanContext& context, Plan& plan) {
     if (!wanted.contains(pair)) plan.linksToDestroy.push_back(pair);
 }
 
-/// Whether a session may take a stream now: its way to the device is open. A stream that comes from another
-/// tap of ours is taken earlier, because silence for a moment is better than its own level.
+/// Whether a session may take a stream now: the path to the device is linked. A stream that comes from
+/// another tap of ours is taken earlier, because a short silence is better than sound at the wrong volume.
 bool mayTake(const PlanContext& context, const DesiredSession& session, bool isConnected, AudioObjectID tap,
              GlobalID stream) {
   if (session.isHeld || session.isStopping) return false;
@@ -97,9 +97,8 @@ bool mayTake(const PlanContext& context, const DesiredSession& session, bool isC
   return former && *former != tap && context.graph().nodeNamed(context.desired().taps.at(tap).nodeName);
 }
 
-/// Whether a stream may go into a tap already. The PulseAudio server of PipeWire tells a program that its
-/// stream is there only while that is linked to a sink that mixers list, which a tap is not; before that the
-/// program plays nothing.
+/// Whether a stream may enter a tap yet. PipeWire's PulseAudio server announces a stream to its program only
+/// while it is linked to a sink that mixers list, which a tap is not; before that the program does not play.
 bool isAnnounced(const PlanContext& context, GlobalID stream) {
   const GraphIndex& graph = context.graph();
   const Node& node = graph.node(stream);
@@ -107,8 +106,8 @@ bool isAnnounced(const PlanContext& context, GlobalID stream) {
   return client == graph.graph().clients.end() || !client->second.isPulseConnection || node.isPulseAnnounced;
 }
 
-/// The tap that each stream is to be sent into now: the newest of those that want it and may take it. One
-/// that stands by takes what no other wants.
+/// The tap that each stream is to be sent into: the newest of those that want it and may take it. A standby
+/// tap takes what no other tap wants.
 std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
   std::map<GlobalID, AudioObjectID> taps;
   for (const auto& [id, session] : context.desired().sessions) {
@@ -128,7 +127,7 @@ std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
   return taps;
 }
 
-/// The session manager's links that play a stream past its tap. Links that others made are not ours to cut.
+/// The session manager's links that bypass the tap. Links that other programs made are not cut.
 void planCuts(const GraphIndex& graph, GlobalID stream, const std::string& tapName, Plan& plan) {
   const auto tapNode = graph.nodeNamed(tapName);
   if (!tapNode || !graph.feeds(stream, *tapNode)) return;
@@ -142,23 +141,23 @@ void planCuts(const GraphIndex& graph, GlobalID stream, const std::string& tapNa
   }
 }
 
-/// Whether a stream has something of ours on it, or plays into something of ours, that should not be so.
+/// Whether a stream has entries or links of ours that must be removed.
 bool mustReturn(const PlanContext& context, GlobalID stream) {
   const GraphIndex& graph = context.graph();
   const std::string tapName = targetTapOf(graph.graph(), stream);
   if (tapName.empty()) {
     if (hasLeftover(graph.graph(), stream)) return true;
-    if (!context.canBeMoved(stream)) return false; // whoever linked it there can do without a target
-    // A stranger: its own target is an ID that one of our nodes was given, or the session manager's choice.
+    if (!context.canBeMoved(stream)) return false; // it was linked by someone who does not use targets
+    // An unrelated stream: its target is an ID that now belongs to one of our nodes, or the session manager
+    // chose our node.
     return std::ranges::any_of(context.desired().taps, [&](const auto& tap) {
       const auto node = graph.nodeNamed(tap.second.nodeName);
       return node && graph.feeds(stream, *node) && !context.belongsIn(stream, tap.first);
     });
   }
-  // A tap that waits for its links again keeps its streams: they are heard as soon as the links are back.
+  // A tap that waits for its links keeps its streams; they are heard when the links are back.
   if (const auto tap = context.tapNamed(tapName)) return !context.belongsIn(stream, *tap);
-  // Another run of this program may have a tap of its own: as long as its node is there, that is its
-  // business.
+  // The tap may belong to another running instance: leave it alone while its node exists.
   return !graph.nodeNamed(tapName).has_value();
 }
 

@@ -5,16 +5,16 @@
 
 namespace sonvel::pipewire {
 
-/// The edits that bring the graph nearer to the desired state. Run again after each event until it is empty.
-/// The order of a hand-over without a gap comes out of the conditions. Taking over: tap and filter, their
-/// links, then the streams into the tap. Giving back: the streams, the tap, the filter.
+/// The edits that bring the graph nearer to the desired state. Call again after each event until the plan is
+/// empty. The conditions give an order without a gap in the sound. Taking over: tap and filter, their links,
+/// then the streams into the tap. Giving back: the streams, the tap, the filter.
 Plan planEdits(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned);
 
-/// Whether the session's filter hears its taps and reaches its device.
+/// Whether the session's filter is linked with its taps and its device.
 bool isSessionConnected(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
                         IOProcID session);
 
-/// Whether a muted tap has a stream that can't be taken into it.
+/// Whether a muted tap wants a stream that can't be moved into it.
 bool isTapPartial(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
                   AudioObjectID tap);
 

@@ -25,16 +25,16 @@ std::string ownHostName() {
   return name.data();
 }
 
-/// The application of a sandbox. Only the server puts a client under restricted access; without that, the
-/// application ID says no more than the client claims.
+/// The application of a sandbox. Only the server can restrict a client's access; without that, the
+/// application ID is just a claim.
 std::optional<std::string> sandboxOf(const spa_dict* properties) {
   const auto access = textOf(properties, PW_KEY_ACCESS);
   if (!access || *access == "unrestricted" || *access == "default") return std::nullopt;
   return textOf(properties, "pipewire.access.portal.app_id");
 }
 
-/// The name of the sound system's own program that this process runs, if it runs one. It is told by the file,
-/// where only an administrator installs; any program can call itself "wireplumber".
+/// The name of the sound system's own program in this process, if it is one. Decided by the executable's path
+/// in folders that only administrators write to; the name alone could be claimed by any program.
 std::optional<std::string> soundSystemProgramOf(std::int32_t pid) {
   constexpr std::array<std::string_view, 4> kFolders{"/usr/", "/bin/", "/nix/store/", "/gnu/store/"};
   constexpr std::array<std::string_view, 4> kPrograms{"pipewire", "pipewire-pulse", "wireplumber",
@@ -53,9 +53,9 @@ std::optional<std::string> soundSystemProgramOf(std::int32_t pid) {
   return std::string(name);
 }
 
-/// The process of a client. A program on the PulseAudio socket is known only by the process ID that it
-/// claims, because the server vouches for its PulseAudio helper instead. A claim from another machine or from
-/// inside a sandbox names no process here: then it is 0.
+/// The process of a client. For a program on the PulseAudio socket only the claimed process ID is known,
+/// because the server vouches for its PulseAudio helper instead. A claim from another machine or a sandbox
+/// means nothing here: then 0.
 std::int32_t processOf(const spa_dict* properties, std::int32_t vouched, bool isPulse) {
   if (!isPulse) return vouched;
   if (sandboxOf(properties)) return 0;
@@ -106,8 +106,8 @@ void GraphMonitor::ClientWatch::onInfo(const pw_client_info* info) {
   client.facts.applicationID = textOf(properties, PW_KEY_APP_ID);
   client.facts.applicationName = textOf(properties, PW_KEY_APP_NAME);
   client.facts.processBinary = textOf(properties, PW_KEY_APP_PROCESS_BINARY);
-  // The session manager and the server's helpers play nothing of an application's, and neither do we.
-  // Programs on the PulseAudio socket share the process that the server vouches for with their helper.
+  // The session manager, the server's helpers and this program play no application's sound. Programs on the
+  // PulseAudio socket share the vouched process with the server's helper.
   const auto program = soundSystemProgramOf(client.vouchedPID);
   const bool isHelper = program && (!client.isPulseConnection || client.facts.processID == client.vouchedPID);
   client.isSoundServer = client.vouchedPID == getpid() || isHelper;
@@ -134,7 +134,7 @@ GraphMonitor::NodeWatch::NodeWatch(pw_registry* registry, GlobalID id, Graph& gr
   }
 }
 
-/// What a node tells later may hold only some of its properties: what is missing stays as it was.
+/// Later updates of a node may hold only some of its properties; missing ones stay unchanged.
 void GraphMonitor::NodeWatch::readProperties(Node& node, const spa_dict* properties) {
   const auto note = [&](const char* key, bool forbids) {
     if (!textOf(properties, key)) return;
@@ -145,11 +145,11 @@ void GraphMonitor::NodeWatch::readProperties(Node& node, const spa_dict* propert
   };
   note(PW_KEY_NODE_DONT_RECONNECT, true);
   note("node.dont-move", true);
-  note("node.dont-fallback", true); // it would rather end than play elsewhere
+  note("node.dont-fallback", true); // it would end instead of playing elsewhere
   note(PW_KEY_NODE_AUTOCONNECT, false);
   node.cannotBeMoved = !forbidding_.empty();
   if (textOf(properties, "pulse.attr.tlength"))
-    node.isPulseAnnounced = true; // with the answer to the program
+    node.isPulseAnnounced = true; // in the server's answer to the program
   if (auto target = textOf(properties, PW_KEY_TARGET_OBJECT)) node.ownTarget = std::move(*target);
   if (const auto card = numberOf(properties, PW_KEY_DEVICE_ID)) node.card = card;
   if (const auto output = numberOf(properties, "card.profile.device"))
@@ -197,7 +197,7 @@ void GraphMonitor::CardWatch::onParam(std::uint32_t param, std::uint32_t index, 
                            SPA_PARAM_ROUTE_props, SPA_POD_OPT_Pod(&props)) < 0)
     return;
   auto& routes = graph_.cards[id_].routes;
-  if (index == 0) routes.clear(); // each enumeration starts over
+  if (index == 0) routes.clear(); // each enumeration starts with index 0
   std::erase_if(routes, [output](const Route& old) { return old.profileDevice == output; });
   routes.push_back({.index = route, .profileDevice = output, .channelVolumes = channelVolumesOf(props)});
   changed_();

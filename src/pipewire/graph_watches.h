@@ -8,7 +8,7 @@
 
 namespace sonvel::pipewire {
 
-/// One object of the server that has more to tell than its arrival. Writes what it is told into the graph.
+/// An object of the server with details beyond its registry entry. Writes them into the graph.
 class GraphMonitor::Watch {
  public:
   Watch(pw_registry* registry, GlobalID id, const char* type, std::uint32_t version, Graph& graph,
@@ -32,7 +32,7 @@ class GraphMonitor::Watch {
   Hook hook_;
 };
 
-/// Learns whose a client is.
+/// Reads which program a client is.
 class GraphMonitor::ClientWatch : public Watch {
  public:
   ClientWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
@@ -41,7 +41,7 @@ class GraphMonitor::ClientWatch : public Watch {
   void onInfo(const pw_client_info* info);
 };
 
-/// Learns whether a node runs, and its volume.
+/// Reads whether a node runs, and its volume.
 class GraphMonitor::NodeWatch : public Watch {
  public:
   NodeWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
@@ -51,10 +51,10 @@ class GraphMonitor::NodeWatch : public Watch {
   void readProperties(Node& node, const spa_dict* properties);
   void onParam(std::uint32_t param, const spa_pod* value);
 
-  std::set<std::string> forbidding_; ///< the properties that forbid to move it
+  std::set<std::string> forbidding_; ///< the properties that forbid moving it
 };
 
-/// Learns which outputs of a card are in use, with their volumes.
+/// Reads the active outputs of a card, with their volumes.
 class GraphMonitor::CardWatch : public Watch {
  public:
   CardWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
@@ -63,7 +63,7 @@ class GraphMonitor::CardWatch : public Watch {
   void onParam(std::uint32_t param, std::uint32_t index, const spa_pod* value);
 };
 
-/// Learns the targets of streams and the default sink.
+/// Reads the streams' targets and the default sink.
 class GraphMonitor::MetadataWatch : public Watch {
  public:
   MetadataWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);

@@ -31,8 +31,8 @@ std::string programPath() {
   return error ? std::string() : guardianOf(own).string();
 }
 
-/// Starts a program in a session of its own, out of reach of what a terminal or a desktop sends to ours, with
-/// `input` as its standard input. -1 if it can't be started.
+/// Starts a program in a process session of its own, so that signals from a terminal or desktop to this
+/// program do not reach it, with `input` as its standard input. -1 on failure.
 pid_t spawn(const std::string& program, const std::string& argument, int input) {
   posix_spawn_file_actions_t files{};
   posix_spawn_file_actions_init(&files);
@@ -56,7 +56,7 @@ pid_t spawn(const std::string& program, const std::string& argument, int input) 
   return process;
 }
 
-/// Waits for the end of a child, but not for ever; then it has been reaped.
+/// Waits for a child's end for a limited time; on success it has been reaped.
 void waitForEnd(pid_t process, std::chrono::milliseconds patience) {
   const auto descriptor = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
   pollfd ending{.fd = descriptor, .events = POLLIN, .revents = 0};

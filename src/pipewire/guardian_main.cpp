@@ -1,6 +1,6 @@
-// sonvel-guardian PREFIX: watches over its parent, and gives back what is left of the taps whose names begin
-// so when that can't do it: it was killed, which ends the standard input, or it stays stopped. A byte there
-// says that all was given back.
+// sonvel-guardian PREFIX: watches its parent and gives back the streams of taps whose names start with PREFIX
+// when the parent can't: when it is killed, which closes the standard input, or stays stopped. A byte on the
+// standard input means that everything was given back.
 #include "pipewire/guardian.h"
 
 #include <array>
@@ -17,7 +17,7 @@ namespace {
 constexpr std::chrono::seconds kPatience{5};
 constexpr std::chrono::milliseconds kLookInterval{1000};
 
-/// A parent that is stopped at so many looks in a row does not give back by itself.
+/// The guardian acts after the parent was found stopped this often in a row.
 constexpr int kLooksToGiveBack = 2;
 
 /// Whether a signal or a debugger has stopped the process.
@@ -28,13 +28,13 @@ bool isStopped(pid_t process) {
   const ssize_t length = read(file, text.data(), text.size());
   close(file);
   const std::string_view status(text.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-  const auto name = status.rfind(") "); // the name may hold brackets
+  const auto name = status.rfind(") "); // the name may contain brackets
   if (name == std::string_view::npos || name + 2 >= status.size()) return false;
   return status[name + 2] == 'T' || status[name + 2] == 't';
 }
 
-/// Returns when there is something to read on the standard input, or it has ended. A parent that goes on
-/// takes its streams again by itself.
+/// Returns when standard input is readable or closed. A parent that continues after a stop takes its streams
+/// again itself.
 void watchOverParent(const std::string& tapNamePrefix) {
   pollfd input{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
   int looks = 0;

@@ -8,7 +8,7 @@
 
 namespace sonvel::pipewire {
 
-/// Frees a libpipewire object with the function that its kind needs.
+/// Frees a libpipewire object with its own destroy function.
 template <auto destroy> struct Destroy {
   template <class Object> void operator()(Object* object) const noexcept { destroy(object); }
 };
@@ -31,7 +31,7 @@ template <class Interface> Interface* fromProxy(const ProxyHandle& proxy) noexce
       proxy.get()); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast): as above
 }
 
-/// One listener on a libpipewire object, taken off when destroyed. Declare it after the handle it listens to.
+/// A listener on a libpipewire object, removed on destruction. Declare it after the handle it listens to.
 class Hook {
  public:
   Hook() = default;

@@ -122,7 +122,7 @@ PipeWireHardware::PropertyReader::Bytes PipeWireHardware::PropertyReader::device
 OSStatus PipeWireHardware::getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
                                                std::uint32_t& sizeBytes) {
   const Lock lock(state_->loop);
-  // The two lists must be true: a program that has just come is in them.
+  // These two lists must be up to date, including programs that have just connected.
   const bool isSystemList =
       address.selector == property::kProcessObjectList || address.selector == property::kDevices;
   if (!state_->server->isReady()) return status::kNotRunning;
@@ -164,7 +164,7 @@ OSStatus PipeWireHardware::getPropertyData(AudioObjectID object, const PropertyA
     if (address.selector != property::kProcessBundleID) return kNoError;
     client = *state_->clientOf(object);
   }
-  // Identifying reads files, which events must not wait for.
+  // Identifying reads files, which must not delay events.
   text = state_->identity.bundleIdentifier(*client);
   return kNoError;
 }
@@ -203,7 +203,7 @@ OSStatus PipeWireHardware::setPropertyData(AudioObjectID object, const PropertyA
   if (!device) return status::kBadObject;
   const auto volumes = withVolumeScalar(deviceVolumes(state_->graph, *device), address.element, scalar);
   setDeviceVolumes(state_->graph, *state_->server->monitor(), *device, volumes);
-  state_->reconciler.schedule(); // the graph has the value already; whoever listens hears of it
+  state_->reconciler.schedule(); // the graph has the value already; this calls the listeners
   return state_->syncWithServer(lock, deadlineFromNow());
 }
 

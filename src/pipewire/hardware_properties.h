@@ -4,8 +4,8 @@
 
 namespace sonvel::pipewire {
 
-/// Reads the properties of each kind of object from the graph. None means that there is no such property. For
-/// one use, by whoever holds the loop's lock.
+/// Reads the properties of each kind of object from the graph. None means that the object lacks the property.
+/// Use once, with the loop's lock held.
 class PipeWireHardware::PropertyReader {
  public:
   using Bytes = std::optional<std::vector<std::byte>>;
@@ -18,16 +18,16 @@ class PipeWireHardware::PropertyReader {
   /// A number or a list.
   Bytes data();
 
-  /// A string; the inner optional is a null reference. The bundle identifier is the one value that is not in
-  /// the graph: it is always null here.
+  /// A string; the inner none is a null reference. The bundle identifier is not in the graph: always null
+  /// here.
   std::optional<std::optional<std::string>> text();
 
-  /// Either, for whoever only compares.
+  /// Either kind, for comparisons.
   Bytes anyValue();
 
   bool exists() { return data().has_value() || text().has_value(); }
 
-  /// Whether there is an object of that ID now.
+  /// Whether an object with that ID exists now.
   bool objectExists() const;
 
  private:

@@ -12,14 +12,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Contract: two seconds. The rest is for what comes after the wait.
+// The contract allows two seconds; the rest is for the work after the wait.
 constexpr auto kLongestWait = 1900ms;
 
-// How long a call waits for what depends on others, a device that opens or a stream that moves, while the
-// server answers.
+// How long a call waits for something besides the server's answer, such as a device that opens or a stream
+// that moves.
 constexpr auto kShortWait = 150ms;
 
-// A server that takes longer for a question is busy, and gets more time for everything.
+// A server with slower answers is busy, and gets more time for everything.
 constexpr auto kQuickAnswer = 20ms;
 
 } // namespace
@@ -57,10 +57,10 @@ PipeWireHardware::State::State(const ApplicationIdentity& appIdentity)
 
 PipeWireHardware::State::~State() {
   giveAllBack();
-  loop.stop(); // from here on nothing is called back
+  loop.stop(); // no callbacks after this
 }
 
-/// Runs after each change of anything, on the loop thread.
+/// Called after each change, on the loop thread.
 void PipeWireHardware::State::look() {
   if (server && server->isReady() && server->mayHaveTaps()) {
     joining.join(graph, reconciler.desired());
@@ -71,7 +71,7 @@ void PipeWireHardware::State::look() {
   loop.signal();
 }
 
-/// What a configuration has destroyed is kept until the graph is without it.
+/// What a configuration has destroyed is kept until it has left the graph.
 void PipeWireHardware::State::forgetRetired() {
   DesiredState& desired = reconciler.desired();
   std::erase_if(desired.taps, [this](const auto& tap) {
@@ -152,7 +152,7 @@ OSStatus PipeWireHardware::State::stop(const LoopThread::Lock& lock, const std::
   };
   OSStatus outcome = waitShortly(lock, haveGone);
   if (outcome == status::kUnspecified) {
-    // The streams have been told where to go; with the tap's node they lose the last reason to stay.
+    // The streams have their new targets; removing the tap's node makes them leave.
     for (const auto ioProc : ioProcs)
       if (const auto session = sessions.find(ioProc); session != sessions.end())
         session->second.isOverdue = true;
@@ -160,7 +160,7 @@ OSStatus PipeWireHardware::State::stop(const LoopThread::Lock& lock, const std::
     outcome = waitFor(lock, deadlineFromNow(), haveGone);
   }
   if (outcome == status::kUnspecified) return outcome;
-  for (const auto ioProc : ioProcs) { // a server that has gone has lost them
+  for (const auto ioProc : ioProcs) { // if the server is gone, they are gone too
     sessions.erase(ioProc);
     reconciler.dropBlock(ioProc);
   }
@@ -195,7 +195,7 @@ std::optional<GlobalID> PipeWireHardware::State::deviceNode(AudioObjectID device
 }
 
 std::vector<AudioObjectID> PipeWireHardware::State::processObjects() {
-  std::map<std::uint64_t, ProcessKey> bySerial; // in the order of arrival
+  std::map<std::uint64_t, ProcessKey> bySerial; // in order of arrival
   for (const auto& [id, node] : graph.nodes)
     if (const auto process = processKeyOfStream(graph, node)) bySerial[node.serial] = *process;
   std::vector<AudioObjectID> objects;

@@ -15,8 +15,8 @@
 
 namespace sonvel::pipewire {
 
-/// The state behind a PipeWireHardware. Its fields belong to whoever holds the lock of `loop`; its functions
-/// are called with it held.
+/// The state of a PipeWireHardware. Access its members and call its functions only with the lock of `loop`
+/// held.
 class PipeWireHardware::State {
  public:
   struct Aggregate {
@@ -30,47 +30,48 @@ class PipeWireHardware::State {
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
-  /// A name for a node that no other node has.
+  /// A node name that no other node has.
   std::string uniqueName(const std::string& prefix) { return prefix + runName + std::to_string(++lastName); }
 
-  /// Ask the server something and wait for the answer: kNoError, kNotRunning or kUnspecified.
+  /// Asks the server and waits for its answer: kNoError, kNotRunning or kUnspecified.
   OSStatus syncWithServer(const LoopThread::Lock& lock, LoopThread::Deadline deadline);
 
-  /// Waits until it is true: kNoError, kNotRunning if the server has gone, kUnspecified if it takes too long.
+  /// Waits until `isTrue`: kNoError, kNotRunning if the server has gone, kUnspecified after the deadline.
   OSStatus waitFor(const LoopThread::Lock& lock, LoopThread::Deadline deadline,
                    const std::function<bool()>& isTrue);
 
-  /// As waitFor, but no longer than 200 ms while the server answers quickly.
+  /// As waitFor, but at most 200 ms while the server answers quickly.
   OSStatus waitShortly(const LoopThread::Lock& lock, const std::function<bool()>& isTrue);
 
-  /// Has what is done to other programs' streams, and our right to it, watched over.
+  /// Starts watching our changes to other programs' streams (the guardian), and our rights.
   void ensureGuardian();
 
-  /// Takes started IOProcs out of the graph, and the nodes of their taps that nobody else reads. In a
-  /// configuration they go when it is committed. Their blocks run no more when this gives kNoError outside.
+  /// Removes started IOProcs from the graph, and the nodes of taps that no other IOProc reads; in a
+  /// configuration this happens at commit. After kNoError outside a configuration their blocks are not called
+  /// any more.
   OSStatus stop(const LoopThread::Lock& lock, const std::set<IOProcID>& ioProcs);
 
-  /// Ends a configuration: what was retired in it goes, what was started takes its streams.
+  /// Ends a configuration: retired objects go, started ones take their streams.
   OSStatus commit(const LoopThread::Lock& lock);
 
-  /// What a call for aggregate devices alone gives for any other object.
+  /// The status for a call on something that is not an aggregate device.
   OSStatus statusOfNoAggregate(AudioObjectID object) const;
 
   /// A tap that has not been destroyed; null if there is none.
   DesiredTap* tap(AudioObjectID object);
 
-  /// The sink or source behind a device object; none if it is not there now.
+  /// The node of a device object; none if it is not connected.
   std::optional<GlobalID> deviceNode(AudioObjectID device) const;
 
   std::vector<AudioObjectID> processObjects();
   std::vector<AudioObjectID> deviceObjects();
 
-  /// What the server knows of a process, by any of its clients; none if it has gone.
+  /// What the server knows of a process, from any of its clients; none if it has gone.
   const AudioClient* clientOf(AudioObjectID process) const;
 
   bool isRunningOutput(AudioObjectID process) const;
 
-  /// The device that the process was sent to; 0 if it follows the default.
+  /// The device chosen for the process; 0 if it follows the default.
   AudioObjectID chosenDevice(AudioObjectID process);
 
   const ApplicationIdentity& identity;
@@ -89,7 +90,7 @@ class PipeWireHardware::State {
   std::map<AudioObjectID, Aggregate> aggregates;
   bool isConfiguring = false;
   IOProcID lastIOProc = 0;
-  const std::string runName; ///< in the name of every node of ours; no other run has the same
+  const std::string runName; ///< part of the names of all our nodes; unique to this run
   std::uint32_t lastName = 0;
   Guardian guardian; ///< watches from the first tap on
 
@@ -102,7 +103,7 @@ class PipeWireHardware::State {
   bool wasReady_ = false;
 };
 
-/// When a call that starts now must have been answered.
+/// When a call that starts now must be answered.
 LoopThread::Deadline deadlineFromNow();
 
 } // namespace sonvel::pipewire

@@ -21,7 +21,7 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
   pw_properties* properties = pw_properties_new(PW_KEY_NODE_NAME, name.c_str(), PW_KEY_NODE_DESCRIPTION,
                                                 description.c_str(), PW_KEY_NODE_VIRTUAL, "true", nullptr);
   if (quirks::nodesCanBePassive()) pw_properties_set(properties, PW_KEY_NODE_PASSIVE, "true");
-  filter_.reset(pw_filter_new(core, name.c_str(), properties)); // takes the properties
+  filter_.reset(pw_filter_new(core, name.c_str(), properties)); // takes ownership of the properties
   if (!filter_) {
     logRefusal("filter %s: %s", name.c_str(), std::strerror(errno));
     state_ = State::failed;
@@ -34,7 +34,7 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
       runIOCycle(&static_cast<IOFilter*>(self)->cycle_, position);
     };
     made.state_changed = [](void* self, pw_filter_state old, pw_filter_state state, const char* error) {
-      // A filter whose node the server has removed is not told of an error: it is unconnected again.
+      // If the server removes its node, a filter gets no error but becomes unconnected.
       const bool isLost = state == PW_FILTER_STATE_UNCONNECTED && old != PW_FILTER_STATE_UNCONNECTED;
       if (state == PW_FILTER_STATE_ERROR) logRefusal("filter: %s", error == nullptr ? "broken" : error);
       if (state == PW_FILTER_STATE_ERROR || isLost)
@@ -55,7 +55,7 @@ IOFilter::IOFilter(pw_core* core, const std::string& name, const std::string& de
 
 IOFilter::~IOFilter() {
   isClosing_ = true;
-  // The real-time thread must have let go before the listener does.
+  // Disconnect before the listener is removed: this waits for the real-time thread.
   if (filter_) pw_filter_disconnect(filter_.get());
 }
 
@@ -70,7 +70,8 @@ void* IOFilter::addPort(pw_direction direction, const char* channel) {
   pw_properties* properties =
       pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME, name.c_str(),
                         PW_KEY_AUDIO_CHANNEL, channel, nullptr);
-  constexpr std::size_t ownBytesInPort = sizeof(void*); // the library hands out the port through these
+  // the library keeps the port's data in this many bytes
+  constexpr std::size_t ownBytesInPort = sizeof(void*);
   return pw_filter_add_port(filter_.get(), direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS, ownBytesInPort,
                             properties, nullptr, 0);
 }

@@ -9,11 +9,11 @@
 
 namespace sonvel::pipewire {
 
-/// The node in this process that runs an IOProc: two inputs, two outputs, no samples of delay. Belongs to the
-/// loop thread; once destroyed its block does not run any more.
+/// The node in this process that runs an IOProc: two inputs, two outputs, no delay. Loop thread; after
+/// destruction its block is not called any more.
 class IOFilter : public OwnObject {
  public:
-  /// `changed` runs on the loop thread when the filter breaks.
+  /// `changed` runs on the loop thread when the filter fails.
   IOFilter(pw_core* core, const std::string& name, const std::string& description, IOProcBlock block,
            std::function<void()> changed);
 

@@ -33,7 +33,7 @@ LoopThread::LoopThread() {
 LoopThread::~LoopThread() {
   stop();
   tick_.reset();
-  // The library stays initialised: its end would take it from others in this process, too.
+  // pw_deinit is not called: other code in this process may use the library.
 }
 
 void LoopThread::start() {
@@ -47,7 +47,7 @@ void LoopThread::stop() noexcept {
 }
 
 bool LoopThread::Lock::waitUntil(Deadline deadline, const std::function<bool()>& isTrue) const {
-  // The library's own wait with a time limit goes by the wall clock, which may be set back.
+  // The library's own timed wait uses the wall clock, which may be set back.
   ++loop_.waiting_;
   loop_.tick_->armOnce(kTick);
   bool isSo = isTrue();
@@ -85,7 +85,7 @@ void LoopTimer::arm(std::chrono::milliseconds delay) noexcept {
   timespec value{};
   value.tv_sec = seconds.count();
   value.tv_nsec = std::chrono::nanoseconds(delay - seconds).count();
-  if (value.tv_sec == 0 && value.tv_nsec == 0) value.tv_nsec = 1; // zero would disarm
+  if (value.tv_sec == 0 && value.tv_nsec == 0) value.tv_nsec = 1; // zero would disarm it
   isArmed_ = true;
   pw_loop_update_timer(loop_, source_, &value, nullptr, false);
 }

@@ -8,7 +8,7 @@
 
 namespace sonvel::pipewire {
 
-/// Threads that start while this lives never take a signal that is meant for the program.
+/// While this lives, new threads block the signals meant for the program.
 class SignalsBlocked {
  public:
   SignalsBlocked() noexcept;
@@ -20,8 +20,8 @@ class SignalsBlocked {
   sigset_t before_{};
 };
 
-/// An event source of the loop, one of timer and event, destroyed with this object. The callback runs on the
-/// loop thread with the lock held.
+/// A timer or event of the loop, removed on destruction. The callback runs on the loop thread with the lock
+/// held.
 class LoopSource {
  public:
   LoopSource(pw_loop* loop, std::function<void()> callback)
@@ -39,12 +39,12 @@ class LoopSource {
   spa_source* source_ = nullptr;
 };
 
-/// Fires once for any number of signals before it runs.
+/// Any number of signals before the callback runs cause one call.
 class LoopEvent : public LoopSource {
  public:
   LoopEvent(pw_loop* loop, std::function<void()> callback);
 
-  /// Any thread, also the real-time one: a single write to a descriptor that does not block.
+  /// Any thread, including the real-time one: one non-blocking write to a descriptor.
   void signal() noexcept { pw_loop_signal_event(loop_, source_); }
 };
 
@@ -55,7 +55,7 @@ class LoopTimer : public LoopSource {
 
   void arm(std::chrono::milliseconds delay) noexcept;
 
-  /// Arms it if it is not armed, so that many who ask don't put it off for ever.
+  /// Arms it unless it is armed, so that repeated calls do not delay it.
   void armOnce(std::chrono::milliseconds delay) noexcept;
 
  private:
@@ -64,14 +64,14 @@ class LoopTimer : public LoopSource {
   bool isArmed_ = false;
 };
 
-/// The thread on which the library delivers events. All state of this folder belongs to whoever holds its
-/// lock, which the thread itself does while it delivers.
+/// The thread on which the library delivers events. All state in this folder is protected by its lock, which
+/// the thread holds while it delivers.
 class LoopThread {
  public:
   using SteadyClock = std::chrono::steady_clock;
   using Deadline = SteadyClock::time_point;
 
-  /// Holds the loop still. Never taken by the real-time thread.
+  /// Stops the delivery of events while held. Never taken by the real-time thread.
   class Lock {
    public:
     explicit Lock(LoopThread& loop) noexcept
@@ -84,7 +84,7 @@ class LoopThread {
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
 
-    /// Lets events happen until `isTrue` or the deadline; returns the last answer of `isTrue`.
+    /// Processes events until `isTrue` or the deadline; returns the last result of `isTrue`.
     bool waitUntil(Deadline deadline, const std::function<bool()>& isTrue) const;
 
    private:
@@ -96,20 +96,20 @@ class LoopThread {
   LoopThread(const LoopThread&) = delete;
   LoopThread& operator=(const LoopThread&) = delete;
 
-  /// Begins to deliver. Throws std::runtime_error if the machine has no thread left.
+  /// Starts delivering events. Throws std::runtime_error if no thread can be created.
   void start();
 
-  /// Returns when nothing is delivered any more. Without the lock.
+  /// Returns when no more events are delivered. Call without the lock.
   void stop() noexcept;
 
-  /// Wakes all who wait for a condition.
+  /// Wakes all waitUntil() calls.
   void signal() noexcept { pw_thread_loop_signal(loop_.get(), false); }
 
   pw_loop* loop() noexcept { return pw_thread_loop_get_loop(loop_.get()); }
 
  private:
   ThreadLoopHandle loop_;
-  std::unique_ptr<LoopTimer> tick_; ///< wakes those who wait, so that they can look at the time
+  std::unique_ptr<LoopTimer> tick_; ///< wakes waiting threads, so that they check their deadlines
   int waiting_ = 0;
 };
 

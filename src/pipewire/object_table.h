@@ -8,18 +8,17 @@
 
 namespace sonvel::pipewire {
 
-/// Hands out the IDs of objects; none is ever used again.
+/// Allocates object IDs; none is reused.
 class ObjectIDs {
  public:
   AudioObjectID next() noexcept { return next_++; }
 
  private:
-  static constexpr AudioObjectID kFirst =
-      100; // none that could be taken for the system object or a server's ID
+  static constexpr AudioObjectID kFirst = 100; // above the system object and the server's first IDs
   AudioObjectID next_ = kFirst;
 };
 
-/// Gives things that have a lasting name an ID that is the same whenever they are seen again.
+/// Gives an ID to each lasting name; the same name always gets the same ID.
 class ObjectTable {
  public:
   explicit ObjectTable(ObjectIDs& ids) noexcept
@@ -31,7 +30,7 @@ class ObjectTable {
     return entry->second;
   }
 
-  /// None for an ID that this table did not give.
+  /// None if this table did not allocate the ID.
   std::optional<std::string> nameOf(AudioObjectID id) const {
     const auto found = nameByID_.find(id);
     return found == nameByID_.end() ? std::nullopt : std::optional(found->second);

@@ -10,20 +10,20 @@
 
 namespace sonvel::pipewire {
 
-/// What the server lets one of its clients do.
+/// A client's permissions in the server.
 struct Permissions {
-  std::uint32_t others = 0;                     ///< with all that is or will be there, but the exceptions
-  std::map<GlobalID, std::uint32_t> exceptions; ///< with single objects
+  std::uint32_t others = 0;                     ///< on all present and future objects, except `exceptions`
+  std::map<GlobalID, std::uint32_t> exceptions; ///< on single objects
 
   std::uint32_t with(GlobalID id) const;
 };
 
-/// Reads the server's list.
+/// Decodes the server's list.
 Permissions permissionsFrom(std::span<const pw_permission> list);
 
-/// Whether they are enough to take over other clients' streams: to have nodes and links made, to see whatever
-/// is there and comes, and to write in the metadata where streams go. `metadata` is the object that holds it,
-/// none while there is none.
+/// Whether they suffice to take over other clients' streams: to create nodes and links, to see all present
+/// and future objects, and to write the streams' targets into the metadata. `metadata` is the object that
+/// holds it; none while there is none.
 bool allowTaps(const Permissions& permissions, std::optional<GlobalID> metadata);
 
 } // namespace sonvel::pipewire

@@ -63,7 +63,7 @@ OSStatus PipeWireHardware::destroyProcessTap(AudioObjectID tap) {
   if (state_->isConfiguring) return kNoError;
   const OSStatus outcome = state_->waitShortly(lock, [&] { return !state_->reconciler.hasTapNode(tap); });
   if (outcome == status::kUnspecified) return outcome;
-  state_->reconciler.desired().taps.erase(tap); // a server that has gone has lost it
+  state_->reconciler.desired().taps.erase(tap); // if the server is gone, the node is gone too
   return kNoError;
 }
 
@@ -104,7 +104,7 @@ OSStatus PipeWireHardware::destroyAggregateDevice(AudioObjectID device) {
 
 OSStatus PipeWireHardware::createIOProcID(AudioObjectID device, const IOQueue& /*queue*/, IOProcBlock block,
                                           IOProcID& ioProc) {
-  // Every filter of this process runs on the library's one real-time thread, so any queue is served in order.
+  // All filters of this process run on the library's one real-time thread, so every queue is serial.
   const Lock lock(state_->loop);
   const auto aggregate = state_->aggregates.find(device);
   if (aggregate == state_->aggregates.end()) return state_->statusOfNoAggregate(device);
@@ -120,7 +120,7 @@ OSStatus PipeWireHardware::destroyIOProcID(AudioObjectID device, IOProcID ioProc
   if (aggregate == state_->aggregates.end()) return state_->statusOfNoAggregate(device);
   if (!aggregate->second.ioProcs.contains(ioProc)) return status::kBadObject;
   if (const OSStatus outcome = state_->stop(lock, {ioProc}); outcome != kNoError) return outcome;
-  // Others may have called while this one waited.
+  // Another thread may have changed the list while this one waited.
   if (const auto left = state_->aggregates.find(device); left != state_->aggregates.end())
     left->second.ioProcs.erase(ioProc);
   return kNoError;
@@ -150,7 +150,7 @@ OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
   const OSStatus outcome = state_->waitShortly(
       lock, [&] { return state_->reconciler.isConnected(ioProc) || state_->reconciler.isRefused(ioProc); });
   if (state_->reconciler.isRefused(ioProc)) return status::kIllegalOperation;
-  // A device that takes longer to open gets the streams when it is open.
+  // If the device takes longer to open, the streams move when it is open.
   return outcome == status::kUnspecified && state_->server->isReady() ? kNoError : outcome;
 }
 
@@ -164,7 +164,7 @@ OSStatus PipeWireHardware::deviceStop(AudioObjectID device, IOProcID ioProc) {
 
 std::vector<AudioClient> PipeWireHardware::audioClients() const {
   const Lock lock(state_->loop);
-  std::map<std::uint64_t, AudioClient> bySerial; // in the order of arrival
+  std::map<std::uint64_t, AudioClient> bySerial; // in order of arrival
   for (const auto& [id, client] : state_->graph.clients)
     if (processKeyOf(state_->graph, id)) bySerial[client.serial] = client.facts;
   std::vector<AudioClient> clients;

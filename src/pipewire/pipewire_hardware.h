@@ -9,32 +9,30 @@
 
 namespace sonvel::pipewire {
 
-/// The audio system of a desktop that runs PipeWire and WirePlumber.
+/// The audio system of a desktop with PipeWire and WirePlumber.
 ///
-/// A tap is a node that the session manager moves the process's streams into; an aggregate device is that tap
-/// and a sink joined by a filter in this process; process objects are the programs that have an output
-/// stream, under the same ID for as long as this object lives. What is made here stays wanted until it is
-/// destroyed: streams that a tapped process opens later join the tap, a sink that went away is joined again
-/// when it is back, and a server or session manager that starts again is told everything anew. A muted tap
-/// takes its streams when its IOProc has started and returns them when it stops, each between two cycles.
-/// Starting waits for the IOProc's own links, at most a fifth of a second: on a device that takes longer to
-/// open the streams come when it is open.
+/// A tap is a node into which the session manager moves the process's streams. An aggregate device is a
+/// filter in this process between that tap and a sink. Process objects are the programs with an output
+/// stream; they keep their ID during this object's lifetime. What is created here stays desired until it is
+/// destroyed: later streams of a tapped process join the tap, a sink that returns is linked again, and a
+/// restarted server or session manager gets everything anew. A muted tap takes its streams when its IOProc
+/// has started and returns them when it stops, each between two cycles. Starting waits for the IOProc's own
+/// links, at most 200 ms; if the device takes longer to open, the streams follow when it is open.
 ///
-/// A stream that can't be moved stays where it is, and is heard there unaltered. A stream that its user moves
+/// A stream that can't be moved stays where it is and is heard there unchanged. A stream that the user moves
 /// elsewhere while it is tapped stays in the tap; the device becomes its process's chosen device.
 ///
-/// While the server restricts us no tap can be made and no IOProc started: both give kIllegalOperation. When
-/// it takes our rights away, the connection is dropped, with which the server takes back all that was made
-/// here; destroying it then has nothing left to do. Six seconds later the connection is made again.
+/// While the server restricts us no tap can be created and no IOProc started: both give kIllegalOperation.
+/// When it withdraws our rights, we disconnect and the server removes our objects; destroying them afterwards
+/// succeeds. Six seconds later we connect again.
 class PipeWireHardware final : public AudioHardware, public AudioClients {
  public:
-  /// Connects to the server that the environment names, and waits up to two seconds for it. Without one all
-  /// calls give kNotRunning until one comes. `identity` must outlive this object and is asked for the bundle
-  /// identifier of processes. Throws std::runtime_error if the machine has no thread
-  /// left or the library can't be set up.
+  /// Connects to the server named by the environment; waits up to two seconds for it. Without a server all
+  /// calls give kNotRunning until one comes. `identity` must outlive this object and supplies the bundle
+  /// identifiers. Throws std::runtime_error if no thread can be created or the library can't be set up.
   explicit PipeWireHardware(const ApplicationIdentity& identity);
 
-  /// Gives every stream back, waiting up to two seconds for it.
+  /// Gives every stream back; waits up to two seconds.
   ~PipeWireHardware() override;
 
   PipeWireHardware(const PipeWireHardware&) = delete;
@@ -69,7 +67,7 @@ class PipeWireHardware final : public AudioHardware, public AudioClients {
 
   std::vector<AudioClient> audioClients() const override;
 
-  /// The connection and what the server lets us do. Lives as long as this object.
+  /// The connection and our rights. Lives as long as this object.
   AudioServer& server() noexcept;
 
  private:

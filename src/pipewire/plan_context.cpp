@@ -101,7 +101,8 @@ std::vector<PortPair> PlanContext::linksOf(const DesiredSession& session) const 
   if (const auto device = index_.nodeNamed(session.deviceName)) {
     auto outputs = index_.portsOf(*filter, PortDirection::out, false);
     const auto channels = index_.portsOf(*device, PortDirection::in, false);
-    if (channels.size() == 1 && outputs.size() > 1) outputs.resize(1); // both carry the same: see isMono
+    // both channels carry the same: see isMono
+    if (channels.size() == 1 && outputs.size() > 1) outputs.resize(1);
     std::ranges::copy(stereoPairs(outputs, channels), std::back_inserter(pairs));
   }
   return pairs;

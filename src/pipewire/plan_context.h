@@ -5,7 +5,7 @@
 
 namespace sonvel::pipewire {
 
-/// What a plan looks at, with the questions that several of its parts ask.
+/// The input of a plan, with queries that several planning steps share.
 class PlanContext {
  public:
   PlanContext(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned);
@@ -16,29 +16,28 @@ class PlanContext {
 
   const OwnedObjects& owned() const noexcept { return owned_; }
 
-  /// The streams that a tap is on.
+  /// The streams that a tap captures.
   std::vector<GlobalID> streamsOf(const DesiredTap& tap) const;
 
-  /// Whether a muted tap is read by a session that is to go on, or stands by.
+  /// Whether a muted tap is read by a continuing session, or is a standby tap.
   bool isRead(AudioObjectID tap) const { return readTaps_.contains(tap); }
 
-  /// The tap of ours with that name of its node; none if there is no such tap.
+  /// Our tap whose node has that name; none if there is none.
   std::optional<AudioObjectID> tapNamed(const std::string& nodeName) const;
 
-  /// Whether the session manager can move a stream, as far as we know.
+  /// Whether the session manager can move a stream, as far as known.
   bool canBeMoved(GlobalID stream) const;
 
-  /// Whether a stream that has this tap as its target is right there.
+  /// Whether the stream belongs into this tap.
   bool belongsIn(GlobalID stream, AudioObjectID tap) const;
 
-  /// Whether the session's filter hears its taps and reaches its device.
+  /// Whether the session's filter is linked with its taps and its device.
   bool isConnected(const DesiredSession& session) const;
 
-  /// All links that a session needs; fewer while something it needs is not there.
+  /// All links that a session needs; fewer while a node or port is missing.
   std::vector<PortPair> linksOf(const DesiredSession& session) const;
 
-  /// Joins left to left and right to right; a channel that the other side does not have goes to, or comes
-  /// from, both.
+  /// Pairs left with left and right with right; a mono side is paired with both.
   std::vector<PortPair> stereoPairs(const std::vector<GlobalID>& outputs,
                                     const std::vector<GlobalID>& inputs) const;
 
@@ -53,8 +52,8 @@ class PlanContext {
   std::map<std::string, AudioObjectID> tapByName_;
 };
 
-/// Notes in the desired taps whether their device has one channel. They are made for that then, so that the
-/// server mixes each stream down as it does for the device itself.
+/// Sets isMono of desired taps according to their device. A tap for a mono device has one channel, so that
+/// the server mixes streams down as it does for the device itself.
 void suitTapsToDevices(const Graph& graph, DesiredState& desired);
 
 } // namespace sonvel::pipewire

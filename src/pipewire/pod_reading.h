@@ -10,15 +10,15 @@
 
 namespace sonvel::pipewire {
 
-/// The text under a key; none if it is not there.
+/// The value of a key; none if missing.
 std::optional<std::string> textOf(const spa_dict* properties, const char* key);
 
-/// The number under a key; none if it is not there or no number.
+/// The number of a key; none if missing or not a number.
 std::optional<std::uint32_t> numberOf(const spa_dict* properties, const char* key);
 
 bool isTrue(const spa_dict* properties, const char* key);
 
-/// The `channelVolumes` of a Props object; empty if it has none.
+/// The `channelVolumes` of a Props object; empty if missing.
 std::vector<float> channelVolumesOf(const spa_pod* props);
 
 } // namespace sonvel::pipewire

@@ -14,7 +14,7 @@ void ProcessJoining::noteStrangers(const Graph& graph, DesiredTap& tap) {
 const std::optional<std::string>& ProcessJoining::bundleIDOf(const Client& client) {
   const auto [entry, isNew] = bySerial_.try_emplace(client.serial);
   Identified& identified = entry->second;
-  if (isNew || identified.facts != client.facts) // what a client says of itself can come in pieces
+  if (isNew || identified.facts != client.facts) // a client may send its properties in pieces
     identified = {client.facts, identity_.bundleIdentifier(client.facts)};
   return identified.bundleID;
 }

@@ -7,17 +7,17 @@
 
 namespace sonvel::pipewire {
 
-/// Lets processes that appear later under a bundle ID of a tap join it. Loop thread.
+/// Adds later processes to the taps that have their bundle ID. Loop thread.
 class ProcessJoining {
  public:
   explicit ProcessJoining(const ApplicationIdentity& identity) noexcept
       : identity_(identity) {}
 
-  /// Notes who is there already and not in the tap's list: those do not join.
+  /// Records the existing processes that the tap does not list: these do not join.
   static void noteStrangers(const Graph& graph, DesiredTap& tap);
 
-  /// Adds to the taps whoever has come since. Identifies clients as soon as they are known, usually before
-  /// they have a stream; that reads files.
+  /// Adds new processes to their taps. Identifies clients as soon as they are known, usually before they have
+  /// a stream; this reads files.
   void join(const Graph& graph, DesiredState& desired);
 
  private:

@@ -9,8 +9,7 @@
 
 namespace sonvel::pipewire {
 
-/// Who listens to which property, with the value that each was last called for. Belongs to whoever holds the
-/// loop's lock.
+/// The property listeners, with the value at the last call of each. Use with the loop's lock held.
 class PropertyListeners {
  public:
   /// The value of a property; none if the object has gone.
@@ -22,11 +21,11 @@ class PropertyListeners {
 
   void remove(PropertyListenerID id) { listeners_.erase(id); }
 
-  /// Calls those whose property has another value now. Listeners of objects that are gone end without a call.
-  /// On the loop thread.
+  /// Calls the listeners whose property has changed. Listeners of removed objects end without a call. Loop
+  /// thread.
   void callChanged(const Read& read);
 
-  /// The server was another in the meantime: the listeners of the system object are called at the next time.
+  /// After a change of server: the system object's listeners are called at the next callChanged().
   void forgetValues();
 
   bool isEmpty() const noexcept { return listeners_.empty(); }

@@ -14,10 +14,10 @@ namespace {
 using namespace std::chrono_literals;
 using State = OwnObject::State;
 
-// What the server refused stays this long before it is asked for again, or we would ask in a circle.
+// Wait before a refused object is requested again.
 constexpr auto kRetryRefusedAfter = 500ms;
 
-// How often streams that wait for time to pass are looked at.
+// How often streams that wait for time to pass are checked.
 constexpr auto kLookAgain = 250ms;
 
 template <class Map> auto keysOf(const Map& map) {
@@ -85,8 +85,7 @@ OwnedObjects Reconciler::owned() const {
   return owned;
 }
 
-/// Forgets what the server has removed, so that it is made again if it is still wanted, and after a while
-/// what it refused.
+/// Forgets removed objects, so that they are created again if still desired, and refused ones after a delay.
 void Reconciler::forgetGoneObjects() {
   const bool alsoRefused = retryRefusedAt_ && alarm_.now() >= *retryRefusedAt_;
   if (alsoRefused) retryRefusedAt_.reset();
@@ -109,7 +108,7 @@ void Reconciler::reconcile() {
   forgetGoneObjects();
   if (edits_ == nullptr) return;
   if (!isSessionManagerReady()) {
-    releaseServerObjects(); // the session manager took the streams' links with it: nobody is heard through us
+    releaseServerObjects(); // the session manager removed the streams' links too: nothing plays through us
     return;
   }
   suitTapsToDevices(graph_, desired_);
@@ -137,22 +136,22 @@ void Reconciler::apply(const Plan& plan) {
   applyNodes(plan);
   applyLinks(plan);
   applyRoutings(plan);
-  if (!plan.tapNodesToDestroy.empty()) schedule(); // now the filters can go
+  if (!plan.tapNodesToDestroy.empty()) schedule(); // now the filters can be removed
 }
 
 void Reconciler::applyNodes(const Plan& plan) {
   for (const auto tap : plan.tapNodesToDestroy) {
-    logEdit("tap %u: its node goes", tap);
+    logEdit("tap %u: remove its node", tap);
     tapNodes_.erase(tap);
   }
   for (const auto session : plan.filtersToDestroy) {
-    logEdit("session %llu: its filter goes", static_cast<unsigned long long>(session));
+    logEdit("session %llu: remove its filter", static_cast<unsigned long long>(session));
     filters_.erase(session);
   }
   for (const auto id : plan.tapNodesToCreate) {
     const DesiredTap& tap = desired_.taps.at(id);
     logEdit("tap %u: node %s for a started session%s", id, tap.nodeName.c_str(),
-            tap.isMono ? ", with one channel as its device" : "");
+            tap.isMono ? ", mono as its device" : "");
     tapNodes_[id] = {edits_->makeTapNode(tap), tap.isMono};
   }
   for (const auto id : plan.filtersToCreate) {

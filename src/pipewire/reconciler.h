@@ -11,23 +11,23 @@
 
 namespace sonvel::pipewire {
 
-/// Brings the server's graph to the desired state and keeps it there. Belongs to the loop thread, or to
-/// whoever holds its lock.
+/// Brings the server's graph to the desired state and keeps it there. Use on the loop thread or with its lock
+/// held.
 class Reconciler {
  public:
   Reconciler(const Graph& graph, GraphAlarm& alarm);
 
-  /// Through which edits go from now on; null: none go any more. They outlive the reconciler's use of them.
+  /// Sets where edits go; null: none are made. The edits outlive their use here.
   void setEdits(GraphEdits* edits);
 
-  /// Lets go of all that was made in a server that is lost.
+  /// Drops all objects of a lost server.
   void forgetServerObjects();
 
-  /// Looks at the graph and makes the edits that are missing. To be called after each change of anything, and
-  /// when the alarm asks for it.
+  /// Compares the graph with the desired state and makes the missing edits. Call after each change and when
+  /// the alarm fires.
   void reconcile();
 
-  /// As reconcile(), soon and on the loop thread.
+  /// Calls reconcile() soon, on the loop thread.
   void schedule() { alarm_.lookAgainIn(std::chrono::milliseconds{0}); }
 
   DesiredState& desired() noexcept { return desired_; }
@@ -37,13 +37,13 @@ class Reconciler {
 
   void dropBlock(IOProcID session) { blocks_.erase(session); }
 
-  /// Whether the session's filter hears its taps and reaches its device.
+  /// Whether the session's filter is linked with its taps and its device.
   bool isConnected(IOProcID session) const;
 
-  /// Whether the server would not make something that a session needs.
+  /// Whether the server refused something that a session needs.
   bool isRefused(IOProcID session) const;
 
-  /// Whether a muted tap has a stream that can't be taken into it.
+  /// Whether a muted tap wants a stream that can't be moved into it.
   bool isPartial(AudioObjectID tap) const;
 
   bool ownsNothing() const { return tapNodes_.empty() && filters_.empty(); }
@@ -78,7 +78,7 @@ class Reconciler {
   std::map<AudioObjectID, TapNode> tapNodes_;
   std::map<IOProcID, std::unique_ptr<OwnObject>> filters_;
   std::map<PortPair, std::unique_ptr<OwnObject>> links_;
-  std::map<PortPair, std::unique_ptr<OwnObject>> lastingLinks_; ///< kept until the server has made them
+  std::map<PortPair, std::unique_ptr<OwnObject>> lastingLinks_; ///< kept until the server has created them
   StubbornStreams stubborn_;
   CycleGate gate_;
   std::optional<GraphAlarm::Time> retryRefusedAt_;

@@ -12,11 +12,10 @@ namespace sonvel::pipewire {
 
 using ObjectProperties = std::vector<std::pair<std::string, std::string>>;
 
-/// An object that a factory of the server made for us.
+/// An object created by a factory of the server.
 class RemoteObject : public OwnObject {
  public:
-  /// Asks a factory of the server for an object. `changed` runs on the loop thread whenever the state
-  /// changes.
+  /// Requests an object from a factory. `changed` runs on the loop thread whenever the state changes.
   RemoteObject(pw_core* core, const char* factory, const char* type, std::uint32_t version,
                const ObjectProperties& properties, std::function<void()> changed);
 
@@ -27,7 +26,7 @@ class RemoteObject : public OwnObject {
 
   void setState(State state);
 
-  ProxyHandle proxy_; // NOLINT(misc-non-private-member-variables-in-classes): listened to by what derives
+  ProxyHandle proxy_; // NOLINT(misc-non-private-member-variables-in-classes): derived classes listen to it
   std::function<void()> changed_; // NOLINT(misc-non-private-member-variables-in-classes): as above
 
  private:
@@ -42,7 +41,7 @@ class RemoteLink : public RemoteObject {
   RemoteLink(pw_core* core, std::uint32_t outputPort, std::uint32_t inputPort, LinkKind kind,
              std::function<void()> changed);
 
-  /// Ready when both ends have agreed on a format and buffers, so that samples flow as soon as they run.
+  /// Ready when both ends have negotiated format and buffers, so that samples flow as soon as they run.
   State state() const override;
 
  private:

@@ -8,14 +8,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The server does not say of its own accord that permissions have changed.
+// The server sends no notice of changed permissions.
 constexpr auto kTick = 1s;
 
-// Each question wakes a machine that may have nothing else to do.
+// Each check wakes an otherwise idle machine.
 constexpr auto kRestingTick = 5s;
 
-// Where the session manager decides who may do what, it does so within this time, also when it has just been
-// started. Until then the server answers nothing.
+// A session manager that decides on permissions does so within this time, even just after its start. Until
+// then the answer does not count.
 constexpr auto kDecisionTakes = 3s;
 
 } // namespace
@@ -46,7 +46,7 @@ void RightsWatch::ask() {
 }
 
 void RightsWatch::send() {
-  if (isAsked_) return; // what a server that does not answer is asked would pile up
+  if (isAsked_) return; // one question at a time, in case the server does not answer
   isAsked_ = true;
   pw_client_get_permissions(client_, 0, UINT32_MAX);
 }

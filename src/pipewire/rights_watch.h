@@ -9,16 +9,16 @@
 
 namespace sonvel::pipewire {
 
-/// Finds out, over and over, what the server lets one connection of ours do. Belongs to the loop thread.
+/// Checks repeatedly what the server permits to one of our connections. Loop thread.
 class RightsWatch {
  public:
-  /// `onAnswer` is called on the loop thread with whether we may have taps, each time that the server has
-  /// said so. It must not destroy the watch. `mayRest` says whether nothing of ours depends on what we may
-  /// do: then it is asked for rarely. `core` and `monitor` outlive it.
+  /// `onAnswer` is called on the loop thread with each answer of the server: whether we may create taps. It
+  /// must not destroy this object. `mayRest` tells whether nothing of ours depends on the rights; then checks
+  /// are rare. `core` and `monitor` outlive this object.
   RightsWatch(pw_loop* loop, pw_core* core, const GraphMonitor& monitor, std::function<void(bool)> onAnswer,
               std::function<bool()> mayRest);
 
-  /// Asks now instead of at the next time, and goes on from here.
+  /// Checks now; the interval starts anew.
   void ask();
 
  private:
@@ -35,7 +35,7 @@ class RightsWatch {
   LoopTimer tick_;
   bool isAsked_ = false;
   bool isAnswered_ = false;
-  std::optional<LoopThread::Deadline> waitsUntil_; ///< from when on no answer is an answer
+  std::optional<LoopThread::Deadline> waitsUntil_; ///< answers before this time do not count
 };
 
 } // namespace sonvel::pipewire

@@ -16,10 +16,10 @@ namespace {
 
 constexpr std::chrono::milliseconds kRetryDelay{300};
 
-// Longer than the permission poll (5 s), so it sees the loss, even if we get our rights back at once.
+// Longer than the permission poll (5 s), so that it sees the loss even if we get our rights back at once.
 constexpr std::chrono::milliseconds kStaysAway{6000};
 
-// The registry answers the first with the objects, the second with what each of them has to tell.
+// The registry answers the first sync with the objects, the second with their details.
 constexpr int kSyncsUntilReady = 2;
 
 bool isAboutRights(int result) noexcept {
@@ -124,8 +124,8 @@ void ServerConnection::onDone(int sequence) {
 
 void ServerConnection::onError(std::uint32_t id, int result, const char* message) {
   logRefusal("server, object %u: %s (%s)", id, message, std::strerror(-result));
-  // After one of these nothing comes over the connection any more. The core must not be taken down in the
-  // middle of its own event.
+  // After one of these errors nothing more arrives on the connection. The core must not be destroyed inside
+  // its own event.
   constexpr std::array kLost{-EPIPE, -ECONNRESET, -EPROTO, -EBADMSG, -ENOTCONN};
   if (id == PW_ID_CORE && std::ranges::find(kLost, result) != kLost.end()) dropped_.signal();
   if (!isAboutRights(result)) return;

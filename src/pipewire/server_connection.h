@@ -12,10 +12,11 @@
 
 namespace sonvel::pipewire {
 
-/// What is known of the server, for anyone to ask. Written by the loop thread, which also runs the callback.
+/// The state of the server, readable from any thread. Written by the loop thread, which also runs the
+/// callback.
 class ServerState final : public AudioServer {
  public:
-  /// Loop thread, as for the next.
+  /// Loop thread; setConnection too.
   void setRights(Rights rights) { set(rights_, rights); }
 
   void setConnection(Connection connection) { set(connection_, connection); }
@@ -39,45 +40,44 @@ class ServerState final : public AudioServer {
   std::function<void()> callback_;
 };
 
-/// The connection to the sound server: made again, for as long as it takes, whenever it is lost. All calls
-/// with the loop's lock held.
+/// The connection to the sound server; reconnects without limit. All calls with the loop's lock held.
 ///
-/// When the server takes the right to have taps from us we disconnect, because only the server can still undo
-/// what we made: it removes our objects. Some seconds later we connect again, and it decides anew.
+/// Without tap rights we disconnect; the server then removes our objects, which we could no longer do. Some
+/// seconds later we connect again, and the server decides anew.
 class ServerConnection {
  public:
   struct Listener {
     std::function<void()> changed; ///< the graph has changed
-    std::function<void()> lost;    ///< destroy everything that was made through core(), now
-    std::function<bool()> mayRest = [] { return true; }; ///< whether nothing needs the right to have taps now
-    std::function<void()> granted = [] {};               ///< taps can be had from now on
-    std::function<void()> withdrawn = [] {}; ///< they can't any more, and the connection has been dropped
+    std::function<void()> lost;    ///< destroy everything that was created through core(), now
+    std::function<bool()> mayRest = [] { return true; }; ///< whether nothing depends on tap rights now
+    std::function<void()> granted = [] {};               ///< taps can be created from now on
+    std::function<void()> withdrawn = [] {}; ///< tap rights were withdrawn, and the connection is closed
   };
 
-  /// Throws std::runtime_error if the library can't be set up; a missing server is only waited for. `state`
-  /// is kept up to date.
+  /// Throws std::runtime_error if the library can't be set up; a missing server is waited for. `state` is
+  /// kept up to date.
   ServerConnection(LoopThread& loop, Graph& graph, ServerState& state, Listener listener);
   ~ServerConnection();
   ServerConnection(const ServerConnection&) = delete;
   ServerConnection& operator=(const ServerConnection&) = delete;
 
-  /// There is a server, and the graph holds all that it had when we came.
+  /// Connected, and the graph holds everything that the server had when we connected.
   bool isReady() const noexcept { return isReady_; }
 
-  /// It lets us make and move what taps need.
+  /// Whether we may create and move what taps need.
   bool mayHaveTaps() const noexcept { return mayHaveTaps_; }
 
-  /// Looks anew at what the server lets us do, which it does rarely while the listener may rest.
+  /// Checks our rights now; otherwise checks are rare while the listener's mayRest() is true.
   void checkRights();
 
-  /// Null while there is no server.
+  /// Null without a server.
   pw_core* core() const noexcept { return core_.get(); }
 
-  /// Null while there is no server.
+  /// Null without a server.
   GraphMonitor* monitor() const noexcept { return monitor_.get(); }
 
-  /// Waits until the server has dealt with all that we asked before. False if it does not answer in time, or
-  /// there is none.
+  /// Waits until the server has processed all our earlier requests. False if it does not answer in time, or
+  /// there is no server.
   bool roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline);
 
  private:
@@ -101,11 +101,11 @@ class ServerConnection {
   std::unique_ptr<GraphMonitor> monitor_;
   std::unique_ptr<RightsWatch> rightsWatch_;
   int lastDone_ = 0;
-  int readyAt_ = 0;   ///< the sequence whose answer makes the graph complete
-  int syncsLeft_ = 0; ///< before that, how many answers bring objects that must be asked in turn
+  int readyAt_ = 0;   ///< the graph is complete when this sequence number is answered
+  int syncsLeft_ = 0; ///< syncs to send before that, for details of new objects
   bool isReady_ = false;
   bool mayHaveTaps_ = false;
-  bool isWithdrawn_ = false; ///< the connection is only there to be dropped
+  bool isWithdrawn_ = false; ///< the connection is to be closed
   bool isRefused_ = false;   ///< as above
 };
 

@@ -10,7 +10,7 @@ namespace {
 
 ObjectProperties tapNodeProperties(const DesiredTap& tap) {
   return {{"factory.name", "support.null-audio-sink"},
-          {PW_KEY_MEDIA_CLASS, "Audio/Sink/Internal"}, // no mixer lists it and it never becomes the default
+          {PW_KEY_MEDIA_CLASS, "Audio/Sink/Internal"}, // not listed by mixers, never the default
           {PW_KEY_NODE_NAME, tap.nodeName},
           {PW_KEY_NODE_DESCRIPTION, tap.description},
           {PW_KEY_APP_NAME, "Sonvel"},

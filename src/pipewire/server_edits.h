@@ -8,10 +8,10 @@
 
 namespace sonvel::pipewire {
 
-/// The edits of the real server, through a connection. Loop thread.
+/// Makes the edits in the real server. Loop thread.
 class ServerEdits final : public GraphEdits {
  public:
-  /// `changed` runs on the loop thread whenever something that was made here changes its state.
+  /// `changed` runs on the loop thread whenever an object created here changes state.
   ServerEdits(ServerConnection& server, std::function<void()> changed);
 
   std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) override;
@@ -25,7 +25,7 @@ class ServerEdits final : public GraphEdits {
   std::function<void()> changed_;
 };
 
-/// The alarm of a loop: runs `look` on the loop thread.
+/// Calls `look` on the loop thread.
 class LoopAlarm final : public GraphAlarm {
  public:
   LoopAlarm(pw_loop* loop, std::function<void()> look);

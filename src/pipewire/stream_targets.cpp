@@ -6,14 +6,14 @@ namespace sonvel::pipewire {
 
 namespace {
 
-// The session manager obeys kTargetObject before kTargetNode. Mixers write both, WirePlumber's memory one of
+// The session manager prefers kTargetObject to kTargetNode. Mixers write both, WirePlumber's memory one of
 // them.
 constexpr auto kTargetObject = "target.object"; // a node's name or serial
 constexpr auto kTargetNode = "target.node";     // a node's ID
 constexpr auto kFollowsDefault = "-1";
 
-// While the stream is in a tap: the user's kTargetObject, in whose place ours stands, and the value that we
-// gave kTargetNode, which is the user's own where this key is missing.
+// While a stream is in a tap: kUsersTarget holds the user's kTargetObject, which ours replaces; kLentNode
+// holds the value that we wrote to kTargetNode. Without kLentNode, kTargetNode is the user's own.
 constexpr auto kUsersTarget = "sonvel.target.object";
 constexpr auto kLentNode = "sonvel.target.node";
 
@@ -24,14 +24,14 @@ std::optional<GlobalID> nodeOfTarget(const Graph& graph, const std::string& targ
   return std::nullopt;
 }
 
-/// Whether kTargetNode is the user's: neither missing nor lent by us.
+/// The user's kTargetNode; null if it is missing or written by us.
 const MetadataValue* usersTargetNode(const Graph& graph, GlobalID stream) {
   const MetadataValue* target = graph.metadataOf(stream, kTargetNode);
   const MetadataValue* lent = graph.metadataOf(stream, kLentNode);
   return target != nullptr && lent != nullptr && lent->value == target->value ? nullptr : target;
 }
 
-/// What stands for the user's choice, as the session manager reads it.
+/// The user's choice, as the session manager reads it.
 struct Choice {
   const MetadataValue* object = nullptr;
   const MetadataValue* node = nullptr;
@@ -41,21 +41,20 @@ Choice choiceOf(const Graph& graph, GlobalID stream) {
   const bool isTapped = !targetTapOf(graph, stream).empty();
   Choice choice{.object = graph.metadataOf(stream, isTapped ? kUsersTarget : kTargetObject),
                 .node = usersTargetNode(graph, stream)};
-  // We lent a target.node and someone has written another since: that is the newer choice.
+  // We wrote a target.node and someone has changed it since: that is the newer choice.
   if (isTapped && choice.node != nullptr && graph.metadataOf(stream, kLentNode) != nullptr)
     choice.object = nullptr;
   return choice;
 }
 
-/// With each write of a target the session manager remembers the device that it names. It looks targets up by
-/// serial and so does not find our taps by their names: it forgets the stream's device, and no other program
-/// is ever sent into a tap. Writing the ID of the user's own device afterwards makes it remember that one,
-/// while the stream goes to the tap all the same. An equal value would not count as a write, so the key goes
-/// first.
+/// On each write of a target the session manager stores the device that it names. It looks targets up by
+/// serial, so it does not find our taps by name: it forgets the stream's device, but never stores a tap.
+/// Writing the ID of the user's own device afterwards makes it store that device, while the stream still goes
+/// to the tap. Writing an equal value has no effect, so the key is removed first.
 void remind(const Graph& graph, GlobalID stream, const Choice& choice, std::vector<MetadataWrite>& writes) {
   const bool hasNode = graph.metadataOf(stream, kTargetNode) != nullptr;
   const bool hasLent = graph.metadataOf(stream, kLentNode) != nullptr;
-  if (choice.object == nullptr && choice.node != nullptr) { // it is the user's own
+  if (choice.object == nullptr && choice.node != nullptr) { // the user's own
     if (hasLent) writes.push_back({kLentNode, std::nullopt});
     if (choice.node->value == kFollowsDefault) return;
     writes.push_back({kTargetNode, std::nullopt});
@@ -79,8 +78,8 @@ void remind(const Graph& graph, GlobalID stream, const Choice& choice, std::vect
   writes.push_back({kTargetNode, id});
 }
 
-/// Sends a stream to the default device that came into a tap by itself: over an ID in its target that the
-/// tap's node has been given since, or because the session manager chose so.
+/// Sends a stream that entered a tap by itself to the default device. That happens if its target is an ID
+/// that the tap's node has now, or if the session manager chose the tap.
 std::vector<MetadataWrite> writesAway(const Graph& graph, GlobalID stream) {
   std::vector<MetadataWrite> writes;
   if (graph.metadataOf(stream, kTargetNode) != nullptr) writes.push_back({kTargetNode, std::nullopt});
@@ -88,7 +87,7 @@ std::vector<MetadataWrite> writesAway(const Graph& graph, GlobalID stream) {
   return writes;
 }
 
-/// Takes what we lent off a stream.
+/// Removes the target.node that we wrote.
 void takeBackLent(const Graph& graph, GlobalID stream, std::vector<MetadataWrite>& writes) {
   if (graph.metadataOf(stream, kLentNode) == nullptr) return;
   if (graph.metadataOf(stream, kTargetNode) != nullptr && usersTargetNode(graph, stream) == nullptr)
@@ -131,7 +130,7 @@ std::vector<MetadataWrite> writesInto(const Graph& graph, GlobalID stream, const
   const Choice choice = choiceOf(graph, stream);
   const MetadataValue* kept = graph.metadataOf(stream, kUsersTarget);
   if (choice.object == nullptr && kept != nullptr)
-    writes.push_back({kUsersTarget, std::nullopt}); // the choice that it kept is no longer the user's
+    writes.push_back({kUsersTarget, std::nullopt}); // the choice that it stored is outdated
   else if (choice.object != nullptr && (kept == nullptr || *kept != *choice.object))
     writes.push_back({kUsersTarget, *choice.object});
   writes.push_back({kTargetObject, MetadataValue{"Spa:String", tapName}});

@@ -10,10 +10,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A session manager moves a stream within milliseconds.
+// A session manager normally moves a stream within milliseconds.
 constexpr auto kComesWithin = 2s;
 
-// Another program that sends a stream elsewhere so often within the window wants it more than we do.
+// A stream that another program moves away this often within the window is left to that program.
 constexpr auto kFightWindow = 10s;
 constexpr int kMovesOfAFight = 20;
 
@@ -27,7 +27,7 @@ bool playsElsewhere(const Graph& graph, GlobalID stream) {
   });
 }
 
-/// Whether a link was made by a client that is not us. Links that outlive their makers are nobody's.
+/// Whether another client made the link. Links that outlive their creators count as nobody's.
 bool isOfSomeoneElse(const Graph& graph, const Link& link) {
   const auto maker = link.client ? graph.clients.find(*link.client) : graph.clients.end();
   return maker != graph.clients.end() && (maker->second.isSessionManager || !maker->second.isSoundServer);
@@ -82,7 +82,7 @@ bool StubbornStreams::findStranded(const Graph& graph, GraphAlarm::Time now) {
     linked.insert(link.outputNode);
     const auto stream = graph.nodes.find(link.outputNode);
     if (stream == graph.nodes.end() || !isOfSomeoneElse(graph, link)) continue;
-    orphans_.erase(stream->second.serial); // someone links it again
+    orphans_.erase(stream->second.serial); // someone has linked it again
     stranded_.erase(stream->second.serial);
   }
   std::map<std::uint64_t, GraphAlarm::Time> unlinked;

@@ -7,27 +7,26 @@
 
 namespace sonvel::pipewire {
 
-/// Finds the streams that do not do what the metadata tells them to.
+/// Finds streams that do not follow their targets.
 ///
-/// *Immovable* are streams that were sent into a tap and play elsewhere seconds later: encoded ones, those
-/// that a policy holds where they are, and those that another program takes back each time. They are left
-/// alone.
+/// *Immovable* streams were sent into a tap but still play elsewhere seconds later: encoded streams, streams
+/// that a policy keeps in place, and streams that another program takes back each time. They are left alone.
 ///
-/// *Stranded* are streams that nobody links any more after the session manager was started again, as
-/// WirePlumber 0.4 leaves them. Only streams that we have moved, that were there before its restart and that
-/// nobody has linked since count: what a user unlinks stays so.
+/// *Stranded* streams have no links since a restart of the session manager, as WirePlumber 0.4 leaves them.
+/// Only streams that we have moved, that existed before the restart and that nobody has linked since count: a
+/// stream that the user unlinks stays unlinked.
 class StubbornStreams {
  public:
-  /// The session manager is back after it was away.
+  /// The session manager has restarted.
   void noteManagerRestart(const Graph& graph);
 
   /// A stream was sent into a tap.
   void noteTaken(std::uint64_t serial, GraphAlarm::Time now);
 
-  /// Brings both sets up to date. True if it has to look again soon.
+  /// Updates both sets. True if it must be called again soon.
   bool update(const Graph& graph, GraphAlarm::Time now);
 
-  /// Forgets everything: the server is another.
+  /// Forgets everything, for a new server.
   void clear() { *this = {}; }
 
   const std::set<std::uint64_t>& immovable() const noexcept { return immovable_; }
