@@ -17,7 +17,7 @@ using KeyFile = std::unique_ptr<GKeyFile, Release<g_key_file_unref>>;
 
 constexpr auto kGroup = G_KEY_FILE_DESKTOP_GROUP;
 
-/// As an Exec line has it, where four characters have a meaning even inside of quotes.
+/// Quoted as in an Exec line, where four characters stay special inside quotes.
 std::string quoted(const std::string& program) {
   std::string text = "\"";
   for (const char c : program) {
@@ -42,7 +42,7 @@ bool Autostart::isOn() const {
   if (g_key_file_load_from_file(keys.get(), file_.c_str(), G_KEY_FILE_NONE, nullptr) == FALSE) return false;
   const bool isHidden =
       g_key_file_get_boolean(keys.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_HIDDEN, nullptr) != FALSE;
-  // Desktops that let their users switch entries off write this.
+  // Desktops write this key when the user switches an entry off.
   const auto* const kEnabled = "X-GNOME-Autostart-enabled";
   const bool isDisabled = g_key_file_has_key(keys.get(), kGroup, kEnabled, nullptr) != FALSE &&
                           g_key_file_get_boolean(keys.get(), kGroup, kEnabled, nullptr) == FALSE;
@@ -73,7 +73,7 @@ std::string startedProgram() {
   if (const char* image = g_getenv("APPIMAGE"); image != nullptr && *image != '\0') return image;
   std::error_code failed;
   const auto program = fs::read_symlink("/proc/self/exe", failed).string();
-  constexpr std::string_view kReplaced = " (deleted)"; // by an upgrade, which has put another there
+  constexpr std::string_view kReplaced = " (deleted)"; // an upgrade has replaced the file
   return program.ends_with(kReplaced) ? program.substr(0, program.size() - kReplaced.size()) : program;
 }
 

@@ -5,14 +5,14 @@
 
 namespace sonvel::desktop {
 
-/// Whether the desktop starts a program at login: an entry in the user's autostart folder. The user's own
-/// edits of it count. Any thread; reads and writes the file system.
+/// Switches the start at login by an entry in the user's autostart folder. The user's own edits of the entry
+/// count. Any thread; reads and writes the file system.
 class Autostart {
  public:
-  /// `program` is what the entry starts, in the background.
+  /// `program` is started in the background.
   explicit Autostart(std::string program);
 
-  /// `file` is the entry.
+  /// `file` is the entry's path.
   Autostart(std::filesystem::path file, std::string program);
 
   bool isOn() const;
@@ -25,7 +25,7 @@ class Autostart {
   std::string program_;
 };
 
-/// The file that starts this program again: its AppImage, or the program itself.
+/// The file that starts this program again: its AppImage, or its executable.
 std::string startedProgram();
 
 } // namespace sonvel::desktop

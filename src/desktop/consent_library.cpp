@@ -18,11 +18,10 @@ constexpr LibraryHandle kThisLibrary{1};
 
 enum Answer : int { allowed = 0, refused = 1, undecided = 2 };
 
-/// The server that the functions answer for. Written by the constructor and destructor of ConsentLibrary
-/// alone.
+/// The server that the functions report on. Written only by the constructor and destructor of ConsentLibrary.
 struct Registration {
   std::mutex mutex;
-  const AudioServer* server = nullptr; ///< null while there is no ConsentLibrary
+  const AudioServer* server = nullptr; ///< null without a ConsentLibrary
 };
 
 Registration& registration() {
@@ -65,7 +64,7 @@ std::optional<LibraryHandle> ConsentLibrary::open(const char* path, int /*mode*/
 
 DynamicLibraries::Function ConsentLibrary::symbol(LibraryHandle library, const char* name) {
   if (library != kThisLibrary || name != kPreflightName) return nullptr;
-  return reinterpret_cast<Function>(static_cast<consent::Preflight*>(&preflight)); // as its type demands
+  return reinterpret_cast<Function>(static_cast<consent::Preflight*>(&preflight)); // cast back by its caller
 }
 
 } // namespace sonvel::desktop

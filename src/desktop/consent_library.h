@@ -5,19 +5,18 @@
 
 namespace sonvel::desktop {
 
-/// The privacy-consent framework of a desktop that has no consent service for sound: what the sound server
-/// lets this program do is the consent. It is a part of the program and is found under the framework's paths;
-/// no other library is, and no file is ever looked for. There is nobody who could be asked, so that it has no
-/// function for that.
+/// The privacy-consent framework on desktops without a consent service for sound: the sound server's
+/// permissions are the consent. The framework's paths resolve to functions of this program; no other library
+/// and no file is ever opened. As nobody can be asked, it has no request function.
 ///
-/// One exists at a time: the functions that it offers are plain pointers and speak for the one that exists.
-/// Without one they answer that nothing has been decided. Any thread.
+/// Only one may exist: its functions are plain pointers that use the existing object. Without one they answer
+/// "undecided". Any thread.
 class ConsentLibrary final : public DynamicLibraries {
  public:
   /// `server` outlives this object.
   explicit ConsentLibrary(const AudioServer& server);
 
-  /// Waits for a function of it that runs.
+  /// Waits while one of its functions runs.
   ~ConsentLibrary() override;
 
   ConsentLibrary(const ConsentLibrary&) = delete;

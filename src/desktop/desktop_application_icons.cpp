@@ -41,7 +41,7 @@ DesktopApplicationIcons::locationOfApplication(const std::string& bundleIdentifi
 std::optional<std::string> DesktopApplicationIcons::iconForFile(const std::string& path) const {
   const auto info = readDesktopEntry(path);
   if (!info) return std::nullopt;
-  GIcon* const icon = g_app_info_get_icon(G_APP_INFO(info.get())); // the entry's own
+  GIcon* const icon = g_app_info_get_icon(G_APP_INFO(info.get())); // owned by the entry
   return icon != nullptr ? nameOf(*icon) : std::nullopt;
 }
 

@@ -5,7 +5,7 @@
 
 namespace sonvel::desktop {
 
-/// Icons by desktop entry: an application lies where its entry does, and has its entry's icon.
+/// Icons from desktop entries: an application's location is the path of its entry.
 class DesktopApplicationIcons final : public ApplicationIcons {
  public:
   /// `entries` must outlive this object.

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Longer than one round of questions, shorter than the time between two rounds.
+/// Longer than one round of queries, shorter than the time between two rounds.
 constexpr auto kFreshness = 500ms;
 
 std::optional<std::string> notEmpty(const std::optional<std::string>& text) {
@@ -66,7 +66,7 @@ DesktopApplications::applicationsOf(const std::vector<AudioClient>& clients) con
   for (const auto& client : clients) {
     auto application = applicationOf(client, *entries);
     if (!application) continue;
-    // A program may be connected several times, and not say who it is each time.
+    // A program may be connected several times, with and without its name.
     const auto same = client.processID > 0
                           ? std::ranges::find(applications, client.processID, &RunningApplication::processID)
                           : applications.end();

@@ -12,11 +12,11 @@
 
 namespace sonvel::desktop {
 
-/// The applications among the clients of the sound server: those with a desktop entry, and those that give
-/// themselves a name.
+/// The applications among the sound server's clients: those with a desktop entry, and those that name
+/// themselves.
 ///
-/// Who asks asks for each process in turn; the answers of one round come from one look at the clients, which
-/// is kept for a moment while the same clients are connected.
+/// Callers query each process separately; one snapshot of the clients serves all queries of a round. It is
+/// kept for a short time while the clients stay the same.
 class DesktopApplications final : public RunningApplications {
  public:
   /// All must outlive this object.
@@ -31,7 +31,7 @@ class DesktopApplications final : public RunningApplications {
   struct Look {
     std::vector<AudioClient> clients;
     Clock::TimePoint taken;
-    std::vector<RunningApplication> applications; ///< one for each process at most
+    std::vector<RunningApplication> applications; ///< at most one per process
   };
 
   std::shared_ptr<const Look> look() const;

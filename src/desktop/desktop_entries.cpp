@@ -18,7 +18,8 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-/// Times of folders advance with the kernel's tick. A change this soon after another may leave no trace.
+/// Modification times of folders have the resolution of the kernel's tick. A second change within this time
+/// may not be visible.
 constexpr auto kTimeResolution = 20ms;
 
 std::chrono::nanoseconds changeTime(const std::string& folder) {
@@ -39,7 +40,7 @@ bool isTerminalEmulator(GDesktopAppInfo& info) {
   return false;
 }
 
-/// None if GIO does not take the file for an application that can be started here.
+/// None if GIO does not accept the file as an application that can be started here.
 std::optional<DesktopEntry> readEntry(const std::string& path, std::string id,
                                       const std::vector<std::string>& programFolders) {
   const auto info = readDesktopEntry(path);
@@ -56,20 +57,20 @@ std::optional<DesktopEntry> readEntry(const std::string& path, std::string id,
   };
 }
 
-/// "kde/player.desktop" below the applications' folder has the id "kde-player".
+/// The ID of "kde/player.desktop" in the applications folder is "kde-player".
 std::string entryID(const std::string& relativePath) {
   auto id = relativePath.substr(0, relativePath.size() - std::string_view(".desktop").size());
   std::ranges::replace(id, '/', '-');
   return id;
 }
 
-/// Reads the folders in order; a file hides those of the same id that come after it, even if it is no
-/// application itself.
+/// Reads the folders in order. A file hides later files with the same ID, even if it is no application
+/// itself.
 class Reader {
  public:
   using FolderFound = std::function<void(const std::string& folder)>;
 
-  /// `found` is told of each folder before it is read.
+  /// `found` is called for each folder before it is read.
   Reader(const std::vector<std::string>& programFolders, FolderFound found)
       : programFolders_(programFolders)
       , found_(std::move(found)) {}
@@ -132,7 +133,7 @@ bool InstalledDesktopEntries::hasChanged() const {
 }
 
 void InstalledDesktopEntries::load() const {
-  // The times come before the reading: what changes in between is then read once more, not missed.
+  // The time is taken before reading, so that changes during the reading cause another one.
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   watched_.clear();
   isSettled_ = true;

@@ -9,7 +9,7 @@
 
 namespace sonvel::desktop {
 
-/// Where desktop entries and the programs that they start are found; the first folder counts most.
+/// Where desktop entries and their programs are found; earlier folders have priority.
 struct DesktopFolders {
   std::vector<std::string> applications;
   std::vector<std::string> programs;
@@ -18,11 +18,10 @@ struct DesktopFolders {
   static DesktopFolders standard();
 };
 
-/// The installed applications, read again when one of the folders has changed since.
+/// The installed applications; read again after a change of one of the folders.
 ///
-/// The folders' own times are the sign: GIO's monitor tells its news through a main loop, which the threads
-/// that ask here do not have. An entry that is rewritten in place, without a new file, is seen at the next
-/// change of its folder.
+/// Changes are detected by the folders' modification times, because GIO's monitor needs a main loop, which
+/// the calling threads lack. An entry that is rewritten in place is noticed at the next change of its folder.
 class InstalledDesktopEntries final : public DesktopEntries {
  public:
   explicit InstalledDesktopEntries(DesktopFolders folders = DesktopFolders::standard());
@@ -32,7 +31,7 @@ class InstalledDesktopEntries final : public DesktopEntries {
  private:
   struct WatchedFolder {
     std::string path;
-    std::chrono::nanoseconds changed; ///< since the epoch; zero if there is no such folder
+    std::chrono::nanoseconds changed; ///< since the epoch; zero if the folder does not exist
   };
 
   bool hasChanged() const;

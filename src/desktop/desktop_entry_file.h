@@ -8,8 +8,8 @@
 
 namespace sonvel::desktop {
 
-/// The application that a desktop entry describes. Null if the file is no regular one of at most 1 MiB, or if
-/// GIO does not take it for an application that can be started here. Any thread; reads files.
+/// Reads a desktop entry. Null unless it is a regular file of at most 1 MiB that GIO accepts as an
+/// application that can be started here. Any thread; reads files.
 GObjectPtr<GDesktopAppInfo> readDesktopEntry(const std::string& path);
 
 } // namespace sonvel::desktop

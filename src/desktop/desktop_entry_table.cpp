@@ -10,18 +10,18 @@
 namespace sonvel::desktop {
 namespace {
 
-/// How far the fixed arguments of an entry are from those of a process; less is nearer.
+/// How much an entry's fixed arguments differ from those of a process; less is closer.
 struct Distance {
   std::ptrdiff_t missingOptions = 0;
-  std::ptrdiff_t foundArguments = 0; ///< negative, so that more is nearer
+  std::ptrdiff_t foundArguments = 0; ///< negative: more found is closer
   bool isHidden = false;
   std::size_t order = 0;
 
   auto operator<=>(const Distance&) const = default;
 };
 
-/// None if the entry starts the program on something else: a missing option (--started-from-file) says
-/// little, a missing name (of a game, of a document) says that it is another application.
+/// None if the entry starts the program on something else: a missing option (--started-from-file) means
+/// little, a missing name (of a game or document) means another application.
 std::optional<Distance> distance(const DesktopEntry& entry, const std::vector<std::string>& arguments,
                                  std::size_t order) {
   Distance result{.isHidden = !entry.isShown, .order = order};

@@ -10,33 +10,34 @@
 
 namespace sonvel::desktop {
 
-/// An installed application, as its desktop entry describes it.
+/// An installed application, from its desktop entry.
 struct DesktopEntry {
   std::string id = {};   ///< without ".desktop"
   std::string name = {}; ///< in the user's language
-  std::string path = {}; ///< of the file that it was read from
+  std::string path = {}; ///< of the entry's file
   LaunchCommand launch = {};
-  bool isShown = true;             ///< in the desktop's menus
+  bool isShown = true;             ///< shown in the desktop's menus
   bool isTerminalEmulator = false; ///< it runs other programs
 
   bool operator==(const DesktopEntry&) const = default;
 };
 
-/// The applications that were installed at one moment. It does not change; any thread.
+/// A snapshot of the installed applications. Immutable; any thread.
 class DesktopEntryTable {
  public:
-  /// Of several entries with one id the first counts.
+  /// Of several entries with the same ID the first is used.
   explicit DesktopEntryTable(std::vector<DesktopEntry> entries);
 
   const DesktopEntry* find(const std::string& id) const;
 
-  /// The entry that most likely started a program. `program` is the canonical path of the program or, for an
-  /// interpreter, of its script; `arguments` is the command line of the process. None if no entry starts this
-  /// program, a wrapper script with its name or that of its folder, or the one program of that folder.
+  /// The entry that most likely started a program. `program` is the canonical path of the executable, or of
+  /// the script if it is an interpreter; `arguments` is the command line of the process. None unless an entry
+  /// starts this program, a wrapper script with its name or its folder's name, or the only program of its
+  /// folder.
   const DesktopEntry* findByProgram(const std::string& program,
                                     const std::vector<std::string>& arguments) const;
 
-  /// Whether some entry starts exactly this program.
+  /// Whether an entry starts exactly this program.
   bool startsProgram(const std::string& program) const { return byProgram_.contains(program); }
 
  private:
@@ -52,12 +53,12 @@ class DesktopEntryTable {
   Index byInstallFolder_;
 };
 
-/// Where the installed applications are looked up.
+/// Provides the installed applications.
 class DesktopEntries {
  public:
   virtual ~DesktopEntries() = default;
 
-  /// The applications that are installed now. Any thread; reads files if something changed.
+  /// The applications installed now. Any thread; reads files after a change.
   virtual std::shared_ptr<const DesktopEntryTable> current() const = 0;
 };
 

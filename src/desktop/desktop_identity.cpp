@@ -15,13 +15,13 @@
 namespace sonvel::desktop {
 namespace {
 
-/// More generations than any application puts between its first process and the one that plays.
+/// Limits the search; applications have fewer generations between their first process and the playing one.
 constexpr int kMostGenerations = 16;
 
 /// The kernel cuts the short name of a process to this length.
 constexpr std::size_t kProcessNameLength = 15;
 
-/// An empty claim says nothing.
+/// An empty claim counts as none.
 std::optional<std::string> notEmpty(const std::optional<std::string>& text) {
   return text && !text->empty() ? text : std::nullopt;
 }
@@ -31,11 +31,12 @@ bool equalsIgnoringCase(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, {}, lower, lower);
 }
 
-/// A process with what its facts mean.
+/// A process and what follows from its facts.
 struct Process {
   std::int32_t pid = 0;
   ProcessFacts facts;
-  std::optional<std::string> program; ///< the script if it is an interpreter that runs one, else none of both
+  /// the script if the program is an interpreter with a script; none if without
+  std::optional<std::string> program;
 
   bool isShell() const { return facts.executable && desktop::isShell(*facts.executable); }
 
@@ -58,7 +59,7 @@ std::optional<std::string> programOf(const ProcessFacts& facts) {
   return absolutePath(words[*script], facts.workingFolder);
 }
 
-/// One question's view of the machine.
+/// The state of one query.
 class Search {
  public:
   Search(const ProcessTree& processes, const DesktopEntryTable& entries)
@@ -83,7 +84,7 @@ class Search {
     return Process{.pid = pid, .facts = std::move(*facts), .program = std::move(program)};
   }
 
-  /// None also if the parent's ID has gone to a younger process meanwhile.
+  /// None also if the parent's ID has been reused by a later process.
   std::optional<Process> parentOf(const Process& child) const {
     auto parent = find(child.facts.parentID);
     if (parent && parent->facts.startTimeTicks > child.facts.startTimeTicks) return std::nullopt;
@@ -101,7 +102,7 @@ class Search {
            equalsIgnoringCase(facts.name, claimed.substr(0, kProcessNameLength));
   }
 
-  /// The innermost unit of the process that is named after an installed application.
+  /// The innermost systemd unit of the process that is named after an installed application.
   const DesktopEntry* entryOfUnit(const Process& process) const {
     std::string_view group = process.facts.controlGroup;
     while (!group.empty()) {
@@ -113,8 +114,7 @@ class Search {
     return nullptr;
   }
 
-  /// What the user starts in a terminal, one inside another application included, shares the unit but is a
-  /// program of its own.
+  /// Programs started in a terminal, even one inside another application, share its unit but are separate.
   bool ownsItsUnit(const DesktopEntry& entry, const Process& process) const {
     if (entry.isTerminalEmulator) return process.program && process.program == entry.launch.program;
     Process member = process;
@@ -150,7 +150,7 @@ class Search {
            (child.program == parent.program || shareFolder(*child.program, *parent.program));
   }
 
-  /// A shell script that an entry starts and that waits for the program proper.
+  /// A shell script that an entry starts and that waits for the actual program.
   bool isWrapper(const Process& process) const {
     return process.isShell() && process.program && entries_.startsProgram(*process.program);
   }
@@ -181,7 +181,7 @@ DesktopIdentity::DesktopIdentity(const ProcessTree& processes, const DesktopEntr
 std::optional<std::string> DesktopIdentity::bundleIdentifier(const AudioClient& client) const {
   if (auto id = notEmpty(client.sandboxAppID)) return id;
   const auto entries = entries_.current();
-  bool isFalse = false; // somebody claims to be this program
+  bool isFalse = false; // a program falsely claims to be this one
   for (auto id : {Search(processes_, *entries).entryOwning(client), notEmpty(client.applicationID),
                   notEmpty(client.processBinary)}) {
     if (!id) continue;
@@ -195,7 +195,7 @@ std::optional<std::string> DesktopIdentity::bundleIdentifier(const AudioClient& 
   return file == own_.bundleIdentifier ? std::nullopt : notEmpty(file);
 }
 
-/// Whether the identifier is this program's, and the client is not.
+/// Whether the identifier is this program's but the client is another program.
 bool DesktopIdentity::isClaimOfOurs(const std::string& id, const AudioClient& client) const {
   if (id.empty() || id != own_.bundleIdentifier) return false;
   const auto facts = processes_.process(client.processID);

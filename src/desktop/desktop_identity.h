@@ -6,24 +6,22 @@
 
 namespace sonvel::desktop {
 
-/// The program that asks, which is told apart from others by its file.
+/// This program; other programs are distinguished from it by their file.
 struct OwnProgram {
   std::string bundleIdentifier = {};
-  std::optional<std::string> executable = {}; ///< as ProcessFacts has it
+  std::optional<std::string> executable = {}; ///< as in ProcessFacts
 };
 
-/// Names a client after the first that answers:
-/// 1. the sandbox that the sound server vouches for;
-/// 2. the installed desktop entry that owns its process: by the systemd unit that it was started in, else by
-///    the program that it runs, else by that of the parents that belong to the same program;
-/// 3. the application ID that it claims;
-/// 4. the name of its program, as it claims.
+/// Finds a client's identifier; the first answer counts: 1. the sandbox that the sound server vouches for; 2.
+/// the installed desktop entry of its process: from its systemd unit, else from its executable, else from the
+/// parents that belong to the same program; 3. the application ID that it claims; 4. the program name that it
+/// claims.
 ///
-/// The identifier of this program is given only to processes that run its file: a program that claims it is
-/// named by what else is known of it, at least by its file.
+/// This program's identifier is given only to processes that run its file. Another program that claims it is
+/// named by other facts, at least by its file.
 ///
-/// A client's process ID may be no more than a claim, too. It is not believed if the process runs no program
-/// of the name that the client claims: then it has ended, or the number is one of a sandbox.
+/// A client's process ID may be just a claim too. It is not believed if that process runs no program with the
+/// claimed name: then the process has ended, or the ID is from inside a sandbox.
 class DesktopIdentity final : public ApplicationIdentity {
  public:
   /// Both must outlive this object.

@@ -13,7 +13,7 @@ struct UnrefObject {
 /// Owns one reference to a GObject.
 template <typename T> using GObjectPtr = std::unique_ptr<T, UnrefObject>;
 
-/// Frees what GLib gave with the function that its kind needs.
+/// Frees a GLib object with its own release function.
 template <auto release> struct Release {
   template <typename T> void operator()(T* object) const noexcept { release(object); }
 };
@@ -22,7 +22,7 @@ struct FreeStrings {
   void operator()(gchar** strings) const noexcept { g_strfreev(strings); }
 };
 
-/// Owns a null-terminated list of strings.
+/// Owns a null-terminated array of strings.
 using GStrings = std::unique_ptr<gchar*, FreeStrings>;
 
 } // namespace sonvel::desktop

@@ -29,7 +29,7 @@ std::optional<std::string> findProgram(const std::string& word, std::span<const 
   return std::nullopt;
 }
 
-/// "env NAME=value ... program": how many words come before the program.
+/// The number of words before the program in "env NAME=value ... program".
 std::size_t environmentLength(std::span<const std::string> words) {
   if (words.empty() || baseName(words.front()) != "env") return 0;
   const auto isSetting = [](const std::string& word) {
@@ -43,7 +43,7 @@ bool isTextForInterpreter(const std::string& path) {
   return readStartOfRegularFile(path, 2) == "#!";
 }
 
-/// Places for files and URLs (%U) are no fixed arguments, nor are the marks that go with them (@@u ... @@).
+/// Placeholders for files and URLs (%U), and the marks around them (@@u ... @@), are not fixed arguments.
 bool isPlace(const std::string& word) {
   const auto percent = word.find('%');
   const bool isCode = percent != std::string::npos && percent + 1 < word.size() && word[percent + 1] != '%';

@@ -24,7 +24,7 @@ Appearance::ColorScheme colorSchemeFrom(const QVariant& value) {
   }
 }
 
-/// Red, green and blue from 0 to 1. A colour out of this range says that there is none.
+/// Red, green and blue from 0 to 1. A value out of range means no accent colour.
 std::optional<std::uint32_t> accentColorFrom(const QVariant& value) {
   if (value.metaType() != QMetaType::fromType<QDBusArgument>()) return std::nullopt;
   const auto argument = value.value<QDBusArgument>();
@@ -42,12 +42,12 @@ std::optional<std::uint32_t> accentColorFrom(const QVariant& value) {
   return color;
 }
 
-/// What the portal's settings mean for the appearance.
+/// The portal's settings that affect the appearance.
 struct Settings {
   Appearance::ColorScheme colorScheme = Appearance::ColorScheme::noPreference;
   std::optional<std::uint32_t> accentColor;
   bool reducesMotion = false;
-  bool hasNoAnimations = false; ///< the older setting for the same wish
+  bool hasNoAnimations = false; ///< an older setting with the same meaning as reduced motion
 
   void apply(const QString& group, const QString& key, const QVariant& value) {
     if (group == kAppearanceGroup && key == QLatin1String("color-scheme"))

@@ -8,15 +8,15 @@ class QDBusConnection;
 
 namespace sonvel::desktop {
 
-/// The appearance that the desktop portal tells of on the session bus. It is asked when this object is made
-/// and whenever it comes or comes back; what changes in between it tells by itself. While there is none, the
-/// last answer stands.
+/// The appearance settings of the desktop portal on the session bus. Read when this object is created and
+/// whenever the portal appears; afterwards the portal announces changes. Without a portal the last answer
+/// stays valid.
 ///
-/// Answers arrive through the Qt event loop of the thread that made this object. Making it waits for the bus
-/// at most, never for the portal.
+/// Answers arrive in the Qt event loop of the creating thread. The constructor may wait for the bus, never
+/// for the portal.
 class PortalAppearance final : public DesktopAppearance {
  public:
-  /// On this user's session bus. All defaults if there is none.
+  /// Uses this user's session bus; all defaults without one.
   PortalAppearance();
 
   explicit PortalAppearance(const QDBusConnection& bus);

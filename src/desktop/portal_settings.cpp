@@ -11,7 +11,7 @@ constexpr QLatin1String kService("org.freedesktop.portal.Desktop");
 constexpr QLatin1String kPath("/org/freedesktop/portal/desktop");
 constexpr QLatin1String kInterface("org.freedesktop.portal.Settings");
 
-/// Some portals wrap a value once more than they should.
+/// Some portals wrap a value twice.
 QVariant unwrapped(QVariant value) {
   while (value.metaType() == QMetaType::fromType<QDBusVariant>())
     value = value.value<QDBusVariant>().variant();
@@ -26,7 +26,7 @@ PortalSettings::PortalSettings(const QDBusConnection& bus, QStringList groups, N
     , news_(std::move(news))
     , watcher_(kService, bus, QDBusServiceWatcher::WatchForRegistration) {
   connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, this, &PortalSettings::readAll);
-  qRegisterMetaType<QDBusVariant>(); // Qt looks the slot's types up by name
+  qRegisterMetaType<QDBusVariant>(); // Qt looks up the slot's types by name
   bus_.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
                SLOT(settingChanged(QString, QString, QDBusVariant)));
   readAll();

@@ -13,9 +13,9 @@
 
 namespace sonvel::desktop {
 
-/// Groups of settings of the desktop portal, read when this object is made and whenever the portal comes or
-/// comes back, and followed in between. Tells its news on the thread that made it, through its event loop.
-/// Waits for the bus at most, never for the portal; says nothing as long as there is none.
+/// Groups of settings of the desktop portal. Read when this object is created and whenever the portal
+/// appears; changes are followed. Callbacks come through the event loop of the creating thread. The
+/// constructor may wait for the bus, never for the portal; without a portal there are no callbacks.
 class PortalSettings final : public QObject {
   Q_OBJECT
 
@@ -23,9 +23,9 @@ class PortalSettings final : public QObject {
   using Groups = QMap<QString, QVariantMap>; ///< values by group and key
 
   struct News {
-    std::function<void(const Groups& groups)> all; ///< they are these; what is missing is not set
+    std::function<void(const Groups& groups)> all; ///< the complete settings; missing ones are unset
     std::function<void(const QString& group, const QString& key, const QVariant& value)>
-        one; ///< of any group
+        one; ///< one changed value, of any group
   };
 
   PortalSettings(const QDBusConnection& bus, QStringList groups, News news);
@@ -41,7 +41,7 @@ class PortalSettings final : public QObject {
   const QStringList groups_;
   const News news_;
   QDBusServiceWatcher watcher_;
-  std::unique_ptr<QDBusPendingCallWatcher> answer_; ///< to the latest question
+  std::unique_ptr<QDBusPendingCallWatcher> answer_; ///< to the latest query
 };
 
 } // namespace sonvel::desktop

@@ -20,7 +20,7 @@ int ProcProcessInformation::procName(std::int32_t pid, std::span<char> name) con
   name[0] = '\0';
   if (pid <= 0) return 0;
 
-  // A name may hold any character, also line ends; the kernel appends one.
+  // A name may contain any character, including line ends; the kernel appends a line end.
   constexpr std::size_t kLongerThanAnyName = 4096;
   auto text = readStartOfRegularFile(root_ + '/' + std::to_string(pid) + "/comm", kLongerThanAnyName)
                   .value_or(std::string()); // the process may have ended

@@ -6,10 +6,10 @@
 
 namespace sonvel::desktop {
 
-/// Processes as /proc shows them.
+/// Processes from /proc.
 class ProcProcessInformation final : public ProcessInformation {
  public:
-  /// `root` is where the proc file system is mounted.
+  /// `root` is the mount point of the proc file system.
   explicit ProcProcessInformation(std::string root = "/proc");
 
   std::int32_t ownProcessID() const override;

@@ -35,7 +35,7 @@ class Descriptor {
   int descriptor_;
 };
 
-/// A command line may have megabytes; what identifies a program stands at its start.
+/// Command lines can have megabytes; only the start identifies a program.
 std::optional<std::string> readStart(int folder, const char* name) {
   constexpr std::size_t kMaximumBytes = 256UL * 1024;
   return readStartOfRegularFile(folder, name, kMaximumBytes);
@@ -48,8 +48,8 @@ std::optional<std::string> linkTarget(int folder, const char* name) {
   return std::string(target.data(), static_cast<std::size_t>(length));
 }
 
-/// A process in a sandbox may name a file that is another one, or none, outside. A file that was replaced
-/// while it runs has left its path behind.
+/// The path of a sandboxed process may mean another file, or none, outside. A file that was replaced while
+/// running is no longer at its path.
 std::optional<std::string> executable(int folder) {
   constexpr std::string_view kDeleted = " (deleted)";
   auto path = linkTarget(folder, "exe");
@@ -75,7 +75,7 @@ std::vector<std::string> splitAtNulls(std::string_view text) {
   return parts;
 }
 
-/// The unified hierarchy if it has the process somewhere, else the one that systemd names as its own.
+/// From the unified hierarchy if the process is in it, else from systemd's own.
 std::string controlGroup(const std::string& text) {
   std::string group;
   std::istringstream lines(text);
@@ -95,7 +95,7 @@ template <typename Number> Number parsed(const std::string& word) {
   return number;
 }
 
-/// "pid (name) state ppid ...": the name may hold spaces and brackets, so its end is the last bracket.
+/// "pid (name) state ppid ...": the name may contain spaces and brackets, so it ends at the last bracket.
 bool readStatus(const std::string& text, ProcessFacts& facts) {
   constexpr std::size_t kParentField = 1;
   constexpr std::size_t kStartTimeField = 19;
@@ -123,7 +123,7 @@ ProcFilesystem::ProcFilesystem(std::string root)
 
 std::optional<ProcessFacts> ProcFilesystem::process(std::int32_t pid) const {
   if (pid <= 0) return std::nullopt;
-  // The open folder stays that of this process: once it has ended, reading from it fails.
+  // The open folder belongs to this process only: after its end, reading fails.
   const Descriptor folder(
       open((root_ + '/' + std::to_string(pid)).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder) return std::nullopt;

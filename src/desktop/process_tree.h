@@ -7,15 +7,15 @@
 
 namespace sonvel::desktop {
 
-/// What the kernel tells of one process.
+/// What the kernel reports of a process.
 struct ProcessFacts {
   std::int32_t parentID = 0;
-  std::uint64_t startTimeTicks = 0;           ///< since the machine started
+  std::uint64_t startTimeTicks = 0;           ///< clock ticks since boot
   std::string name = {};                      ///< the kernel's short name, at most 15 bytes
-  std::optional<std::string> executable = {}; ///< its file's path, if that is the same file for us
-  std::vector<std::string> arguments = {};    ///< the command line, the program's name first
-  std::string workingFolder = {};             ///< of interpreters; empty if unknown
-  std::string controlGroup = {};              ///< path in the hierarchy that systemd keeps
+  std::optional<std::string> executable = {}; ///< path of its file, if it is the same file for this process
+  std::vector<std::string> arguments = {};    ///< the command line, starting with the program's name
+  std::string workingFolder = {};             ///< only for interpreters; empty if unknown
+  std::string controlGroup = {};              ///< path in systemd's hierarchy
 
   bool operator==(const ProcessFacts&) const = default;
 };
@@ -25,15 +25,15 @@ class ProcessTree {
  public:
   virtual ~ProcessTree() = default;
 
-  /// All facts are of one and the same process, even if its ID is given to another one meanwhile. None if
-  /// there is no such process. Any thread; reads files.
+  /// All facts belong to the same process, even if its ID is reused meanwhile. None if there is no such
+  /// process. Any thread; reads files.
   virtual std::optional<ProcessFacts> process(std::int32_t pid) const = 0;
 };
 
-/// Processes as the proc file system shows them.
+/// Processes from the proc file system.
 class ProcFilesystem final : public ProcessTree {
  public:
-  /// `root` is where it is mounted.
+  /// `root` is its mount point.
   explicit ProcFilesystem(std::string root = "/proc");
 
   std::optional<ProcessFacts> process(std::int32_t pid) const override;

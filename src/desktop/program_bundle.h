@@ -8,22 +8,21 @@
 
 namespace sonvel::desktop {
 
-/// This program as the desktop knows it. What a build is installed with stands in one JSON object,
-/// share/sonvel/information.json under the prefix that the program's own file lies in. A build without that
-/// file carries no information.
+/// This program's installed configuration: one JSON object in share/sonvel/information.json under the
+/// installation prefix. Without that file it is empty.
 class ProgramBundle final : public BundleInformation {
  public:
   /// Reads the installed file, once.
   ProgramBundle();
 
-  /// Reads `informationFile`, once. A file that is missing, is no JSON object or has more than 64 KiB counts
-  /// as an empty one.
+  /// Reads `informationFile`, once. A file that is missing, not a JSON object or larger than 64 KiB counts as
+  /// empty.
   explicit ProgramBundle(const std::filesystem::path& informationFile);
 
   std::optional<std::string> bundleIdentifier() const override;
   std::optional<InfoObject> objectForInfoKey(std::string_view key) const override;
 
-  /// Where a program at `program` has its information file.
+  /// The information file of an executable at `program`.
   static std::filesystem::path informationFileOf(const std::filesystem::path& program);
 
  private:

@@ -17,7 +17,7 @@ constexpr std::array kLaunchers{"flatpak"sv,  "snap"sv, "systemd-run"sv, "gtk-la
 constexpr std::array kSharedHelpers{"WebKitWebProcess"sv, "WebKitGPUProcess"sv, "WebKitNetworkProcess"sv,
                                     "QtWebEngineProcess"sv, "bwrap"sv};
 
-/// Folders below which an application has a folder of its own.
+/// Folders in which each application has a folder of its own.
 constexpr std::array kInstallRoots{
     "/opt/"sv,       "/usr/lib/"sv,       "/usr/lib64/"sv,         "/usr/libexec/"sv,
     "/usr/share/"sv, "/usr/local/lib/"sv, "/usr/local/libexec/"sv, "/usr/local/share/"sv};
@@ -31,7 +31,7 @@ bool contains(const std::array<std::string_view, size>& names, std::string_view 
   return std::ranges::find(names, name) != names.end();
 }
 
-/// "python3.11" is "python".
+/// "python3.11" becomes "python".
 std::string_view withoutVersion(std::string_view name) noexcept {
   const std::size_t last = name.find_last_not_of("0123456789.-");
   return name.substr(0, last == std::string_view::npos ? 0 : last + 1);
@@ -42,7 +42,7 @@ std::string_view folderOf(std::string_view path) noexcept {
   return path.substr(0, slash == std::string_view::npos ? 0 : slash);
 }
 
-/// The part of `folder` below an install root; empty if it is below none.
+/// The part of `folder` below an install root; empty if there is none.
 std::string_view belowInstallRoot(std::string_view folder) noexcept {
   for (const auto root : kInstallRoots)
     if (folder.starts_with(root)) return folder.substr(root.size());
@@ -52,8 +52,8 @@ std::string_view belowInstallRoot(std::string_view folder) noexcept {
   return {};
 }
 
-/// The libraries' folder of one architecture (x86_64-linux-gnu) is as shared as the one that it lies in, and
-/// so are its folder of helpers and that of games.
+/// Shared by applications: an architecture's library folder (x86_64-linux-gnu), libexec, and the games
+/// folder.
 bool isSharedFolder(std::string_view below) noexcept {
   if (below.empty() || below == "games") return true;
   if (below.find("-linux-") == std::string_view::npos) return false;

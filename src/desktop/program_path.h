@@ -1,6 +1,6 @@
 #pragma once
 
-// What the place and the name of a program's file tell about it. Pure functions on text; any thread.
+// What the path and name of an executable reveal. Pure functions on text; any thread.
 
 #include <optional>
 #include <string>
@@ -11,28 +11,28 @@ namespace sonvel::desktop {
 /// The last component of a path.
 std::string_view baseName(std::string_view path) noexcept;
 
-/// A program that runs whatever script it is given (python3.11, sh, java ...): its own file says nothing of
-/// the application.
+/// A program that runs given scripts (python3.11, sh, java ...): its own file does not identify the
+/// application.
 bool isInterpreter(std::string_view path) noexcept;
 
-/// An interpreter that people also type into.
+/// An interpreter that is also used interactively.
 bool isShell(std::string_view path) noexcept;
 
-/// A program that only hands over to another one which the desktop or a sandbox starts (flatpak, snap ...).
+/// A program that only asks the desktop or a sandbox to start another one (flatpak, snap ...).
 bool isLauncher(std::string_view path) noexcept;
 
-/// A helper that a library starts on behalf of any application: web engines and sandboxes. It belongs to the
+/// A helper that a library starts for any application, such as web engines and sandboxes. It belongs to the
 /// process that started it.
 bool isSharedHelper(std::string_view path) noexcept;
 
-/// The folder that one application has for itself, such as /opt/app or /usr/lib/app. None for files in
-/// folders that programs share, such as /usr/bin.
+/// A folder that belongs to one application, such as /opt/app or /usr/lib/app. None for shared folders such
+/// as /usr/bin.
 std::optional<std::string> installFolder(std::string_view path);
 
-/// Whether a file lies in a folder, at any depth.
+/// Whether `path` is in `folder`, at any depth.
 bool isWithin(std::string_view path, std::string_view folder) noexcept;
 
-/// The name that a program has in common with the script that starts it: without ".sh", "-bin" and the like.
+/// The name that a program shares with the script that starts it: without ".sh", "-bin" and the like.
 std::string_view programStem(std::string_view path) noexcept;
 
 } // namespace sonvel::desktop

@@ -8,7 +8,7 @@
 
 namespace sonvel::desktop {
 
-// Both daemons write their process into the same file; the name of that process tells them apart.
+// Both daemons write their process ID into the same file; the process's name tells them apart.
 bool isPulseAudioServing() {
   constexpr std::size_t kMostBytes = 64;
   const auto process = readRegularFile((runtimeFolder() / "pulse" / "pid").string(), kMostBytes);

@@ -2,8 +2,8 @@
 
 namespace sonvel::desktop {
 
-/// Whether PulseAudio's own daemon serves this session's programs, and not PipeWire in its place. Any thread;
-/// reads two small files.
+/// Whether the PulseAudio daemon, rather than PipeWire's replacement, serves this session. Any thread; reads
+/// two small files.
 bool isPulseAudioServing();
 
 } // namespace sonvel::desktop

@@ -16,7 +16,7 @@ bool isRegular(int file) noexcept {
   return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// Until the end of the file, or one of a process that has ended meanwhile.
+/// Reads until the end of the file; files of a process that has ended count as ended.
 std::optional<std::string> read(int file, std::size_t maximumBytes) {
   std::string text;
   std::array<char, 4096> block{};
@@ -34,7 +34,7 @@ std::optional<std::string> read(int file, std::size_t maximumBytes) {
 
 std::optional<std::string> readStartOfRegularFile(int folder, const std::string& path,
                                                   std::size_t maximumBytes) {
-  // Without O_NONBLOCK the opening of a pipe waits for a writer.
+  // Without O_NONBLOCK, opening a pipe waits for a writer.
   const int file = openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (file < 0) return std::nullopt;
   auto text = isRegular(file) ? read(file, maximumBytes) : std::nullopt;

@@ -6,13 +6,13 @@
 
 namespace sonvel::desktop {
 
-// Files that others may have put in place: only a regular file is read, never a pipe or a device that would
-// block, and never more of it than fits. No exceptions besides std::bad_alloc; any thread.
+// Safe reading of files that others may have created: only regular files, never a pipe or device that would
+// block, and up to a maximum size. No exceptions except std::bad_alloc; any thread.
 
-/// All of the file. None if it can't be read, is no regular file or has more than `maximumBytes`.
+/// The whole file. None if unreadable, not a regular file or larger than `maximumBytes`.
 std::optional<std::string> readRegularFile(const std::string& path, std::size_t maximumBytes);
 
-/// The file's first bytes, `maximumBytes` at most. None if it can't be read or is no regular file.
+/// The first bytes of the file, at most `maximumBytes`. None if unreadable or not a regular file.
 std::optional<std::string> readStartOfRegularFile(const std::string& path, std::size_t maximumBytes);
 
 /// As readStartOfRegularFile; `path` is relative to the open folder.

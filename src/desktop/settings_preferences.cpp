@@ -30,14 +30,14 @@ Condition load(GKeyFile* keys, const fs::path& file) {
   std::error_code error;
   if (fs::status(file, error).type() == fs::file_type::not_found) return Condition::missing;
   const auto text = readRegularFile(file, kMaximumBytes);
-  // A crash of the machine may leave zeros, which the parser takes for the end of a line.
+  // After a power failure the file may contain zeros, which the parser takes for the end of a line.
   const bool isSound =
       text && g_utf8_validate_len(text->data(), text->size(), nullptr) != FALSE &&
       g_key_file_load_from_data(keys, text->data(), text->size(), G_KEY_FILE_KEEP_COMMENTS, nullptr) != FALSE;
   return isSound ? Condition::sound : Condition::damaged;
 }
 
-/// A second name for it, where the file system has such, does not even need it to be readable.
+/// A hard link works even if the file is unreadable.
 void keepDamaged(const fs::path& file) {
   const fs::path kept = file.string() + ".damaged";
   std::error_code error;
@@ -46,10 +46,10 @@ void keepDamaged(const fs::path& file) {
   if (error) fs::copy_file(file, kept, error);
 }
 
-/// Puts the file as it is, changed, in its place.
+/// Stores a changed copy in the file's place.
 bool store(const fs::path& file, const std::function<void(GKeyFile*)>& change) {
   std::error_code error;
-  const fs::path link = fs::weakly_canonical(file, error); // who keeps the file elsewhere keeps the link
+  const fs::path link = fs::weakly_canonical(file, error); // a symbolic link to the file is kept
   const fs::path target = error ? file : link;
   KeyFile keys(g_key_file_new());
   const Condition condition = load(keys.get(), target);
@@ -61,7 +61,7 @@ bool store(const fs::path& file, const std::function<void(GKeyFile*)>& change) {
   const Text before(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
   change(keys.get());
   const Text text(g_key_file_to_data(keys.get(), &sizeBytes, nullptr));
-  // The disk is waited for, and the same is stored over and over.
+  // Storing waits for the disk, and equal values are stored often.
   if (condition == Condition::sound && g_strcmp0(before.get(), text.get()) == 0) return true;
   fs::create_directories(target.parent_path(), error);
   const auto replaceOnDisk =
@@ -82,7 +82,7 @@ bool SettingsPreferences::boolForKey(const std::string& key) const {
   const KeyFile keys(g_key_file_new());
   if (load(keys.get(), file_) != Condition::sound) return false;
   const Text value(g_key_file_get_value(keys.get(), kGroup, key.c_str(), nullptr));
-  return value && std::string_view(value.get()) == "true"; // what else stands there is damage
+  return value && std::string_view(value.get()) == "true"; // other values are damage
 }
 
 bool SettingsPreferences::setBool(bool value, const std::string& key) {

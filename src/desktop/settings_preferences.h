@@ -6,30 +6,30 @@
 
 namespace sonvel::desktop {
 
-/// Preferences in a small file of keys and values. Each call looks at the file anew.
+/// Preferences in a small key file. Each call reads the file anew.
 ///
-/// A file that is damaged, is no regular file, has more than 1 MiB or can't be read reads as empty and stays
-/// as it is until something is stored. Then it is kept beside the new one, its name followed by ".damaged",
-/// in the place of one kept before. What is there already is not written again.
+/// A file that is damaged, not regular, larger than 1 MiB or unreadable reads as empty and is left alone
+/// until something is stored. Then it is kept with ".damaged" appended to its name, replacing an earlier one.
+/// Equal values are not written again.
 class SettingsPreferences final : public Preferences {
  public:
-  /// On the file "sonvel/sonvel.conf" of the user's configuration folder.
+  /// Uses "sonvel/sonvel.conf" in the user's configuration folder.
   SettingsPreferences();
 
-  /// On a file of any name, which need not exist.
+  /// Uses this file, which need not exist.
   explicit SettingsPreferences(std::filesystem::path file);
 
   bool boolForKey(const std::string& key) const override;
 
-  /// `key` holds none of "=", "[", "]". The file is replaced at once or not at all.
+  /// `key` must not contain "=", "[" or "]". The file is replaced atomically.
   bool setBool(bool value, const std::string& key) override;
 
   std::optional<std::string> stringForKey(const std::string& key) const override;
 
-  /// As setBool. `value` is valid UTF-8 without zeros.
+  /// As setBool. `value` must be valid UTF-8 without NUL.
   bool setString(const std::string& value, const std::string& key) override;
 
-  /// Where the file is, or will be.
+  /// The file's path; it may not exist yet.
   const std::filesystem::path& file() const noexcept { return file_; }
 
  private:

@@ -10,8 +10,8 @@
 
 namespace sonvel::desktop {
 
-/// What is to be done, by time and then by order of asking. Wakes are called and destroyed without the lock:
-/// both may make or cancel appointments.
+/// The pending wakes, ordered by time, then by order of calls. Wakes are called and destroyed without the
+/// lock, because both may create or cancel timers.
 class SteadyClock::Agenda {
  public:
   using Key = std::pair<TimePoint, std::uint64_t>;

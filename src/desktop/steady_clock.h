@@ -6,15 +6,15 @@
 
 namespace sonvel::desktop {
 
-/// Real time. Wakes run one after another on one thread that lives as long as the clock.
+/// Real time. Wakes run one after another on the clock's own thread.
 ///
-/// Destroying a Timer never waits, not even for its own wake when that runs already on the clock's thread:
-/// a wake owns what it uses. A Timer may outlive the clock.
+/// Destroying a Timer never waits, not even for its own running wake: so a wake must own what it uses. A
+/// Timer may outlive the clock.
 class SteadyClock final : public Clock {
  public:
   SteadyClock();
 
-  /// Drops what has not begun and waits for the wake that runs. Not to be called from inside a wake.
+  /// Drops pending wakes and waits for the running one. Not from a wake.
   ~SteadyClock() override;
 
   SteadyClock(const SteadyClock&) = delete;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kUUIDLength = 36;
 
-/// Undoes "\x2d" and the like.
+/// Decodes "\x2d" and the like.
 std::string unescaped(std::string_view text) {
   std::string result;
   while (!text.empty()) {
@@ -42,7 +42,7 @@ void cutAt(std::string_view& text, std::size_t position) noexcept {
   text = text.substr(0, position);
 }
 
-/// "[launcher-]ID": a conforming ID has its dashes escaped, so what follows the first dash comes first.
+/// "[launcher-]ID": a conforming ID has its dashes escaped, so the part after the first dash is tried first.
 std::vector<std::string> withAndWithoutLauncher(std::string_view name) {
   std::vector<std::string> ids;
   const std::size_t dash = name.find('-');

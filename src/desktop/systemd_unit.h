@@ -6,10 +6,10 @@
 
 namespace sonvel::desktop {
 
-/// The application IDs that the name of a systemd unit may stand for, likeliest first; empty for units that
-/// are not named after an application. Understands the names that desktops give the scopes and services of
-/// applications ("app-<launcher>-<ID>-<random>.scope", "app-<ID>@<random>.service"), those of applications
-/// that D-Bus started, and those of snaps.
+/// The application IDs that a systemd unit's name may stand for, likeliest first; empty if it is not named
+/// after an application. Knows the desktops' names for scopes and services of applications
+/// ("app-<launcher>-<ID>-<random>.scope", "app-<ID>@<random>.service"), those of D-Bus activated
+/// applications, and those of snaps.
 std::vector<std::string> applicationIDsOfUnit(std::string_view unit);
 
 } // namespace sonvel::desktop

@@ -5,7 +5,7 @@
 namespace sonvel::desktop {
 namespace {
 
-/// The library's own answers would be those of the first time that anyone in this process asked.
+/// GLib's functions cache the values of their first call in this process.
 std::filesystem::path fromEnvironment(const char* name) {
   const char* folder = g_getenv(name);
   return folder != nullptr && std::filesystem::path(folder).is_absolute() ? folder : std::filesystem::path();

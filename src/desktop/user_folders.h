@@ -4,10 +4,10 @@
 
 namespace sonvel::desktop {
 
-/// Where the user's settings are kept. Any thread.
+/// The user's configuration folder. Any thread.
 std::filesystem::path configurationFolder();
 
-/// Where the user's running services leave their sockets; empty where the session has none. Any thread.
+/// The folder for sockets of the user's services; empty if the session has none. Any thread.
 std::filesystem::path runtimeFolder();
 
 } // namespace sonvel::desktop

@@ -7,7 +7,7 @@
 
 namespace sonvel::simulated {
 
-/// Icons that a script gives: to running applications by pid, to files by path. Any thread.
+/// Scripted icons: of running applications by pid, of files by path. Any thread.
 class SimulatedApplicationIcons final : public ApplicationIcons {
  public:
   void setRunningIcon(std::int32_t pid, std::string icon);

@@ -7,16 +7,16 @@
 
 namespace sonvel::simulated {
 
-/// The calls of AudioHardware, one for each.
+/// The calls of AudioHardware.
 enum class Call {
   getPropertyDataSize,
-  getPropertyData, ///< of a number or a list
+  getPropertyData, ///< numbers and lists
   getPropertyText, ///< getPropertyData of a string
   hasProperty,
   isPropertySettable,
   setPropertyData,
   beginConfiguration,
-  commitConfiguration, ///< fails by ending the configuration with that status
+  commitConfiguration, ///< on failure the configuration ends with that status
   createProcessTap,
   destroyProcessTap,
   createAggregateDevice,
@@ -27,16 +27,16 @@ enum class Call {
   deviceStop,
 };
 
-/// One call as it was made and answered.
+/// One recorded call with its answer.
 struct HardwareCall {
   Call call = Call::getPropertyDataSize;
-  AudioObjectID object = kAudioObjectUnknown; ///< called on; for a creating call what it gave, if anything
-  PropertyAddress address = {};               ///< of a property call
-  IOProcID ioProc = 0;                        ///< given to or by a call that has one
-  std::optional<TapDescription> tap = {};     ///< of createProcessTap
-  std::optional<AggregateDeviceDescription> aggregate = {}; ///< of createAggregateDevice
-  std::optional<IOQueue> queue = {};                        ///< of createIOProcID
-  OSStatus status = kNoError; ///< of hasProperty: kUnknownProperty if there is none
+  AudioObjectID object = kAudioObjectUnknown;               ///< called on, or returned by a creating call
+  PropertyAddress address = {};                             ///< for property calls
+  IOProcID ioProc = 0;                                      ///< passed to or returned by the call
+  std::optional<TapDescription> tap = {};                   ///< for createProcessTap
+  std::optional<AggregateDeviceDescription> aggregate = {}; ///< for createAggregateDevice
+  std::optional<IOQueue> queue = {};                        ///< for createIOProcID
+  OSStatus status = kNoError;                               ///< for hasProperty: kUnknownProperty if missing
 
   bool operator==(const HardwareCall&) const = default;
 };

@@ -24,7 +24,7 @@ void mix(std::vector<Frame>& into, const Samples& samples) {
   }
 }
 
-/// Adds what streams play from `start` on.
+/// Adds the samples of the streams from frame `start` on.
 void addSignals(const std::vector<Signal>& streams, std::uint64_t start, Samples& samples) {
   for (const Signal& signal : streams)
     for (std::size_t i = 0; i < samples.size() / kChannels; ++i) {
@@ -138,7 +138,7 @@ void SimulatedHardware::callBlock(InstalledIOProc ioProc, const AudioTimeStamp& 
   runningIOProc_ = ioProc.what.id;
   lock.unlock();
   (*ioProc.block)(start, AudioBufferList{inputBuffers}, start, outputList, start);
-  ioProc.block.reset(); // before anyone is told that it has returned
+  ioProc.block.reset(); // before waitForBlock() returns
   lock.lock();
   runningIOProc_ = 0;
   blockReturned_.notify_all();

@@ -9,7 +9,7 @@
 
 namespace sonvel::simulated {
 
-/// Processes that a script names. Any thread.
+/// Scripted processes. Any thread.
 class SimulatedProcesses final : public ProcessInformation {
  public:
   explicit SimulatedProcesses(std::int32_t ownProcessID = 1);
@@ -25,7 +25,7 @@ class SimulatedProcesses final : public ProcessInformation {
   std::map<std::int32_t, std::string> names_;
 };
 
-/// Applications that a script names, in the order they were added. Any thread.
+/// Scripted applications, in the order of adding. Any thread.
 class SimulatedApplications final : public RunningApplications {
  public:
   /// Replaces an application with the same pid.
@@ -40,7 +40,7 @@ class SimulatedApplications final : public RunningApplications {
   std::vector<RunningApplication> applications_;
 };
 
-/// A bundle whose identifier and information are given.
+/// A bundle with given identifier and information.
 class SimulatedBundle final : public BundleInformation {
  public:
   using Information = std::map<std::string, InfoObject, std::less<>>;

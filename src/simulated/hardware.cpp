@@ -22,7 +22,7 @@ OSStatus SimulatedHardware::beginConfiguration() {
 }
 
 OSStatus SimulatedHardware::commitConfiguration() {
-  std::optional<Graph> released; // after the lock: what the blocks hold is not ours
+  std::optional<Graph> released; // destroyed without the lock: blocks own foreign objects
   return carryOut({.call = Call::commitConfiguration}, [&](HardwareCall&) -> OSStatus {
     if (!graphBefore_) return status::kIllegalOperation;
     released = std::exchange(graphBefore_, std::nullopt);
@@ -79,7 +79,7 @@ OSStatus SimulatedHardware::createAggregateDevice(const AggregateDeviceDescripti
 }
 
 OSStatus SimulatedHardware::destroyAggregateDevice(AudioObjectID device) {
-  std::vector<InstalledIOProc> released; // after the lock: what the blocks hold is not ours
+  std::vector<InstalledIOProc> released; // destroyed without the lock: blocks own foreign objects
   return carryOut({.call = Call::destroyAggregateDevice, .object = device}, [&](HardwareCall&) -> OSStatus {
     const auto isIt = [device](const Aggregate& other) { return other.id == device; };
     if (std::erase_if(graph_.aggregates, isIt) == 0)
@@ -111,7 +111,7 @@ OSStatus SimulatedHardware::createIOProcID(AudioObjectID device, const IOQueue& 
 }
 
 OSStatus SimulatedHardware::destroyIOProcID(AudioObjectID device, IOProcID ioProc) {
-  std::shared_ptr<const IOProcBlock> released; // after the lock: what the block holds is not ours
+  std::shared_ptr<const IOProcBlock> released; // destroyed without the lock: blocks own foreign objects
   return carryOut(
       {.call = Call::destroyIOProcID, .object = device, .ioProc = ioProc}, [&](HardwareCall&) -> OSStatus {
         InstalledIOProc* const found = installedIOProc(device, ioProc);
@@ -149,7 +149,7 @@ void SimulatedHardware::stopAndWait(InstalledIOProc& ioProc) {
   waitForBlock();
 }
 
-/// Waits while a block runs that is to run no longer. In a configuration it may.
+/// Waits while a block runs that has been stopped, except inside a configuration.
 void SimulatedHardware::waitForBlock() {
   blockReturned_.wait(mutex_, [this] { return graphBefore_ || !isRunningStopped(); });
 }

@@ -4,20 +4,20 @@
 
 namespace sonvel::simulated {
 
-/// A tap that exists.
+/// An existing tap.
 struct Tap {
   AudioObjectID id = kAudioObjectUnknown;
   std::string uid = {};
   TapDescription description = {};
 };
 
-/// An aggregate device that exists.
+/// An existing aggregate device.
 struct Aggregate {
   AudioObjectID id = kAudioObjectUnknown;
   AggregateDeviceDescription description = {};
 };
 
-/// An IOProc that exists, which is as long as its block is kept.
+/// An existing IOProc; it exists while its block is kept.
 struct IOProc {
   IOProcID id = 0;
   AudioObjectID device = kAudioObjectUnknown;

@@ -6,7 +6,7 @@
 
 namespace sonvel::simulated {
 
-/// Preferences in memory, gone with this object.
+/// Preferences in memory.
 class SimulatedPreferences final : public Preferences {
  public:
   bool boolForKey(const std::string& key) const override { return flags_.contains(key) && flags_.at(key); }

@@ -14,7 +14,7 @@ constexpr bool isGlobal(const PropertyAddress& address) noexcept {
   return address.scope == scope::kGlobal && address.element == kElementMain;
 }
 
-/// Streams have no properties here, so their numbers need only be different from one another.
+/// Streams have no properties here, so their IDs only need to differ.
 std::optional<PropertyValue> streamsProperty(const PropertyAddress& address, std::uint32_t outputs,
                                              std::uint32_t inputs) {
   const bool isKnown = address.scope == scope::kOutput || address.scope == kInputScope;
@@ -81,8 +81,8 @@ std::optional<PropertyValue> tapProperty(const PropertyAddress& address, const T
   }
 }
 
-/// Sets one control of a device and lets the others follow: the main one is the louder of the two channels,
-/// and moving it keeps their balance.
+/// Sets one volume control of a device and updates the others: the main one is the louder of both channels,
+/// and setting it keeps their balance.
 void setVolume(std::map<std::uint32_t, VolumeControl>& volumes, std::uint32_t element, float scalar) {
   volumes[element].scalar = scalar;
   const auto main = volumes.find(kElementMain);
@@ -122,7 +122,7 @@ std::optional<PropertyValue> SimulatedHardware::systemProperty(const PropertyAdd
   return list;
 }
 
-/// A device that is away keeps its object until it comes back as a new one.
+/// A disconnected device keeps its object until it returns as a new one.
 AudioObjectID SimulatedHardware::chosenDevice(const ProcessScript& process) const {
   const auto isIt = [&](const Device& device) { return device.script.uid == process.outputUID; };
   const auto device = std::find_if(devices_.begin(), devices_.end(), isIt);

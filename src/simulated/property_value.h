@@ -8,13 +8,13 @@
 
 namespace sonvel::simulated {
 
-/// The value of a property. A list may be cut when it is read, a number may not; text without a value is a
-/// null reference.
+/// The value of a property. A list may be cut when read, a number may not; a string without a value is a null
+/// reference.
 using PropertyList = std::vector<std::uint32_t>;
 using PropertyText = std::optional<std::string>;
 using PropertyValue = std::variant<PropertyList, std::uint32_t, std::int32_t, float, PropertyText>;
 
-/// The value as it lies in memory; none for text.
+/// The value's bytes; none for strings.
 inline std::optional<std::span<const std::byte>> bytesOf(const PropertyValue& value) {
   const auto bytes = [](const auto& held) -> std::optional<std::span<const std::byte>> {
     using Held = std::decay_t<decltype(held)>;

@@ -15,7 +15,7 @@ Signal sineSignal(double frequencyHz, float amplitude) {
   };
 }
 
-/// Holds the lock while something is changed, and then tells the listeners.
+/// Holds the lock during a change, and calls the listeners afterwards.
 class SimulatedHardware::Change {
  public:
   explicit Change(SimulatedHardware& audio)

@@ -13,7 +13,7 @@ namespace sonvel::simulated {
 /// Frames per second of every simulated device and process.
 inline constexpr double kSampleRateHz = 48'000.0;
 
-/// One sample for each ear.
+/// One stereo sample.
 struct Frame {
   float left = 0.0F;
   float right = 0.0F;
@@ -21,10 +21,10 @@ struct Frame {
   bool operator==(const Frame&) const = default;
 };
 
-/// What a process plays, by the number of the frame since the simulation began. Must be a pure function.
+/// The sound of a process, by frame number since the simulation began. Must be a pure function.
 using Signal = std::function<Frame(std::uint64_t frame)>;
 
-/// The same tone on both sides, with phase 0 at frame 0.
+/// The same tone on both channels, with phase 0 at frame 0.
 Signal sineSignal(double frequencyHz, float amplitude);
 
 /// A process to simulate.
@@ -32,11 +32,12 @@ struct ProcessScript {
   std::int32_t pid = 0;
   std::optional<std::string> bundleID = {}; ///< none reads as a null reference
   bool isPlaying = true;
-  std::vector<Signal> streams = {};          ///< mixed; empty plays silence
-  std::vector<Signal> fixedStreams = {};     ///< streams that nobody may move: no tap takes them
-  std::optional<std::string> outputUID = {}; ///< device it was sent to; none: it follows the default device
+  std::vector<Signal> streams = {};      ///< mixed; empty plays silence
+  std::vector<Signal> fixedStreams = {}; ///< streams that must not be moved: no tap takes them
+  /// the device chosen for it; none: it follows the default device
+  std::optional<std::string> outputUID = {};
 
-  AudioObjectID objectID = kAudioObjectUnknown; ///< 0: one is allotted
+  AudioObjectID objectID = kAudioObjectUnknown; ///< 0: allocate one
 };
 
 /// One volume control of a device.
@@ -53,7 +54,7 @@ struct DeviceScript {
   std::uint32_t inputStreams = 0;
   std::map<std::uint32_t, VolumeControl> volumes = {}; ///< by element
 
-  AudioObjectID objectID = kAudioObjectUnknown; ///< 0: one is allotted
+  AudioObjectID objectID = kAudioObjectUnknown; ///< 0: allocate one
 };
 
 } // namespace sonvel::simulated

@@ -14,82 +14,70 @@
 
 namespace sonvel::simulated {
 
-/// An audio system in memory. It holds the processes and devices that its script names, behaves as
-/// AudioHardware says, and plays when runCycle is called: then the IOProcs run, and what each device would
-/// have made audible can be asked for.
+/// An audio system in memory with scripted processes and devices. Behaves as AudioHardware requires and plays
+/// when runCycle() is called: the IOProcs run, and heard() tells what each device made audible.
 ///
-/// Where the contract leaves the moment open the strictest one is taken: a muted tap silences its processes
-/// from its creation to its destruction. An object ID is never given twice, unless a script asks for it.
-/// Property listeners are called on the thread that has changed something, before its call returns.
+/// Where the contract leaves the time open it takes the strictest: a muted tap silences its processes from
+/// its creation to its destruction. Object IDs are not reused unless a script asks for it. Property listeners
+/// are called on the thread that makes the change, before its call returns.
 ///
-/// Every function may be called from any thread, but none from an IOProc's block.
+/// Any thread may call any function, but not from an IOProc's block.
 class SimulatedHardware : public AudioHardware {
  public:
-  // Script: processes.
-
-  /// A process appears, last in the list. Returns its object.
+  /// Adds a process at the end of the list. Returns its object.
   AudioObjectID addProcess(ProcessScript process);
 
-  /// A process ends. Taps on it stay and are silent; they hear a process that comes with the same object ID
-  /// or one of their bundle IDs.
+  /// Ends a process. Taps on it stay and are silent; they capture a later process with the same object ID or
+  /// one of their bundle IDs.
   void removeProcess(AudioObjectID process);
 
   void setPlaying(AudioObjectID process, bool isPlaying);
 
-  /// Replaces all streams of the process by one.
+  /// Replaces all streams of the process with one.
   void setSignal(AudioObjectID process, Signal signal);
 
-  /// The process opens one more stream.
+  /// Opens one more stream.
   void addStream(AudioObjectID process, Signal signal);
 
-  /// Replaces the streams of the process that nobody may move.
+  /// Replaces the streams that must not be moved.
   void setFixedStreams(AudioObjectID process, std::vector<Signal> signals);
 
-  /// The user sends the process to a device in another mixer, or lets it follow the default device again. A
-  /// tapped process is heard there only after its tap has gone.
+  /// The user chooses a device for the process in another mixer, or lets it follow the default device again.
+  /// A tapped process is heard there only after its tap has gone.
   void setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID);
 
-  // Script: devices.
-
-  /// A device appears, last of the real ones. Returns its object. The first with output streams becomes the
+  /// Adds a device after the other real ones. Returns its object. The first with output streams becomes the
   /// default device.
   AudioObjectID addDevice(DeviceScript device);
 
-  /// A device vanishes. While it is gone aggregates on it don't run, what plays to it is lost, and it is not
-  /// the default device.
+  /// Removes a device. Meanwhile aggregates on it don't run, sound sent to it is lost, and it is not the
+  /// default device.
   void removeDevice(const std::string& uid);
 
-  /// A device that has vanished comes back as it was, as a new object. Returns the object.
+  /// Returns a removed device unchanged as a new object.
   AudioObjectID returnDevice(const std::string& uid);
 
-  /// None: there is no default device.
+  /// None: no default device.
   void setDefaultDevice(std::optional<std::string> uid);
 
   /// The object of a present device or aggregate; 0 if there is none.
   AudioObjectID deviceWithUID(const std::string& uid) const;
 
-  // Playing.
-
-  /// Runs one I/O cycle of everything: the blocks of all started IOProcs, one after the other in the order
-  /// of their creation, on the caller's thread. Each has one buffer of interleaved stereo for each tap of its
-  /// aggregate as input and one as output.
+  /// Runs one I/O cycle: the blocks of all started IOProcs in the order of creation, on the calling thread.
+  /// Each has one interleaved stereo buffer per tap of its aggregate as input, and one as output.
   void runCycle(std::uint32_t frames = 512);
 
-  /// What the device made audible in the last cycle, before its own volume: the processes that play to it and
-  /// are not silenced by a tap, and what IOProcs wrote. Empty for a device that was not there.
+  /// What the device made audible in the last cycle, before its own volume: processes that no tap silences,
+  /// and the output of IOProcs. Empty if the device was missing.
   std::vector<Frame> heard(const std::string& deviceUID) const;
 
-  // Looking.
-
-  /// What exists, in the order of creation.
+  /// The existing objects, in the order of creation.
   std::vector<Tap> taps() const;
   std::vector<Aggregate> aggregates() const;
   std::vector<IOProc> ioProcs() const;
 
-  /// Whether there is no tap, no aggregate device and no IOProc.
+  /// Whether no tap, aggregate device or IOProc exists.
   bool isClean() const;
-
-  // AudioHardware.
 
   OSStatus getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
                                std::uint32_t& sizeBytes) override;
@@ -121,7 +109,7 @@ class SimulatedHardware : public AudioHardware {
  protected:
   using Work = std::function<OSStatus(HardwareCall&)>;
 
-  /// Every call comes through here. Lets `work` answer it, under the lock, and then tells the listeners.
+  /// Every call runs through here: runs `work` with the lock held, then calls the listeners.
   virtual OSStatus carryOut(HardwareCall call, const Work& work);
 
  private:
@@ -141,7 +129,7 @@ class SimulatedHardware : public AudioHardware {
     std::shared_ptr<const IOProcBlock> block;
   };
 
-  /// What was made through AudioHardware.
+  /// The objects created through AudioHardware.
   struct Graph {
     std::vector<Tap> taps = {};
     std::vector<Aggregate> aggregates = {};
@@ -158,7 +146,7 @@ class SimulatedHardware : public AudioHardware {
 
   class Change;
   struct Cycle;
-  // All of these under the lock.
+  // With the lock held.
   AudioObjectID allotObject(AudioObjectID wished);
   ProcessScript& processScript(AudioObjectID process);
   Device* knownDevice(const std::string& uid);
@@ -183,7 +171,7 @@ class SimulatedHardware : public AudioHardware {
   void devicesChanged();
   void endListeners(AudioObjectID object);
 
-  /// Not under the lock.
+  /// Without the lock.
   void tellListeners();
 
   void playProcesses(Cycle& cycle) const;
@@ -192,25 +180,25 @@ class SimulatedHardware : public AudioHardware {
   void callBlock(InstalledIOProc ioProc, const AudioTimeStamp& start, std::vector<std::vector<float>>& inputs,
                  std::vector<float>& output, std::unique_lock<std::mutex>& lock);
 
-  mutable std::mutex mutex_; ///< guards everything below but is not held while a block runs
+  mutable std::mutex mutex_; ///< guards everything below; not held while a block runs
   std::vector<Process> processes_;
   std::vector<Device> devices_;
   std::optional<std::string> defaultDeviceUID_;
   Graph graph_;
   std::optional<Graph> graphBefore_; ///< what plays while a configuration is open
   std::vector<Listener> listeners_;
-  std::vector<Property> changes_; ///< that the listeners have not been told
+  std::vector<Property> changes_; ///< changes not yet passed to the listeners
   PropertyListenerID nextListenerID_ = 1;
   AudioObjectID nextObjectID_ = 100;
   IOProcID nextIOProcID_ = 1;
   std::map<std::string, std::vector<Frame>> heard_;
 
-  IOProcID runningIOProc_ = 0;                ///< whose block runs now; 0: none
-  std::condition_variable_any blockReturned_; ///< runningIOProc_ has become 0
+  IOProcID runningIOProc_ = 0;                ///< whose block is running; 0: none
+  std::condition_variable_any blockReturned_; ///< runningIOProc_ became 0
 
   std::mutex listenerMutex_; ///< held while a listener runs
-  std::mutex cycleMutex_;    ///< held for the length of a cycle: one runs at a time
-  std::uint64_t frame_ = 0;  ///< the first of the next cycle; guarded by cycleMutex_
+  std::mutex cycleMutex_;    ///< held during a cycle: one at a time
+  std::uint64_t frame_ = 0;  ///< first frame of the next cycle; guarded by cycleMutex_
 };
 
 } // namespace sonvel::simulated

@@ -6,8 +6,8 @@
 
 namespace sonvel::simulated {
 
-/// A connection to a sound server that does what a script says: at first there is none, and it has told
-/// nothing. Any thread. The callback runs on the thread that changes something.
+/// A scripted connection to a sound server; initially there is none. Any thread. The callback runs on the
+/// thread that makes the change.
 class SimulatedServer final : public AudioServer {
  public:
   void setRights(Rights rights);
@@ -20,7 +20,7 @@ class SimulatedServer final : public AudioServer {
  private:
   template <class Value> void set(Value& value, Value wanted);
 
-  mutable std::mutex mutex_; ///< guards the next two
+  mutable std::mutex mutex_; ///< guards the two members below
   Rights rights_ = Rights::unknown;
   Connection connection_ = Connection::connecting;
   std::mutex callbackMutex_; ///< held while the callback runs

@@ -3,12 +3,12 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Sonvel
 
-// One row for each application that plays or has played.
+// The list of applications.
 ColumnLayout {
     id: root
 
     required property MixerViewModel model
-    property bool isSoundKnown: true // else what plays is not seen
+    property bool isSoundKnown: true // false: playing applications can't be seen
     readonly property alias count: rows.count
 
     spacing: 10
@@ -48,7 +48,8 @@ ColumnLayout {
         Accessible.role: Accessible.List
         Accessible.name: title.text
 
-        // A row is made once and kept, wherever the list moves it and whether it is seen or not: it may be held.
+        // Rows are created once and kept, wherever the list moves them and whether visible or not: the user
+        // may be dragging in one.
         Repeater {
             id: rows
 
@@ -58,12 +59,12 @@ ColumnLayout {
                 required property ChannelState channel
 
                 width: parent?.width ?? 0
-                // In this file, which Qt 6.4 has no way to tell its linter.
+                // The model is in this file, but Qt 6.4's linter cannot know it.
                 model: root.model // qmllint disable unqualified
                 ch: channel
             }
 
-            // The keyboard goes on with the row that comes to stand there.
+            // Keyboard focus moves to the row that takes the removed row's place.
             onItemRemoved: (index, item) => {
                 const next = rows.itemAt(Math.min(index, rows.count - 1)) as ChannelRow;
                 if (!item.activeFocus || !next)

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Sonvel
 
-// Words, with a symbol if there is one, on a button that stands out from the panel.
+// A button with a background, a text and optionally a symbol.
 PanelButton {
     id: root
 

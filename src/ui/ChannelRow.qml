@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Sonvel
 
-// One application: what it is, how loud it is, where it is heard.
+// One application: name, volume, meter and output.
 FocusScope {
     id: root
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// What went wrong with an application's sound, read as one.
+// The error of an application's sound control; screen readers read it as one item.
 Column {
     id: root
 

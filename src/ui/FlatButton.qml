@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// Words to press, with nothing around them.
+// A text button without a background.
 PanelButton {
     id: root
 

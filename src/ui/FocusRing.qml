@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// Shows where the keyboard is.
+// Marks the control with keyboard focus.
 Rectangle {
     anchors.fill: parent
     anchors.margins: -2

@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// Words that come up while the pointer rests on the parent; made only then.
+// A tool tip for the parent; created when shown.
 Loader {
     id: root
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// Marks an application that does not play.
+// Marks an application that is not playing.
 Item {
     implicitWidth: label.implicitWidth + 10
     implicitHeight: label.implicitHeight + 2

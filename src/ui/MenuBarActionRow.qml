@@ -2,19 +2,19 @@ import QtQuick.Layouts
 import QtQuick
 import Sonvel
 
-// What concerns the program as a whole.
+// Buttons for the program itself.
 RowLayout {
     id: root
 
     required property bool updatesAvailable
-    required property bool updatesComeWithPackages // then this program has no say in them
+    required property bool updatesComeWithPackages // then updates need no button
 
     signal checkForUpdates()
     signal quit()
 
     spacing: 8
 
-    // A button that can't be pressed is told of no pointer.
+    // Disabled buttons get no hover events, so the wrapper handles them.
     Item {
         visible: !root.updatesComeWithPackages
         implicitWidth: check.implicitWidth

@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// A level from 0 to 1 on a track; what is beyond is cut.
+// A meter: level 0 to 1 on a track; other values are clamped.
 Item {
     id: root
 

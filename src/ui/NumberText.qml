@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// A number that its reader watches: right-aligned, and a new one slides in over the old.
+// A changing number: right-aligned, a new value slides in over the old one.
 PanelLabel {
     id: root
 
@@ -15,7 +15,7 @@ PanelLabel {
 
     transform: Translate { id: shift }
 
-    // One that changes faster than it can slide, as under a finger, just changes.
+    // Changes that arrive during a slide, as while dragging, are shown at once.
     onValueChanged: if (PanelTheme.animates && !slide.running) slide.restart()
 
     ParallelAnimation {

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Sonvel
 
-// The outputs that an application can be heard at.
+// The menu of output devices for an application.
 PanelMenu {
     id: root
 

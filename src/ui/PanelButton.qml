@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Sonvel
 
-// What every button of the panel has in common; how it is drawn is its own.
+// The common behaviour of the panel's buttons; each draws itself.
 T.AbstractButton {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Sonvel
 
-// What concerns all applications, and what is to be said of them.
+// Actions for all applications, and the status line.
 ColumnLayout {
     id: root
 

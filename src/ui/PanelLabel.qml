@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// Text as it stands: never markup, and known to assistive technologies.
+// Plain text, never markup, known to screen readers.
 Text {
     color: PanelTheme.primary
     font: PanelTheme.body

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Sonvel
 
-// A menu that stays within its window: what is too long scrolls, what is too wide is cut.
+// A menu inside its window: scrolls if too long, elides if too wide.
 T.Menu {
     id: root
 

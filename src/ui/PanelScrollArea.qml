@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Sonvel
 
-// What is higher than the panel. It follows the keyboard.
+// Scrolls content taller than the panel, and follows the keyboard focus.
 Flickable {
     id: root
 
@@ -18,7 +18,7 @@ Flickable {
 
     T.ScrollBar.vertical: PanelScrollBar {}
 
-    // By itself it would glide.
+    // Without this the wheel would scroll with inertia.
     WheelHandler {
         enabled: !PanelTheme.animates
         target: null

@@ -2,20 +2,20 @@ import QtQuick
 import QtQuick.Templates as T
 import Sonvel
 
-// A slider that shows the model's value, except while it is held. However it is moved, by pointer, by key or by
-// an assistive technology, it says what is wanted.
+// A slider that shows the model's value except while it is held. Pointer, keys and screen readers all emit
+// chosen().
 T.Slider {
     id: root
 
     required property real modelValue
     property real pageStep: (to - from) / 10
-    readonly property real minimumValue: from // as assistive technologies know it
+    readonly property real minimumValue: from // range for screen readers
     readonly property real maximumValue: to
     property bool following: false
     property bool ready: false
     property real shownPosition: visualPosition
 
-    // What is wanted now.
+    // The value that the user wants.
     signal chosen(real value)
 
     function follow() {

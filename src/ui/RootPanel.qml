@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Sonvel
 
-// The panel. It is there from the opening of its window to the closing, and the model is told so.
+// The panel. It exists while its window is open, and tells the model so.
 Rectangle {
     id: root
 
@@ -10,8 +10,8 @@ Rectangle {
     required property string serverNotice
     property bool updatesComeWithPackages: false
     property bool serverHasAnswered: true
-    property bool soundIsElsewhere: false // where nothing of it is seen
-    property bool settingsMissing: false // they were asked for
+    property bool soundIsElsewhere: false // sound runs on another system and can't be seen
+    property bool settingsMissing: false // the user asked for settings, which do not exist
 
     signal quitRequested()
     signal settingsRequested(url settings)

@@ -3,7 +3,7 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Sonvel
 
-// Where an application is heard, and the menu to choose it from.
+// Shows an application's output, and opens the menu to choose it.
 PanelButton {
     id: root
 
@@ -25,11 +25,11 @@ PanelButton {
         menuLoader.source = "";
     }
 
-    // Asked for again when the devices change.
+    // Reading outputDevices makes this binding update when the devices change.
     text: model.outputDevices && model.outputName(ch.outputUID)
     font: PanelTheme.caption2
     verticalPadding: 1
-    help: implicitContentWidth > availableWidth ? text : "" // it is cut
+    help: implicitContentWidth > availableWidth ? text : "" // only if elided
 
     Accessible.name: PanelText.outputLabel(ch.name)
     Accessible.description: text

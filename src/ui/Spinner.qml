@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// Eight dots that fade around a circle, for as long as something is awaited.
+// A busy indicator: eight dots that fade around a circle.
 Item {
     id: root
 

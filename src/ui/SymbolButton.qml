@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// A symbol to press, with nothing around it.
+// A symbol button without a background.
 PanelButton {
     id: root
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Sonvel
 
-// A symbol in one colour, as sharp as the screen; nothing without a name.
+// A symbol in one colour at the screen's resolution; empty without a name.
 Item {
     id: root
 

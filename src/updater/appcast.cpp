@@ -15,7 +15,7 @@ constexpr qsizetype kMaximumTextCharacters = 64LL * 1024;
 constexpr qsizetype kMaximumVersionCharacters = 64;
 constexpr qsizetype kHashBytes = 32;
 
-/// Twice what the program with all its libraries takes today, and little enough to be held in memory.
+/// Twice the size of the program with all its libraries, and small enough for memory.
 constexpr qint64 kMaximumFileBytes = 256LL * 1024 * 1024;
 
 qint64 positiveNumber(QStringView text) {
@@ -32,18 +32,18 @@ QByteArray hashOf(QStringView text) {
   return QByteArray::fromHex(text.toLatin1());
 }
 
-/// None unless the text has a time zone, so that it means the same everywhere.
+/// None without a time zone: the text must mean the same everywhere.
 QDateTime timeOf(const QString& text) {
   const QDateTime time = QDateTime::fromString(text, Qt::ISODate);
   return time.timeSpec() == Qt::LocalTime ? QDateTime() : time.toUTC();
 }
 
-/// Goes through a feed once.
+/// Reads a feed in one pass.
 class Reader {
  public:
   explicit Reader(const QByteArray& feed)
       : xml_(feed) {
-    // The prefix is what counts in these feeds, whatever it is bound to.
+    // These feeds use fixed prefixes, whatever namespace they are bound to.
     xml_.setNamespaceProcessing(false);
   }
 
@@ -70,8 +70,8 @@ class Reader {
   }
 
   QXmlStreamReader xml_;
-  QStringList path_; ///< the names of the open elements
-  QString text_;     ///< of the innermost open element
+  QStringList path_; ///< names of the open elements
+  QString text_;     ///< text of the innermost open element
   AppcastItem item_;
   Appcast feed_;
   bool isGood_ = true;
@@ -131,7 +131,7 @@ void Reader::takeItemText(const QString& name, const QString& text) {
   if (name == QLatin1String("sonvel:architecture")) item_.architecture = text;
   if (name == QLatin1String("sonvel:expires")) {
     item_.expires = timeOf(text);
-    if (!item_.expires.isValid()) isGood_ = false; // to pass over it would prolong the offer
+    if (!item_.expires.isValid()) isGood_ = false; // ignoring it would prolong the offer
   }
   if (name == QLatin1String("description")) item_.notes = plainNotes(text);
 }

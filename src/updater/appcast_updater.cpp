@@ -12,14 +12,14 @@ using std::chrono::seconds;
 
 constexpr seconds kPeriod = std::chrono::hours(24);
 constexpr seconds kLongestWait = std::chrono::hours(1);
-constexpr seconds kAfterStart = seconds(10); // the program has its own start to do first
+constexpr seconds kAfterStart = seconds(10); // lets the program's own start finish first
 const std::string kLastCheckKey = "com.quellmarsh.sonvel.lastUpdateCheck";
 
 seconds sinceEpoch(std::chrono::system_clock::time_point time) {
   return std::chrono::duration_cast<seconds>(time.time_since_epoch());
 }
 
-/// Longer than Relaunch watches, so that this program deletes the previous one only where nobody watched.
+/// Longer than Relaunch watches, so that this program deletes the previous one only if nobody watched.
 constexpr seconds kProvenAfter = seconds(90);
 
 QList<PublicKey> keysOf(const UpdateSource& source) {
@@ -44,7 +44,7 @@ void DailySchedule::noteDone() {
   preferences_.setString(std::to_string(sinceEpoch(calendarTime_()).count()), kLastCheckKey);
 }
 
-/// Zero if it is due, as it is when the last time is unknown or lies in the future.
+/// Zero if due; also if the last time is unknown or in the future.
 seconds DailySchedule::untilDue() const {
   const std::string text = preferences_.stringForKey(kLastCheckKey).value_or(std::string());
   seconds::rep last = 0;

@@ -10,17 +10,16 @@
 
 namespace sonvel::updater {
 
-/// Calls once a day, counted over all runs of the program, and every hour until a call has led to a finished
-/// check. Looks at the calendar at least every hour, so that time in which the computer slept counts. Main
-/// thread.
+/// Calls `due` once a day, counted over all runs of the program, and every hour until a check has finished.
+/// Compares the calendar time at least hourly, so that time asleep counts. Main thread.
 class DailySchedule {
  public:
   using CalendarTime = std::function<std::chrono::system_clock::time_point()>;
 
-  /// `clock` and `preferences` live longer. Never calls `due` from inside this call.
+  /// `clock` and `preferences` outlive this object. Never calls `due` from the constructor.
   DailySchedule(Clock& clock, Preferences& preferences, CalendarTime calendarTime, std::function<void()> due);
 
-  /// The check of this day is finished.
+  /// Call when the day's check has finished.
   void noteDone();
 
  private:
@@ -36,9 +35,8 @@ class DailySchedule {
   Relay relay_{onMainThread()};
 };
 
-/// An updater over an appcast feed, without a surface if `makeSurface` is empty. When it has run long enough,
-/// it deletes the previous program, which is kept in case this one does not work; if it was itself put back,
-/// it shows why.
+/// An updater for an appcast feed; no window if `makeSurface` is empty. After running long enough it deletes
+/// the previous program, which is kept in case this one fails; if this program was restored, it shows why.
 class AppcastUpdater final : public StandardUpdater {
  public:
   AppcastUpdater(const UpdaterEnvironment& environment, const UpdateSource& source,
@@ -59,7 +57,7 @@ class AppcastUpdater final : public StandardUpdater {
   Relay relay_{onMainThread()};
 };
 
-/// Makes updaters of one kind.
+/// Creates AppcastUpdater objects.
 class AppcastUpdaterProvider final : public UpdaterProvider {
  public:
   AppcastUpdaterProvider(UpdaterEnvironment environment, MakeUpdateSurface makeSurface);

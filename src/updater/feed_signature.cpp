@@ -14,7 +14,7 @@ const unsigned char* unsignedData(const QByteArray& bytes) {
   return reinterpret_cast<const unsigned char*>(bytes.constData());
 }
 
-/// Takes the last line off `feed` if it is a signature line, and returns its signature.
+/// Removes the last line of `feed` if it is a signature line, and returns its signature.
 std::optional<QByteArray> takeSignature(QByteArray& feed) {
   const qsizetype end = feed.endsWith('\n') ? feed.size() - 1 : feed.size();
   const qsizetype start = end > 0 ? feed.lastIndexOf('\n', end - 1) + 1 : 0;

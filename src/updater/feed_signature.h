@@ -11,10 +11,10 @@ namespace sonvel::updater {
 /// An Ed25519 public key.
 class PublicKey {
  public:
-  /// None if `base64` isn't 32 bytes.
+  /// None unless `base64` decodes to 32 bytes.
   static std::optional<PublicKey> fromBase64(std::string_view base64);
 
-  /// Any thread; takes time in proportion to `message`.
+  /// Any thread; time proportional to the length of `message`.
   bool verifies(const QByteArray& signature, const QByteArray& message) const;
 
  private:
@@ -23,15 +23,15 @@ class PublicKey {
   std::array<unsigned char, 32> bytes_{};
 };
 
-/// What comes before and after the base64 of a signature in a line at the end of a feed.
+/// The texts before and after the base64 signature in a signature line at the end of a feed.
 inline constexpr std::string_view kSignatureLineStart = "<!-- sonvel-signature: ";
 inline constexpr std::string_view kSignatureLineEnd = " -->";
 
-/// `feed` without the signature lines at its end, of which there are up to four. Any thread.
+/// `feed` without its final signature lines, at most four. Any thread.
 QByteArray unsignedFeed(const QByteArray& feed);
 
-/// The part of `feed` that is signed: all before the signature lines at its end, of which there are up to
-/// four. None if none of them is a signature of that part by one of `keys`. Any thread.
+/// The signed part of `feed`: everything before its final signature lines, at most four. None if none of them
+/// is a valid signature by one of `keys`. Any thread.
 std::optional<QByteArray> verifiedFeed(const QByteArray& feed, const QList<PublicKey>& keys);
 
 } // namespace sonvel::updater

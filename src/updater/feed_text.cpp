@@ -43,7 +43,7 @@ QString withoutTags(QStringView html) {
   return text;
 }
 
-/// The named characters, `&amp;` last so that nothing is decoded twice.
+/// Decodes named characters; `&amp;` last, so that nothing is decoded twice.
 QString withCharacters(QString text) {
   static const std::array<std::pair<QLatin1String, QLatin1String>, 6> names{
       {{QLatin1String("&lt;"), QLatin1String("<")},
@@ -57,8 +57,8 @@ QString withCharacters(QString text) {
   return text;
 }
 
-/// Whether a character only steers how others are shown, as those that reverse the direction of writing do.
-/// The joiners stay: scripts and emoji are written with them.
+/// Whether a character is an invisible control, such as those that reverse the writing direction. Joiners are
+/// kept: scripts and emoji need them.
 bool isUnseen(QChar character) {
   constexpr char16_t kZeroWidthNonJoiner = 0x200C;
   constexpr char16_t kZeroWidthJoiner = 0x200D;
@@ -76,14 +76,14 @@ QString withoutUnseen(QString text) {
   return text;
 }
 
-/// At most so many, without half a character at the end.
+/// Cuts to the maximum without splitting a surrogate pair.
 QString cut(QString text, qsizetype maximumCharacters) {
   text.truncate(maximumCharacters);
   if (!text.isEmpty() && text.back().isHighSurrogate()) text.chop(1);
   return text;
 }
 
-/// Lines trimmed, and no more than one empty line in a row.
+/// Trims lines and keeps at most one empty line in a row.
 QString tidyLines(const QString& text) {
   static const QRegularExpression emptyLines(QStringLiteral("\n{3,}"));
   QStringList lines = text.split(QLatin1Char('\n'));

@@ -18,9 +18,10 @@ QNetworkRequest networkRequest(const QUrl& address) {
   network.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
   network.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-  network.setAttribute(QNetworkRequest::Http2AllowedAttribute, false); // Qt 6.4.2's has known faults
+  // Qt 6.4.2's implementation has known faults
+  network.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
   network.setRawHeader("User-Agent", "Sonvel");
-  // With an encoding set by us, Qt doesn't decode: the bytes that are counted are those that were sent.
+  // If we set the encoding, Qt does not decode, so the counted bytes are those that were sent.
   network.setRawHeader("Accept-Encoding", "identity");
   return network;
 }
@@ -32,7 +33,7 @@ UpdateFailure failureOf(QNetworkReply::NetworkError error) {
   case QNetworkReply::RemoteHostClosedError:
     return UpdateFailure::interrupted;
   default:
-    // Values below this one are faults of the connection and of proxies, those from it on are the server's.
+    // Lower values are errors of the connection or proxy, the others are the server's.
     return error < QNetworkReply::ContentAccessDenied ? UpdateFailure::noNetwork
                                                       : UpdateFailure::serverRefused;
   }
@@ -42,7 +43,7 @@ int statusOf(const QNetworkReply& reply) {
   return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-/// Drops a reply that may be emitting a signal just now.
+/// Drops a reply that may be emitting a signal.
 void dropReply(QNetworkReply* reply) {
   QObject::disconnect(reply, nullptr, nullptr, nullptr);
   reply->abort();
@@ -82,9 +83,9 @@ void Fetch::restartStallTimer() {
   stallTimer_ = clock_.callAfter(request_.stallTimeout, relay_.bind([this] { end(UpdateFailure::tooSlow); }));
 }
 
-/// False if that has ended the fetch, which may be deleted by then.
+/// False if this has ended the fetch, which may have been deleted.
 bool Fetch::readArrived() {
-  // The body of any other status is not the file that was asked for.
+  // With another status the body is not the requested file.
   if (statusOf(*reply_) != kStatusOk) {
     reply_->skip(reply_->bytesAvailable());
     return true;

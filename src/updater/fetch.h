@@ -14,29 +14,29 @@
 
 namespace sonvel::updater {
 
-/// What to get, and when to give up.
+/// What to fetch, and its limits.
 struct FetchRequest {
   QUrl address;
-  AddressPolicy policy; ///< for the address and for everything that it redirects to
+  AddressPolicy policy; ///< also for redirects
   qint64 maximumBytes;
-  UpdateFailure tooLarge;       ///< what it means if there is more
-  Clock::Duration stallTimeout; ///< for every wait until something arrives
+  UpdateFailure tooLarge;       ///< the failure if there is more
+  Clock::Duration stallTimeout; ///< maximum wait for the next data
   Clock::Duration totalTimeout;
 };
 
-/// Gets one file from a server, by HTTP/1.1. Follows up to five redirects within its policy, takes only a
-/// complete answer with status 200, and buffers at most 256 KiB. Destroying it cancels. Main thread.
+/// Fetches one file by HTTP/1.1. Follows up to five redirects within its policy, accepts only a complete
+/// answer with status 200, and buffers at most 256 KiB. Destroying it cancels. Main thread.
 class Fetch {
  public:
   using Failure = std::optional<UpdateFailure>;
 
-  /// Takes what arrives, in order. A failure ends the fetch with it.
+  /// Receives the data in order. A returned failure ends the fetch.
   using Sink = std::function<Failure(const QByteArray&)>;
 
-  /// Called once, last, and never from the constructor; it may destroy the fetch.
+  /// Called once, at the end, never from the constructor; may destroy the fetch.
   using Done = std::function<void(Failure)>;
 
-  /// `network` and `clock` live longer than the fetch.
+  /// `network` and `clock` outlive the fetch.
   Fetch(QNetworkAccessManager& network, Clock& clock, const FetchRequest& request, Sink sink, Done done);
   ~Fetch();
   Fetch(const Fetch&) = delete;

@@ -26,7 +26,7 @@ path resolved(const path& file) {
   return failed ? file : canonical;
 }
 
-/// Of what `file` leads to; all zero if there is nothing.
+/// Follows links; all zero if the file does not exist.
 struct stat statusOf(const path& file) {
   struct stat status {};
 
@@ -50,7 +50,7 @@ bool hasGuardian(const path& program) {
   return std::filesystem::exists(guardianOf(program), ignored);
 }
 
-/// Whether some folder on the way is closed to everyone but its owner and group.
+/// Whether a folder in the path is accessible only to its owner and group.
 bool isOutOfOthersReach(const path& program) {
   for (path folder = program.parent_path(); folder.has_relative_path(); folder = folder.parent_path())
     if ((statusOf(folder).st_mode & S_IXOTH) == 0) return true;
@@ -74,7 +74,7 @@ path stagedProgram(const path& program) {
   return sibling(program, ".update");
 }
 
-/// Deletes a file at the end unless it is to be kept.
+/// Deletes a file on destruction unless it is kept.
 class StagedFile {
  public:
   explicit StagedFile(path file)
@@ -94,8 +94,8 @@ class StagedFile {
   bool isKept_ = false;
 };
 
-/// Writes the new program beside the old one, with its permissions, and waits for the disk. Not open, with
-/// errno set, if that fails.
+/// Writes the new program beside the old one, with its permissions, and syncs it to disk. On failure not
+/// open, with errno set.
 FileDescriptor stage(const path& staged, const path& program, const VerifiedUpdate& update) {
   FileDescriptor output(
       ::open(staged.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
@@ -105,7 +105,7 @@ FileDescriptor stage(const path& staged, const path& program, const VerifiedUpda
   return isWritten ? std::move(output) : FileDescriptor();
 }
 
-/// Whether `file` is still the file that `descriptor` has open.
+/// Whether `file` is the file that `descriptor` has open.
 bool isSameFile(int descriptor, const path& file) {
   struct stat open {};
 
@@ -115,7 +115,7 @@ bool isSameFile(int descriptor, const path& file) {
          open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
-/// A second name for the old program; a copy where the file system has no links. False with errno set.
+/// Keeps the old program by a hard link, or by a copy if the file system has no links. False with errno set.
 bool keepPrevious(const path& program) {
   const path previous = previousProgram(program);
   ::unlink(previous.c_str());
@@ -174,7 +174,7 @@ std::optional<UpdateFailure> replaceProgram(const path& program, const VerifiedU
   StagedFile previousFile(previousProgram(program));
   if (!point.pass()) return std::nullopt;
   if (::rename(staged.c_str(), program.c_str()) != 0) return UpdateFailure::cannotReplace;
-  if (!isSameFile(output.get(), program)) { // another file was put in the place of the staged one
+  if (!isSameFile(output.get(), program)) { // the staged file was replaced by another
     restorePreviousProgram(program);
     return UpdateFailure::cannotReplace;
   }

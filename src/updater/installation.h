@@ -9,42 +9,42 @@
 
 namespace sonvel::updater {
 
-/// How this copy of the program was installed, and so how it is replaced.
+/// How this copy of the program was installed, which decides how it is replaced.
 struct Installation {
   enum class Kind {
-    singleFile, ///< an AppImage, or a build marked as one file, that belongs to this user
-    package,    ///< everything else: the desktop's package installer replaces it
+    singleFile, ///< an AppImage, or a build marked as one file, owned by this user
+    package,    ///< anything else: the desktop's package installer replaces it
   };
 
   Kind kind;
-  std::filesystem::path program; ///< the file to replace, and to start afterwards
+  std::filesystem::path program; ///< the file to replace and to start afterwards
 };
 
-/// What installationOf goes by.
+/// The input of installationOf.
 struct InstallationFacts {
-  std::filesystem::path executable;                ///< the file that runs
-  std::optional<std::filesystem::path> appImage;   ///< what the environment says is the image's file
-  std::optional<std::filesystem::path> mountPoint; ///< and where it is mounted
-  bool isMarkedAsOneFile = false;                  ///< by the configuration that the build is installed with
+  std::filesystem::path executable;                ///< the running executable
+  std::optional<std::filesystem::path> appImage;   ///< the image file, according to the environment
+  std::optional<std::filesystem::path> mountPoint; ///< its mount point, according to the environment
+  bool isMarkedAsOneFile = false;                  ///< in the installed configuration
   uid_t user = 0;
 };
 
-/// A single file is replaced by its owner alone, never below /usr (except /usr/local), never in a folder that
-/// everyone may write to, and by root only where no other user can reach it. A program with its guardian
-/// in a file of its own is not one file. What the environment says about an AppImage counts only if the
-/// running file lies in its mount. Reads the file system.
+/// A single file is replaced only by its owner, never below /usr (except /usr/local), never in a
+/// world-writable folder, and by root only where no other user can reach it. A program with a separate
+/// guardian file is not a single file. The environment's AppImage data counts only if the running executable
+/// is in the mount. Reads the file system.
 Installation installationOf(const InstallationFacts& facts);
 
-/// Of the running program.
+/// For the running program.
 Installation ownInstallation(bool isMarkedAsOneFile);
 
-/// The moment up to which an installation can be called off. Any thread.
+/// Decides between finishing and cancelling an installation. Any thread.
 class PointOfNoReturn {
  public:
-  /// True if nobody called off before; from then on nobody can.
+  /// True unless cancelled before; afterwards it can't be cancelled.
   bool pass() noexcept { return decide(State::passed); }
 
-  /// True if it wasn't passed before; from then on nobody passes.
+  /// True unless passed before; afterwards it can't be passed.
   bool callOff() noexcept { return decide(State::calledOff); }
 
  private:
@@ -58,19 +58,19 @@ class PointOfNoReturn {
   std::atomic<State> state_ = State::open;
 };
 
-/// Where the previous program is kept until the new one has proved itself.
+/// Where the previous program is kept until the new one has proved to work.
 std::filesystem::path previousProgram(const std::filesystem::path& program);
 
-/// Replaces `program` with `update` in one step: whoever starts `program` gets the old one or the new one,
-/// whole. The old one is kept as previousProgram. If it fails (wrongKindOfFile, noSpace or cannotReplace) or
-/// was called off before the step, nothing has changed and nothing is left behind. Any thread; blocks.
+/// Atomically replaces `program` with `update`; the old one is kept as previousProgram(). On failure
+/// (wrongKindOfFile, noSpace or cannotReplace), or if cancelled in time, nothing has changed and no file is
+/// left. Any thread; blocks.
 std::optional<UpdateFailure> replaceProgram(const std::filesystem::path& program,
                                             const VerifiedUpdate& update, PointOfNoReturn& point);
 
-/// Deletes the previous program and what an interrupted installation has left.
+/// Deletes the previous program and the remains of an interrupted installation.
 void forgetPreviousProgram(const std::filesystem::path& program);
 
-/// Undoes replaceProgram. False if there is nothing to go back to.
+/// Undoes replaceProgram. False if there is no previous program.
 bool restorePreviousProgram(const std::filesystem::path& program);
 
 } // namespace sonvel::updater

@@ -10,14 +10,14 @@
 
 namespace sonvel::updater {
 
-/// A relay's way to the main thread, through the application's event queue.
+/// Posts a relay's work to the main thread through the application's event queue.
 inline Relay::Post onMainThread() {
   return [](std::function<void()> work) {
     QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(work), Qt::QueuedConnection);
   };
 }
 
-/// Runs `work` on another thread, and then `after` with its result where `relay` brings it.
+/// Runs `work` on another thread, then posts `after` with its result through `relay`.
 template <typename Result>
 void runAside(const Relay& relay, std::function<Result()> work, std::function<void(Result)> after) {
   QThreadPool::globalInstance()->start(

@@ -28,7 +28,7 @@ struct Release {
 
 template <typename Type> using GPtr = std::unique_ptr<Type, Release>;
 
-/// With this program's environment as it was before an AppImage changed it.
+/// This program's environment without an AppImage's changes.
 GPtr<GAppLaunchContext> launchContext() {
   GPtr<GAppLaunchContext> context(g_app_launch_context_new());
   const QProcessEnvironment own = QProcessEnvironment::systemEnvironment();
@@ -42,8 +42,8 @@ GPtr<GAppLaunchContext> launchContext() {
   return context;
 }
 
-/// False if this user's desktop has no application for files of that type, or it can't be started. The type
-/// is told by the content, as the path has no suffix.
+/// False if the desktop has no application for the file's type, or it can't be started. The type is detected
+/// by content, since the path has no suffix.
 bool openWithDefaultApplication(const VerifiedUpdate& package) {
   const auto* content = reinterpret_cast<const guchar*>(package.bytes().data());
   const GPtr<char> type(g_content_type_guess(nullptr, content, package.bytes().size(), nullptr));
@@ -85,10 +85,10 @@ void DesktopPackageInstaller::callService() {
       QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("InstallPackageFiles"));
   const QString path = QString::fromStdString(package_->path().string());
   call.setArguments({QStringList{path}, QString(), kDesktopEntry, QVariantMap()});
-  // The answer comes when the user is done with it.
+  // The reply arrives when the user has finished.
   auto watcher =
       std::make_unique<QDBusPendingCallWatcher>(session_.asyncCall(call, std::numeric_limits<int>::max()));
-  QDBusPendingCallWatcher* pending = watcher.release(); // deletes itself when the answer is there
+  QDBusPendingCallWatcher* pending = watcher.release(); // deletes itself after the reply
   QObject::connect(pending, &QDBusPendingCallWatcher::finished, pending,
                    [package = package_, pending] { pending->deleteLater(); });
 }

@@ -9,28 +9,26 @@
 
 namespace sonvel::updater {
 
-/// Whether `update` is a package of a kind that installers know: .deb or .rpm.
+/// Whether `update` is a package that installers know: .deb or .rpm.
 bool isPackage(const VerifiedUpdate& update);
 
-/// The program with which this desktop lets its user install packages. It asks for the rights it needs; this
-/// program never does. Main thread.
+/// The desktop's package installer. It asks for the rights that it needs; this program never does. Main
+/// thread.
 class PackageInstaller {
  public:
   virtual ~PackageInstaller() = default;
 
-  /// Hands over a verified package by a path that leads to the open file itself. False if nothing takes it.
-  /// Keeps `package` until the installer says that it is done, or to the end of this program where none says
-  /// so.
+  /// Passes a verified package on by a path to the open file itself. False if no installer accepts it. Keeps
+  /// `package` until the installer has finished, or until the end of this program if it does not say.
   virtual bool install(std::shared_ptr<const VerifiedUpdate> package) = 0;
 };
 
-/// The session's org.freedesktop.PackageKit service where there is one, else the application that the desktop
-/// opens packages with.
+/// The session's org.freedesktop.PackageKit service, else the desktop's application for packages.
 class DesktopPackageInstaller final : public PackageInstaller {
  public:
   explicit DesktopPackageInstaller(QDBusConnection session = QDBusConnection::sessionBus());
 
-  /// Asks the session bus for its services, and waits for the answer.
+  /// Blocks for the session bus's list of services.
   bool install(std::shared_ptr<const VerifiedUpdate> package) override;
 
  private:

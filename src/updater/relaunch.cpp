@@ -25,13 +25,13 @@ using std::chrono::milliseconds;
 constexpr milliseconds kLookEvery{100};
 const QString kBusName = QStringLiteral("com.quellmarsh.sonvel");
 
-/// In the environment of a program that was put back, with the name of the reason.
+/// Environment variable of a restored program, with the reason.
 constexpr const char* kReasonVariable = "SONVEL_UPDATE_UNDONE";
 constexpr std::array kReasons{std::pair{"not-started", UpdateFailure::newVersionNotStarted},
                               std::pair{"not-ready", UpdateFailure::newVersionNotReady},
                               std::pair{"died", UpdateFailure::newVersionDied}};
 
-/// `program` as a child of this process, in a session of its own, with no signal blocked. None if it can't be
+/// Starts `program` as a child in a process session of its own, with no blocked signals. None if it can't be
 /// started.
 std::optional<pid_t> startChild(const std::filesystem::path& program,
                                 const QProcessEnvironment& environment) {
@@ -53,7 +53,7 @@ std::optional<pid_t> startChild(const std::filesystem::path& program,
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addchdir_np(&actions, "/"); // the present one may lie in the mount
+  posix_spawn_file_actions_addchdir_np(&actions, "/"); // the current folder may be in the mount
   pid_t child = 0;
   const int failed =
       posix_spawn(&child, name.c_str(), &actions, &attributes, arguments.data(), variables.data());
@@ -62,7 +62,7 @@ std::optional<pid_t> startChild(const std::filesystem::path& program,
   return failed == 0 ? std::optional(child) : std::nullopt;
 }
 
-/// What can be known of a new version that was started.
+/// A started new version, as seen from outside.
 class NewVersion {
  public:
   explicit NewVersion(pid_t process)
@@ -76,12 +76,12 @@ class NewVersion {
     return !status_;
   }
 
-  /// Of one that runs no longer.
+  /// After its end.
   bool hasFailed() const { return !WIFEXITED(*status_) || WEXITSTATUS(*status_) != 0; }
 
   static bool hasBus() { return QDBusConnection::sessionBus().isConnected(); }
 
-  /// Whether some copy of the program owns the name.
+  /// Whether a copy of the program owns the bus name.
   static bool ownsName() {
     return hasBus() && QDBusConnection::sessionBus().interface()->isServiceRegistered(kBusName).value();
   }
@@ -91,7 +91,7 @@ class NewVersion {
     const QDeadlineTimer deadline(within);
     while (isRunning() && !deadline.hasExpired())
       waitALittle();
-    if (isRunning()) ::kill(-process_, SIGKILL); // with what it has started
+    if (isRunning()) ::kill(-process_, SIGKILL); // with its children
   }
 
   static void waitALittle() {
@@ -105,11 +105,11 @@ class NewVersion {
   std::optional<int> status_;
 };
 
-/// Watches a new version. None if it has proved itself, or ended as its user wanted.
+/// Watches a new version. None if it has proved to work, or its user ended it normally.
 std::optional<UpdateFailure> failureOf(NewVersion& version, const Relaunch::Trial& trial, bool& isProved) {
   const bool hadBus = NewVersion::hasBus();
   const QDeadlineTimer comesUp(trial.comesUpWithin);
-  bool isUp = !hadBus; // without a bus there is no name, and only the process itself can be watched
+  bool isUp = !hadBus; // without a bus only the process can be watched
   while (!isUp) {
     isUp = NewVersion::ownsName();
     if (isUp) break;
@@ -149,7 +149,7 @@ QProcessEnvironment environmentOutsideImage(const QProcessEnvironment& environme
     if (!value.contains(mount)) continue;
     QStringList parts = value.split(QLatin1Char(':'));
     parts.removeIf([&](const QString& part) { return part.contains(mount); });
-    parts.removeAll(QString()); // an empty part means the present folder
+    parts.removeAll(QString()); // an empty part means the current folder
     parts.isEmpty() ? kept.remove(name) : kept.insert(name, parts.join(QLatin1Char(':')));
   }
   return kept;

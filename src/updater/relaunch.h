@@ -10,19 +10,19 @@
 
 namespace sonvel::updater {
 
-/// `environment` without everything that an AppImage put there for itself: its own variables, and every part
-/// of a list that lies in its mount, which is another's to make once the image is unmounted.
+/// `environment` without an AppImage's additions: its own variables, and all list entries inside its mount,
+/// which another user could recreate after unmounting.
 QProcessEnvironment environmentOutsideImage(const QProcessEnvironment& environment);
 
-/// Starts the new version of the program, and goes back to the previous one unless the new one comes up and
-/// stays. Main thread.
+/// Starts the new version and restores the previous one unless the new one starts up and keeps running. Main
+/// thread.
 class Relaunch {
  public:
-  /// When a new version has proved itself.
+  /// When a new version counts as working.
   struct Trial {
-    std::chrono::milliseconds comesUpWithin{30'000}; ///< until it owns the program's name on the session bus
-    std::chrono::milliseconds staysFor{60'000};      ///< counted from then
-    std::chrono::milliseconds endsWithin{5'000};     ///< when it is asked to end; then it is killed
+    std::chrono::milliseconds comesUpWithin{30'000}; ///< to own the program's name on the session bus
+    std::chrono::milliseconds staysFor{60'000};      ///< after that
+    std::chrono::milliseconds endsWithin{5'000};     ///< to quit when asked; then it is killed
   };
 
   Relaunch() = default;
@@ -34,11 +34,11 @@ class Relaunch {
 
   bool isRequested() const noexcept { return program_.has_value(); }
 
-  /// Starts the requested program, without this one's AppImage environment, and watches it from an event
-  /// loop. If it can't be started, doesn't come up in time or dies before it has proved itself, the previous
-  /// program is put back and started, and told why. Ends without a decision if the session bus goes, as it
-  /// does when the user logs out. To be called last before the process ends, when it has given up all that
-  /// two copies of the program would compete for. False if no program was left running.
+  /// Starts the requested program without this one's AppImage environment, and watches it from an event loop.
+  /// If it can't be started, does not come up in time or dies during the trial, restores and starts the
+  /// previous program and tells it why. Ends without a decision if the session bus goes, as at logout. Call
+  /// last before the process ends, when everything is released for which two copies would compete. False if
+  /// no program was left running.
   bool perform() const;
 
  private:
@@ -46,8 +46,8 @@ class Relaunch {
   std::optional<std::filesystem::path> program_;
 };
 
-/// Why this program was put back in the place of a newer version; none if it wasn't. Only the first call
-/// tells.
+/// Why this program was restored in place of a newer version; none if it was not. Only the first call returns
+/// it.
 std::optional<UpdateFailure> takeReasonOfReturn();
 
 } // namespace sonvel::updater

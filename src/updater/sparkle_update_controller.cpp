@@ -7,8 +7,7 @@
 namespace sonvel {
 namespace {
 
-/// The key that a maker changes to, or from. Updates work without it, so a text that is no key counts for
-/// nothing.
+/// An additional key during a change of keys. Updates work without it, so an invalid one is ignored.
 std::string additionalKeyOf(const BundleInformation& bundle) {
   const auto value = bundle.objectForInfoKey("AppUpdateAdditionalPublicEDKey");
   const std::string* text = value ? std::get_if<std::string>(&*value) : nullptr;

@@ -10,7 +10,7 @@
 
 namespace sonvel {
 
-/// Keeps an updater to the channels that a build follows. The set never changes, so any thread may ask.
+/// Limits an updater to the channels that a build follows. Immutable; any thread.
 class SonvelSparkleChannelDelegate final : public UpdaterDelegate {
  public:
   explicit SonvelSparkleChannelDelegate(std::set<std::string> allowedChannels)
@@ -22,22 +22,21 @@ class SonvelSparkleChannelDelegate final : public UpdaterDelegate {
   const std::set<std::string> allowedChannels_;
 };
 
-/// The program's updates: on for a build that carries a valid update configuration, off for the whole run for
-/// every other. Main thread.
+/// The program's updates: on in a build with a valid update configuration, otherwise off. Main thread.
 class SparkleUpdateController {
  public:
-  /// Names, in words, what updates a copy that must not update itself.
+  /// The name of what updates a copy that must not update itself.
   static constexpr const char* updateManagerKey = "AppUpdateManagedBy";
 
-  /// Starts an updater of `updaters` if `bundle` has a valid configuration and nothing else updates it, and
-  /// asks `updaters` for nothing otherwise. Both are used in this call only.
+  /// Starts an updater of `updaters` if `bundle` has a valid configuration and nothing else updates it. Both
+  /// are used only in this call.
   SparkleUpdateController(const BundleInformation& bundle, UpdaterProvider& updaters);
   SparkleUpdateController(const SparkleUpdateController&) = delete;
   SparkleUpdateController& operator=(const SparkleUpdateController&) = delete;
 
   bool isAvailable() const noexcept { return updater_ != nullptr; }
 
-  /// A check that the user wants; the updater shows how it goes. Does nothing where updates are off.
+  /// A check requested by the user; the updater shows its progress. No effect if updates are off.
   void checkForUpdates();
 
  private:

@@ -18,7 +18,7 @@ bool isOfVersions(QChar character) {
          QStringView(u".-+~_").contains(character);
 }
 
-/// Takes a run of digits off the front of `text`, without its leading zeros.
+/// Removes and returns the leading digits of `text`, without leading zeros.
 QStringView takeNumber(QStringView& text) {
   while (text.size() > 1 && text.front() == QLatin1Char('0') && isDigit(text.at(1)))
     text = text.mid(1);
@@ -57,7 +57,7 @@ bool runsOn(const AppcastItem& item, const ProgramVersion& system) {
   return minimum && *minimum <= system;
 }
 
-/// Whether a newer or unreadable version stands in the way of saying that there is nothing newer.
+/// Whether a newer or unreadable version prevents the answer "nothing newer".
 bool couldBeNewer(const AppcastItem& item, const ProgramVersion& installed) {
   const auto version = ProgramVersion::parse(item.version);
   return !version || *version > installed;

@@ -12,13 +12,13 @@
 
 namespace sonvel::updater {
 
-/// A release's version: numbers between dots and, for one that leads up to a release, a suffix as in
-/// "1.2-beta". It precedes the release itself (1.2-beta < 1.2); suffixes are compared as texts in which runs
-/// of digits are numbers (beta2 < beta10). Trailing zeros don't count (1.2 == 1.2.0).
+/// A version: numbers separated by dots, optionally with a pre-release suffix as in "1.2-beta". A pre-release
+/// precedes its release (1.2-beta < 1.2); digits in suffixes compare as numbers (beta2 < beta10). Trailing
+/// zeros are ignored (1.2 == 1.2.0).
 class ProgramVersion {
  public:
-  /// None if `text` doesn't begin with a number, has more than 64 characters, or others than letters and
-  /// digits of ASCII, and . - + ~ _.
+  /// None unless `text` starts with a number, has at most 64 characters, and contains only ASCII letters,
+  /// digits and . - + ~ _.
   static std::optional<ProgramVersion> parse(const QString& text);
 
   friend std::strong_ordering operator<=>(const ProgramVersion& left, const ProgramVersion& right);
@@ -34,10 +34,10 @@ class ProgramVersion {
   QString suffix_;
 };
 
-/// What an item is measured against.
+/// What items are compared with.
 struct ChoiceCriteria {
   ProgramVersion installed;
-  std::optional<ProgramVersion> newestSeen; ///< the newest that was ever offered here
+  std::optional<ProgramVersion> newestSeen; ///< the newest version ever offered here
   std::set<std::string> allowedChannels;    ///< besides items without a channel
   ProgramVersion system;
   QString architecture;
@@ -45,14 +45,14 @@ struct ChoiceCriteria {
   QDateTime now;
 };
 
-/// What to offer.
+/// The result of a choice.
 struct Choice {
-  std::optional<AppcastItem> item;    ///< the newest that is newer than what is installed and runs here
-  bool needsNewerSystem = false;      ///< no item, though there is a newer one for newer systems
-  std::optional<UpdateFailure> fault; ///< of an item that was passed over and might be newer
+  std::optional<AppcastItem> item;    ///< the newest that is newer than the installed one and runs here
+  bool needsNewerSystem = false;      ///< no item, but a newer one exists for newer systems
+  std::optional<UpdateFailure> fault; ///< of a skipped item that might be newer
 };
 
-/// Faulty items never hide others.
+/// Faulty items do not hide others.
 Choice chooseUpdate(const Appcast& appcast, const ChoiceCriteria& criteria);
 
 } // namespace sonvel::updater

@@ -160,7 +160,7 @@ void UpdateCycle::endCheck(std::optional<UpdateFailure> failure) {
   enter(choice.needsNewerSystem ? UpdateStage::needsNewerSystem : UpdateStage::upToDate);
 }
 
-/// Nothing of the feed is looked at before its signature.
+/// Parses nothing of the feed before its signature is verified.
 std::variant<Appcast, UpdateFailure> UpdateCycle::readFeed() {
   const auto verified = verifiedFeed(std::exchange(feedText_, QByteArray()), keys_);
   if (!verified) return UpdateFailure::feedNotSigned;

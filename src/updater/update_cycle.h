@@ -23,24 +23,22 @@
 
 namespace sonvel::updater {
 
-/// What an updater needs of the program and the system around it. Everything referred to lives longer than
-/// the updater.
+/// What an updater needs from the program and system. The referents outlive the updater.
 struct UpdaterEnvironment {
   Clock& clock;
   Preferences& preferences;
   PackageInstaller& packageInstaller;
   Relaunch& relaunch;
-  std::function<void()> requestQuit; ///< asks the program to end; it then performs `relaunch`
+  std::function<void()> requestQuit; ///< asks the program to quit, which then performs `relaunch`
   std::function<std::chrono::system_clock::time_point()> calendarTime;
   Installation installation;
   QString product; ///< the program's identifier
   QString installedVersion;
-  QString systemVersion; ///< is compared with minimum system versions
+  QString systemVersion; ///< compared with minimum system versions
   QString architecture;
 };
 
-/// The counter of the newest feed and the newest version that were seen, over all runs of the program.
-/// Nothing lower is taken. Main thread.
+/// The newest feed counter and version ever seen, over all runs; older ones are rejected. Main thread.
 class SeenReleases {
  public:
   explicit SeenReleases(Preferences& preferences)
@@ -49,7 +47,7 @@ class SeenReleases {
   qint64 counter() const;
   std::optional<ProgramVersion> version() const;
 
-  /// Keeps what is higher than before.
+  /// Stores it if it is higher than before.
   void noteCounter(qint64 counter);
   void noteVersion(const QString& version);
 
@@ -57,20 +55,19 @@ class SeenReleases {
   Preferences& preferences_;
 };
 
-/// The way from a check to an installed update. Every failure ends in stage failed with nothing installed and
-/// no file left, and the next check starts anew. Main thread.
+/// From a check to an installed update. Every failure ends in stage failed, with nothing installed and no
+/// file left; the next check starts anew. Main thread.
 class UpdateCycle final : public UpdateSession {
  public:
-  /// Who wants a check.
+  /// Who requests a check.
   enum class Asker { user, schedule };
 
   using AllowedChannels = std::function<std::set<std::string>()>;
 
-  /// A check has ended; `succeeded` says whether the feed could be read and had no faulty item in it that may
-  /// be newer than the others.
+  /// A check has ended. `succeeded`: the feed could be read and no faulty item in it might be newer.
   using CheckEnded = std::function<void(bool succeeded)>;
 
-  /// One of `keys` has to have signed the feed.
+  /// The feed must be signed with one of `keys`.
   UpdateCycle(const UpdaterEnvironment& environment, QUrl feed, QList<PublicKey> keys,
               AllowedChannels allowedChannels, CheckEnded checkEnded = {});
   ~UpdateCycle() override;
@@ -80,15 +77,15 @@ class UpdateCycle final : public UpdateSession {
 
   const UpdateState& state() const noexcept override { return state_; }
 
-  /// Starts a check, unless an update is already on its way; if the user asks, they see it from now on.
+  /// Starts a check unless an update is in progress; if the user asks, it becomes visible.
   void check(Asker asker);
 
-  /// Shows that a newer version was undone. Only before the first check.
+  /// Shows that a newer version was undone. Call only before the first check.
   void showReturn(UpdateFailure reason);
 
   void proceed() override;
 
-  /// Has no effect once an installation has passed the point of no return.
+  /// No effect after an installation has passed the point of no return.
   void cancel() override;
 
   void setObserver(UpdateObserver* observer) noexcept override { observer_ = observer; }
@@ -118,12 +115,12 @@ class UpdateCycle final : public UpdateSession {
   UpdateState state_;
   AppcastItem item_;
   QNetworkAccessManager network_;
-  QByteArray feedText_; ///< what has arrived of it
+  QByteArray feedText_; ///< received so far
   std::unique_ptr<UpdateFile> file_;
-  std::unique_ptr<Fetch> fetch_; ///< of the feed, and then of the file
+  std::unique_ptr<Fetch> fetch_; ///< first for the feed, then for the file
   std::shared_ptr<const VerifiedUpdate> verified_;
   std::shared_ptr<PointOfNoReturn> point_;
-  std::unique_ptr<Relay> relay_; ///< of the work on other threads; another one when that is given up
+  std::unique_ptr<Relay> relay_; ///< for work on other threads; replaced when that work is cancelled
 };
 
 } // namespace sonvel::updater

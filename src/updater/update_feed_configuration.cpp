@@ -14,7 +14,7 @@ std::string trimmed(const std::optional<std::string>& text) {
   return QString::fromStdString(text.value_or(std::string())).trimmed().toStdString();
 }
 
-/// Scheme and host exactly as the text has them; QUrl would lowercase both.
+/// Scheme and host as written; QUrl would lowercase both.
 struct WrittenAddress {
   std::string_view scheme;
   std::string_view host;
@@ -23,7 +23,7 @@ struct WrittenAddress {
 std::optional<WrittenAddress> writtenAddress(std::string_view text) {
   const std::size_t colon = text.find(':');
   if (colon == std::string_view::npos || text.substr(colon + 1, 2) != "//") return std::nullopt;
-  if (text.find('#') != text.rfind('#')) return std::nullopt; // QUrl would let the second one pass
+  if (text.find('#') != text.rfind('#')) return std::nullopt; // QUrl would accept a second one
   const std::string_view rest = text.substr(colon + 3);
   std::string_view host = rest.substr(0, rest.find_first_of("/?#"));
   if (const std::size_t user = host.rfind('@'); user != std::string_view::npos) host.remove_prefix(user + 1);
@@ -52,7 +52,7 @@ QUrl checkedFeedURL(const std::optional<std::string>& feedURLText, bool allowIns
 std::string checkedPublicKey(const std::optional<std::string>& publicKeyText) {
   std::string text = trimmed(publicKeyText);
   if (text.empty()) throw UpdateConfigurationError::missingPublicKey();
-  // The decoder would let missing padding pass.
+  // The decoder would accept missing padding.
   const auto key = QByteArray::fromBase64Encoding(QByteArray::fromStdString(text),
                                                   QByteArray::AbortOnBase64DecodingErrors);
   if (text.size() % 4 != 0 || !key || key.decoded.size() != kPublicKeyBytes)

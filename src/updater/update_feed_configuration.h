@@ -21,10 +21,10 @@ inline constexpr std::array kAllUpdateChannels{UpdateChannel::stable, UpdateChan
 /// "stable" or "beta".
 std::string_view rawValue(UpdateChannel channel) noexcept;
 
-/// The channel of that name, written exactly so; none for anything else.
+/// The channel with exactly that name; none otherwise.
 std::optional<UpdateChannel> updateChannel(std::string_view rawValue) noexcept;
 
-/// What a build on `channel` may be offered besides the items that name no channel.
+/// The channels offered to a build on `channel`, besides items without a channel.
 std::set<std::string> sparkleAllowedChannels(UpdateChannel channel);
 
 /// Why a build has no usable update configuration.
@@ -32,10 +32,10 @@ class UpdateConfigurationError final : public std::exception {
  public:
   enum class Case { invalidFeedURL, invalidChannel, missingFeedURL, missingPublicKey, invalidPublicKey };
 
-  /// The trimmed text that is no usable address.
+  /// With the trimmed text that is no usable address.
   static UpdateConfigurationError invalidFeedURL(std::string text);
 
-  /// The trimmed, lowercased text that names no channel.
+  /// With the trimmed, lowercased text that names no channel.
   static UpdateConfigurationError invalidChannel(std::string text);
   static UpdateConfigurationError missingFeedURL();
   static UpdateConfigurationError missingPublicKey();
@@ -43,10 +43,10 @@ class UpdateConfigurationError final : public std::exception {
 
   Case errorCase() const noexcept { return case_; }
 
-  /// The text that the case carries; empty for those that carry none.
+  /// The text of the case; empty for cases without one.
   const std::string& payload() const noexcept { return payload_; }
 
-  /// One sentence for a person, the same for every payload.
+  /// One sentence for the user, independent of the payload.
   std::string errorDescription() const { return what(); }
 
   const char* what() const noexcept override;
@@ -65,25 +65,24 @@ class UpdateConfigurationError final : public std::exception {
   std::string payload_;
 };
 
-/// Where a build's updates come from, which key they are verified against and which channel it follows. Only
-/// a complete and checked one exists.
+/// A build's update source, verification key and channel. Exists only if complete and valid.
 struct UpdateFeedConfiguration {
-  /// https, or http to a local host where that was allowed.
+  /// https, or http to a local host where allowed.
   QUrl feedURL;
 
-  /// Base64 of exactly 32 bytes, an Ed25519 public key, without blanks around it.
+  /// Base64 of a 32-byte Ed25519 public key, without surrounding blanks.
   std::string publicKey;
   UpdateChannel channel;
 
-  /// Checks the settings as a build carries them. An absent channel is `stable`; an http feed passes only for
-  /// the hosts "localhost" and "127.0.0.1" and only with `allowInsecureLocalhost`. Throws
-  /// UpdateConfigurationError for the first setting that fails. Any thread; does not wait.
+  /// Validates a build's settings. A missing channel means `stable`; an http feed is valid only for
+  /// "localhost" and "127.0.0.1", and only with `allowInsecureLocalhost`. Throws UpdateConfigurationError for
+  /// the first invalid setting. Any thread; does not block.
   UpdateFeedConfiguration(const std::optional<std::string>& feedURLText,
                           const std::optional<std::string>& publicKeyText,
                           const std::optional<std::string>& channelText, bool allowInsecureLocalhost);
 
-  /// What `bundle` carries under "SUFeedURL", "SUPublicEDKey", "AppUpdateChannel" and
-  /// "AppUpdateAllowInsecureLocalhost". None if the check fails. Any thread; does not wait.
+  /// Reads "SUFeedURL", "SUPublicEDKey", "AppUpdateChannel" and "AppUpdateAllowInsecureLocalhost" from
+  /// `bundle`. None if invalid. Any thread; does not block.
   static std::optional<UpdateFeedConfiguration> fromBundle(const BundleInformation& bundle);
 
   friend bool operator==(const UpdateFeedConfiguration&, const UpdateFeedConfiguration&) = default;

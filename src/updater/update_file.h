@@ -42,11 +42,11 @@ class FileDescriptor {
 /// Writes all of `bytes`. False with errno set. Any thread; may block.
 bool writeAll(int descriptor, std::span<const char> bytes);
 
-/// What an errno of writing means: noSpace where space is what was missing, `otherwise` for the rest.
+/// Classifies an errno of writing: noSpace if space is missing, else `otherwise`.
 UpdateFailure failureOfWriting(int error, UpdateFailure otherwise);
 
-/// A downloaded file whose hash was right. It lies in memory without a name, and the kernel refuses every
-/// further change to it, so what was verified is what is installed. Any thread.
+/// A downloaded file with a verified hash. It is a sealed, nameless file in memory, which cannot change, so
+/// the installed bytes are the verified ones. Any thread.
 class VerifiedUpdate {
  public:
   ~VerifiedUpdate();
@@ -57,8 +57,8 @@ class VerifiedUpdate {
 
   bool startsWith(std::string_view bytes) const noexcept;
 
-  /// A path at which other processes of this user, and root, can open the file for as long as this object
-  /// lives. It leads to the open file itself; no other can be put in its place.
+  /// A path at which other processes of this user, and root, can open the file during this object's lifetime.
+  /// It refers to the open file itself and cannot be redirected.
   std::filesystem::path path() const;
 
  private:
@@ -69,13 +69,13 @@ class VerifiedUpdate {
       , bytes_(bytes) {}
 
   FileDescriptor file_;
-  std::span<const char> bytes_; ///< the file, mapped
+  std::span<const char> bytes_; ///< the mapped file
 };
 
-/// A file that is being downloaded, in memory.
+/// A file in memory, during its download.
 class UpdateFile {
  public:
-  /// With errno set, a file that is not open if the system has no memory for it.
+  /// If memory is short, the file is not open and errno is set.
   UpdateFile();
 
   /// None, or why the bytes could not be added.
@@ -83,8 +83,8 @@ class UpdateFile {
 
   qint64 size() const noexcept { return size_; }
 
-  /// Ends the writing and compares the content with `hash`, a SHA-256. Null if it is another. Any thread;
-  /// takes time in proportion to the file.
+  /// Ends writing and compares the content's SHA-256 with `hash`. Null if they differ. Any thread; time
+  /// proportional to the size.
   std::shared_ptr<const VerifiedUpdate> verify(const QByteArray& hash) &&;
 
  private:

@@ -6,7 +6,7 @@
 namespace sonvel::contrast {
 namespace {
 
-/// In so many steps a colour becomes another.
+/// The number of steps from one colour to another.
 constexpr int kSteps = 100;
 
 double linear(double channel) {

@@ -3,8 +3,7 @@
 #include <QColor>
 #include <functional>
 
-/// How well one colour is seen on another, as the accessibility guidelines of the web define it. Pure; opaque
-/// colours. Any thread.
+/// The contrast of two colours, as WCAG defines it. Pure; opaque colours. Any thread.
 namespace sonvel::contrast {
 
 /// 0.0 for black to 1.0 for white.
@@ -13,10 +12,10 @@ double luminance(const QColor& color);
 /// 1.0 for equal colours to 21.0 for black on white.
 double ratio(const QColor& one, const QColor& other);
 
-/// What is seen where `color`, at `opacity` from 0.0 to 1.0, lies on `background`.
+/// The visible colour where `color`, with `opacity` from 0.0 to 1.0, is drawn on `background`.
 QColor over(const QColor& background, const QColor& color, double opacity);
 
-/// `color`, or as little away from it towards `end` as `isLegible` asks for; `end` if nothing else will do.
+/// `color` if `isLegible`, else the nearest legible colour on the way to `end`; `end` if there is none.
 QColor towards(const QColor& color, const QColor& end, const std::function<bool(const QColor&)>& isLegible);
 
 } // namespace sonvel::contrast

@@ -11,15 +11,15 @@ using contrast::over;
 using contrast::ratio;
 using contrast::towards;
 
-// As the views draw them.
+// The opacities that the views use.
 constexpr double kPausedRowOpacity = 0.9;
 constexpr double kBadgeOpacity = 0.15; ///< of the badge's own text colour
 
-/// A window on which black or white has less than this leaves no room for text that steps back.
+/// On a window colour with less contrast to black and white there is no room for secondary text.
 constexpr double kWindowRatio = 12.0;
 constexpr double kPrimaryRatio = 10.0;
 
-/// A highlight with less saturation than this, of 255, is no colour that a user would know as theirs.
+/// A highlight with less saturation (of 255) counts as grey, not as the user's colour.
 constexpr int kColourful = 64;
 
 struct Base {
@@ -61,17 +61,17 @@ QColor accentColor(const Appearance& appearance, const QColor& highlight, const 
   return highlight.hsvSaturation() >= kColourful ? highlight : otherwise;
 }
 
-/// How colours are read on the panel's backgrounds.
+/// Contrasts on the panel's backgrounds.
 struct Reading {
   QColor window;
   QColor fill;
 
   double worst(const QColor& color) const { return std::min(ratio(color, window), ratio(color, fill)); }
 
-  /// In a paused row, which is drawn thinner.
+  /// In a paused row, which is drawn with less opacity.
   double paused(const QColor& color) const { return ratio(over(window, color, kPausedRowOpacity), window); }
 
-  /// In a paused row, on a badge of its own colour.
+  /// In a paused row, on a badge of the same hue.
   double badge(const QColor& color) const {
     const QColor badge = over(window, color, kBadgeOpacity);
     return ratio(over(window, color, kPausedRowOpacity), over(window, badge, kPausedRowOpacity));

@@ -7,20 +7,20 @@
 
 namespace sonvel {
 
-/// What the panel is drawn in. Where the panel shows them, also on the card and in a paused row, text has a
-/// contrast of 4.5 to 1 and symbols have one of 3 to 1.
+/// The panel's colours. Wherever they are used, also on the card and in paused rows, text has a contrast of
+/// at least 4.5 and symbols of at least 3.
 struct PanelColors {
   static constexpr double textRatio = 4.5;
   static constexpr double symbolRatio = 3.0;
 
   QColor window;
   QColor primary;   ///< text
-  QColor secondary; ///< text that steps back
-  QColor tertiary;  ///< symbols that step back further
+  QColor secondary; ///< less important text
+  QColor tertiary;  ///< less important symbols
   QColor accent;    ///< text and symbols in the user's colour
   QColor tint;      ///< the filled part of a slider, in the user's colour
-  QColor prominent; ///< the button to press, in the user's colour
-  QColor onAccent;  ///< text on that
+  QColor prominent; ///< the main button, in the user's colour
+  QColor onAccent;  ///< text on `prominent`
   QColor separator;
   QColor fill;    ///< behind the card
   QColor control; ///< a button
@@ -35,7 +35,7 @@ struct PanelColors {
   bool operator==(const PanelColors&) const = default;
 };
 
-/// The desktop's own colours where they suit its colour scheme and can be read, else ones like them.
+/// The desktop's colours if they fit its colour scheme and are legible, else similar ones.
 PanelColors panelColors(const Appearance& appearance, const QPalette& palette);
 
 } // namespace sonvel

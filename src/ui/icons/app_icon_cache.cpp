@@ -12,9 +12,9 @@
 namespace sonvel {
 namespace {
 
-constexpr int kScalableSide = 128; ///< pixels of a drawing that has no size of its own
+constexpr int kScalableSide = 128; ///< pixels, for drawings without a size
 
-/// Applications choose these files: only a regular file of bounded size is read, and never waited for.
+/// The files are chosen by applications, so only regular files of bounded size are read, without blocking.
 QIcon loadFile(const std::string& path) {
   constexpr off_t kMaximumBytes = 16L * 1024 * 1024;
   QFile file;
@@ -31,7 +31,7 @@ QIcon loadFile(const std::string& path) {
   return QIcon(QPixmap::fromImage(reader.read()));
 }
 
-/// A null icon also for a file or a name that gives no picture.
+/// Null if the file or name gives no picture.
 QIcon load(const std::optional<std::string>& name) {
   if (!name || name->empty()) return {};
   const auto icon = name->starts_with('/') ? loadFile(*name) : themedIcon(QString::fromStdString(*name));
@@ -69,7 +69,7 @@ QIcon AppIconCache::find(const std::optional<std::string>& bundleID,
     const auto location = icons_.locationOfApplication(*candidate);
     if (!location) continue;
     if (auto icon = load(icons_.iconForFile(*location)); !icon.isNull()) return icon;
-    break; // this is the application: another's icon would be wrong
+    break; // the right application was found; another one's icon would be wrong
   }
   if (auto icon = runningIcon(pid); !icon.isNull()) return icon;
   return load(icons_.genericApplicationIcon());

@@ -11,16 +11,15 @@
 
 namespace sonvel {
 
-/// The icons of the applications in the list. What was found for an application, its own icon or the generic
-/// one, is kept until the program ends; where nothing was found the next call looks again. Main thread, when
-/// the application object exists.
+/// Icons of the listed applications. A found icon, or the generic one, is kept until the program ends; if
+/// nothing was found the next call tries again. Main thread, while the application object exists.
 class AppIconCache {
  public:
   /// Both must outlive this object.
   AppIconCache(const RunningApplications& running, const ApplicationIcons& icons);
 
-  /// The icon for an application's row. Helpers of one parent share the parent's. A null icon only if not
-  /// even a generic one can be had. May read files the first time.
+  /// The icon for an application's row. Helpers of one parent share the parent's icon. Null only if there is
+  /// not even a generic icon. May read files at the first call.
   QIcon icon(const std::optional<std::string>& bundleID, const std::optional<std::string>& parentBundleID,
              std::int32_t pid);
 

@@ -11,7 +11,7 @@
 namespace sonvel {
 namespace {
 
-constexpr int kSideInPixels = 64; ///< for who asks for no size
+constexpr int kSideInPixels = 64; ///< if no size is requested
 
 struct Request {
   std::int32_t pid = 0;
@@ -42,7 +42,7 @@ bool fills(QSize picture, QSize size) {
   return picture.width() >= size.width() || picture.height() >= size.height();
 }
 
-/// The icon's picture for this size, or the next larger one: to shrink one blurs less than to enlarge one.
+/// The icon's picture of this size, or the next larger one: shrinking blurs less than enlarging.
 QImage pictureFor(const QIcon& icon, QSize sizeInPixels) {
   auto nearest = icon.pixmap(sizeInPixels, 1.0).toImage();
   if (fills(nearest.size(), sizeInPixels)) return nearest;
@@ -67,7 +67,7 @@ QImage drawn(const QIcon& icon, QSize sizeInPixels) {
   return canvas;
 }
 
-/// Takes that share of the colour out; what stays is as bright as it was.
+/// Reduces the saturation by `percent`, keeping the brightness.
 void desaturate(QImage& image, int percent) {
   const double gray = percent / 100.0;
   const auto mix = [gray](int channel, double luma) {
@@ -76,7 +76,7 @@ void desaturate(QImage& image, int percent) {
   for (int y = 0; y < image.height(); ++y) {
     auto* const line = reinterpret_cast<QRgb*>(image.scanLine(y));
     for (int x = 0; x < image.width(); ++x) {
-      const auto pixel = line[x]; // premultiplied: luma is, too, then
+      const auto pixel = line[x]; // premultiplied, so luma is premultiplied too
       const double luma = 0.2126 * qRed(pixel) + 0.7152 * qGreen(pixel) + 0.0722 * qBlue(pixel);
       line[x] =
           qRgba(mix(qRed(pixel), luma), mix(qGreen(pixel), luma), mix(qBlue(pixel), luma), qAlpha(pixel));

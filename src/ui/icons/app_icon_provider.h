@@ -6,13 +6,12 @@
 
 namespace sonvel {
 
-/// Gives QML the applications' icons:
-/// `image://app-icon/<pid>/<bundle identifier>/<parent's bundle identifier>/<percent of gray>`, both
-/// identifiers percent-encoded, and empty where there is none.
+/// Provides application icons to QML: `image://app-icon/<pid>/<bundle identifier>/<parent's bundle
+/// identifier>/<percent of gray>`, both identifiers percent-encoded, empty if missing.
 ///
-/// An image has just the `sourceSize` that is asked for, which Qt Quick gives in device pixels, with the icon
-/// as large as fits. Where there is no icon at all it is transparent; for a wrong id it is empty, with a
-/// warning. Main thread: an Image that is `asynchronous` gets nothing, and a warning.
+/// An image has exactly the requested `sourceSize` (device pixels in Qt Quick), with the icon as large as
+/// fits. Without an icon it is transparent; for an invalid id it is empty, with a warning. Main thread: an
+/// `asynchronous` Image gets nothing, and a warning.
 class AppIconProvider final : public QQuickImageProvider {
  public:
   static constexpr auto kID = "app-icon"; ///< for QQmlEngine::addImageProvider

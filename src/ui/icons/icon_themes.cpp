@@ -10,8 +10,8 @@
 namespace sonvel {
 namespace {
 
-constexpr QLatin1String kHicolor("hicolor"); // where every application puts its icon
-constexpr QLatin1String kAdwaita("Adwaita"); // has an icon for what has none
+constexpr QLatin1String kHicolor("hicolor"); // the theme into which applications install their icons
+constexpr QLatin1String kAdwaita("Adwaita"); // has a fallback icon
 
 QStringList standardFolders() {
   QStringList folders{QDir::homePath() + QStringLiteral("/.icons")};
@@ -26,7 +26,7 @@ QStringList joined(QStringList first, const QStringList& second) {
   return first;
 }
 
-/// False if Qt could wait for ever for what this file holds, or read too much of it.
+/// False if the file could block Qt, or is too large.
 bool isReadable(const QString& path) {
   constexpr off_t kMaximumBytes = 16L * 1024 * 1024;
 
@@ -45,7 +45,7 @@ bool areThemesReadable(const QString& folder) {
                              });
 }
 
-/// Adds the folders that belong to a theme and to those that it inherits.
+/// Adds the folders of a theme and of the themes that it inherits.
 void addFolders(const QString& theme, QStringList& themes, QStringList& folders) {
   if (theme.isEmpty() || themes.contains(theme)) return;
   themes.append(theme);
@@ -66,7 +66,7 @@ void addFolders(const QString& theme, QStringList& themes, QStringList& folders)
     addFolders(parent, themes, folders);
 }
 
-/// Where Qt looks for icons.
+/// The folders in which Qt looks for icons.
 const QStringList& iconFolders() {
   static std::map<QString, QStringList> known; // by theme
   const auto [entry, isNew] = known.try_emplace(QIcon::themeName());

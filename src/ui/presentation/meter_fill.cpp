@@ -14,8 +14,8 @@ namespace {
 constexpr int kRiseMilliseconds = 80;
 constexpr int kFallMilliseconds = 300;
 
-// What is scrolled out of the window need not move to be right when it is seen. It goes along with the next
-// step of the others, for which the window is drawn anyway.
+// A meter scrolled out of view needs no steps of its own; it is updated in the next frame of the visible
+// ones.
 constexpr int kUnseenMilliseconds = 1;
 
 } // namespace
@@ -28,7 +28,7 @@ void MeterFill::Glide::begin(int milliseconds) {
 }
 
 void MeterFill::Glide::updateCurrentTime(int milliseconds) {
-  if (milliseconds_ == 0) return; // not begun
+  if (milliseconds_ == 0) return; // not started
   const double way = static_cast<double>(milliseconds) / milliseconds_;
   meter_.show(milliseconds < milliseconds_ ? from_ + (meter_.level_ - from_) * way : meter_.level_);
 }

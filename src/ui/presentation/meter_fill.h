@@ -6,11 +6,11 @@
 
 namespace sonvel {
 
-/// The filled part of a meter: a capsule over a fraction of the item's width, from one colour through another
-/// to a third. It rises fast and falls slowly, from one reading to the next.
+/// The filled part of a meter: a capsule over a fraction of the item's width, with a gradient of three
+/// colours. It rises fast and falls slowly between readings.
 ///
-/// Drawn and moved here, and not by rectangles and animations of the views: many meters that never rest are
-/// most of what the panel costs. Main thread.
+/// Drawn and animated here instead of in QML, because continuously moving meters cause most of the panel's
+/// processor time. Main thread.
 class MeterFill : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT
@@ -26,15 +26,15 @@ class MeterFill : public QQuickPaintedItem {
   explicit MeterFill(QQuickItem* parent = nullptr)
       : QQuickPaintedItem(parent) {}
 
-  /// The last reading, 0 to 1; what is beyond is cut.
+  /// The last reading, 0 to 1; clamped.
   [[nodiscard]] double level() const noexcept { return level_; }
 
   void setLevel(double level);
 
-  /// The fraction of the width that is filled now, on its way to the level.
+  /// The fraction of the width that is filled now, while moving to the level.
   [[nodiscard]] double shown() const noexcept { return shown_; }
 
-  /// Begins at the right.
+  /// Fills from the right.
   [[nodiscard]] bool mirrored() const noexcept { return isMirrored_; }
 
   void setMirrored(bool isMirrored);
@@ -61,7 +61,7 @@ class MeterFill : public QQuickPaintedItem {
   void colorsChanged();
 
  private:
-  /// From what is shown to the level.
+  /// The movement from `shown` to `level`.
   class Glide final : public QAbstractAnimation {
    public:
     explicit Glide(MeterFill& meter)

@@ -1,6 +1,6 @@
 #pragma once
 
-// The types of the model as the views know them. The model itself knows no view.
+// Registers the model's types for QML; the model itself is independent of views.
 
 #include "model/mixer_view_model.h"
 

@@ -10,11 +10,11 @@ namespace sonvel {
 namespace {
 
 int roundToInt(double value) {
-  constexpr double kLimit = 1e6; // far beyond any percentage, and safe to convert
+  constexpr double kLimit = 1e6; // far above any percentage, and safe to convert
   return std::isnan(value) ? 0 : static_cast<int>(std::lround(std::clamp(value, -kLimit, kLimit)));
 }
 
-/// What a status of the audio system means to its user; empty if it means nothing to them.
+/// An audio status in words; empty if it says nothing to the user.
 QString statusWords(OSStatus status) {
   switch (status) {
   case status::kNotRunning:

@@ -11,7 +11,7 @@
 
 namespace sonvel {
 
-/// What the views say, and the numbers behind it. Pure.
+/// The texts of the views and the numbers behind them. Pure.
 class PanelText final : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -19,25 +19,23 @@ class PanelText final : public QObject {
   Q_PROPERTY(QUrl settingsURL READ settingsURL CONSTANT)
 
  public:
-  /// Opens the settings at the permission to capture.
+  /// The address of the settings for the capture permission.
   static QUrl settingsURL();
 
-  // Numbers. NaN counts as 0.
+  // Numbers. NaN gives 0.
 
-  /// Whole percent of a master volume of 0.0 to 1.0.
+  /// A master volume of 0.0 to 1.0 as whole percent.
   Q_INVOKABLE static int masterPercent(double volume);
 
-  /// The percentage that a slider at `value` asks for.
+  /// The percentage for a slider at `value`.
   Q_INVOKABLE static int wholePercent(double value);
 
-  /// How much of a meter is filled, 0.0 to 1.0, for any level.
+  /// The filled fraction of a meter, 0.0 to 1.0, for any level.
   Q_INVOKABLE static double meterFraction(double level);
 
   Q_INVOKABLE static bool isBoost(int gainPercent);
 
-  // Words.
-
-  /// Digits alone, in every language.
+  /// ASCII digits in every language.
   Q_INVOKABLE static QString number(int value);
 
   Q_INVOKABLE static QString spokenPercent(int percent);
@@ -49,30 +47,29 @@ class PanelText final : public QObject {
   Q_INVOKABLE static QString spokenError(const QString& title, const QString& error);
   Q_INVOKABLE static QString cardTitle(bool isFirstRun);
 
-  /// The status of the model in words; empty if nothing has happened.
+  /// The model's status in words; empty if there is nothing to say.
   static QString statusText(const MixerStatus& status);
 
-  /// The status line; empty if there is none. A notice about sound as a whole takes the place of the model's
-  /// status, and what could not be given back that of its counts. An empty list says by itself that no
-  /// application has played.
+  /// The status line; empty if there is none. A notice about the sound server replaces the model's status,
+  /// and a restoration failure replaces its counts. An empty list itself says that no application has played.
   Q_INVOKABLE static QString statusLine(const QString& serverNotice, const sonvel::MixerStatus& status,
                                         const QString& restorationFailure, int rowCount);
 
-  /// A failure in words, followed by its text with the number. `status` is what the audio system returned.
+  /// A failure in words, followed by the text with the number. `status` is the audio system's.
   Q_INVOKABLE static QString errorText(const QString& text, int status);
 
-  /// What the user should know of a session that plays; empty if all is as they chose. The names are those of
-  /// the device that they chose, and of the one where the app is heard now, if any.
+  /// What the user should know about a playing session; empty if all is as chosen. The names are those of the
+  /// chosen device, and of the device where it is heard now, if any.
   Q_INVOKABLE static QString sessionNote(bool isPartial, bool isOutputConnected, const QString& chosenName,
                                          const QString& playingName);
 
   Q_INVOKABLE static bool isDenied(sonvel::AudioCaptureStatus permission);
 
-  // Pictures, as their providers name them.
+  // Image addresses for the image providers.
 
   Q_INVOKABLE static QUrl symbol(const QString& name, const QColor& color);
 
-  /// The icon of an application, grey while it does not play.
+  /// The icon of an application; grey while it is not playing.
   Q_INVOKABLE static QUrl appIcon(const sonvel::AudioApp& app, bool isPlaying);
 };
 

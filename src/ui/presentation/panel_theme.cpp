@@ -12,13 +12,13 @@
 namespace sonvel {
 namespace {
 
-/// The property of an engine that holds its theme.
+/// The engine property that holds its theme.
 constexpr const char* kThemeProperty = "sonvelPanelTheme";
 
-/// The size of the desktop's font, 10 points, for which the panel's sizes are made.
+/// The size of a 10-point desktop font, for which the panel's sizes are designed.
 constexpr double kUsualPixelSize = 40.0 / 3.0;
 
-// Beyond these the panel's width would no longer do.
+// Outside this range the panel's width would not fit.
 constexpr double kSmallestScale = 0.85;
 constexpr double kLargestScale = 1.5;
 

@@ -11,9 +11,9 @@ class QQmlEngine;
 
 namespace sonvel {
 
-/// Colours, fonts and movement of the panel, as the desktop wants them now: follows its settings, the
-/// application's palette and font. In QML the singleton PanelTheme of each engine that it is installed in.
-/// Main thread.
+/// The panel's colours, fonts and animation settings; follows the desktop's settings and the application's
+/// palette and font. QML reaches it as the singleton PanelTheme of each engine in which it is installed. Main
+/// thread.
 class PanelTheme final : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -46,16 +46,16 @@ class PanelTheme final : public QObject {
   Q_PROPERTY(bool animates READ animates NOTIFY animatesChanged)
 
  public:
-  /// `appearance` outlives this object, which alone hears of its changes.
+  /// `appearance` outlives this object, which is its only listener.
   explicit PanelTheme(DesktopAppearance& appearance);
   ~PanelTheme() override;
   PanelTheme(const PanelTheme&) = delete;
   PanelTheme& operator=(const PanelTheme&) = delete;
 
-  /// Before the first view is made in `engine`, which this object outlives.
+  /// Call before `engine` creates a view; this object outlives `engine`.
   void install(QQmlEngine& engine);
 
-  /// For the engine's use; null in an engine that no theme is installed in.
+  /// Called by the engine; null in an engine without a theme.
   static PanelTheme* create(QQmlEngine* engine, QJSEngine*);
 
   QColor window() const { return colors_.window; }
@@ -94,8 +94,8 @@ class PanelTheme final : public QObject {
 
   QColor yellow() const { return colors_.yellow; }
 
-  // Fonts of 13, 13 semibold, 10, 10, 11 semibold, 9 semibold and 10 monospaced pixels where the desktop's
-  // font has its usual size, larger or smaller with it.
+  // Fonts of 13, 13 semibold, 10, 10, 11 semibold, 9 semibold and 10 monospaced pixels at the default desktop
+  // font size, scaled with it.
 
   QFont body() const { return font(13, QFont::Normal); }
 
@@ -111,7 +111,7 @@ class PanelTheme final : public QObject {
 
   QFont digits() const;
 
-  /// Whether anything may move by itself.
+  /// Whether animations are allowed.
   bool animates() const noexcept { return animates_; }
 
  Q_SIGNALS:

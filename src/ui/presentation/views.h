@@ -4,15 +4,14 @@
 
 namespace sonvel {
 
-/// Makes the module Sonvel known to QML: RootPanel and what it is made of. Before the first view is loaded; a
-/// second call does nothing. Main thread.
+/// Registers the QML module Sonvel with RootPanel. Call before loading a view; repeated calls have no effect.
+/// Main thread.
 void registerViews();
 
-/// The panel, RootPanel. It needs a PanelTheme installed in its engine, the image providers `symbol` and
-/// `app-icon`, and the initial properties `model` (a MixerViewModel, which outlives it) and `serverNotice` (a
-/// text, empty while sound works). It tells the model that it has appeared when it is made and that it has
-/// gone when it ends. Its signals are quitRequested() and
-/// settingsRequested(QUrl); who can't show the settings sets `settingsMissing`.
+/// The address of RootPanel. It needs a PanelTheme installed in its engine, the image providers `symbol` and
+/// `app-icon`, and the initial properties `model` (a MixerViewModel that outlives it) and `serverNotice` (a
+/// text, empty while sound works). It tells the model when it appears and disappears. Signals:
+/// quitRequested() and settingsRequested(QUrl); set `settingsMissing` if the settings can't be shown.
 QUrl rootPanelURL();
 
 } // namespace sonvel

@@ -5,10 +5,10 @@
 
 namespace sonvel::ui {
 
-/// Moves everything that is animated in the process 20 times a second, as long as something is, instead of as
-/// often as a screen can show: meters move as well for the eye, and take half of the processor's time.
+/// Limits all animations of the process to 20 frames per second instead of the screen's rate: meters look as
+/// smooth and need half the processor time.
 ///
-/// Main thread; from its making, which needs a QCoreApplication, to its end.
+/// Main thread; needs a QCoreApplication. Active during its lifetime.
 class FramePace final : public QAnimationDriver {
  public:
   FramePace();

@@ -6,20 +6,20 @@ namespace sonvel::ui {
 
 namespace {
 
-/// How far a point is outside of the rectangle, as width plus height; 0 inside.
+/// The distance of a point from a rectangle, as width plus height; 0 inside.
 int distance(const QRect& rectangle, const QPoint& point) {
   const int x = std::max({rectangle.left() - point.x(), point.x() - rectangle.right(), 0});
   const int y = std::max({rectangle.top() - point.y(), point.y() - rectangle.bottom(), 0});
   return x + y;
 }
 
-// Between screens of different scales there are gaps, so that a point may be on none of them.
+// Screens of different scales leave gaps, so a point may be on no screen.
 const ScreenArea& screenAt(const QList<ScreenArea>& screens, const QPoint& point) {
   return *std::ranges::min_element(
       screens, {}, [&](const ScreenArea& screen) { return distance(screen.geometry, point); });
 }
 
-/// Moved into the area, and cut where it is larger.
+/// Moves the rectangle into the area, and cuts it if it is larger.
 QRect within(const QRect& area, QRect rectangle) {
   rectangle.setSize(rectangle.size().boundedTo(area.size()));
   rectangle.moveLeft(std::clamp(rectangle.left(), area.left(), area.right() - rectangle.width() + 1));

@@ -7,15 +7,15 @@
 
 namespace sonvel::ui {
 
-/// A screen as the desktop lays it out, in logical pixels.
+/// A screen in logical pixels.
 struct ScreenArea {
-  QRect geometry;  ///< all of it
+  QRect geometry;  ///< the whole screen
   QRect available; ///< without the desktop's bars
 };
 
-/// Where the panel goes: at the tray icon when the desktop tells where that is (`icon` not empty), else into
-/// the corner nearest to the pointer on the pointer's screen. Always wholly in the available area of one
-/// screen, cut to it where `size` is larger. Empty when there is no screen. Pure.
+/// The panel's position: at the tray icon if the desktop tells its position (`icon` not empty), else in the
+/// screen corner nearest to the pointer. Always inside the available area of one screen, cut to it if `size`
+/// is larger. Empty without a screen. Pure.
 [[nodiscard]] QRect panelGeometry(const QList<ScreenArea>& screens, const QRect& icon, const QPoint& pointer,
                                   const QSize& size);
 

@@ -51,7 +51,7 @@ void PanelPresence::end() {
   window_.close();
 }
 
-// A panel without an icon would leave nothing behind when it closes.
+// A panel without an icon could not be found again after closing.
 void PanelPresence::standIn() {
   missing_.stop();
   window_.open(PanelWindow::Style::plainWindow);

@@ -11,29 +11,29 @@ namespace sonvel::ui {
 
 class PanelWindow;
 
-/// Sees to it that the user always finds the panel: at the tray icon while there is one, as a plain window
-/// while there is none, whose closing then ends the program. Main thread.
+/// Puts the panel at the tray icon, or into a plain window where there is no tray; closing that window ends
+/// the program. Main thread.
 class PanelPresence final : public QObject {
  public:
-  /// For how long a tray may be missing while the desktop restarts it, before a window stands in.
+  /// How long a tray may be missing, while the desktop restarts it, before a window replaces it.
   static constexpr std::chrono::milliseconds kTrayPatience{3000};
 
-  /// `iconGeometry` says where the tray icon is, empty when nobody knows; `quit` asks the program to quit.
-  /// The window outlives it.
+  /// `iconGeometry` returns the tray icon's position, empty if unknown; `quit` asks the program to quit. The
+  /// window outlives this object.
   PanelPresence(PanelWindow& window, std::function<QRect()> iconGeometry, std::function<void()> quit,
                 std::chrono::milliseconds trayPatience = kTrayPatience);
 
-  /// What is known of the tray icon now.
+  /// Call when it becomes known whether the tray icon is visible, and at each change.
   void setTrayShown(bool isShown);
 
-  /// The icon was clicked.
+  /// Call when the icon is clicked.
   void clickIcon();
 
-  /// The user wants to see the panel, by a start of the program or the icon's menu. Until something is known
-  /// of the tray icon, this waits.
+  /// Opens the panel for a start of the program or a menu action. Waits until it is known whether there is a
+  /// tray.
   void show();
 
-  /// The program is about to end: closes the panel, which nothing opens from here on.
+  /// Closes the panel for good, before the program ends.
   void end();
 
  private:
@@ -44,7 +44,7 @@ class PanelPresence final : public QObject {
   std::function<void()> quit_;
   QTimer missing_;
   std::optional<bool> isTrayShown_;
-  bool isAwaited_ = false; // the panel, until the tray is known
+  bool isAwaited_ = false; // open the panel when the tray state is known
   bool hasEnded_ = false;
 };
 

@@ -28,7 +28,7 @@ QList<ScreenArea> screenAreas() {
   return areas;
 }
 
-/// Whether the window is this one or one of its own, such as a dialog.
+/// Whether the window is `owner` or a child of it, such as a dialog.
 bool belongsTo(const QWindow* window, const QWindow* owner) {
   while (window != nullptr && window != owner)
     window = window->transientParent();
@@ -41,7 +41,7 @@ int upwards(double length) {
 
 } // namespace
 
-/// Tells what the user does to the window as a whole.
+/// Reports what the user does to the window itself.
 class PanelWindow::Window final : public QQuickWindow {
  public:
   std::function<void()> onClose;
@@ -49,7 +49,7 @@ class PanelWindow::Window final : public QQuickWindow {
 
  private:
   void keyPressEvent(QKeyEvent* event) override {
-    event->ignore(); // unless the content takes it
+    event->ignore(); // unless the content accepts it
     QQuickWindow::keyPressEvent(event);
     if (event->key() == Qt::Key_Escape && !event->isAccepted() && onEscape) onEscape();
   }
@@ -59,11 +59,11 @@ class PanelWindow::Window final : public QQuickWindow {
   }
 };
 
-/// All that is there while the panel is open.
+/// Everything that exists while the panel is open.
 struct PanelWindow::Shown {
-  QQmlEngine engine; // outlives what it made
+  QQmlEngine engine; // outlives the objects it creates
   Window window;
-  QQuickItem* root = nullptr; // the window's
+  QQuickItem* root = nullptr; // owned by the window
   Style style = Style::panel;
   bool wasActive = false;
   QRect icon;
@@ -91,7 +91,7 @@ bool PanelWindow::open(Style style, const QRect& icon) {
   if (shown_ && shown_->style != style) close();
   const bool isNew = !shown_;
   if (isNew) {
-    leaving_.reset(); // before the new comes, so that the model hears both in this order
+    leaving_.reset(); // first, so that the model gets both events in order
     shown_ = make(style);
     if (!shown_) return false;
     shown_->icon = icon;
@@ -121,13 +121,13 @@ void PanelWindow::close() {
   shown_->window.onClose = nullptr;
   shown_->window.onEscape = nullptr;
   shown_->window.hide();
-  leaving_ = std::move(shown_); // one of its parts may be what closes it
+  leaving_ = std::move(shown_); // one of its parts may be calling this
   QMetaObject::invokeMethod(this, &PanelWindow::destroyLeaving, Qt::QueuedConnection);
   Q_EMIT closed();
 }
 
-// An engine kept for the next opening holds a megabyte more and saves milliseconds; another megabyte comes
-// back from the allocator.
+// Destroys the engine and returns freed memory to the system. Keeping an engine for the next opening would
+// hold a megabyte more and save only milliseconds; malloc_trim returns another megabyte.
 void PanelWindow::destroyLeaving() {
   leaving_.reset();
   malloc_trim(0);
@@ -156,7 +156,7 @@ std::unique_ptr<PanelWindow::Shown> PanelWindow::make(Style style) {
   shown->root = root;
   root->setParent(&window);
   root->setParentItem(window.contentItem());
-  static_cast<void>(object.release()); // the window's now
+  static_cast<void>(object.release()); // now owned by the window
 
   connect(&window, &QWindow::widthChanged, root, [root](int width) { root->setWidth(width); });
   connect(&window, &QWindow::heightChanged, root, [root](int height) { root->setHeight(height); });
@@ -176,7 +176,7 @@ void PanelWindow::follow(QQuickItem& root) {
   connect(&root, &QQuickItem::implicitWidthChanged, this, &PanelWindow::fit);
 }
 
-// As large as the content, as far as the screen goes. A panel stays in its place: it grows away from the bar.
+// As large as the content, limited by the screen. A panel grows away from the bar.
 void PanelWindow::fit() {
   QQuickItem& root = *shown_->root;
   Window& window = shown_->window;
@@ -184,7 +184,7 @@ void PanelWindow::fit() {
   if (shown_->style == Style::panel) {
     window.setGeometry(panelGeometry(screenAreas(), shown_->icon, shown_->pointer, wanted));
   } else {
-    // The window manager may make it lower, to have room for the frame.
+    // The window manager may reduce the height for its frame.
     const QSize size = wanted.boundedTo(window.screen()->availableSize());
     window.setMinimumSize({size.width(), 0});
     window.setMaximumSize(size);
@@ -196,7 +196,7 @@ void PanelWindow::fit() {
 void PanelWindow::onFocusWindowChanged(const QObject* focused) {
   if (style() != Style::panel) return;
   const bool isActive = belongsTo(qobject_cast<const QWindow*>(focused), &shown_->window);
-  // A window manager that never lets it have the focus doesn't take the panel away thereby.
+  // Only after it had the focus: some window managers never give it.
   if (std::exchange(shown_->wasActive, shown_->wasActive || isActive) && !isActive) {
     lostFocus_ = clock_.now();
     closeByUser();

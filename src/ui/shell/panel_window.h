@@ -17,29 +17,29 @@ class QQuickWindow;
 
 namespace sonvel::ui {
 
-/// What a panel shows: made anew for each opening.
+/// The panel's content; created anew for each opening.
 struct PanelContent {
-  QUrl source;            ///< of an Item that has an implicit width and height
-  QVariantMap properties; ///< its properties from the start, the required ones among them
-  std::function<void(QQmlEngine&)> prepareEngine = nullptr; ///< before it is made
-  std::function<void(QQuickItem&)> ready = nullptr;         ///< before it is seen
+  QUrl source;            ///< an Item with implicit width and height
+  QVariantMap properties; ///< initial properties, including the required ones
+  std::function<void(QQmlEngine&)> prepareEngine = nullptr; ///< called before the content is created
+  std::function<void(QQuickItem&)> ready = nullptr;         ///< called before it is shown
 };
 
-/// The window around the panel's content. There is one while it is open and nothing when it is closed:
-/// window, content and QML engine are destroyed.
+/// The window of the panel's content. While closed nothing exists: window, content and QML engine are
+/// destroyed.
 ///
-/// As a panel it has no frame, lies at the tray icon, and closes on Escape and on a click elsewhere. As a
-/// plain window it has the title "Sonvel" and closes as any window does.
+/// As a panel it has no frame, is placed at the tray icon, and closes on Escape or a click elsewhere. As a
+/// plain window it has the title "Sonvel" and closes like any window.
 ///
-/// Main thread. Closing it never ends the application by itself.
+/// Main thread. Closing it never quits the application by itself.
 class PanelWindow final : public QObject {
   Q_OBJECT
 
  public:
   enum class Style { panel, plainWindow };
 
-  /// The click on the icon that takes the focus from the panel, and so closes it, is told this much later at
-  /// most.
+  /// A click on the icon first takes the focus, which closes the panel, and is reported at most this much
+  /// later.
   static constexpr std::chrono::milliseconds kClickDuration{400};
 
   /// Needs a QGuiApplication; the clock outlives it.
@@ -48,12 +48,12 @@ class PanelWindow final : public QObject {
   PanelWindow(const PanelWindow&) = delete;
   PanelWindow& operator=(const PanelWindow&) = delete;
 
-  /// Opens it, or asks the window manager to raise and activate what is open in this style. `icon` is where
-  /// the tray icon is, empty when nobody knows. False when the content can't be made: the reason is logged.
+  /// Opens it, or asks the window manager to raise and activate the open one of this style. `icon` is the
+  /// tray icon's position, empty if unknown. False, with a log message, if the content can't be created.
   bool open(Style style, const QRect& icon = {});
 
-  /// What a click on the tray icon does: opens the panel or closes what is open. A click that has just closed
-  /// the panel, by being elsewhere, doesn't open it again.
+  /// For a click on the tray icon: opens or closes the panel. A click that has just closed the panel by
+  /// taking the focus does not open it again.
   void toggle(const QRect& icon = {});
 
   void close();
@@ -63,13 +63,13 @@ class PanelWindow final : public QObject {
   /// Null when closed.
   [[nodiscard]] QQuickWindow* window() const noexcept;
 
-  /// The style of what is open.
+  /// The style of the open window.
   [[nodiscard]] std::optional<Style> style() const noexcept;
 
  Q_SIGNALS:
   void opened();
   void closed();
-  /// After closed(), when the user closed a plain window.
+  /// After closed(), if the user closed a plain window.
   void plainWindowClosedByUser();
 
  private:
@@ -86,8 +86,8 @@ class PanelWindow final : public QObject {
   PanelContent content_;
   const Clock& clock_;
   std::unique_ptr<Shown> shown_;
-  std::unique_ptr<Shown> leaving_;            // what was closed in this turn of the event loop
-  std::optional<Clock::TimePoint> lostFocus_; // when the panel was closed by that
+  std::unique_ptr<Shown> leaving_;            // closed in this turn of the event loop
+  std::optional<Clock::TimePoint> lostFocus_; // when that closed the panel
 };
 
 } // namespace sonvel::ui

@@ -9,7 +9,7 @@
 
 namespace sonvel::ui {
 
-/// A picture as trays take it: 32 bits a point, alpha, red, green and blue in this order.
+/// A picture for trays: 32 bits per pixel: alpha, red, green, blue.
 struct TrayPicture {
   int width = 0;
   int height = 0;
@@ -18,7 +18,7 @@ struct TrayPicture {
 
 using TrayPictures = QList<TrayPicture>;
 
-/// What a tray shows where the pointer rests.
+/// The tool tip of the tray icon.
 struct TrayToolTip {
   QString icon;
   TrayPictures pictures;
@@ -26,15 +26,14 @@ struct TrayToolTip {
   QString text;
 };
 
-/// What users do at the icon. Each is called from the event loop.
+/// User actions on the icon. Called from the event loop.
 struct TrayActions {
   std::function<void()> clicked;
   std::function<void()> middleClicked;
-  std::function<void(int)> wheelTurned; ///< by so many notches, away from the user above 0
+  std::function<void(int)> wheelTurned; ///< in notches; positive away from the user
 };
 
-/// What a tray shows of the program and what it tells of its users, as org.kde.StatusNotifierItem has it.
-/// Main thread.
+/// The tray icon as an org.kde.StatusNotifierItem: what it shows, and the user's actions. Main thread.
 class StatusItem final : public QDBusAbstractAdaptor {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -52,10 +51,10 @@ class StatusItem final : public QDBusAbstractAdaptor {
   Q_PROPERTY(bool ItemIsMenu READ isMenu CONSTANT)
 
  public:
-  /// `menu` is where on the same connection its menu is.
+  /// `menu` is the object path of its menu on the same connection.
   StatusItem(QObject& exported, const QString& menu, TrayActions actions);
 
-  /// Tells the tray.
+  /// Notifies the tray.
   void setIcon(const QIcon& icon);
   void setToolTip(const QString& text);
 
@@ -69,7 +68,7 @@ class StatusItem final : public QDBusAbstractAdaptor {
 
   QString iconName() const { return icon_.name(); }
 
-  /// In the sizes of usual trays.
+  /// In the usual tray sizes.
   TrayPictures pictures() const;
 
   QString none() const { return {}; }
@@ -87,7 +86,7 @@ class StatusItem final : public QDBusAbstractAdaptor {
 
   Q_SLOT void ContextMenu(int, int) {}
 
-  /// One turn of a wheel is 120; touchpads send less.
+  /// One notch is 120; touchpads send less.
   Q_SLOT void Scroll(int delta, const QString& orientation);
 
  Q_SIGNALS:

@@ -28,13 +28,13 @@ TrayHostWatch::TrayHostWatch(const QDBusConnection& bus)
   ask();
 }
 
-// Whatever happened, the answer to a new question says what it means.
+// A new query, whatever the event was.
 void TrayHostWatch::ask() {
   QDBusMessage question = QDBusMessage::createMethodCall(kService, kPath, kProperties, QStringLiteral("Get"));
   question.setAutoStartService(false);
   question << kService << QStringLiteral("IsStatusNotifierHostRegistered");
 
-  delete question_; // NOLINT(cppcoreguidelines-owning-memory): a child, whose answer is out of date
+  delete question_; // NOLINT(cppcoreguidelines-owning-memory): a child with an outdated answer
   question_ = new QDBusPendingCallWatcher(bus_.asyncCall(question), this); // NOLINT: a child
   connect(question_, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* answered) {
     const QDBusPendingReply<QDBusVariant> answer = *answered;

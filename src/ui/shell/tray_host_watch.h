@@ -9,19 +9,19 @@ class QDBusPendingCallWatcher;
 
 namespace sonvel::ui {
 
-/// Whether somebody shows StatusNotifierItem icons: a watcher on the session's bus, with a host. Both come
-/// and go, at login often later than we do. Main thread; never blocks.
+/// Whether StatusNotifierItem icons are shown: a watcher on the session bus, with a host. Both come and go,
+/// at login often after this program. Main thread; never blocks.
 class TrayHostWatch final : public QObject {
   Q_OBJECT
 
  public:
   explicit TrayHostWatch(const QDBusConnection& bus);
 
-  /// Nothing until the first answer, which comes from the event loop; without a bus false at once.
+  /// None until the first answer, which comes from the event loop; false at once without a bus.
   [[nodiscard]] std::optional<bool> isHosted() const noexcept { return isHosted_; }
 
  Q_SIGNALS:
-  /// The first answer, and each that differs from the last.
+  /// Emitted for the first answer and each different one.
   void changed(bool isHosted);
 
  private:
@@ -31,7 +31,7 @@ class TrayHostWatch final : public QObject {
 
   QDBusConnection bus_;
   QDBusServiceWatcher owner_;
-  QDBusPendingCallWatcher* question_ = nullptr; // the latest one, as long as it is open
+  QDBusPendingCallWatcher* question_ = nullptr; // the latest pending query
   std::optional<bool> isHosted_;
 };
 

@@ -9,10 +9,9 @@ namespace {
 const QString kItemPath = QStringLiteral("/StatusNotifierItem");
 const QString kMenuPath = QStringLiteral("/MenuBar");
 
-/// The connection on which the toolkit serves its newest icon. It numbers them, and counts some that it makes
-/// for itself.
+/// The connection on which Qt serves its newest icon. Qt numbers them, including some for internal use.
 std::optional<QDBusConnection> newestItemConnection() {
-  constexpr int kMostIcons = 64; // one for each time that a tray came, and some
+  constexpr int kMostIcons = 64; // one for each appearance of a tray, and some spare
   std::optional<QDBusConnection> newest;
   for (int number = 1; number <= kMostIcons; ++number) {
     const QDBusConnection connection(QStringLiteral("org.kde.StatusNotifierItem-%1-%2")
@@ -63,8 +62,8 @@ QRect TrayIcon::geometry() const {
   return tray_ ? tray_->geometry() : QRect();
 }
 
-// Qt asks once in a process whether there is a host, when the first icon is made, and remembers the answer:
-// no icon before there is one.
+// Qt checks only once per process whether there is a host, when the first icon is created: so create no icon
+// before there is one.
 void TrayIcon::follow(bool isHosted) {
   item_ = nullptr;
   exported_.reset();
@@ -83,8 +82,8 @@ void TrayIcon::follow(bool isHosted) {
   Q_EMIT shownChanged(isHosted);
 }
 
-// The toolkit's item ignores the wheel and has no text in its tool tip. Its menu and its place in the tray
-// stay; nobody has asked the item anything yet, for that comes by the event loop.
+// Replaces Qt's item, which ignores the wheel and has no tool tip text, but keeps its menu and place in the
+// tray. No host can have called the item yet, because calls arrive through the event loop.
 void TrayIcon::takeOver() {
   auto connection = newestItemConnection();
   if (!connection) return;

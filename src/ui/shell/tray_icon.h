@@ -14,9 +14,9 @@
 
 namespace sonvel::ui {
 
-/// The icon in the desktop's tray (a StatusNotifierItem), with a menu for desktops that show nothing else. It
-/// comes whenever the desktop begins to show such icons. Its title is QCoreApplication::applicationName().
-/// Main thread, with a QApplication.
+/// The icon in the desktop's tray (a StatusNotifierItem), with a menu for desktops that support nothing else.
+/// It appears whenever the desktop starts to show such icons. Its title is
+/// QCoreApplication::applicationName(). Main thread, with a QApplication.
 class TrayIcon final : public QObject {
   Q_OBJECT
 
@@ -28,28 +28,28 @@ class TrayIcon final : public QObject {
 
   void setIcon(const QIcon& icon);
 
-  /// What is said where the pointer rests, besides the title.
+  /// The tool tip, besides the title.
   void setToolTip(const QString& text);
 
-  /// The marks in the menu.
+  /// Check marks in the menu.
   void setMuted(bool isMuted) { mute_.setChecked(isMuted); }
 
   void setStartsAtLogin(bool starts) { startAtLogin_.setChecked(starts); }
 
-  /// Whether it can be seen; nothing as long as that is not known, which is a moment at the start.
+  /// Whether it is visible; none until known, shortly after the start.
   [[nodiscard]] std::optional<bool> isShown() const noexcept { return hosts_.isHosted(); }
 
-  /// Where it is; empty when the desktop doesn't tell, which is the rule.
+  /// Its position; empty if the desktop does not tell, as usual.
   [[nodiscard]] QRect geometry() const;
 
  Q_SIGNALS:
-  /// What isShown() says now, from the first time on.
+  /// Emitted with isShown() when first known and at each change.
   void shownChanged(bool isShown);
   void clicked();
-  /// By so many notches, away from the user above 0.
+  /// In notches; positive away from the user.
   void wheelTurned(int notches);
   void openChosen();
-  /// In the menu or by the middle button.
+  /// From the menu or the middle button.
   void muteChosen();
   void startAtLoginChosen(bool starts);
   void aboutChosen();
@@ -68,7 +68,7 @@ class TrayIcon final : public QObject {
   QAction& startAtLogin_;
   TrayHostWatch hosts_;
   std::unique_ptr<QSystemTrayIcon> tray_; // while there is a host
-  std::unique_ptr<QObject> exported_;     // in the place of the toolkit's own, with item_ on it
+  std::unique_ptr<QObject> exported_;     // replaces Qt's own object; holds item_
   StatusItem* item_ = nullptr;
 };
 

@@ -7,7 +7,7 @@ namespace {
 
 constexpr int kGridSide = 24;
 
-/// A `sourceSize` may leave one side or both to the image.
+/// In `sourceSize` one or both sides may be unset.
 QSize sizeFor(const QSize& requested) {
   const int side = requested.width() > 0 ? requested.width() : requested.height();
   if (side <= 0) return {kGridSide, kGridSide};

@@ -9,7 +9,7 @@
 namespace sonvel {
 namespace {
 
-/// The drawing in opaque `color`; empty if there is none.
+/// The SVG in opaque `color`; empty if there is none.
 QByteArray drawing(const QString& name, const QColor& color) {
   QFile file(QStringLiteral(":/sonvel/symbols/%1.svg").arg(name));
   if (!file.open(QIODevice::ReadOnly)) {
@@ -35,7 +35,7 @@ QImage symbolImage(const QString& name, const QColor& color, QSize sizeInPixels)
   QSvgRenderer renderer(svg);
   QPainter painter(&image);
   renderer.render(&painter, squareIn(sizeInPixels));
-  if (color.alpha() < 255) { // all at once: where strokes overlap nothing may show
+  if (color.alpha() < 255) { // applied to the whole image, so that overlapping strokes do not show
     painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
     painter.fillRect(image.rect(), QColor(0, 0, 0, color.alpha()));
   }

@@ -6,9 +6,8 @@
 
 namespace sonvel {
 
-/// The pictogram `name` (a file name in svg/ without its ending) in one colour, its opacity included, drawn
-/// for just these device pixels: as large as `sizeInPixels` allows, in its middle. A null image, and a
-/// warning, if there is none of this name. Any thread.
+/// The symbol `name` (a file in svg/ without suffix) in one colour with its opacity, centred and as large as
+/// fits in `sizeInPixels` (device pixels). Null, with a warning, if there is none of this name. Any thread.
 QImage symbolImage(const QString& name, const QColor& color, QSize sizeInPixels);
 
 } // namespace sonvel

@@ -2,7 +2,7 @@ import QtQuick
 import Sonvel
 import SonvelUpdates
 
-// The release notes. They scroll by wheel and by key.
+// The release notes; scrolled by wheel and keys.
 FocusScope {
     id: root
 

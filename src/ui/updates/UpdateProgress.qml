@@ -3,8 +3,7 @@ import QtQuick.Templates as T
 import Sonvel
 import SonvelUpdates
 
-// How much is done, or, where that isn't known, a bar that moves to and fro. Where nothing may move by itself, it
-// stands in the middle.
+// The progress, or a moving bar if it is unknown; the bar stands still in the middle if animations are off.
 T.ProgressBar {
     id: root
 

@@ -3,8 +3,9 @@ import QtQuick.Layouts
 import Sonvel
 import SonvelUpdates
 
-// What the window shows. Escape is the second button, wherever the focus is. Return is the first one, but only in
-// an update that the user asked for: one that comes up by itself must not take what is typed for something else.
+// The window's content. Escape presses the second button, wherever the focus is. Return presses the first one
+// only if the user asked for the update: a window that opens by itself must not take keys typed for another
+// program.
 FocusScope {
     id: root
 

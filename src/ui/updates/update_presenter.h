@@ -8,7 +8,7 @@
 
 namespace sonvel {
 
-/// A session as the window's views show it: words and numbers, and what the buttons do. Main thread.
+/// Presents an update session to the window's views: texts, numbers and button actions. Main thread.
 class UpdatePresenter final : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -27,26 +27,26 @@ class UpdatePresenter final : public QObject {
   Q_PROPERTY(bool hasFailed READ hasFailed NOTIFY changed)
 
  public:
-  /// `session` lives longer.
+  /// `session` outlives this object.
   explicit UpdatePresenter(UpdateSession& session);
 
-  /// Takes over what the session says now.
+  /// Reads the session's current state.
   void refresh();
 
-  /// The first button: goes on, or closes where there is nothing to do but read.
+  /// First button: proceeds, or closes if there is nothing to proceed with.
   Q_INVOKABLE void accept();
 
-  /// Return, wherever the focus is: the first button where it is the default one, else nothing.
+  /// Return key, wherever the focus is: presses the first button if it is the default one.
   Q_INVOKABLE void acceptByDefault();
 
-  /// The other button, Escape or the window's own close button.
+  /// Second button, Escape or the window's close button.
   Q_INVOKABLE void dismiss();
 
   QString heading() const { return words_.heading; }
 
   QString detail() const { return words_.detail; }
 
-  /// Only while the user decides about them.
+  /// Only while the user has to decide about the update.
   QString notes() const;
 
   bool hasProgress() const { return words_.hasProgress; }
@@ -61,10 +61,10 @@ class UpdatePresenter final : public QObject {
 
   QString dismissLabel() const { return words_.dismissLabel; }
 
-  /// Whether the first button is the default one: not in an update that nobody asked for.
+  /// Whether the first button is the default one: not if the user did not ask for the update.
   bool hasDefault() const { return !session_.state().isUnasked; }
 
-  /// A name of the provider of symbols.
+  /// A symbol name for the image provider.
   QString symbol() const { return words_.symbol; }
 
   bool hasFailed() const { return session_.state().stage == UpdateStage::failed; }

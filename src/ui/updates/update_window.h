@@ -13,18 +13,17 @@ namespace sonvel {
 
 class UpdatePresenter;
 
-/// The small window in which the user sees an update, open while the session is visible. It takes the
-/// keyboard only if the user asked for the update. Closing it cancels; where that is too late, it opens again
-/// when there is something new to see. Main thread.
+/// The window of an update, open while the session is visible. It takes the focus only if the user asked for
+/// the update. Closing it cancels; if that is too late, it opens again when there is news. Main thread.
 class UpdateWindow final : public QObject, public UpdateSurface, private UpdateObserver {
   Q_OBJECT
 
  public:
-  /// `session` lives longer. `appearance` is asked each time that the window opens.
+  /// `session` outlives this object. `appearance` is called whenever the window opens.
   UpdateWindow(UpdateSession& session, std::function<Appearance()> appearance);
   ~UpdateWindow() override;
 
-  /// The window, for as long as it is open; null otherwise.
+  /// The window while it is open; null otherwise.
   QQuickView* view() const noexcept { return view_.get(); }
 
  private:
@@ -40,7 +39,7 @@ class UpdateWindow final : public QObject, public UpdateSurface, private UpdateO
   std::function<Appearance()> appearance_;
   std::unique_ptr<Theme> theme_;
   std::unique_ptr<UpdatePresenter> presenter_;
-  std::unique_ptr<QQuickView> view_; ///< refers to presenter and theme
+  std::unique_ptr<QQuickView> view_; ///< refers to presenter and theme, so destroyed first
 };
 
 } // namespace sonvel

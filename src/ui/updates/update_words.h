@@ -7,24 +7,24 @@
 
 namespace sonvel {
 
-/// What the window says of an update.
+/// The texts of the window for one state.
 struct UpdateWords {
   QString heading;
   QString detail;
-  QString progressText;                          ///< beside the bar; empty where nothing is counted
-  QString acceptLabel;                           ///< of the first button; empty: there is none
-  QString dismissLabel;                          ///< of the other button; empty: there is none
-  QString symbol = QStringLiteral("arrow.down"); ///< the name of the picture beside the words
-  bool hasProgress = false;                      ///< something is going on
+  QString progressText;                          ///< beside the bar; empty without a count
+  QString acceptLabel;                           ///< first button; empty: none
+  QString dismissLabel;                          ///< second button; empty: none
+  QString symbol = QStringLiteral("arrow.down"); ///< symbol name
+  bool hasProgress = false;                      ///< show a progress bar
 };
 
-/// Sizes stand as `locale` writes them. Any thread.
+/// Sizes are formatted for `locale`. Any thread.
 UpdateWords wordsOf(const UpdateState& state, const QLocale& locale);
 
-/// One sentence that says what went wrong, and what became of the update.
+/// One sentence: what failed, and what became of the update.
 QString sentenceOf(UpdateFailure failure);
 
-/// How much of the download is there, from 0 to 1; none where nothing is counted.
+/// The downloaded fraction, 0 to 1; none if unknown.
 std::optional<double> fractionOf(const UpdateState& state);
 
 } // namespace sonvel
