@@ -2,10 +2,14 @@
 
 #include "engine/capture_probe.h"
 
+#include "audio/app_discovery.h"
 #include "audio/object_access.h"
 #include "audio/output_devices.h"
+#include "engine/application_processes.h"
+#include "engine/change_listeners.h"
 #include "engine/hardware_controller.h"
 #include "engine/probe_callback_realtime.h"
+#include "engine/tap_session.h"
 
 namespace sonvel {
 namespace {

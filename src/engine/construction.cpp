@@ -1,9 +1,12 @@
 
 #include "audio/mixer_math.h"
 #include "audio/object_access.h"
+#include "engine/application_processes.h"
 #include "engine/configuration.h"
 #include "engine/hardware_controller.h"
+#include "engine/output_following.h"
 #include "engine/render_callback.h"
+#include "engine/tap_session.h"
 
 namespace sonvel {
 
@@ -17,14 +20,14 @@ void HardwareController::addChannel(AudioApp app, float gain, bool muted,
   {
     std::optional<ConfigurationScope> configuration;
     if (former != nullptr) configuration.emplace(environment_.hardware, configurationDepth_);
-    failure = replaceSession(former, app, {gain, muted, std::move(outputUID)});
+    failure = replaceSession(former, std::move(app), {gain, muted, std::move(outputUID)});
   }
   requestPass();
   reportChanges();
   if (failure) throw HardwareError(*failure);
 }
 
-std::optional<HardwareError> HardwareController::replaceSession(const TapSession* former, const AudioApp& app,
+std::optional<HardwareError> HardwareController::replaceSession(const TapSession* former, AudioApp app,
                                                                 Settings settings) {
   const auto key = stableKey(app);
   const auto kept = kept_.find(key);
@@ -47,7 +50,7 @@ std::optional<HardwareError> HardwareController::replaceSession(const TapSession
     return std::nullopt;
   } catch (const HardwareError& error) {
     startFailures_[key] = {.key = key,
-                           .app = app,
+                           .app = std::move(app),
                            .objectIDs = {},
                            .error = error.description(),
                            .outputUID = settings.outputUID,
@@ -85,14 +88,14 @@ std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app
   }
   if (standbyTap != kAudioObjectUnknown) {
     session->processes.clear(); // a standby tap has none
-    followProcesses(*session, processes_.of(stableKey(app)));
+    followProcesses(*session, processes_->of(stableKey(app)));
   }
   return session;
 }
 
 void HardwareController::createTap(TapSession& session) {
-  processes_.update(environment_.hardware); // on failure the known processes are used
-  const auto bundleIDs = processes_.bundleIDs(stableKey(session.app));
+  processes_->update(environment_.hardware); // on failure the known processes are used
+  const auto bundleIDs = processes_->bundleIDs(stableKey(session.app));
   const TapDescription description{.processes = {session.app.objectID},
                                    .bundleIDs = {bundleIDs.begin(), bundleIDs.end()},
                                    .name = "SonvelTap-" + std::to_string(session.app.pid),
@@ -102,7 +105,7 @@ void HardwareController::createTap(TapSession& session) {
   const auto status = environment_.hardware.createProcessTap(description, tap);
   if (status != kNoError || tap == kAudioObjectUnknown) throw HardwareError("CreateProcessTap", status);
   session.tapID = tap;
-  followProcesses(session, processes_.of(stableKey(session.app)));
+  followProcesses(session, processes_->of(stableKey(session.app)));
 }
 
 void HardwareController::createAggregateDevice(TapSession& session) {

@@ -1,6 +1,8 @@
 
+#include "audio/app_discovery.h"
 #include "audio/mixer_math.h"
 #include "engine/hardware_controller.h"
+#include "engine/tap_session.h"
 
 namespace sonvel {
 

@@ -2,7 +2,11 @@
 // elsewhere. Each pass reads everything anew, so it need not know which changes caused it.
 
 #include "audio/object_access.h"
+#include "engine/application_processes.h"
+#include "engine/change_listeners.h"
 #include "engine/hardware_controller.h"
+#include "engine/output_following.h"
+#include "engine/tap_session.h"
 
 #include <algorithm>
 
@@ -11,10 +15,11 @@ namespace sonvel {
 void HardwareController::startFollowing() {
   if (listeners_) return;
   auto follow = relay_.bind([this] { followChanges(); });
-  listeners_.emplace(environment_.hardware, [noted = noted_, follow](std::uint32_t selector) {
+  const auto onChange = [noted = noted_, follow](std::uint32_t selector) {
     if (selector == property::kProcessObjectList) noted->hasProcessListChanged = true;
     if (!noted->isPassDue.exchange(true)) follow();
-  });
+  };
+  listeners_ = std::make_unique<ChangeListeners>(environment_.hardware, onChange);
   requestPass();
 }
 
@@ -28,7 +33,7 @@ void HardwareController::followChanges() {
   const bool hasProcessListChanged = noted_->hasProcessListChanged.exchange(false);
   auto& hardware = environment_.hardware;
   const auto outputs = readOutputSituation(hardware);
-  if (!outputs || !processes_.update(hardware)) {
+  if (!outputs || !processes_->update(hardware)) {
     listeners_->forgetObjects();
     (void)listen();
     return; // no audio system: sessions stay unchanged until it is back
@@ -49,12 +54,12 @@ void HardwareController::followSession(AudioObjectID sessionID, const OutputSitu
   const auto found = sessions_.find(sessionID);
   if (found == sessions_.end() || found->second->teardownFailure) return;
   auto* session = found->second.get();
-  const auto processes = processes_.of(stableKey(session->app));
+  const auto processes = processes_->of(stableKey(session->app));
   if (processes.empty()) return outlive(*session);
   if (processes != session->processes) noteFormerProcesses(*session);
   if (std::ranges::find(processes, sessionID) == processes.end()) {
     auto entry = sessions_.extract(sessionID);
-    session->app = processes_.appWithProcess(session->app, processes.front());
+    session->app = processes_->appWithProcess(session->app, processes.front());
     entry.key() = session->app.objectID;
     sessions_.insert(std::move(entry));
   }
@@ -146,7 +151,7 @@ bool HardwareController::listen() {
     }
   }
   if (!kept_.empty())
-    for (const auto process : processes_.all())
+    for (const auto process : processes_->all())
       properties.emplace(process, property::kProcessIsRunningOutput);
   return listeners_->listenTo(properties);
 }

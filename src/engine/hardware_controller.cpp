@@ -1,6 +1,9 @@
 #include "engine/hardware_controller.h"
 
+#include "engine/application_processes.h"
 #include "engine/capture_probe.h"
+#include "engine/change_listeners.h"
+#include "engine/tap_session.h"
 
 #include <algorithm>
 #include <cassert>
@@ -12,6 +15,7 @@ HardwareController::HardwareController(AudioEnvironment environment, Clock& cloc
     : environment_(std::move(environment))
     , clock_(clock)
     , executor_(executor)
+    , processes_(std::make_unique<ApplicationProcesses>())
     , relay_([executor = std::move(executor)](std::function<void()> work) {
       if (const auto entrance = executor.lock()) entrance->post(std::move(work));
     }) {}

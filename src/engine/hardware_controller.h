@@ -1,12 +1,10 @@
 #pragma once
 
-#include "audio/app_discovery.h"
-#include "engine/application_processes.h"
-#include "engine/change_listeners.h"
+#include "audio/audio_app.h"
+#include "audio/audio_environment.h"
+#include "audio/output_devices.h"
 #include "engine/hardware_error.h"
-#include "engine/output_following.h"
 #include "engine/session_report.h"
-#include "engine/tap_session.h"
 #include "engine/teardown_result.h"
 #include "platform/clock.h"
 #include "platform/relay.h"
@@ -26,7 +24,11 @@ struct ChannelMetrics {
   bool operator==(const ChannelMetrics&) const = default;
 };
 
+class ApplicationProcesses;
 class CaptureProbe;
+class ChangeListeners;
+struct OutputSituation;
+struct TapSession;
 
 /// Owns every tap, aggregate device and IOProc of the program: one session per controlled application, with
 /// all its processes. In calls, any process of the application identifies it, including one that has ended.
@@ -150,8 +152,7 @@ class HardwareController final {
   static Settings settingsOf(const TapSession& session);
 
   /// Removes the former session, if any, and builds the new one. Returns the error, if any.
-  std::optional<HardwareError> replaceSession(const TapSession* former, const AudioApp& app,
-                                              Settings settings);
+  std::optional<HardwareError> replaceSession(const TapSession* former, AudioApp app, Settings settings);
   std::unique_ptr<TapSession> buildSession(const AudioApp& app, const Settings& settings,
                                            AudioObjectID standbyTap);
   void createTap(TapSession& session);
@@ -214,12 +215,12 @@ class HardwareController final {
   std::map<std::string, Kept> kept_; ///< by stable key
   std::map<std::string, std::string>
       overruled_; ///< by stable key: the device chosen elsewhere that the user has replaced here
-  ApplicationProcesses processes_;
+  const std::unique_ptr<ApplicationProcesses> processes_;
   std::map<AudioObjectID, std::string>
       formerProcesses_; ///< process → stable key, for sessions and kept settings
   const std::shared_ptr<Noted> noted_ = std::make_shared<Noted>();
-  std::optional<ChangeListeners> listeners_; ///< set by startFollowing
-  std::unique_ptr<Timer> followingRetry_;    ///< set while a failed start is to be retried
+  std::unique_ptr<ChangeListeners> listeners_; ///< set by startFollowing
+  std::unique_ptr<Timer> followingRetry_;      ///< set while a failed start is to be retried
 
   SessionObserver sessionObserver_;
   std::map<std::string, SessionReport> reported_;      ///< by stable key, of sessions

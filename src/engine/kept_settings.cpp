@@ -1,6 +1,9 @@
 // Settings of applications without a session, used as soon as the application plays.
 
+#include "audio/app_discovery.h"
+#include "engine/application_processes.h"
 #include "engine/hardware_controller.h"
+#include "engine/tap_session.h"
 
 #include <algorithm>
 
@@ -42,9 +45,9 @@ void HardwareController::startKeptApplications() {
     if (kept.hasFailed && followingRetry_) continue;
     if (app != apps.end())
       startKept(*app, kept.settings);
-    else if (const auto bundleIDs = processes_.bundleIDs(key); !bundleIDs.empty())
+    else if (const auto bundleIDs = processes_->bundleIDs(key); !bundleIDs.empty())
       createStandbyTap(bundleIDs, kept);
-    else if (processes_.of(key).empty())
+    else if (processes_->of(key).empty())
       kept_.erase(key); // a process ID may be reused by another program
   }
 }

@@ -1,5 +1,6 @@
 
 #include "engine/hardware_controller.h"
+#include "engine/tap_session.h"
 
 namespace sonvel {
 

@@ -2,6 +2,7 @@
 
 #include "engine/configuration.h"
 #include "engine/hardware_controller.h"
+#include "engine/tap_session.h"
 
 #include <algorithm>
 

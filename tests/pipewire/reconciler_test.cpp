@@ -77,6 +77,13 @@ TEST_F(ReconcilerTest, TakesOverChangesDeviceAndGivesBackWithoutAGap) {
   EXPECT_THAT(server_.graph.metadata[stream_], IsEmpty());
 }
 
+TEST_F(ReconcilerTest, OfTwoTapsTheNewerHasTheStream) {
+  start();
+  server_.wantSession(server_.wantTap(kPlayer), kSpeakers);
+  ASSERT_TRUE(server_.settle());
+  EXPECT_THAT(server_.heardAt(stream_), ElementsAre("tap:speakers"));
+}
+
 TEST_F(ReconcilerTest, GivesUpAStreamThatAnotherProgramTakesBackEachTime) {
   start();
   for (int i = 0; i < 30 && !server_.reconciler.isPartial(tap_); ++i) {

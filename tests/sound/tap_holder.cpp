@@ -4,7 +4,7 @@
 //   add PID GAIN [DEVICE], take GAIN         takes one over; all that play, and tells how many it holds then
 //   gain PID GAIN, mute PID 0|1, output PID [DEVICE]
 //   remove PID, teardown                     whether all was restored; for each that it held
-//   probe, permission, server                what the capture probe, the permission and the connection say
+//   probe, permission                        what the capture probe and the permission say
 // When its input ends it gives all back.
 #include "app/desktop_audio.h"
 #include "audio/audio_permission.h"
@@ -34,7 +34,6 @@ class TapHolder {
   QJsonValue perform(const std::string& verb, std::istream& words) {
     if (verb == "probe") return probe();
     if (verb == "permission") return static_cast<int>(permission_.status());
-    if (verb == "server") return server();
     return controller_
         .call([&](HardwareController& controller) { return performOn(controller, verb, words); })
         .get();
@@ -116,13 +115,6 @@ class TapHolder {
                                })
                            .get();
     return heard ? QJsonValue(*heard) : QJsonValue();
-  }
-
-  QJsonObject server() {
-    const AudioServer& server = audio_.server();
-    return {{"connected", server.connection() == AudioServer::Connection::connected},
-            {"lost", server.connection() == AudioServer::Connection::lost},
-            {"granted", server.rights() == AudioServer::Rights::granted}};
   }
 
   DesktopAudio audio_;

@@ -84,14 +84,6 @@ def test_server_that_decides_nothing_denies(session, start_holder):
     wait_for_permission(holder, DENIED, 20)
 
 
-def test_lost_server_takes_none(session, holder):
-    assert holder.tell("server") == {"connected": True, "lost": False, "granted": True}
-    session.kill("pipewire")
-    wait_until(lambda: holder.tell("server") == {"connected": False, "lost": True, "granted": True})
-    session.restart("pipewire")
-    wait_until(lambda: holder.tell("server")["connected"])
-
-
 @pytest.mark.parametrize("what, mask", [(SERVER, NOTHING), (EVERYTHING, LOOK_ONLY), ("metadata", LOOK_ONLY)])
 def test_withdrawn_rights_leave_each_at_its_own_output_until_they_are_given_again(session, holder, players, what,
                                                                                   mask):
