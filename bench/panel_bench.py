@@ -1,5 +1,5 @@
-"""What the panel costs beside pavucontrol, with the same ten players in one run: memory, processor time, wake-ups and
-the time from the click to the first frame. Prints figures and judges none."""
+"""Compares the cost of the panel with pavucontrol, with the same ten players in one run: memory, processor
+time, wake-ups and the time from the click to the first frame. Prints figures without judging them."""
 import random
 import re
 import time
@@ -17,19 +17,19 @@ MEMORY = {"Rss": "resident", "Pss": "proportional", "Private_(?:Clean|Dirty)": "
 
 
 def memory(process):
-    """MiB by kind."""
+    """Memory in MiB by kind."""
     text = Path(f"/proc/{process.pid}/smaps_rollup").read_text()
     return {words: sum(map(int, re.findall(rf"^{kind}: +(\d+)", text, re.M))) / 1024
             for kind, words in MEMORY.items()}
 
 
 def busy_seconds(process):
-    """The processor time that it has taken, exactly: /proc/PID/stat counts hundredths of a second."""
-    return time.clock_gettime(~process.pid << 3 | 2)  # as clock_getcpuclockid() makes it
+    """Its exact processor time: /proc/PID/stat counts only hundredths of a second."""
+    return time.clock_gettime(~process.pid << 3 | 2)  # as clock_getcpuclockid() does
 
 
 def wake_ups(process):
-    """How often each of its threads has been woken."""
+    """The wake-ups of each of its threads."""
     found = {}
     for thread in Path(f"/proc/{process.pid}/task").iterdir():
         status = (thread / "status").read_text()
@@ -40,14 +40,14 @@ def wake_ups(process):
 
 class PanelBench:
     def __init__(self, desktop):
-        self.desktop, self.random = desktop, random.Random(1)  # the same in every run
+        self.desktop, self.random = desktop, random.Random(1)  # the same seed in every run
         self.players = [desktop.session.player(300 * number, 0.05, program=f"player-{number}")
                         for number in range(1, PLAYERS + 1)]
         self.sonvel = desktop.start()
         self.icon = desktop.tray.icon()
 
     def play(self, seconds):
-        """As loud and as soft as speech is, so that meters have something to do."""
+        """Plays with the loudness changes of speech, so that the meters move."""
         deadline = time.monotonic() + seconds
         while (left := deadline - time.monotonic()) > 0:
             for player in self.players:
@@ -55,7 +55,7 @@ class PanelBench:
             time.sleep(min(left, SYLLABLE))
 
     def measure(self, *processes):
-        """Memory of the first, and the processor time of each in percent."""
+        """Memory of the first process, and the processor time of each in percent."""
         self.play(SETTLING)
         held, before, start = memory(processes[0]), [busy_seconds(one) for one in processes], time.monotonic()
         self.play(MEASURED)
@@ -94,7 +94,7 @@ class PanelBench:
         print(f"{PLAYERS} players play")
         self.measure_closed("not yet opened")
 
-        # Once Sonvel plays the players, the other one meters none of them.
+        # Under Sonvel's control the other mixer shows no meters for the players.
         other = self.desktop.start(OTHER)
         wait_until(self.desktop.display.is_painted, what=OTHER)
         others, (other_busy, server_busy) = self.measure(other, self.desktop.session.processes["pipewire-pulse"])
@@ -128,5 +128,5 @@ class PanelBench:
 
 
 if __name__ == "__main__":
-    with Desktop(is_read=False) as desktop:  # a screen reader costs each program something
+    with Desktop(is_read=False) as desktop:  # a screen reader slows down every program
         PanelBench(desktop).run()

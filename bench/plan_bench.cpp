@@ -1,4 +1,4 @@
-// How long a look at the whole graph takes when nothing is missing, which is what most events find.
+// The time to plan the whole graph when nothing is missing, the result of most events.
 #include "pipewire/fake_server.h"
 
 #include <benchmark/benchmark.h>
@@ -16,7 +16,7 @@ void planNothing(benchmark::State& state) {
   }
   server.settle();
   for ([[maybe_unused]] const auto _ :
-       state) // NOLINT(clang-analyzer-deadcode.DeadStores): as the library wants it
+       state) // NOLINT(clang-analyzer-deadcode.DeadStores): required by the library
     server.reconciler.reconcile();
 }
 

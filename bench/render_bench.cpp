@@ -1,7 +1,7 @@
-// What a render cycle costs beside a copy of the same bytes, and beside the plain loop. Each iteration times
-// the three in turn, so that whatever else the machine does falls on all of them; the counters are medians
-// over the iterations, the ratios those of the ratios within one. --benchmark_counters_tabular=true makes a
-// table.
+// The cost of a render cycle compared with memcpy of the same bytes and with the plain loop. Each iteration
+// times all three in turn, so that other load affects them equally; the counters are medians over the
+// iterations, the ratios are medians of the ratios within one iteration. --benchmark_counters_tabular=true
+// prints a table.
 #include "engine/render_callback.h"
 #include "engine/render_reference.h"
 
@@ -17,10 +17,10 @@ namespace {
 
 using Nanoseconds = std::chrono::duration<double, std::nano>;
 
-constexpr double kRunNanoseconds = 20'000; ///< about how long one thing is timed in one iteration
+constexpr double kRunNanoseconds = 20'000; ///< about how long one subject is timed per iteration
 constexpr float kGain = 0.7F;
 
-/// The median of what was noted.
+/// The median of the recorded values.
 class Median {
  public:
   void note(double value) { values_.push_back(value); }
@@ -44,8 +44,9 @@ template <typename Action> double nanosecondsOf(std::size_t repetitions, Action 
   return Nanoseconds{std::chrono::steady_clock::now() - start}.count() / static_cast<double>(repetitions);
 }
 
-/// Samples that begin at a chosen place within a page. If two runs that are copied begin at the same place,
-/// the processor takes each load for one of what was just stored, which slows the copy down and flatters us.
+/// Samples that start at a chosen offset within a page. If source and target start at the same offset, the
+/// processor takes each load for one that depends on an earlier store, which slows the copy down and would
+/// flatter us.
 class Samples {
  public:
   Samples(std::size_t count, std::size_t placeInPage)
@@ -70,7 +71,7 @@ class Samples {
   float* data_;
 };
 
-/// One stereo buffer in and one out, and the block between them.
+/// One stereo input buffer, one output buffer, and the block between them.
 class Channel {
  public:
   explicit Channel(std::size_t floats)

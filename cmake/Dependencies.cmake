@@ -1,4 +1,4 @@
-# Every library that the program, its tests and its benchmarks use, found once. What each is for: docs/dependencies.md.
+# All libraries of the program, its tests and benchmarks. Their purposes: docs/dependencies.md.
 include_guard()
 
 find_package(PkgConfig REQUIRED)

@@ -1,5 +1,5 @@
-# What makes a fault of memory end the program instead of being of use to somebody: in every optimised build, except
-# where a sanitizer sees more.
+# Options that turn memory errors into crashes instead of exploits: in every optimised build without a
+# sanitizer, which finds more.
 include_guard()
 include(CheckPIESupported)
 
@@ -11,7 +11,7 @@ check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 set(flags
-    -U_FORTIFY_SOURCE # a compiler may come with a lower level
+    -U_FORTIFY_SOURCE  # the compiler may define a lower level
     -D_FORTIFY_SOURCE=3
     -D_GLIBCXX_ASSERTIONS
     -fstack-protector-strong

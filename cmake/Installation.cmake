@@ -1,16 +1,16 @@
-# What an installation holds, and the Debian package of it (scripts/package).
+# The contents of an installation, and the Debian package (scripts/package).
 include_guard()
 
 set(SONVEL_WEBSITE "https://quellmarsh.com/sonvel" CACHE STRING
-    "Where the maker publishes this tree's docs; software centres show the pictures from there")
-option(SONVEL_DEBIAN_PACKAGE "Install as Debian wants it, and say that packages update it" OFF)
+    "Address of the published docs; software centres load the screenshots from there")
+option(SONVEL_DEBIAN_PACKAGE "Install for a Debian package, without self-updates" OFF)
 
 set(id com.quellmarsh.sonvel)
 set(icons "${CMAKE_INSTALL_DATADIR}/icons/hicolor")
 set(packaging "${PROJECT_SOURCE_DIR}/packaging")
 
 install(TARGETS sonvel RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-install(TARGETS sonvel-guardian RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}") # only sonvel starts it
+install(TARGETS sonvel-guardian RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}")  # started only by sonvel
 install(FILES "${packaging}/${id}.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
 install(FILES "${PROJECT_SOURCE_DIR}/data/sonvel.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES "${PROJECT_SOURCE_DIR}/data/sonvel.bash-completion"
@@ -23,8 +23,8 @@ install(FILES "${PROJECT_BINARY_DIR}/${id}.service" DESTINATION "${CMAKE_INSTALL
 
 file(STRINGS "${PROJECT_SOURCE_DIR}/CHANGELOG.md" newest REGEX "^## \\[[0-9]" LIMIT_COUNT 1)
 string(REGEX MATCH "[0-9]+-[0-9]+-[0-9]+" SONVEL_RELEASE_DATE "${newest}")
-if(NOT SONVEL_RELEASE_DATE) # nothing has been released yet
-  string(TIMESTAMP SONVEL_RELEASE_DATE "%Y-%m-%d" UTC) # of SOURCE_DATE_EPOCH where that is set
+if(NOT SONVEL_RELEASE_DATE)  # no release yet
+  string(TIMESTAMP SONVEL_RELEASE_DATE "%Y-%m-%d" UTC)  # of SOURCE_DATE_EPOCH if set
 endif()
 configure_file("${packaging}/${id}.metainfo.xml.in" "${PROJECT_BINARY_DIR}/${id}.metainfo.xml" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/${id}.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
@@ -33,7 +33,7 @@ install(FILES "${packaging}/icons/${id}.svg" DESTINATION "${icons}/scalable/apps
 file(GLOB symbolic_icons CONFIGURE_DEPENDS "${packaging}/icons/${id}-*symbolic.svg")
 install(FILES ${symbolic_icons} DESTINATION "${icons}/symbolic/apps")
 find_program(RSVG_CONVERT rsvg-convert)
-if(RSVG_CONVERT) # else the scalable icon has to do
+if(RSVG_CONVERT)  # otherwise only the scalable icon is installed
   foreach(size IN ITEMS 16 22 24 32 48 64 128 256)
     set(picture "${PROJECT_BINARY_DIR}/icons/${size}.png")
     add_custom_command(OUTPUT "${picture}"
@@ -47,19 +47,19 @@ if(RSVG_CONVERT) # else the scalable icon has to do
 endif()
 
 install(FILES README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}") # where README.md has them
+install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}")  # README.md links to it there
 if(NOT SONVEL_DEBIAN_PACKAGE)
   install(FILES CHANGELOG.md LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
   return()
 endif()
 
-set(SONVEL_CONTACT "Sonvel maintainers <maintainers@quellmarsh.com>" CACHE STRING "Who answers for the package")
-set(SONVEL_DEBIAN_RELEASE 1 CACHE STRING "What follows the version in the package's own")
+set(SONVEL_CONTACT "Sonvel maintainers <maintainers@quellmarsh.com>" CACHE STRING "Maintainer of the package")
+set(SONVEL_DEBIAN_RELEASE 1 CACHE STRING "Debian revision of the package")
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file("${packaging}/debian/changelog.in" "${PROJECT_BINARY_DIR}/changelog.Debian" @ONLY)
 install(FILES "${packaging}/information.json" DESTINATION "${CMAKE_INSTALL_DATADIR}/sonvel")
 install(FILES "${packaging}/debian/copyright" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-# Packed, as Debian's policy has it.
+# Compressed, as Debian's policy requires.
 install(CODE "
   set(root \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
   file(COPY_FILE \"${PROJECT_SOURCE_DIR}/CHANGELOG.md\" \"\${root}/${CMAKE_INSTALL_DOCDIR}/changelog\")
@@ -76,7 +76,7 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE "${SONVEL_DEBIAN_RELEASE}")
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The modules that the views import, and what brings the platform's plugins and icons.
+# The QML modules that the views import, and packages for platform plugins and icons.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "qml6-module-qtquick, qml6-module-qtquick-layouts, qml6-module-qtquick-templates, qml6-module-qtquick-window, qml6-module-qtqml, qml6-module-qtqml-workerscript, hicolor-icon-theme")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "pipewire-audio, qt6-wayland")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "volume for every application")

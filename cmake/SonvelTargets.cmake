@@ -1,4 +1,4 @@
-# The three kinds of target that this tree has, each with the same language level and warnings.
+# The kinds of target in this project, each with the same language level and warnings.
 include_guard()
 include(GoogleTest)
 
@@ -16,26 +16,26 @@ target_include_directories(sonvel_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
 target_compile_options(sonvel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
     -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi $<$<BOOL:${SONVEL_WARNINGS_AS_ERRORS}>:-Werror>
-    -Wno-missing-field-initializers) # designated initialisers leave the rest to its defaults on purpose
+    -Wno-missing-field-initializers)  # designated initialisers omit members with defaults on purpose
 if(SONVEL_SANITIZE)
   target_compile_options(sonvel_options INTERFACE
       "-fsanitize=${SONVEL_SANITIZE}" -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(sonvel_options INTERFACE "-fsanitize=${SONVEL_SANITIZE}")
   if(SONVEL_SANITIZE STREQUAL "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # Qt's global statics have a fence, of which it says that it can't follow it.
+    # Qt uses a fence, which GCC's thread sanitizer does not support and warns about.
     target_compile_options(sonvel_options INTERFACE -Wno-tsan)
   endif()
 endif()
 
 # sonvel_library(name SOURCES ... [PUBLIC libs ...] [PRIVATE libs ...])
-# PUBLIC names what the folder's headers include, PRIVATE what only its sources do.
+# PUBLIC: libraries that the folder's headers include; PRIVATE: those that only its sources include.
 function(sonvel_library name)
   cmake_parse_arguments(arg "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${arg_SOURCES})
   target_link_libraries(${name} PUBLIC sonvel_options ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
 endfunction()
 
-# What Qt's tools make of a target's QML module is theirs to answer for.
+# No warnings and no clang-tidy for code that Qt's tools generate for a QML module.
 function(sonvel_leave_generated_code_alone target)
   get_target_property(sources ${target} SOURCES)
   list(FILTER sources INCLUDE REGEX "/(qmlcache/|${target}_qmltyperegistrations)")
@@ -50,8 +50,8 @@ function(sonvel_program name)
 endfunction()
 
 # sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [LAUNCHER program] [PROPERTIES ...])
-# A GoogleTest program, each of whose tests ctest runs and counts on its own, through the launcher if there is one. A
-# test that listens to a real sound server (label sound) has the machine to itself.
+# A GoogleTest program; ctest runs each of its tests separately, through the launcher if given. Tests that
+# listen to a real sound server (label sound) run alone.
 function(sonvel_test name)
   cmake_parse_arguments(arg "" "LAUNCHER" "SOURCES;LIBS;LABELS;PROPERTIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
@@ -66,7 +66,7 @@ function(sonvel_test name)
   endif()
   set(labels "")
   if(arg_LABELS)
-    set(labels LABELS "${arg_LABELS}") # an empty value would take the next property's name for its own
+    set(labels LABELS "${arg_LABELS}")  # an empty value would make the next property's name the value
   endif()
   gtest_discover_tests(${name}
       TEST_PREFIX "${name}."
@@ -77,8 +77,8 @@ endfunction()
 set(SONVEL_PYTHON /usr/bin/python3 CACHE FILEPATH "The Python that has the distribution's packages for tests")
 
 # sonvel_pytest(name FILES ... [ALONE] [LABELS ...] [TIMEOUT seconds])
-# Each test function of the files as a test of its own, in Python on a private desktop (see tests/support). ALONE: what
-# counts lost cycles has the machine to itself; others wait for what they want to hear, so two may run at once.
+# Runs each test function of the files as a test of its own, in Python on a private desktop (see tests/support). ALONE:
+# runs alone, because it counts lost cycles; other tests wait for what they want to hear, so two may run at once.
 function(sonvel_pytest name)
   cmake_parse_arguments(arg "ALONE" "TIMEOUT" "FILES;LABELS" ${ARGN})
   if(NOT arg_TIMEOUT)

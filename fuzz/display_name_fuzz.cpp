@@ -11,7 +11,7 @@ namespace {
 
 using fuzz::expect;
 
-// Qt's tables tell what must not be there; what is checked asks GLib's.
+// The check uses Qt's tables, the checked code GLib's.
 
 bool isMark(QChar::Category category) {
   return category == QChar::Mark_NonSpacing || category == QChar::Mark_SpacingCombining ||
@@ -30,16 +30,16 @@ bool isForbidden(char32_t character) {
 void check(std::string_view name) {
   const std::string shown = displayName(name);
   const std::u32string characters = QString::fromStdString(shown).toStdU32String();
-  expect(QString::fromStdU32String(characters).toStdString() == shown, "it is valid UTF-8");
-  expect(characters.size() <= 256, "it is short");
-  expect(shown.empty() || (shown.front() != ' ' && shown.back() != ' '), "it has no space around it");
-  expect(shown.find("  ") == std::string::npos, "its spaces are single");
-  expect(displayName(shown) == shown, "what is clean stays as it is");
-  int marks = 4; // it begins with none
+  expect(QString::fromStdU32String(characters).toStdString() == shown, "the name is valid UTF-8");
+  expect(characters.size() <= 256, "the name has at most 256 characters");
+  expect(shown.empty() || (shown.front() != ' ' && shown.back() != ' '), "the name has no space at its ends");
+  expect(shown.find("  ") == std::string::npos, "spaces are single");
+  expect(displayName(shown) == shown, "a clean name stays unchanged");
+  int marks = 4; // none precede the first character
   for (const char32_t character : characters) {
-    expect(!isForbidden(character), "it is one line that nothing turns round");
+    expect(!isForbidden(character), "no line end and no direction control");
     marks = isMark(QChar::category(character)) ? marks + 1 : 0;
-    expect(marks <= 4, "it has few marks on a character");
+    expect(marks <= 4, "at most four combining marks on a character");
   }
 }
 

@@ -5,7 +5,7 @@
 
 namespace sonvel::fuzz {
 
-/// Ends the run with a finding unless `holds`.
+/// Reports a finding and ends the run unless `holds`.
 inline void expect(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "Does not hold: %s\n", what);

@@ -1,26 +1,26 @@
-# Sourced by the scripts: makes sure that the packages are there that the project is built and tested with.
+# Sourced by the scripts: installs the packages for building and testing.
 
-# Keep in step with docs/dependencies.md. What differs between the releases of Debian stands here alone.
+# Keep docs/dependencies.md in step. Only this file knows the differences between Debian releases.
 clang_version=16
 if (. /etc/os-release && ((${VERSION_ID:-12} >= 13))); then clang_version=19; fi
 
-# What a packager needs to build the program (BUILD_TESTING=OFF), and the modules that it needs to run.
+# Packages for building the program without tests (BUILD_TESTING=OFF), and its run-time modules.
 build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-dev qt6-base-dev qcoro-qt6-dev
                 qt6-declarative-dev qt6-svg-dev libsodium-dev librsvg2-bin
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
                 qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window)
-# What the tests are built with, and the desktop and the sound session that they run in.
+# Packages for building the tests, and for the desktop and sound session that they run in.
 test_packages=(libgtest-dev libgmock-dev
                dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
                python3-pytest python3-numpy python3-dbus python3-dbusmock
                xvfb at-spi2-core fonts-dejavu-core hicolor-icon-theme adwaita-icon-theme openssl)
-# What makes a Debian package and checks it.
+# Packages for making and checking a Debian package.
 package_packages=(dpkg-dev file lintian desktop-file-utils appstream)
 bench_packages=(libbenchmark-dev pavucontrol)
 lint_packages=(git "clang-$clang_version" "libclang-rt-$clang_version-dev" "clang-tidy-$clang_version"
                "clang-format-$clang_version" python3 binutils)
 
-# install_packages PACKAGE...: quick when all are there.
+# install_packages PACKAGE...   returns quickly if all are installed
 install_packages() {
   local missing=() package
   for package in "$@"; do

@@ -1,4 +1,3 @@
-// The program `sign-feed`: makes keys, describes files for a feed, and signs feeds.
 
 #include "signing.h"
 #include "updater/appcast.h"
@@ -18,11 +17,10 @@ namespace {
 
 using sonvel::signing::SecretKey;
 
-constexpr const char* kUsage =
-    "sign-feed new-key KEYFILE          make a secret key, print its public key\n"
-    "sign-feed public-key KEYFILE       print the public key again\n"
-    "sign-feed describe FILE            print what a feed says about a file\n"
-    "sign-feed sign FEED KEYFILE...     sign a feed, in the place of older signatures\n";
+constexpr const char* kUsage = "sign-feed new-key KEYFILE          make a secret key, print its public key\n"
+                               "sign-feed public-key KEYFILE       print the public key again\n"
+                               "sign-feed describe FILE            print what a feed says about a file\n"
+                               "sign-feed sign FEED KEYFILE...     sign a feed, replacing older signatures\n";
 
 [[noreturn]] void fail(const QString& what, const QString& why) {
   throw std::runtime_error((what + QStringLiteral(": ") + why).toStdString());
@@ -36,11 +34,11 @@ QByteArray contentOf(const QString& path) {
 
 SecretKey keyFrom(const QString& path) {
   const auto key = SecretKey::fromBase64(contentOf(path));
-  if (!key) fail(path, QStringLiteral("is no secret key"));
+  if (!key) fail(path, QStringLiteral("is not a secret key"));
   return *key;
 }
 
-/// In a file that its owner alone can read, and never in the place of another.
+/// Writes a file readable only by its owner; never replaces a file.
 void makeKey(const QString& path) {
   const SecretKey key;
   const sonvel::updater::FileDescriptor output(
@@ -58,7 +56,7 @@ void describe(const QString& path) {
               sonvel::signing::hashText(content).constData());
 }
 
-/// Refuses what no copy of the program would take.
+/// Rejects what the program would not accept.
 void checkFeed(const QString& path, const QByteArray& feed) {
   const auto appcast = sonvel::updater::readAppcast(feed);
   if (!appcast) fail(path, QStringLiteral("can't be read, or lacks product, counter or expiry"));
