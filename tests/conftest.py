@@ -12,6 +12,6 @@ def session():
 
 @pytest.fixture
 def bus():
-    """A session without sound: a bus with nothing on it."""
+    """A private session with a bus but without sound."""
     with Session(daemons=()) as session:
         yield session

@@ -27,7 +27,7 @@ TEST_F(AppTest, EndsOnceAndOnlyWhenEveryTapIsGone) {
   ASSERT_TRUE(settle());
   ASSERT_EQ(controlled().size(), 2U);
 
-  HeldCall held(audio_, {.call = simulated::Call::destroyProcessTap, .after = 1}); // the last of the two
+  HeldCall held(audio_, {.call = simulated::Call::destroyProcessTap, .after = 1}); // the second removal fails
   EXPECT_EQ(delegate->applicationShouldTerminate(application), TerminateReply::later);
   ASSERT_TRUE(pumpUntil([&] { return held.isHeld(); }));
   EXPECT_EQ(delegate->applicationShouldTerminate(application), TerminateReply::later) << "a second request";
@@ -65,14 +65,14 @@ TEST_F(AppTest, NoticesOnTheMainThreadWhatTheServerDoes) {
   server.setRights(AudioServer::Rights::restricted);
   pump();
   EXPECT_EQ(notice->text(), "") << "the permission card says it";
-  server.setRights(AudioServer::Rights::granted); // is on its way
+  server.setRights(AudioServer::Rights::granted); // posted but not delivered yet
   pump();
   isPulseAudioServing = true;
   notice->update();
   EXPECT_TRUE(heard.back().contains("pipewire-audio"));
   const auto told = heard.size();
   notice.reset();
-  become(connected); // finds nobody
+  become(connected); // delivered after the notice's end
   pump();
   EXPECT_EQ(heard.size(), told);
 }

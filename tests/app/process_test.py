@@ -1,4 +1,4 @@
-"""The real program without a display and a sound server: how it starts beside another, and all that ends it."""
+"""The real program without display and sound server: a second start, and everything that ends it."""
 import os
 import pathlib
 import signal
@@ -14,7 +14,7 @@ CLIENT, CLIENT_PATH = "org.gnome.SessionManager.ClientPrivate", MANAGER_PATH + "
 
 
 def signals(process, field):
-    """What the kernel says of a process's signals: a bit each, SIGHUP's first."""
+    """A signal mask of the process, from /proc; bit 0 is SIGHUP."""
     status = pathlib.Path(f"/proc/{process.pid}/status").read_text()
     return int(status.split(field + ":")[1].split()[0], 16)
 
@@ -77,7 +77,7 @@ def test_lets_the_session_manager_wait_until_all_is_done(bus, start):
         return manager.calls("EndSessionResponse", CLIENT_PATH)
 
     def say_until(name, condition, *arguments):
-        """Again and again, for at first nobody may listen."""
+        """Repeatedly, because at first nobody may be listening."""
         def say():
             manager.signal(CLIENT, name, *arguments, path=CLIENT_PATH)
             try:

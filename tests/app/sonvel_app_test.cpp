@@ -24,7 +24,7 @@ rlimit openFiles() {
   return limit;
 }
 
-/// The whole program on a machine that has neither a session bus nor a sound server, nor a display.
+/// The whole program without session bus, sound server and display.
 TEST(SonvelAppTest, LetsProgramsThatItStartsHaveTheLimitOfOpenFilesOfBeforeAndNoSignalBlocked) {
   const desktop::TemporaryFolder folder;
   qunsetenv("PIPEWIRE_RUNTIME_DIR");
@@ -69,7 +69,7 @@ TEST(SonvelAppTest, LetsProgramsThatItStartsHaveTheLimitOfOpenFilesOfBeforeAndNo
   EXPECT_EQ(app->run(), EXIT_SUCCESS) << "it was asked before it ran";
   std::raise(SIGTERM);
   app.reset();
-  EXPECT_EQ(openFiles().rlim_cur, 700); // what is started now is a new version of the program
+  EXPECT_EQ(openFiles().rlim_cur, 700); // this is what a new version would be started with
 }
 
 } // namespace

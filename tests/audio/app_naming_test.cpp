@@ -28,7 +28,7 @@ TEST(AppNaming, CleansRolesOffTheEnd) {
       {" \t ", std::nullopt},
       {"\u3000\u00A0\u1680\u2003\u200A\u202F\u205F", std::nullopt},
       {"\u2003Player\u00A0", "Player"},
-      {"Playe\u0440", "Playe\u0440"}, // its last bytes are no space
+      {"Playe\u0440", "Playe\u0440"}, // its last bytes look like a space but are none
       {"Google Chrome Helper (Renderer)", "Google Chrome"},
       {"Bar Web Content Helper", "Bar"},
       {"Baz Helper Helper Helper", "Baz"},
@@ -46,14 +46,14 @@ TEST(AppNaming, ChoosesTheFirstNameThatServes) {
     Text bundleID, processName, localizedName;
     std::string name;
   } cases[] = {
-      // The table wins over what the process says.
+      // The table has priority over the process's name.
       {"com.microsoft.teams2.helper", "x", "y", "Microsoft Teams"},
       {"com.apple.TVRemote", std::nullopt, "Remote", "Apple TV"},
       {"com.tinyspec\u212A.slac\u212Amacgap", std::nullopt, "y", "Slack"},
-      // Then the localized name and the process's own, cleaned.
+      // Next: the localized name, then the process's own, both cleaned.
       {"com.example.player", "Engine", "Player Helper", "Player"},
       {"com.example.player", "Engine Helper (GPU)", "  ", "Engine"},
-      // Then a localized name of spaces, and what the identifier gives.
+      // Last: a localized name of spaces, and the identifier.
       {"com.example.player", " ", "  ", "  "},
       {"com.example.Recorder.helper.gpu", std::nullopt, "", "Recorder"},
       {"com.example.Recorder..", "", "", "Recorder"},

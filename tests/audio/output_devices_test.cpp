@@ -36,7 +36,7 @@ TEST(OutputDevices, HaveTheVolumeOfTheWholeOrOfBothChannels) {
     const char* what;
     std::map<std::uint32_t, VolumeControl> volumes;
     std::optional<float> before;
-    std::vector<std::optional<float>> after; ///< the whole, left, right, once 0.75 was written
+    std::vector<std::optional<float>> after; ///< the whole, left and right after writing 0.75
     bool isWritten = true;
   } cases[] = {
       {"the whole", {{0, {0.25F}}, {1, {0.5F}}}, 0.25F, {0.75F, 0.5F, std::nullopt}},

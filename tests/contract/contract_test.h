@@ -7,12 +7,12 @@
 
 namespace sonvel::contract {
 
-/// What the block of an IOProc does and saw. The block writes it, the test reads it.
+/// The behaviour and observations of an IOProc's block. Written by the block, read by the test.
 struct BlockState {
   explicit BlockState(float factor)
       : gain(factor) {}
 
-  std::atomic<float> gain; ///< the block's output is its input times this; 0: it writes nothing
+  std::atomic<float> gain; ///< output = input times this; 0: writes nothing
   std::atomic<int> calls = 0;
   std::atomic<float> inputPeak = 0.0F; ///< of the last call
 };
@@ -20,8 +20,8 @@ struct BlockState {
 /// A block that plays its input times the gain; keeps `state`.
 IOProcBlock playingBlock(std::shared_ptr<BlockState> state);
 
-/// A tap on a process, joined with a device, with a playing block on it. Reports whatever step fails, and
-/// removes what is left of itself.
+/// A tap on a process, an aggregate device, and a playing block on it. Reports a failed step, and removes
+/// what is left at the end.
 class TapChain {
  public:
   struct Options {
@@ -36,7 +36,7 @@ class TapChain {
   TapChain(const TapChain&) = delete;
   TapChain& operator=(const TapChain&) = delete;
 
-  /// Takes it down step by step, in the order IOProc, aggregate device, tap.
+  /// Removes the IOProc, the aggregate device and the tap, in this order.
   void destroy();
 
   AudioObjectID tap = kAudioObjectUnknown;
@@ -48,11 +48,11 @@ class TapChain {
   AudioHardware& hardware_;
 };
 
-/// How a private tap on one process and an aggregate device for it are described.
+/// Descriptions of a private tap on one process, and of its aggregate device.
 TapDescription tapOn(AudioObjectID process, TapMuteBehavior muteBehavior = TapMuteBehavior::muted);
 AggregateDeviceDescription aggregateOf(const std::string& device, const std::string& tapUID);
 
-/// The base of all contract tests.
+/// Base of all contract tests.
 class AudioContract : public testing::Test {
  protected:
   struct Program {
@@ -68,7 +68,7 @@ class AudioContract : public testing::Test {
     return {hardware(), process, device, std::move(options)};
   }
 
-  /// A number; none if it can't be read.
+  /// Reads a number; none if unreadable.
   template <class T> std::optional<T> number(AudioObjectID object, const PropertyAddress& address) {
     T value = 0;
     std::uint32_t size = 0;
@@ -80,7 +80,7 @@ class AudioContract : public testing::Test {
   std::vector<AudioObjectID> list(std::uint32_t selector);
   std::optional<std::string> text(AudioObjectID object, std::uint32_t selector);
 
-  /// 0 if there is none.
+  /// 0 if not found.
   AudioObjectID processWithPID(std::int32_t pid);
   AudioObjectID deviceWithUID(const std::string& uid);
 
@@ -90,13 +90,13 @@ class AudioContract : public testing::Test {
   /// Starts a program and waits until it is heard at the default device.
   Program startAudibleProgram(Tone tone, const std::string& bundleID = "");
 
-  /// Waits until the block is called with a peak between these.
+  /// Waits until the block is called with a peak in this range.
   testing::AssertionResult blockHears(const BlockState& state, double least, double most);
 
-  /// Waits until the block has been called again twice.
+  /// Waits for two more calls of the block.
   testing::AssertionResult blockRuns(const BlockState& state);
 
-  /// Whether the block is not called any more and nobody but the test keeps it.
+  /// Whether the block is no longer called, and only the test keeps its state.
   testing::AssertionResult blockIsGone(const std::shared_ptr<BlockState>& state);
 
  private:
@@ -107,7 +107,7 @@ constexpr PropertyAddress global(std::uint32_t selector) noexcept {
   return {.selector = selector, .scope = scope::kGlobal, .element = kElementMain};
 }
 
-/// An ID that no system gives away soon.
+/// An object ID that no system uses soon.
 inline constexpr AudioObjectID kUnheardOfObject = 0x7FFF'FF00;
 inline constexpr IOProcID kUnheardOfIOProc = 0x7FFF'FF00;
 

@@ -37,7 +37,7 @@ TEST_F(AudioContract, DevicesHaveNamesAndStreamsAndAnAggregateDeviceIsOneOfThem)
 }
 
 TEST_F(AudioContract, VolumeIsReadAsItWasWrittenAndTheMainOneKeepsTheBalance) {
-  startAudibleProgram(kTone); // a device may not take a volume before it has run
+  startAudibleProgram(kTone); // some devices accept a volume only after they have run
   const AudioObjectID device = deviceWithUID(kSpeakers);
   const auto write = [&](std::uint32_t element, float scalar, float wanted) {
     bool isSettable = false;

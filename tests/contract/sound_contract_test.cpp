@@ -24,7 +24,7 @@ TEST_F(AudioContract, MutedTapIsHeardAsItsBlockPlaysItAtTheDeviceOfItsAggregateA
     EXPECT_TRUE(blockHears(*chain.state, 0.39, 0.41));
     EXPECT_TRUE(system().becomesAudible(kHeadphones, scaled(kTone, gain)));
     EXPECT_TRUE(system().becomesSilent(kSpeakers));
-    chain.state->gain = 0.0F; // from now on it writes nothing
+    chain.state->gain = 0.0F; // writes nothing from now on
     EXPECT_TRUE(system().becomesSilent(kHeadphones));
     chain.destroy();
     EXPECT_TRUE(system().becomesAudible(kSpeakers, kTone));

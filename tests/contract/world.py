@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""world.py COMMAND [ARGUMENT]...: runs a test program in a private sound session, and does what the program asks by
-lines at the descriptor SONVEL_WORLD: the name of a method of World, and its arguments."""
+"""world.py COMMAND [ARGUMENT]...: runs a test program in a private sound session, and serves its requests:
+lines at the descriptor SONVEL_WORLD with the name and arguments of a method of World."""
 
 import os
 import socket

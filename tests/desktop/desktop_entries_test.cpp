@@ -18,7 +18,7 @@ std::string entryText(const std::string& name, const std::string& exec, const st
 
 class DesktopEntriesTest : public testing::Test {
  protected:
-  /// As if nothing had been changed for long: time stamps of a moment ago could hide a change.
+  /// Sets old time stamps, because recent ones could hide a change.
   void settle() const {
     const auto earlier = fs::file_time_type::clock::now() - std::chrono::hours(1);
     for (const char* name : {"user", "user/sub", "bin"})
@@ -75,7 +75,7 @@ TEST_F(DesktopEntriesTest, AreReadAgainOnlyAfterAChange) {
 
   const auto tick = fs::last_write_time(folder_.path("user"));
   folder_.write("user/second.desktop", entryText("Second", program_));
-  fs::last_write_time(folder_.path("user"), tick); // within one tick of the kernel
+  fs::last_write_time(folder_.path("user"), tick); // within one kernel tick
   EXPECT_NE(entries_.current()->find("second"), nullptr);
 }
 

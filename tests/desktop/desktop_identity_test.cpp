@@ -1,4 +1,4 @@
-// Which application a client of the sound server belongs to.
+// Finds the application of a client of the sound server.
 
 #include "desktop/desktop_identity.h"
 #include "desktop/systemd_unit.h"
@@ -70,12 +70,12 @@ AudioClient claiming(std::optional<std::string> applicationID, std::optional<std
 
 struct Case {
   std::optional<std::string> expected;
-  Words commands; ///< of the process, of its parent, and so on
+  Words commands; ///< of the process, its parent and so on
   std::string unit = "session.scope";
   AudioClient client = claiming({});
 };
 
-/// Every parent is older than its child and has a smaller ID.
+/// Parents are older than their children and have smaller IDs.
 std::map<std::int32_t, ProcessFacts> running(const Words& commands, const std::string& unit) {
   std::map<std::int32_t, ProcessFacts> processes;
   std::int32_t pid = kPID;
@@ -105,42 +105,42 @@ const std::string kUnit = "app-gnome-music-1.scope";
 const std::string kTunes = "/usr/bin/python3.11 /usr/bin/pytunes";
 
 const Case kCases[]{
-    // A sandbox beats a unit, that a program, and that what the client claims.
+    // Priority: sandbox, unit, program, the client's claim.
     {"org.example.Box", {"/usr/bin/player"}, kUnit, claiming("claimed", {}, "org.example.Box")},
     {"music", {"/usr/bin/player"}, kUnit},
     {"player", {"/usr/bin/player"}, {}, claiming("claimed", "player")},
     {"claimed", {}, {}, claiming("claimed.desktop", "binary")},
     {"binary", {}, {}, claiming({}, "binary")},
     {std::nullopt, {}, {}, claiming("", "", "")},
-    // A process that plays for another program names nothing.
+    // A process that plays for another program gives no name.
     {"tune", {"/usr/bin/music"}, kUnit, claiming({}, "tune")},
     {"music", {"/usr/bin/music"}, {}, claiming({}, "Music")},
     {"pytunes", {kTunes}, {}, claiming({}, "pytunes")},
-    // Nobody else is this program.
+    // No other program is this program.
     {kOwnID, {"/usr/bin/sonvel"}},
     {"liar", {"/usr/bin/liar"}, "app-com.quellmarsh.sonvel-1.scope", claiming(kOwnID, "liar")},
     {"liar", {"/usr/bin/liar"}, {}, claiming("com.quellmarsh.sonvel.desktop")},
-    // What the user starts in a terminal has the unit of the terminal.
+    // Programs started in a terminal have the terminal's unit.
     {"music", {"/usr/bin/unknown"}, "app.slice/app-music-1.scope/sub.scope"},
     {"player", {"/usr/bin/player"}, "app-terminal-1.scope"},
     {std::nullopt, {"/usr/bin/unknown", "/usr/bin/bash", "/usr/bin/terminal"}, "app-terminal-1.scope"},
     {"terminal", {"/usr/bin/terminal"}, "app-terminal-1.scope"},
     {std::nullopt, {"/usr/bin/unknown", "/usr/bin/zsh -i", kEditor}, kEdited},
     {"editor", {"/usr/bin/unknown", "/usr/bin/sh -c unknown", kEditor}, kEdited},
-    // A program is that of the nearest entry that starts it, or of the only program in its folder.
+    // The entry that starts a program most exactly, or the only program in its folder.
     {"music-mini", {"/usr/bin/music --mini"}},
     {"music", {"/usr/bin/music a.ogg"}},
     {std::nullopt, {"/opt/suite/helper"}},
     {std::nullopt, {"/usr/bin/music-helper"}},
     {std::nullopt, {"/usr/lib/x86_64-linux-gnu/other/player"}},
     {"fox", {"/usr/lib/fox-115/fox-bin"}},
-    // An interpreter is the script that it runs.
+    // An interpreter stands for its script.
     {"pytunes", {"/usr/bin/python3.11 -u ../../../usr/bin/pytunes a.ogg"}},
     {std::nullopt, {"/usr/bin/python3.11 /home/me/beep.py /usr/bin/pytunes"}},
     {std::nullopt, {"/usr/bin/python3.11 -c /usr/bin/pytunes"}},
     {"pytunes", {"/usr/bin/python3.11 -m worker", kTunes}},
     {std::nullopt, {"/usr/bin/python3.11 /home/me/beep.py", kTunes}},
-    // A parent names its helpers, not whatever it starts.
+    // A parent names only its own helpers.
     {"webview", {"/usr/lib/webkit2gtk-4.1/WebKitWebProcess", "/usr/bin/bwrap", "/usr/bin/webview"}},
     {"one-of-two", {"/opt/suite/lib/helper", "/opt/suite/one"}},
     {std::nullopt, {"/opt/suite-extra/helper", "/opt/suite/one"}},
@@ -158,7 +158,7 @@ TEST_F(DesktopIdentityTest, NamesTheApplication) {
 TEST_F(DesktopIdentityTest, TakesNoYoungerProcessForAParent) {
   processes_.processes = running({"/usr/bin/bwrap", "/usr/bin/music"}, {});
   EXPECT_EQ(identity_.bundleIdentifier(claiming({})), "music");
-  processes_.processes.at(kPID - 1).startTimeTicks = 5000; // the ID has been given to another
+  processes_.processes.at(kPID - 1).startTimeTicks = 5000; // the ID now belongs to another process
   EXPECT_EQ(identity_.bundleIdentifier(claiming({})), std::nullopt);
 }
 

@@ -1,5 +1,4 @@
-// Says the appearance that the desktop's settings ask for, each time that it changes, and ends with its
-// input.
+// Prints the appearance from the desktop's settings at each change; ends when its input ends.
 #include "desktop/portal_appearance.h"
 
 #include <QCoreApplication>

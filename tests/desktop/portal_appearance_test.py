@@ -1,4 +1,4 @@
-"""The appearance that the desktop's settings portal asks for."""
+"""The appearance settings of the desktop portal."""
 import math
 
 import dbus
@@ -33,7 +33,7 @@ def color(*channels):
     return dbus.Struct(channels, signature="ddd")
 
 
-CHANGES = [  # and what is to be heard of them
+CHANGES = [  # and the expected output
     (APPEARANCE, "color-scheme", dbus.UInt32(2), "light 3366ff calm"),
     (APPEARANCE, "color-scheme", dbus.UInt32(7), "any 3366ff calm"),
     (APPEARANCE, "color-scheme", dbus.UInt32(1), "dark 3366ff calm"),

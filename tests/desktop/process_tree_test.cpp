@@ -46,8 +46,8 @@ TEST(ProcFilesystem, ReadsWhatIsThere) {
 }
 
 TEST(ProcFilesystem, KnowsNoExecutableThatIsAnotherFileHere) {
-  // The relative link stands for the path of a sandbox: from the process it leads to one file, from here to
-  // another.
+  // The relative link stands for a sandbox's path: seen from the process and from the test it leads to
+  // different files.
   const TemporaryFolder folder;
   folder.write("proc/42/stat", statusLine("boxed", 1, 2));
   folder.writeProgram("proc/bin/player", "inside");

@@ -9,7 +9,7 @@
 
 namespace sonvel::desktop {
 
-/// A folder of the test's own, gone with it.
+/// A temporary folder, deleted on destruction.
 class TemporaryFolder {
  public:
   TemporaryFolder() {

@@ -9,7 +9,7 @@
 namespace sonvel {
 namespace {
 
-/// An object without any protection of its own.
+/// An object without locks.
 struct Journal {
   explicit Journal(std::weak_ptr<Executor> ownExecutor)
       : executor(std::move(ownExecutor)) {}
@@ -17,7 +17,7 @@ struct Journal {
   std::weak_ptr<Executor> executor;
 };
 
-/// A coroutine that nobody waits for.
+/// A coroutine that nobody awaits.
 struct Detached {
   struct promise_type {
     Detached get_return_object() const noexcept { return {}; }
@@ -34,7 +34,7 @@ struct Detached {
 
 using Landing = std::pair<int, bool>;
 
-/// Awaits a reply, and tells what it gave (-1: it threw) and whether it went on on `where`.
+/// Awaits a reply; reports its value (-1: exception) and whether it resumed on `where`.
 Detached land(Reply<int> reply, Executor& where, std::promise<Landing>& landed) {
   int value = -1;
   try {

@@ -21,7 +21,7 @@ class ControllerTest : public testing::Test {
     audio_.addDevice({.uid = "headset", .name = "Headset"});
   }
 
-  /// An application that plays the same sample for ever to the default device.
+  /// An application that constantly plays the same sample to the default device.
   AudioApp playingApp(AudioObjectID objectID, float sample = 0.25F, std::int32_t pid = 512) {
     const auto bundleID = "com.example.Player" + std::to_string(objectID);
     audio_.addProcess({.pid = pid,
@@ -36,7 +36,7 @@ class ControllerTest : public testing::Test {
     controller_->addChannel(app, 1.0F, false, std::move(outputUID));
   }
 
-  /// The description of what addChannel throws; empty if it throws nothing.
+  /// The error description of addChannel; empty if it succeeds.
   std::string errorOfAddChannel(const AudioApp& app, std::optional<std::string> outputUID = std::nullopt) {
     try {
       addChannel(app, std::move(outputUID));
@@ -46,7 +46,7 @@ class ControllerTest : public testing::Test {
     return {};
   }
 
-  /// The one sample that a device makes audible in one cycle.
+  /// The constant sample that a device makes audible in one cycle.
   float heard(const std::string& deviceUID) {
     audio_.runCycle();
     const auto frames = audio_.heard(deviceUID);
@@ -57,12 +57,12 @@ class ControllerTest : public testing::Test {
     return frames.empty() ? 0.0F : frames.front().left;
   }
 
-  /// Lets every call of a kind fail until clearFailures, on one object or on any.
+  /// Makes every call of a kind fail, on one object or any, until clearFailures().
   void failAlways(simulated::Call call, std::optional<AudioObjectID> object = std::nullopt) {
     audio_.fail({.call = call, .status = -50, .object = object, .times = std::nullopt});
   }
 
-  /// The calls that make and remove things, as they were made since clearLog.
+  /// The creating and removing calls since clearLog().
   std::vector<simulated::Call> changes() const {
     std::vector<simulated::Call> calls;
     for (const auto& logged : audio_.log()) {
@@ -71,7 +71,7 @@ class ControllerTest : public testing::Test {
     return calls;
   }
 
-  /// Lets time pass, and what it brings about happen.
+  /// Advances time and runs the resulting work.
   void advance(Clock::Duration duration) {
     clock_.advance(duration);
     executor_->runAll();

@@ -1,5 +1,5 @@
-// Every call of the audio system fails in turn, alone and together with another one, while sessions are
-// built, moved, rebuilt, followed, restarted and taken down.
+// Every call of the audio system fails in turn, alone and with another one, while sessions are built, moved,
+// rebuilt, followed, restarted and removed.
 
 #include "engine/controller_test.h"
 
@@ -11,13 +11,13 @@ using simulated::Call;
 
 constexpr OSStatus kPairStatus = -51;
 
-/// One life of a controller with two applications, "87" at a half and "88" as it is.
+/// The life of a controller with two applications: "87" at gain 0.5, and "88" unchanged.
 class Life : public ControllerTest {
  public:
   void TestBody() override {}
 
-  /// Has the calls fail that are so many calls after the start, lives, and checks what must always hold.
-  /// Returns the number of calls.
+  /// Runs the life with failures after the given numbers of calls, and checks the invariants. Returns the
+  /// number of calls.
   std::size_t live(const std::vector<simulated::Failure>& failures) {
     for (const auto& failure : failures)
       audio_.fail(failure);
@@ -43,7 +43,7 @@ class Life : public ControllerTest {
     for (int retry = 0; retry < 2; ++retry)
       advance(2s);
     EXPECT_EQ(controller_->restorationFailure(), std::nullopt);
-    if (hasFailedToUndo()) return calls; // which is not tried again
+    if (hasFailedToUndo()) return calls; // a failed undo is not retried
     const bool isControlled = controller_->isControlled(87);
     EXPECT_EQ(heard("speakers") + heard("headset"), 0.5F + (isControlled ? 0.125F : 0.25F))
         << "each is heard once, as it should be";
@@ -56,7 +56,7 @@ class Life : public ControllerTest {
   }
 
  private:
-  /// Whether one of two failures hit the building of a session and the other one the undoing of that.
+  /// Whether one failure hit the building of a session and the other its undoing.
   bool hasFailedToUndo() const {
     const auto log = audio_.log();
     const auto isIn = [&](Call first, Call last, auto... others) {

@@ -1,4 +1,4 @@
-// Sessions on a desktop where devices, processes and routes come and go.
+// Sessions while devices, processes and routes come and go.
 
 #include "engine/controller_test.h"
 
@@ -25,7 +25,7 @@ class Following : public ControllerTest {
                               .streams = {simulated::constantSignal(sample, sample)}});
   }
 
-  /// What is heard at both devices, with every change followed.
+  /// What both devices make audible after all changes were followed.
   std::pair<float, float> heardAtBoth() {
     executor_->runAll();
     const float speakers = heard("speakers");

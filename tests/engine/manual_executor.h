@@ -7,7 +7,7 @@
 
 namespace sonvel {
 
-/// An executor that runs its work when it is told to. One thread; every caller counts as its work.
+/// Runs its work on request. One thread; every caller counts as its work.
 class ManualExecutor final : public Executor {
  public:
   void post(std::function<void()> work) override { work_.push_back(std::move(work)); }
@@ -22,7 +22,7 @@ class ManualExecutor final : public Executor {
     work();
   }
 
-  /// Runs what is posted meanwhile, too.
+  /// Also runs work posted meanwhile.
   void runAll() {
     while (!work_.empty())
       runNext();

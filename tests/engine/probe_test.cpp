@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 
 class Probe : public ControllerTest {
  protected:
-  /// Begins to probe; the answer comes into `answer_`.
+  /// Starts a probe; its answer is stored in `answer_`.
   void begin() {
     controller_->probeCapture([this](std::optional<bool> answer) { answers_.push_back(answer); });
   }

@@ -17,9 +17,9 @@ constexpr auto kNoData = std::nullopt;
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-using Sizes = std::vector<std::optional<std::uint32_t>>; ///< in bytes; a buffer without a size has no data
+using Sizes = std::vector<std::optional<std::uint32_t>>; ///< in bytes; none: a buffer without data
 
-/// One direction of a cycle: memory for each buffer, and the list that shows it.
+/// One direction of a cycle: memory for each buffer, and the buffer list.
 class Buffers {
  public:
   /// Filled by `sample(buffer, position)`.
@@ -48,7 +48,7 @@ float untouched(std::size_t /*buffer*/, std::size_t /*position*/) {
   return kUntouched;
 }
 
-/// Another value at every place, its sign alternating and the last of a buffer the largest.
+/// A different value at every position, with alternating signs; the last in a buffer is the largest.
 float rising(std::size_t buffer, std::size_t position) {
   const auto size = static_cast<float>(position + 1) / 1024.0F + static_cast<float>(buffer) * 0.0001F;
   return position % 2 == 0 ? size : -size;

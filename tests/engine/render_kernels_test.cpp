@@ -25,7 +25,7 @@ const std::array kSpecialSamples{0.0F,
                                  -Limits::infinity(),
                                  Limits::quiet_NaN(),
                                  kOddNaN,
-                                 std::bit_cast<float>(0x7f812345U), // a signalling one
+                                 std::bit_cast<float>(0x7f812345U), // a signalling NaN
                                  Limits::denorm_min(),
                                  -Limits::min() / 2.0F,
                                  Limits::lowest()};
@@ -40,7 +40,7 @@ std::vector<ScaleAndPeak> kernelsOfThisProcessor() {
   return kernels;
 }
 
-/// Quiet and loud samples, one in `specialEvery` of them a special one; without specials if that is zero.
+/// Quiet and loud samples, with one special value in `specialEvery`; 0: none.
 std::vector<float> makeSamples(std::size_t count, std::uint32_t specialEvery, std::mt19937& random) {
   std::uniform_real_distribution<float> loud{-1.5F, 1.5F};
   std::vector<float> samples(count);
@@ -58,8 +58,8 @@ bool haveSameBits(const std::vector<float>& left, const std::vector<float>& righ
                             std::bit_cast<std::uint32_t, float>);
 }
 
-/// Runs a kernel and the plain loop on `samples`, from and to addresses so many floats behind an aligned one,
-/// and in place. The input ends where its memory ends, the output has guards on both sides.
+/// Compares a kernel with the plain loop on `samples`, at the given distances in floats from an aligned
+/// address, and in place. The input ends at the end of its memory; the output has guard values on both sides.
 bool equalsPlainLoop(ScaleAndPeak kernel, const std::vector<float>& samples, float gain, float peak,
                      std::size_t inOffset, std::size_t outOffset) {
   const std::size_t count = samples.size();

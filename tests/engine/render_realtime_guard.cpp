@@ -11,7 +11,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-// The heap and the locks of the whole program come through here; the real ones do the work.
+// Replaces the heap and lock functions of the whole program; the real ones do the work.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -35,7 +35,7 @@ LockMutex findRealLockMutex() noexcept {
   return reinterpret_cast<LockMutex>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
 }
 
-/// Lets the process exit; any other system call ends it.
+/// Permits only the process's exit; any other system call kills it.
 bool allowExitAlone() noexcept {
   sock_filter steps[] = {
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),

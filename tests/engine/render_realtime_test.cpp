@@ -19,14 +19,14 @@ constexpr int kCleanExitCode = 0;
 constexpr int kWrongResultExitCode = 1;
 constexpr int kNoGuardExitCode = 2;
 
-/// Runs `action` guarded, in a process that must be the child of a death test.
+/// Runs `action` guarded; the process must be the child of a death test.
 template <typename Action> [[noreturn]] void runGuarded(Action action) {
-  std::setvbuf(stdout, nullptr, _IONBF, 0); // a line that is only kept is not seen
+  std::setvbuf(stdout, nullptr, _IONBF, 0); // unbuffered, because buffered output would be lost
   if (!enterGuardedRun()) _exit(kNoGuardExitCode);
   _exit(action() ? kCleanExitCode : kWrongResultExitCode);
 }
 
-// Volatile, so that no compiler can leave out what the guard has to see.
+// Volatile, so that no compiler removes what the guard must detect.
 void* volatile sink = nullptr;
 
 TEST(RealtimeGuardDeathTest, SeesWhatACycleMustNotDo) {

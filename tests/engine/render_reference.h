@@ -13,7 +13,7 @@
 
 namespace sonvel {
 
-/// What every kernel must equal bit for bit: one sample after the other, and kept so by the compiler.
+/// The reference that every kernel must match bit for bit; compiled without vectors.
 [[SONVEL_NOT_VECTORIZED gnu::noinline]] inline float
 plainScaleAndPeak(float gain, const float* in, float* out, std::size_t count, float peak) noexcept {
   SONVEL_ONE_BY_ONE

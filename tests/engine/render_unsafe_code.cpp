@@ -1,4 +1,4 @@
-// Not safe in real time: each function must be found by scripts/check-realtime.
+// Not real-time safe: scripts/check-realtime must report each function.
 #include <cstdio>
 #include <mutex>
 #include <vector>

@@ -1,4 +1,4 @@
-// Building sessions and changing them while they play.
+// Building sessions, and changing them while they play.
 
 #include "engine/controller_test.h"
 
@@ -153,7 +153,7 @@ TEST_F(Session, IsMeteredBeforeGainAndMuteAndFallsWithItsApplication) {
   EXPECT_THAT(controller_->peaks(), ElementsAre(Pair(12U, 0.25F), Pair(45U, 0.5F)));
   EXPECT_EQ(controller_->metrics(45), (ChannelMetrics{.inPeak = 0.5F, .cycles = 2, .outBufs = 1}));
   executor_->runAll();
-  audio_.setPlaying(45, false); // with it the device stops calling the block
+  audio_.setPlaying(45, false); // then the device stops calling the block
   executor_->runAll();
   EXPECT_THAT(controller_->peaks(), ElementsAre(Pair(12U, 0.25F), Pair(45U, 0.0F)));
 }

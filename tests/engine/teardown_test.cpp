@@ -1,4 +1,4 @@
-// Taking sessions down, and trying again what has failed.
+// Removing sessions, and retrying what has failed.
 
 #include "engine/controller_test.h"
 
@@ -17,7 +17,7 @@ const std::string kTapFailure = "AudioHardwareDestroyProcessTap (OSStatus -50)";
 
 class Teardown : public ControllerTest {
  protected:
-  /// Three channels, added in no order.
+  /// Three channels, not added in the order of their IDs.
   void addThreeChannels() {
     for (const AudioObjectID appID : {90U, 12U, 45U})
       addChannel(playingApp(appID));
@@ -140,7 +140,7 @@ TEST_F(Teardown, OneLoopRetriesAllAndIsOverOnlyWhenItsEndHasHadItsTurn) {
 
   executor_->runAll();
   clock_.advance(1s);
-  executor_->runNext(); // the attempt succeeds, and its end waits
+  executor_->runNext(); // the attempt succeeds; the work that ends it is queued
   EXPECT_EQ(controller_->restorationFailure(), std::nullopt);
   failAlways(Call::destroyProcessTap);
   controller_->removeChannel(45);

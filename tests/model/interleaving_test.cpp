@@ -11,8 +11,8 @@ using testing::ElementsAre;
 /// Two applications play, "Alpha" and "Beta".
 class InterleavingTest : public MixerTest {
  protected:
-  /// Lets `begin`, or else the panel's appearance, lead to a call of the audio system, and does `act` while
-  /// that call is under way.
+  /// Waits until `begin`, or opening the panel, leads to the given call of the audio system, and runs `act`
+  /// during that call.
   void during(WhichCall call, const std::function<void()>& act, const std::function<void()>& begin = {}) {
     HeldCall held(audio_, call);
     begin ? begin() : model_->onAppear();
@@ -62,7 +62,7 @@ TEST_F(InterleavingTest, ARowDismissedWhileItsTapIsStartedOrMovedLeavesNoTap) {
 }
 
 TEST_F(InterleavingTest, ARowDismissedAndMadeAnewWhileItsTapIsStartedKeepsTheNewTap) {
-  // Of two reconciliations the first is starting Beta when the second is still at Alpha.
+  // The first reconciliation is starting Beta while the second is still at Alpha.
   model_->onAppear();
   during({.call = Call::createProcessTap, .after = 1}, [this] {
     pump();
@@ -76,7 +76,7 @@ TEST_F(InterleavingTest, AProcessThatRestartsWhileItsTapIsStartedIsControlledAsT
   during({.call = Call::createProcessTap}, [this] {
     audio_.removeProcess(alpha_);
     alpha_ = play("Alpha", "com.example.alpha");
-    model_->onAppear(); // finds the new process while the start of the old one is under way
+    model_->onAppear(); // finds the new process while the old one's start runs
   });
   passReconciliation();
   EXPECT_EQ(alphaRow()->objectID(), alpha_);

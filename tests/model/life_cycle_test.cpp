@@ -1,4 +1,4 @@
-// The permission, and the panel that comes and goes.
+// The permission, and opening and closing the panel.
 
 #include "model/model_test.h"
 
@@ -9,7 +9,7 @@ using enum AudioCaptureStatus;
 using simulated::Call;
 using testing::IsEmpty;
 
-// What the preflight says.
+// A preflight result.
 constexpr int kAuthorized = 0;
 constexpr int kDenied = 1;
 constexpr int kUndetermined = 2;
@@ -50,7 +50,7 @@ TEST_F(LifeCycleTest, EachAppearanceBringsEverythingUpToDate) {
   model_->setMaster(0.2);
   play("Player", "com.example.player");
   model_->onAppear();
-  expectPermission(authorized); // appearing waits for nothing
+  expectPermission(authorized); // appearing does not wait
   ASSERT_TRUE(settle());
   expectPermission(denied);
   EXPECT_EQ(model_->outputDevices().size(), 1U);

@@ -5,18 +5,14 @@
 
 namespace sonvel {
 
-// CountingExecutor
-
 void CountingExecutor::post(std::function<void()> work) {
   ++pending_;
   executor_.post([this, work = std::move(work)]() mutable {
     work();
-    work = nullptr; // what it holds is released as part of it
+    work = nullptr; // captured objects are released as part of the work
     --pending_;
   });
 }
-
-// MixerInspector
 
 std::map<std::string, MixerInspector::Settings> MixerInspector::remembered(const MixerViewModel& model) {
   std::map<std::string, Settings> remembered;
@@ -28,8 +24,6 @@ std::map<std::string, MixerInspector::Settings> MixerInspector::remembered(const
 bool MixerInspector::isPanelOpen(const MixerViewModel& model) {
   return model.isPanelOpen_;
 }
-
-// HeldCall
 
 HeldCall::HeldCall(simulated::SimulatedAudio& audio, WhichCall which)
     : audio_(audio)
@@ -46,8 +40,6 @@ HeldCall::~HeldCall() {
   audio_.setCallHook(nullptr);
 }
 
-// MixerTest
-
 MixerTest::MixerTest() {
   audio_.addDevice({.uid = "speakers", .name = "Speakers", .volumes = {{kElementMain, {0.5F}}}});
   audio_.addDevice({.uid = "headset", .name = "Headset"});
@@ -57,7 +49,7 @@ MixerTest::MixerTest() {
       MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
 }
 
-/// Whatever a test has left under way comes to its end, and with it the model.
+/// Lets everything that the test has left running end, and with it the model.
 MixerTest::~MixerTest() {
   const std::weak_ptr weakModel = model_;
   model_.reset();
@@ -78,8 +70,7 @@ AudioObjectID MixerTest::play(const std::string& name, const std::string& bundle
 
 bool MixerTest::settle() {
   for (;;) {
-    // What the model has asked of the actor is done when this is, with what follows from it and from that,
-    // and the replies are posted.
+    // One round for the calls to the actor, two for what follows from them; then their replies are posted.
     for (int round = 0; round < 3; ++round)
       actor_->call([](HardwareController&) {}).get();
     if (mainThread_.pending() == 0) return true;

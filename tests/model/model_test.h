@@ -19,14 +19,14 @@ namespace sonvel {
 
 using namespace std::chrono_literals;
 
-/// Only against hanging: nothing that works waits for it.
+/// Only against hanging; passing tests never wait for it.
 inline constexpr auto kDeadline = 60s;
 
 inline constexpr auto kTick = 120ms;             ///< of the polling
 inline constexpr auto kReconciliationTicks = 10; ///< from one to the next
 inline constexpr auto kMonitorInterval = 5s;
 
-/// Counts the work that another executor has still to run. Any thread.
+/// Counts the unfinished work of another executor. Any thread.
 class CountingExecutor final : public Executor {
  public:
   explicit CountingExecutor(Executor& executor)
@@ -43,7 +43,7 @@ class CountingExecutor final : public Executor {
   std::atomic<int> pending_ = 0;
 };
 
-/// Reads what the model shows to no view.
+/// Gives access to model state that no view shows.
 class MixerInspector {
  public:
   using Settings = std::pair<int, bool>; ///< percent and mute
@@ -55,11 +55,11 @@ class MixerInspector {
 /// Which call to hold.
 struct WhichCall {
   simulated::Call call = simulated::Call::createProcessTap;
-  std::optional<AudioObjectID> object = {}; ///< only calls on this object
-  int after = 0;                            ///< how many such calls pass before
+  std::optional<AudioObjectID> object = {}; ///< only on this object
+  int after = 0;                            ///< how many such calls pass first
 };
 
-/// Holds one call on the thread that makes it, so that a test can act meanwhile. One at a time.
+/// Blocks one call on its thread, so that a test can act during it. One at a time.
 class HeldCall {
  public:
   HeldCall(simulated::SimulatedAudio& audio, WhichCall which);
@@ -74,44 +74,44 @@ class HeldCall {
  private:
   simulated::SimulatedAudio& audio_;
   std::atomic<bool> isHeld_ = false;
-  std::atomic<int> before_; ///< how many calls are to pass yet; negative when it is over
+  std::atomic<int> before_; ///< calls that still pass; negative when done
   std::binary_semaphore gate_{0};
 };
 
 /// The model with a real actor on a simulated machine: two output devices, "speakers" (the default, with a
-/// volume) and "headset", a clock that stands still, and permission to capture.
+/// volume) and "headset", a manual clock, and capture permission.
 class MixerTest : public testing::Test {
  protected:
   MixerTest();
   ~MixerTest() override;
 
-  /// An application starts to play the same sample for ever.
+  /// Starts an application that constantly plays the same sample.
   AudioObjectID play(const std::string& name, const std::string& bundleID, float sample = 0.25F);
 
-  /// Pumps the event loop until nothing is left to do before time passes. False if it takes too long.
+  /// Runs the event loop until nothing remains to do without time passing. False on a timeout.
   [[nodiscard]] bool settle();
 
-  /// Pumps the event loop until `condition` holds, which another thread may bring about.
+  /// Runs the event loop until `condition` holds; another thread may cause it.
   [[nodiscard]] bool pumpUntil(const std::function<bool()>& condition);
 
-  /// Lets the event loop run what is posted, without waiting for the actor.
+  /// Runs posted events without waiting for the actor.
   void pump();
 
   void openPanel();
   void pass(Clock::Duration duration);
   void passTicks(int count);
 
-  /// Time for exactly one reconciliation of the polling loop.
+  /// Lets time pass for exactly one reconciliation.
   void passReconciliation() { passTicks(kReconciliationTicks); }
 
-  /// Runs an I/O cycle; what the device makes audible on the left.
+  /// Runs an I/O cycle; returns the device's left channel.
   float heard(const std::string& deviceUID = "speakers");
 
   ChannelState* row(const std::string& stableKey) const;
   std::vector<std::string> rowNames() const;
   std::vector<AudioObjectID> controlled();
 
-  /// How many calls of the log these are; of the property with that selector if it is not 0.
+  /// The number of such calls in the log; only of the property `selector` if it is not 0.
   long calls(simulated::Call call, std::uint32_t selector = 0) const;
 
   std::map<std::string, MixerInspector::Settings> remembered() const {

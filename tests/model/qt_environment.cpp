@@ -1,4 +1,4 @@
-// The Qt application of the tests that draw nothing.
+// The Qt application object of the tests without views.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 namespace sonvel {
 namespace {
 
-/// The application object that an event loop needs, and a locale whose order of names is known.
+/// The application object for the event loop, and a locale with a known sort order.
 class QtEnvironment final : public testing::Environment {
  public:
   void SetUp() override {

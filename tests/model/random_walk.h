@@ -1,6 +1,6 @@
 #pragma once
 
-// The model in a world in which anything may happen at random, and what must hold whatever has happened.
+// Random events around the model, and the invariants that must always hold.
 
 #include "audio/mixer_math.h"
 #include "model/model_test.h"
@@ -22,22 +22,22 @@ inline constexpr unsigned kSanitizerFactor = 10;
 inline constexpr unsigned kSanitizerFactor = 1;
 #endif
 
-/// Steps of each walk; a sanitizer takes so many times as long. SONVEL_WALK_STEPS asks for another number.
+/// Steps per walk, fewer under a sanitizer. SONVEL_WALK_STEPS overrides it.
 inline constexpr unsigned kSteps = 100'000 / kSanitizerFactor;
 
-/// A walk repeats the one before unless SONVEL_WALK_SEED says otherwise.
+/// Walks are repeatable; SONVEL_WALK_SEED gives another one.
 inline constexpr std::uint64_t kSeed = 20'260'101;
 
 inline constexpr std::size_t kHistoryLength = 30;
 
-// Building and taking down never fail at the same time: a session that can be neither built nor undone is
-// left as it is, and this walk does not judge it.
+// Building and removing never fail at the same time: a session that can be neither built nor undone is left
+// alone, which this walk does not check.
 inline constexpr std::array kBuilding{Call::createProcessTap, Call::createAggregateDevice,
                                       Call::createIOProcID, Call::deviceStart};
 inline constexpr std::array kTearingDown{Call::deviceStop, Call::destroyIOProcID,
                                          Call::destroyAggregateDevice};
 
-/// What the preflight says; mostly that we may. None: it can't be asked.
+/// Preflight results, mostly "authorized". None: no preflight function.
 inline constexpr std::array<std::optional<int>, 7> kPreflightCodes{0, 0, 0, 0, 1, 2, std::nullopt};
 
 inline constexpr std::array kDevices{"speakers", "headset", "usb"};
@@ -51,11 +51,11 @@ inline std::uint64_t fromEnvironment(const char* name, std::uint64_t otherwise) 
   return text != nullptr ? std::stoull(text) : otherwise;
 }
 
-/// A process that comes and goes. Those of one application share a key.
+/// A process that starts and ends. Processes of one application share a key.
 struct Player {
   std::string name;
   std::string bundleID;
-  float sample;                                ///< no sum of some players' samples is that of others
+  float sample;                                ///< sums of different players' samples differ
   AudioObjectID process = kAudioObjectUnknown; ///< 0 while it does not run
   bool isPlaying = false;
 };
@@ -64,13 +64,13 @@ class RandomWalkTest : public MixerTest {
  protected:
   RandomWalkTest();
 
-  /// Takes the walk with `finishStep` after each step, and leaves the program at its end.
+  /// Runs the walk, calling `finishStep` after each step, and ends the program.
   void walk(const std::function<void()>& finishStep);
 
-  /// Makes one thing happen, without waiting for what follows from it.
+  /// Causes one random event, without waiting for its effects.
   void step();
 
-  /// Checks what must hold once everything has followed.
+  /// Checks the invariants when all effects have happened.
   void check() {
     checkRows();
     checkSessions();
@@ -80,21 +80,21 @@ class RandomWalkTest : public MixerTest {
   unsigned pick(unsigned count) { return static_cast<unsigned>(random_() % count); }
 
  private:
-  /// Something that may happen in one step.
+  /// A possible event of a step.
   struct Action {
     const char* name;
-    unsigned weight; ///< how often it happens, compared with the others
+    unsigned weight; ///< relative frequency
     void (*act)(RandomWalkTest& walk);
   };
 
   static const std::vector<Action>& actions();
 
-  /// One of `values`, by chance.
+  /// A random element of `values`.
   template <class Values> const auto& anyOf(const Values& values) {
     return values.at(pick(static_cast<unsigned>(values.size())));
   }
 
-  /// Adds to the history of this step.
+  /// Appends to this step's history.
   void note(const std::string& text) { history_.back() += " " + text; }
 
   Player& anyPlayer() {
@@ -131,7 +131,7 @@ class RandomWalkTest : public MixerTest {
 
   void failTearingDown();
 
-  /// Those of sessions; without a probe's, and without those that wait for an application to play.
+  /// The sessions' taps, without those of a probe and standby taps.
   std::vector<simulated::Tap> taps() const {
     auto taps = audio_.taps();
     std::erase_if(taps, [](const auto& tap) {
@@ -144,7 +144,7 @@ class RandomWalkTest : public MixerTest {
   void checkSessions();
   void checkSound();
 
-  /// The row whose session the tap belongs to; null if there is none.
+  /// The row whose session has the tap; null if there is none.
   const ChannelState* rowOf(const simulated::Tap& tap) const {
     for (const auto& row : model_->channels()->rows())
       if (row->active() && has(tap.description.processes, row->sessionID())) return row.get();
@@ -161,10 +161,10 @@ class RandomWalkTest : public MixerTest {
   std::deque<std::string> history_;
   std::vector<Player> players_;
   std::optional<std::string> defaultDevice_ = "speakers";
-  std::vector<ChannelState*> shown_; ///< the rows, as a view knows them that is told of changes alone
+  std::vector<ChannelState*> shown_; ///< the rows of a view that only follows change signals
 
-  // How often a device was checked by ear and how often it could not be, and how often an application was
-  // heard through a session at the gain of its row.
+  // How often a device's sound was checked and how often that was impossible, and how often an application
+  // was heard through a session at its row's gain.
   int heardChecks_ = 0;
   int skippedHeardChecks_ = 0;
   int heardAtItsGain_ = 0;

@@ -26,7 +26,7 @@ void RandomWalkTest::checkRows() const {
 void RandomWalkTest::checkSessions() {
   actor_
       ->call([this](HardwareController& controller) {
-        if (controller.restorationFailure()) return; // something of a session could not be undone yet
+        if (controller.restorationFailure()) return; // something could not be undone yet
         EXPECT_EQ(taps().size(), controller.controlledAppIDs().size());
         for (const auto& row : model_->channels()->rows()) {
           EXPECT_EQ(row->active(), controller.isControlled(row->sessionID())) << row->stableKey();
@@ -38,7 +38,7 @@ void RandomWalkTest::checkSessions() {
 
 void RandomWalkTest::checkSound() {
   audio_.runCycle(16);
-  std::map<std::string, std::optional<float>> expected; // by device; none if it can't be told
+  std::map<std::string, std::optional<float>> expected; // by device; none if unpredictable
   for (const std::string uid : kDevices)
     if (audio_.deviceWithUID(uid) != kAudioObjectUnknown) expected[uid] = 0.0F;
   for (const auto& player : players_)
@@ -51,7 +51,7 @@ void RandomWalkTest::checkSound() {
   }
 }
 
-/// Unaltered where no tap is on it; otherwise wherever an IOProc plays its tap, at the gain of its row.
+/// Unchanged if no tap has it; otherwise at its row's gain where an IOProc plays its tap.
 void RandomWalkTest::expect(const Player& player, std::map<std::string, std::optional<float>>& sound) {
   const auto add = [&](const std::string& uid, std::optional<float> gain) {
     const auto device = sound.find(uid);
@@ -65,7 +65,7 @@ void RandomWalkTest::expect(const Player& player, std::map<std::string, std::opt
            !has(tap.description.bundleIDs, player.bundleID);
   });
   if (taps.empty()) return add(defaultDevice_.value_or(""), 1.0F);
-  for (const auto& tap : taps) { // more than one while a former one could not be destroyed
+  for (const auto& tap : taps) { // several while an earlier one could not be destroyed
     std::optional<float> gain;
     if (const auto* const row = rowOf(tap))
       gain = row->muted() ? 0.0F : MixerMath::percentToGain(row->gainPercent());

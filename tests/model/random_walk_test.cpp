@@ -4,7 +4,7 @@ namespace sonvel {
 
 RandomWalkTest::RandomWalkTest() {
   audio_.addDevice({.uid = "usb", .name = "USB", .volumes = {{kElementLeft, {}}, {kElementRight, {}}}});
-  // Two applications with one process, two with several that their users take for one.
+  // Two applications with one process, two with several processes.
   players_ = {{"Alpha", "com.example.alpha", 0.1F},
               {"beta", "com.example.beta", 0.0313F},
               {"Gamma", "com.example.gamma", 0.0517F},
@@ -67,7 +67,7 @@ const std::vector<RandomWalkTest::Action>& RandomWalkTest::actions() {
          w.note(uid);
          if (w.audio_.deviceWithUID(uid) == kAudioObjectUnknown)
            (void)w.audio_.returnDevice(uid);
-         else if (w.pick(3) == 0) // mostly they are there
+         else if (w.pick(3) == 0) // mostly present
            w.audio_.removeDevice(uid);
        }},
       {"default changes", 2,
@@ -103,7 +103,7 @@ void RandomWalkTest::walk(const std::function<void()>& finishStep) {
     }
   }
   audio_.clearFailures();
-  pass(1s); // for a probe to end
+  pass(1s); // time for a probe to end
   (void)startTask(mainThread_, [this] { return model_->teardownForQuit(); });
   ASSERT_TRUE(settle());
   EXPECT_TRUE(audio_.isClean());
@@ -126,7 +126,7 @@ void RandomWalkTest::step() {
   action->act(*this);
 }
 
-/// Of a session that is there now: neither the undoing of one that is being built nor a probe's is to fail.
+/// Fails removals of present sessions only, not the undoing of a failed build nor of a probe.
 void RandomWalkTest::failTearingDown() {
   audio_.clearFailures();
   EXPECT_TRUE(settle());
@@ -146,8 +146,7 @@ TEST_F(RandomWalkTest, EverythingHoldsAfterEachStep) {
   });
 }
 
-/// Several things happen while what follows from the first is still under way. What happens is repeated by
-/// the seed, how the threads meet is not.
+/// Several events overlap. The seed repeats the events, but not the timing of the threads.
 TEST_F(RandomWalkTest, EverythingHoldsAfterStepsThatOvertakeEachOther) {
   walk([this] {
     switch (pick(4)) {

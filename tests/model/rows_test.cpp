@@ -1,4 +1,4 @@
-// What becomes of the rows while the panel is open: reconciliations and polls, and when each is due.
+// The rows while the panel is open: reconciliations and polls, and when each is due.
 
 #include "model/model_test.h"
 
@@ -114,7 +114,7 @@ TEST_F(RowsTest, EachTickDoesWhatIsDue) {
   int metered = 0;
   QObject::connect(openWithPlayer(), &ChannelState::levelChanged, [&] { ++metered; });
   for (int tick = 1; tick <= 21; ++tick) {
-    heard(); // a silent tap would be rebuilt
+    heard(); // otherwise the silent tap would be rebuilt
     audio_.clearLog();
     passTicks(1);
     EXPECT_EQ(metered, tick);
@@ -135,7 +135,7 @@ TEST_F(RowsTest, TwelveSilentPollsOfAPlayingApplicationRebuildItsTap) {
     audio_.setSignal(process_, simulated::constantSignal(sample, sample));
     heard();
     audio_.setPlaying(process_, isPlaying);
-    if (!isPlaying) openPanel(); // reconciles, so that it is known
+    if (!isPlaying) openPanel(); // reconciles, so that the application is known
     passTicks(polls);
     EXPECT_EQ(calls(Call::createProcessTap), rebuilt) << sample << isPlaying;
   }

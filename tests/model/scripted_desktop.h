@@ -8,22 +8,22 @@
 
 namespace sonvel {
 
-/// A consent framework whose answers a test gives. One exists at a time. Main thread.
+/// A consent framework with scripted answers. One at a time. Main thread.
 class ScriptedConsent final : public DynamicLibraries {
  public:
   ScriptedConsent() { current_ = this; }
 
-  /// What the preflight gives: 0 is authorized, 1 denied, another value undetermined; none: it can't be
-  /// found, and the status is unknown.
+  /// The preflight result: 0 is authorized, 1 denied, another value undetermined; none: no such function, and
+  /// the status is unknown.
   void setPreflight(std::optional<int> value) { preflight_ = value; }
 
-  /// Whether there is a function to ask the user with.
+  /// Whether the function for asking the user exists.
   void setRequestable(bool isRequestable) { isRequestable_ = isRequestable; }
 
-  /// The requests that wait for an answer.
+  /// Requests without an answer.
   std::size_t openRequests() const { return requests_.size(); }
 
-  /// Answers the oldest request, on a thread of its own, and waits until that has been taken.
+  /// Answers the oldest request on a thread of its own, and waits until the answer was received.
   void answer(bool isGranted) {
     std::thread(std::move(requests_.at(0)), isGranted).join();
     requests_.erase(requests_.begin());
@@ -50,7 +50,7 @@ class ScriptedConsent final : public DynamicLibraries {
   std::vector<std::function<void(bool)>> requests_;
 };
 
-/// Counts what it is asked for.
+/// Counts the calls.
 class CountedUpdates final : public UpdateChecking {
  public:
   bool isAvailable() const override { return available; }

@@ -25,7 +25,7 @@ class PanelCheck:
         return self.rows_off
 
     def row(self, who, asked, do, wanted="done", heard=lambda: "done"):
-        """A row of what came of do(), which fails when it is off."""
+        """Prints a row for do(); the row fails if do() fails."""
         self.rows += 1
         try:
             do()
@@ -36,14 +36,14 @@ class PanelCheck:
         print(f"{who:12} {asked:44} {wanted:14} {heard():14} {verdict}", flush=True)
 
     def heard(self, application, asked):
-        """A row of an application that is heard where and as loud as it should be."""
+        """A row for an application that must be heard at its sink and level."""
         sink = self.desktop.session.sink(application.sink)
         wanted = f"{decibels(application.level):.3f} dB" if application.level else "below -100 dB"
         self.row(application.name, asked, lambda: self.desktop.hear(application), wanted,
                  lambda: f"{decibels(sink.amplitude(application.frequency)):.3f} dB")
 
     def not_heard(self, application, asked, name):
-        """A row of an application that is not heard at a sink."""
+        """A row for an application that must not be heard at a sink."""
         sink = self.desktop.session.sink(name)
         self.row(application.name, asked, lambda: sink.wait_for_tone(application.frequency, 0), "below -100 dB",
                  lambda: f"{decibels(sink.amplitude(application.frequency)):.3f} dB")
@@ -105,14 +105,14 @@ class PanelCheck:
         light = display.points()
         display.save_picture(self.pictures / "panel.png")
         self.desktop.set_dark(True)
-        # Most of the panel has another colour.
+        # Most pixels of the panel must be dark.
         self.row("Sonvel", "is dark on a dark desktop",
                  lambda: wait_until(lambda: 2 * (display.points() != light).sum() > (light != 0).sum()))
         display.save_picture(self.pictures / "panel-dark.png")
         self.desktop.set_dark(False)
 
     def restart(self):
-        """What is stopped and started again has its row, and all that was chosen in it."""
+        """Applications that are restarted get their row with all its settings back."""
         for application in self.applications:
             application.process.kill()
             self.row(application.name, "stopped: its row is paused",

@@ -1,4 +1,4 @@
-"""The panel of the real program, opened and closed by its icon over and over."""
+"""Opens and closes the panel of the real program many times by its icon."""
 import os
 import re
 from pathlib import Path
@@ -7,12 +7,12 @@ from support.desktop import Desktop
 from support.waiting import wait_until
 
 PLAYERS = 3
-# KiB. What the allocator keeps varies by about 1 MiB; 11 KiB kept at each of the 190 openings would be more than this.
+# KiB. The allocator's share varies by about 1 MiB; a leak of 11 KiB at each of the 190 openings exceeds this.
 ALLOWANCE = 2048
 
 
 def memory_written(process):
-    """KiB that this process alone has."""
+    """Private memory of the process in KiB."""
     text = Path(f"/proc/{process.pid}/smaps_rollup").read_text()
     return sum(int(size) for size in re.findall(r"^(?:Private_Dirty|Swap): +(\d+)", text, re.M))
 
@@ -44,5 +44,5 @@ def test_leaves_nothing_behind_however_often_it_is_opened():
         memory, files, objects = holdings()
         open_and_close(190)
         most = memory + ALLOWANCE, files, objects
-        # The last closing may still be under way.
+        # The last closing may not have finished.
         wait_until(lambda: all(now <= then for now, then in zip(holdings(), most)), 10, f"no more than {most}")

@@ -1,4 +1,4 @@
-"""The real program on a desktop where not everything goes as usual, while three players play."""
+"""The real program in unusual situations, while three players play."""
 import resource
 import signal
 from concurrent.futures import ThreadPoolExecutor
@@ -14,9 +14,9 @@ STOPPED = "The sound service has stopped. Sonvel goes on by itself when it is ba
 DENIED = ("Access is currently denied. Allow “Sonvel” in the rules of the sound server, then it appears "
           "automatically.")
 REVOKED = "Audio access was revoked. Audio was restored to its normal output."
-OPEN_FILES = 700  # the limit that the program starts with
-NOT_DONE = 3  # the code with which it ends when something hangs
-LOOK, EVERYTHING = 0o500, 0o710  # rights as PipeWire writes them: to read and call; to write and set metadata too
+OPEN_FILES = 700  # the program's initial limit
+NOT_DONE = 3  # exit code when something hangs
+LOOK, EVERYTHING = 0o500, 0o710  # PipeWire permissions: read and execute; also write and metadata
 
 
 def open_files(pid):
@@ -24,7 +24,7 @@ def open_files(pid):
 
 
 class Program:
-    """Started when the players are heard."""
+    """The program, started when the players are heard."""
 
     def __init__(self, desktop):
         self.desktop, self.screen, self.players = desktop, desktop.screen, example_players()
@@ -49,7 +49,7 @@ class Program:
         self.hear(0.5)
 
     def let(self, rights):
-        """Gives it these rights to everything in the sound server."""
+        """Sets the program's permissions for all objects of the sound server."""
         client, = self.desktop.session.graph.objects("Client", **{"application.name": "Sonvel"})
         self.desktop.session.run("pw-cli", "--", "permissions", client["id"], -1, rights)
 
@@ -59,7 +59,7 @@ class Program:
 
 @pytest.fixture
 def desktop(request):
-    """Has the options of the test's mark."""
+    """Uses the options of the test's mark."""
     mark = request.node.get_closest_marker("desktop")
     with Desktop(**(mark.kwargs if mark else {})) as desktop:
         yield desktop
@@ -77,7 +77,7 @@ def test_ends_on_a_signal_when_every_application_has_its_own_sound(program):
     guardian = check_output(["pgrep", "-P", str(program.process.pid)])
     assert open_files(int(guardian)) == OPEN_FILES, "a child has its parent's raised limit"
     program.process.send_signal(signal.SIGTERM)
-    program.process.send_signal(signal.SIGINT)  # while it is ending
+    program.process.send_signal(signal.SIGINT)  # while it is quitting
     assert program.process.wait(20) == 0
     program.hear(1, within=5)
     program.assert_gone()
@@ -120,9 +120,9 @@ def test_says_when_sound_is_lost_and_goes_on_by_itself(program):
     program.screen.control(STOPPED)
     program.desktop.session.restart("pipewire")
     program.screen.wait_until_gone(STOPPED)
-    program.screen.control("0 playing · 3 idle")  # the players have ended with it
+    program.screen.control("0 playing · 3 idle")  # the server's end has ended the players
     program.desktop.play(program.players[0])
-    program.desktop.hear(program.players[0])  # as it was set before
+    program.desktop.hear(program.players[0])  # with its earlier settings
 
 
 def test_takes_nothing_over_until_it_has_the_rights(desktop):
@@ -142,7 +142,7 @@ def test_gives_every_application_its_own_sound_when_its_rights_are_withdrawn(pro
     program.open()
     program.halve()
     status = program.screen.control("3 playing")
-    with ThreadPoolExecutor() as pool:  # both last only until it has connected anew, with all rights
+    with ThreadPoolExecutor() as pool:  # both states last only until it has reconnected with all permissions
         program.let(LOOK)
         heard = pool.submit(program.hear, 1, within=6)
         wait_until(lambda: status.name == REVOKED, what=REVOKED)

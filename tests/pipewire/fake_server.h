@@ -16,12 +16,12 @@ using Channels = std::vector<std::string>;
 
 inline const Channels kStereoChannels{"FL", "FR"};
 
-/// A sound server and its session manager for a real Reconciler. What is asked for happens some time later,
-/// one piece after the other; global IDs are used again at once; the session manager links each stream to the
-/// target that the metadata gives it. Time passes only when nothing else can happen.
+/// A sound server with its session manager for a real Reconciler. Requests take effect later, one after the
+/// other; global IDs are reused at once; the session manager links each stream to its target in the metadata.
+/// Time passes only when nothing else can happen.
 class FakeServer final : public GraphEdits, public GraphAlarm {
  public:
-  static constexpr auto kSpeakers = "speakers"; ///< the default while it is there
+  static constexpr auto kSpeakers = "speakers"; ///< the default while connected
   static constexpr auto kHeadphones = "headphones";
   static constexpr GlobalID kSessionManager = 20;
   static constexpr GlobalID kUser = 21;
@@ -52,7 +52,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
                    {}, channels, false);
   }
 
-  /// A link that a user makes by hand, or another client.
+  /// A link made by hand, or by another client.
   GlobalID addLinkByHand(GlobalID outputNode, GlobalID inputNode, GlobalID client = kUser) {
     return addLink({graph.portsOf(outputNode, PortDirection::out, false).front(),
                     graph.portsOf(inputNode, PortDirection::in, false).front()},
@@ -77,7 +77,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
   GlobalID idOf(const std::string& name) const { return graph.nodeNamed(name).value(); }
 
-  /// What a mixer does when its user moves a stream, or has it follow the default device ("-1").
+  /// Moves a stream as a mixer does, or lets it follow the default device ("-1").
   void moveStream(GlobalID stream, const std::string& target) {
     graph.metadata[stream]["target.object"] = {"Spa:String", target};
     manage();
@@ -107,7 +107,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
   const std::string& tapName(AudioObjectID tap) { return reconciler.desired().taps.at(tap).nodeName; }
 
-  /// Lets the reconciler look and the oldest thing that was asked for happen. False if there is none.
+  /// Runs the reconciler and the oldest pending request. False if there is none.
   bool advance() {
     reconciler.reconcile();
     std::erase_if(reconciler.desired().sessions, [this](const auto& session) {
@@ -120,7 +120,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return true;
   }
 
-  /// Lets everything happen and time pass until nothing is left to do; false if that does not end.
+  /// Runs until nothing is left to do; false if that does not end.
   bool settle() {
     for (int turn = 0; turn < 20'000; ++turn) {
       if (advance() || !inFlight_.empty()) continue;
@@ -131,7 +131,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return false;
   }
 
-  /// The sinks where a stream is heard; with "tap:" before the name where that is through one of ours.
+  /// The sinks where a stream is heard; with the prefix "tap:" if through one of our taps.
   std::set<std::string> heardAt(GlobalID stream) const {
     std::set<std::string> places;
     for (const auto& [id, node] : graph.nodes) {
@@ -142,7 +142,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return places;
   }
 
-  /// Pairs of the channels at both ends of each link from the one node to the other.
+  /// The channel pairs of all links from one node to the other.
   std::set<std::string> channelsLinked(GlobalID outputNode, GlobalID inputNode) const {
     std::set<std::string> pairs;
     for (const auto& [id, link] : graph.links)
@@ -215,14 +215,14 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   }
 
   Graph graph;
-  std::vector<std::string> faults; ///< what someone who listens would have noticed
+  std::vector<std::string> faults; ///< faults that a listener would notice
   Reconciler reconciler{graph, *this};
 
  private:
-  /// A node or link that the reconciler has asked for.
+  /// A node or link that the reconciler has requested.
   struct Piece {
     OwnObject::State state = OwnObject::State::asked;
-    std::uint64_t serial = 0; ///< 0 until it is there
+    std::uint64_t serial = 0; ///< 0 until it exists
     bool isWanted = true;
   };
 
@@ -314,7 +314,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     });
   }
 
-  /// The session manager sees that something has changed.
+  /// The session manager reacts to a change.
   void manage() {
     graph.defaultSinkName.clear();
     for (const auto* name : {kHeadphones, kSpeakers})
@@ -346,7 +346,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
       addLink({outputs[i], inputs[std::min(i, inputs.size() - 1)]}, kSessionManager);
   }
 
-  /// The nodes that a node feeds through links that are ready and ours.
+  /// The nodes that a node reaches through our own ready links.
   std::vector<GlobalID> nodesAfter(GlobalID node) const {
     std::vector<GlobalID> found;
     for (const auto& [id, link] : graph.links)
@@ -367,10 +367,10 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   Time now_;
   std::optional<Time> due_;
   std::deque<std::function<void()>> inFlight_;
-  std::map<std::uint64_t, std::shared_ptr<Piece>> made_; ///< by the serial of node or link
+  std::map<std::uint64_t, std::shared_ptr<Piece>> made_; ///< by serial of the node or link
   std::map<GlobalID, std::uint64_t> linkSerials_;
   std::uint64_t lastSerial_ = 0;
-  bool isManaging_ = false; ///< the session manager will look
+  bool isManaging_ = false; ///< the session manager has work to do
 };
 
 } // namespace sonvel::pipewire

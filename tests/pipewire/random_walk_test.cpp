@@ -8,13 +8,13 @@ namespace sonvel::pipewire {
 
 namespace {
 
-/// Does whatever users, programs, devices and servers do, in any order, while edits are on their way.
+/// Random actions of users, programs, devices and servers while edits are pending.
 class Walk {
  public:
   explicit Walk(unsigned seed)
       : random_(seed) {}
 
-  /// Takes steps, brings back what a listener needs, and lets everything come to rest.
+  /// Takes steps, restores what listening needs, and lets everything settle.
   void goAndRest() {
     for (int step = 0; step < 25; ++step) {
       disturb();
@@ -64,7 +64,7 @@ class Walk {
       server_.graph.nodes.at(stream).cannotBeMoved = true;
   }
 
-  /// One session for a process; while one runs it is stopped, or replaced in one change of side.
+  /// One session per process; a running one is stopped or replaced within a configuration.
   void changeSessions() {
     const auto pid = static_cast<std::int32_t>(1 + below(3));
     auto& desired = server_.reconciler.desired();
@@ -85,7 +85,7 @@ class Walk {
       server_.addSink(sink);
   }
 
-  /// A link, or one of our nodes.
+  /// Removes a link or one of our nodes.
   void loseSomething() {
     if (below(2) == 0 && !server_.graph.links.empty()) {
       server_.removeLink(anyOf(server_.graph.links)->first);
@@ -111,7 +111,7 @@ class Walk {
       server_.moveStream(stream, anySink());
   }
 
-  /// Where a stream is to be heard in the end, out of what its user and its session want.
+  /// Where a stream must be heard in the end, according to its user and its session.
   std::string placeOf(GlobalID stream) {
     const auto pid = server_.graph.clients.at(*server_.graph.nodes.at(stream).client).facts.processID;
     const auto running = sessions_.find(pid);

@@ -16,21 +16,22 @@ const std::string kSpeakers = FakeServer::kSpeakers;
 const std::string kHeadphones = FakeServer::kHeadphones;
 const std::string kThroughHeadphones = "tap:" + kHeadphones;
 
-/// A player and another program, both heard at the speakers.
+/// A player and another program, both heard on the speakers.
 class ReconcilerTest : public testing::Test {
  protected:
   ReconcilerTest() { EXPECT_TRUE(server_.settle()); }
 
   void TearDown() override { EXPECT_THAT(server_.faults, IsEmpty()); }
 
-  /// A tap on the player that is read and played to the headphones.
+  /// A tap on the player, played to the headphones.
   void start() {
     tap_ = server_.wantTap(kPlayer);
     session_ = server_.wantSession(tap_, kHeadphones);
     ASSERT_TRUE(server_.settle());
   }
 
-  /// Lets everything happen; after each step the player must be heard at one place, the other where it was.
+  /// Runs everything; after each step the player must be heard at one place and the other program where it
+  /// was.
   void settleWithoutAGap() {
     do {
       ASSERT_THAT(server_.heardAt(stream_), SizeIs(1));
@@ -54,7 +55,7 @@ TEST_F(ReconcilerTest, TakesOverChangesDeviceAndGivesBackWithoutAGap) {
   settleWithoutAGap();
   EXPECT_THAT(server_.heardAt(stream_), ElementsAre(kThroughHeadphones));
 
-  // A configuration: the new one is ready while the old one plays, then all changes at once.
+  // A configuration: the new session is ready while the old one plays, then everything changes at once.
   const AudioObjectID newTap = server_.wantTap(kPlayer);
   const IOProcID newSession = server_.wantSession(newTap, kSpeakers, true);
   settleWithoutAGap();
@@ -110,7 +111,7 @@ TEST_F(ReconcilerTest, LinksSuitTheChannelsAtBothEnds) {
   const std::set<std::string> stereo{"FL>FL", "FR>FR"};
 
   const struct {
-    Channels stream; ///< read from it; none: from a tap that the player is in
+    Channels stream; ///< the stream that is read; none: the player is in the tap
     Channels device;
     std::set<std::string> intoFilter, intoDevice;
   } cases[]{

@@ -62,11 +62,11 @@ TEST(StreamTargets, KeepANewChoiceThatIsMadeWhileTheStreamIsTapped) {
   for (const auto& [before, old] : kUsersChoices)
     for (const auto& [after, chosen] : kUsersChoices) {
       SCOPED_TRACE(before + ", then " + after);
-      // An entry that is equal to ours can't be seen.
+      // An entry that equals ours can't be distinguished.
       if (after == "of other things" || after == "by a mixer of this desktop") continue;
       Graph graph = graphWith(old);
       write(graph, writesInto(graph, kStream, kTap));
-      for (const auto* const key : {"target.node", "target.object"}) // as mixers write
+      for (const auto* const key : {"target.node", "target.object"}) // mixers write both
         if (chosen.contains(key))
           graph.metadata[kStream][key] = chosen.at(key);
         else if (chosen.empty() || std::string(key) == "target.object")

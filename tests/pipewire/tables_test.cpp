@@ -1,4 +1,4 @@
-// The small functions of this folder, each by a table.
+// The small functions of this folder, in tables.
 #include "pipewire/device_volume.h"
 #include "pipewire/graph_index.h"
 #include "pipewire/permissions.h"
@@ -16,8 +16,8 @@ using testing::Optional;
 TEST(DeviceVolume, IsTheCubeOfItsScalarAndKeepsTheBalance) {
   EXPECT_THAT(volumeScalar({0.125F, 1.0F}, 1), Optional(FloatEq(0.5F)));
   EXPECT_EQ(volumeScalar({0.125F, 1.0F}, 3), std::nullopt);
-  EXPECT_THAT(volumeScalar({-0.125F}, 0), Optional(0.0F)); // a phase that is turned round has no volume
-  EXPECT_THAT(volumeScalar({3.375F}, 0), Optional(1.0F));  // the desktop allows more than all
+  EXPECT_THAT(volumeScalar({-0.125F}, 0), Optional(0.0F)); // an inverted phase has no volume
+  EXPECT_THAT(volumeScalar({3.375F}, 0), Optional(1.0F));  // desktops allow more than 100 percent
   EXPECT_THAT(withVolumeScalar({1.0F, 0.5F}, 0, 0.5F), ElementsAre(FloatEq(0.125F), FloatEq(0.0625F)));
   EXPECT_THAT(withVolumeScalar({0.0F, 0.0F}, 0, 0.5F), ElementsAre(FloatEq(0.125F), FloatEq(0.125F)));
   EXPECT_THAT(withVolumeScalar({1.0F, 0.5F, 0.25F}, 2, 0.5F), ElementsAre(1.0F, FloatEq(0.125F), 0.25F));
@@ -75,7 +75,7 @@ Client clientOf(std::int32_t pid, const char* binary = nullptr, const char* sand
 } // namespace
 
 TEST(GraphIndex, OfNodesWithOneNameTheNewestCounts) {
-  Graph graph; // one node replaces another: both are there for a moment
+  Graph graph; // while one node replaces another, both exist
   graph.nodes[40] = {.serial = 2, .name = "speakers"};
   graph.nodes[41] = {.serial = 3, .name = "speakers"};
   EXPECT_EQ(GraphIndex(graph).nodeNamed("speakers"), 41U);
@@ -91,7 +91,7 @@ TEST(ProcessKey, JoinsWhatIsOneProcessAndNothingElse) {
                    {6, clientOf(0, "player", "org.example.Player")},
                    {7, clientOf(0, "helper", "org.example.Player")},
                    {8, clientOf(0, "player", "org.example.Game")},
-                   {9, clientOf(2, "player")}, // both claim the ID that they have in their sandbox
+                   {9, clientOf(2, "player")}, // both claim the process ID that they have in their sandbox
                    {10, clientOf(2, "game")},
                    {11, clientOf(600)},
                    {12, clientOf(601)}};

@@ -1,4 +1,4 @@
-"""The real program, worked by commands as scripts do it, and what comes of them at the sinks."""
+"""The real program, controlled by commands as scripts do, judged by the sound at the sinks."""
 import json
 import subprocess
 import sys
@@ -10,7 +10,7 @@ from support.waiting import wait_until
 
 NOT_RUNNING, NOT_FOUND, AMBIGUOUS, NOT_PERMITTED, WRONG_USAGE = 3, 4, 5, 6, 64
 
-# Calls each part of what the program serves, from a root folder with the mark of a sandbox or without.
+# Calls each part of the D-Bus service, from a root folder with or without a sandbox's mark.
 CALLER = """
 import dbus, os, sys, tempfile
 bus, folder = dbus.SessionBus(), tempfile.mkdtemp()
@@ -35,7 +35,7 @@ class Commands:
         self.environment, self.words = environment, [BIN / "sonvel", *options]
 
     def __call__(self, *words, code=0):
-        """What the command prints; fails when its exit code is another one."""
+        """The output of a command; fails if its exit code differs."""
         done = subprocess.run([*self.words, *words], env=self.environment, capture_output=True, text=True, timeout=20)
         assert done.returncode == code, (words, done)
         assert bool(done.stderr) == bool(code), done
@@ -122,7 +122,7 @@ def test_says_what_is_wrong_and_changes_nothing(bus):
     for program in (real, simulated):
         bus.start(*program.words, environment=environment)
         program.wait_until_running()
-    real("master", "40", code=NOT_PERMITTED)  # for there is no sound server
+    real("master", "40", code=NOT_PERMITTED)  # there is no sound server
     before = simulated("list")
     for words, code in ((["volume", "Nobody", "40"], NOT_FOUND), (["mute", ""], NOT_FOUND),
                         (["volume", "Music", "201"], WRONG_USAGE), (["volume", "Music", "loud"], WRONG_USAGE),

@@ -11,7 +11,7 @@
 
 namespace sonvel::simulated {
 
-/// A clock that stands still until it is told how much time passes. Any thread.
+/// A clock that advances only on request. Any thread.
 class ManualClock final : public Clock {
  public:
   TimePoint now() const override {
@@ -26,23 +26,22 @@ class ManualClock final : public Clock {
     return std::make_unique<Appointment>(state_, key);
   }
 
-  /// Lets time pass. Calls every wake that falls due, on the caller's thread, in the order of their moments
-  /// and for one moment in the order they were asked for, with now() at that moment; those asked for
-  /// meanwhile too. Not from a wake.
+  /// Advances time. Calls all due wakes on the calling thread, in the order of time, then of their calls,
+  /// with now() at their time; including those added meanwhile. Not from a wake.
   void advance(Duration duration) {
     const TimePoint end = now() + duration;
     while (const auto wake = state_->moveToNext(end))
       wake();
   }
 
-  /// How many appointments are open.
+  /// The number of pending wakes.
   std::size_t pendingCount() const {
     const std::lock_guard lock(state_->mutex);
     return state_->appointments.size();
   }
 
  private:
-  /// The moment, and a number that keeps those of one moment in order.
+  /// The time, and a number for the order within it.
   using Key = std::pair<TimePoint, std::uint64_t>;
 
   struct State {
@@ -51,7 +50,7 @@ class ManualClock final : public Clock {
     std::uint64_t nextNumber = 0;
     std::map<Key, std::function<void()>> appointments;
 
-    /// Takes out the first appointment up to `end` and moves the time there; none: moves the time to `end`.
+    /// Removes the first wake up to `end` and sets the time to it; none: sets the time to `end`.
     std::function<void()> moveToNext(TimePoint end) {
       const std::lock_guard lock(mutex);
       const auto first = appointments.begin();
@@ -71,7 +70,8 @@ class ManualClock final : public Clock {
     Appointment& operator=(const Appointment&) = delete;
 
     ~Appointment() override {
-      decltype(State::appointments)::node_type cancelled; // released after the lock: it may ask the clock
+      // released without the lock, because it may call the clock
+      decltype(State::appointments)::node_type cancelled;
       const std::lock_guard lock(state_->mutex);
       cancelled = state_->appointments.extract(key_);
     }
@@ -81,7 +81,7 @@ class ManualClock final : public Clock {
     Key key_;
   };
 
-  std::shared_ptr<State> state_ = std::make_shared<State>(); ///< appointments may outlive the clock
+  std::shared_ptr<State> state_ = std::make_shared<State>(); ///< timers may outlive the clock
 };
 
 } // namespace sonvel::simulated

@@ -6,35 +6,34 @@
 
 namespace sonvel::simulated {
 
-/// The same sample for ever.
+/// A constant signal.
 inline Signal constantSignal(float left, float right) {
   return [=](std::uint64_t) { return Frame{left, right}; };
 }
 
-/// An order to let calls fail. A call that fails does nothing: what it should have destroyed stays, what it
-/// should have stopped runs. hasProperty fails by answering no.
+/// Makes calls fail. A failing call does nothing: what it should have destroyed stays, what it should have
+/// stopped runs. hasProperty fails by answering no.
 struct Failure {
   std::optional<Call> call = {}; ///< none: any call
 
-  /// What the call returns. With kNoError it claims success and still does nothing: a creating call gives no
+  /// The returned status. With kNoError the call claims success but does nothing: a creating call gives no
   /// object, a string is a null reference.
   OSStatus status = status::kUnspecified;
 
-  /// Only calls on this object; for createProcessTap those that name it among the processes.
+  /// Only calls on this object; for createProcessTap those that list it among the processes.
   std::optional<AudioObjectID> object = {};
 
   std::optional<std::uint32_t> selector = {}; ///< only property calls with this selector
 
-  unsigned after = 0; ///< how many matching calls pass before the first that fails
+  unsigned after = 0; ///< matching calls that pass before the first failure
 
-  std::optional<unsigned> times = 1; ///< how many then fail; none: all, until cleared
+  std::optional<unsigned> times = 1; ///< number of failures; none: all until cleared
 };
 
-/// The simulated hardware with calls that fail where they are told to, a log of them and a hook before them.
-/// Any thread.
+/// The simulated hardware with scripted failures, a call log and a hook. Any thread.
 class SimulatedAudio final : public SimulatedHardware {
  public:
-  /// Lets calls fail. Of several orders that match a call the oldest takes it.
+  /// Adds a failure. If several match a call, the oldest is used.
   void fail(const Failure& failure) {
     const std::lock_guard lock(planMutex_);
     failures_.push_back(failure);
@@ -45,14 +44,14 @@ class SimulatedAudio final : public SimulatedHardware {
     failures_.clear();
   }
 
-  /// Called on the caller's thread before each call is carried out, so that a test can hold up a call or
-  /// change the world just before it. May call the simulation, but must then expect itself. Null: none.
+  /// Called on the caller's thread before each call, so that a test can delay it or change something first.
+  /// May call the simulation, which then calls the hook again. Null: none.
   void setCallHook(std::function<void(Call, AudioObjectID object)> hook) {
     const std::lock_guard lock(planMutex_);
     hook_ = std::move(hook);
   }
 
-  /// The calls since the start or clearLog, in the order they were answered.
+  /// The calls since the start or clearLog(), in the order of their answers.
   std::vector<HardwareCall> log() const {
     const std::lock_guard lock(planMutex_);
     return log_;
@@ -71,7 +70,7 @@ class SimulatedAudio final : public SimulatedHardware {
     if (hook) hook(call.call, call.object);
     return SimulatedHardware::carryOut(std::move(call), [&](HardwareCall& carriedOut) {
       const auto failure = takeFailure(carriedOut);
-      // A configuration ends in either case.
+      // A configuration ends even if its commit fails.
       if (!failure || carriedOut.call == Call::commitConfiguration) carriedOut.status = work(carriedOut);
       if (failure) carriedOut.status = *failure;
       const std::lock_guard planLock(planMutex_);
@@ -87,7 +86,7 @@ class SimulatedAudio final : public SimulatedHardware {
     return std::ranges::find(call.tap->processes, *failure.object) != call.tap->processes.end();
   }
 
-  /// The status with which a call is to fail, if it is; counts the call.
+  /// The status if the call must fail; counts the call.
   std::optional<OSStatus> takeFailure(const HardwareCall& call) {
     const std::lock_guard lock(planMutex_);
     std::optional<OSStatus> status;
@@ -104,7 +103,7 @@ class SimulatedAudio final : public SimulatedHardware {
     return status;
   }
 
-  mutable std::mutex planMutex_; ///< guards the following
+  mutable std::mutex planMutex_; ///< guards the members below
   std::vector<Failure> failures_;
   std::vector<HardwareCall> log_;
   std::function<void(Call, AudioObjectID)> hook_;

@@ -8,7 +8,7 @@ from support.waiting import wait_until
 
 
 class TapHolder(LineProcess):
-    """The engine in a process of its own; requests are those of tap_holder.cpp."""
+    """The engine in a separate process; requests as in tap_holder.cpp."""
 
     def __init__(self, session, **options):
         super().__init__(session, BINARIES / "tap-holder", **options)
@@ -19,7 +19,7 @@ class TapHolder(LineProcess):
         return answer
 
     def app(self, pid):
-        """What the engine knows of a process, once it plays."""
+        """The engine's record of a process, once it plays."""
         return wait_until(lambda: next((app for app in self.tell("apps") if app["pid"] == pid), None),
                           what=f"process {pid} among those that play")
 

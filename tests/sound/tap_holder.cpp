@@ -88,7 +88,7 @@ class TapHolder {
     return list;
   }
 
-  /// What it can't have it goes without.
+  /// Skips applications that it can't take over.
   static int take(HardwareController& controller, float gain) {
     for (const AudioApp& app : controller.audibleApps()) {
       try {
@@ -120,7 +120,7 @@ class TapHolder {
   DesktopAudio audio_;
   desktop::ConsentLibrary consent_{audio_.server()};
   AudioPermission permission_{consent_};
-  std::map<std::int32_t, AudioApp> known_; ///< by pid; also those that play no more
+  std::map<std::int32_t, AudioApp> known_; ///< by pid; also those that no longer play
   Actor<HardwareController> controller_{audio_.environment(), audio_.clock()};
 };
 

@@ -1,4 +1,4 @@
-"""How applications are named by what is known of their processes."""
+"""How applications are named from facts about their processes."""
 
 from pathlib import Path
 

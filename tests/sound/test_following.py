@@ -1,10 +1,10 @@
-"""Applications under control on a desktop where devices, routes and processes come and go: each is heard where its
-user expects it, as loud as was set, within a second."""
+"""Applications under control while devices, routes and processes come and go: within a second each is heard
+where its user expects it, at the set volume."""
 
 import pytest
 
 CYCLE = 1024  # frames
-AT_ONCE = 1.4  # seconds: one, and what it takes to hear a tone
+AT_ONCE = 1.4  # seconds: one, plus the time to measure a tone
 
 
 def silent_at(session, *sinks):
@@ -76,7 +76,8 @@ def test_restart_is_never_heard_without_the_settings(session, holder, program):
             for sink, mark in zip((speakers, ears), marks):
                 loud = (abs(sink.since(mark).left) > 0.21).sum()
                 assert loud <= (0 if program == "pw-play" else CYCLE), sink.name
-        another = session.play(program, 1700, 0.1, copy)  # a stream more, which must not be stuck in the tap
+        # one more stream, which must not be stuck in the tap
+        another = session.play(program, 1700, 0.1, copy)
         ears.wait_for_tone(1700, 0.05)
         holder.tell("teardown")
         session.sink().wait_for_tone(1000, 0.4)

@@ -1,7 +1,7 @@
 """What the sink hears, sample by sample, while an application is taken over and given back.
 
-A busy machine lets a player miss a cycle now and then, which sounds like a fault of ours. Faults of ours are heard most
-times that something is done, so what is done is done several times."""
+On a busy machine a player sometimes misses a cycle, which looks like a fault of ours. Our own faults would
+occur nearly every time, so each action is repeated."""
 
 import numpy
 from support.hearing import faulty_frames
@@ -11,8 +11,8 @@ SETTLED = 8 * QUANTUM  # frames
 
 
 def hear_while(sink, act):
-    """What was heard while act() ran and some cycles after it. Again when frames were lost on the way here: where a
-    busy machine made the whole graph miss a cycle, nothing can be said of what was done in it."""
+    """The recording of act() and some cycles after it. Repeats if frames were lost in the recording: then the
+    whole graph missed a cycle, and the action can't be judged."""
     for _ in range(8):
         mark = sink.mark()
         act()
@@ -55,7 +55,7 @@ def test_taking_over_and_giving_back_cost_at_most_one_cycle(session, holder):
 
 def test_others_on_the_device_lose_nothing(session, holder):
     session.player(signal="counter", amplitude=0.5)
-    player = session.player(signal="silence")  # its own sound would be in the way
+    player = session.player(signal="silence")  # its sound would disturb the measurement
     sink = session.sink()
     holder.app(player.pid)
 

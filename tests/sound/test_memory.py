@@ -1,4 +1,4 @@
-"""Routes that the user has set, and what the session manager remembers of them, stay as they are."""
+"""Routes that the user has set, and the session manager's memory of them, stay unchanged."""
 
 import itertools
 import json
@@ -11,7 +11,7 @@ MARKERS = itertools.count()
 
 
 def targets(session):
-    """The lines of the session manager's file that remember a target."""
+    """The lines with targets in the session manager's file."""
     folder = session.folder / "state/wireplumber"
     for name in ("restore-stream", "stream-properties"):  # WirePlumber 0.4, 0.5
         if (folder / name).exists():
@@ -21,14 +21,14 @@ def targets(session):
 
 
 def parsed(line):
-    """WirePlumber 0.5 writes what it remembers of a stream in any order."""
+    """WirePlumber 0.5 writes the properties of a stream in any order."""
     name, _, value = line.partition("=")
     return (name, json.loads(value)) if value.startswith("{") else line
 
 
 def remembered(session):
-    """What is remembered after all that has happened so far. The file is written some time after each change: what is
-    moved last tells that the rest is there."""
+    """What is remembered after everything so far. The file is written with a delay, so a stream that is moved
+    last marks its completeness."""
     role = f"Marker{next(MARKERS)}"
     marker = session.player(signal="silence", **{"media.role": role})
     session.move(marker.node, "Speakers")
@@ -88,7 +88,7 @@ def test_killed_run_leaves_route_and_memory_as_they_were(session, start_holder):
 
 
 def test_leftovers_of_a_killed_run_are_swept_by_the_next(session, start_holder):
-    # As after a kill that also hit the guardian: the stream's target is a tap that is gone.
+    # As after a kill of program and guardian: the stream's target is a tap that no longer exists.
     player = session.player(1000, 0.3, **MUSIC)
     session.move(player.node, "Headphones")
     session.sink("Headphones").wait_for_tone(1000, 0.3)

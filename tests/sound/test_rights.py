@@ -1,4 +1,4 @@
-"""What the sound server lets the program do stands for its user's consent."""
+"""The sound server's permissions for the program count as its user's consent."""
 
 import time
 from pathlib import Path
@@ -13,7 +13,7 @@ TONES = {"pw-play": (1700, 0.3), "paplay": (2600, 0.2), "ffplay": (3500, 0.1)}
 
 
 def let(session, what, mask):
-    """Sets what the program may do with an object."""
+    """Sets the program's permissions for an object."""
     if what == "metadata":
         what = session.graph.objects("Metadata", **{"metadata.name": "default"})[0]["id"]
     client = session.graph.objects("Client", **{"application.name": "Sonvel"})[0]["id"]
@@ -26,7 +26,8 @@ def wait_for_permission(holder, status, within):
 
 @pytest.fixture
 def players(session):
-    """Three on the default device, and one that its user moved to the headphones; gives its pid and theirs."""
+    """Starts three players on the default device and one that its user moved to the headphones; returns its
+    pid and theirs."""
     playing = [session.play(program, *tone) for program, tone in TONES.items()]
     moved = session.player(1000, 0.4)
     session.move(moved.node, "Headphones")
@@ -35,7 +36,7 @@ def players(session):
 
 
 def wait_for_all(session, gain, within):
-    """Until each is heard, at its level times gain, where its user wants it."""
+    """Waits until each is heard at its level times gain where its user wants it."""
     deadline = time.monotonic() + within
     session.sink("Headphones").wait_for_tone(1000, 0.4 * gain, within)
     for frequency, amplitude in TONES.values():
@@ -78,7 +79,7 @@ def test_rejecting_server_denies(session, start_holder):
 
 
 def test_server_that_decides_nothing_denies(session, start_holder):
-    session.kill("wireplumber")  # it decides
+    session.kill("wireplumber")  # it decides on permissions
     holder = start_holder(environment=session.restriction())
     assert holder.tell("permission") != GRANTED
     wait_for_permission(holder, DENIED, 20)
@@ -97,7 +98,8 @@ def test_withdrawn_rights_leave_each_at_its_own_output_until_they_are_given_agai
     wait_for_all(session, 1, 6)
     wait_until(lambda: not session.graph.of_ours(), what="a graph without anything of ours")
 
-    # The server lets in everyone who connects anew. Longer than the permission poll (5 s), so that it sees the loss.
+    # The server accepts every new connection. Longer than the permission poll (5 s), so that it sees the
+    # loss.
     wait_for_permission(holder, GRANTED, 8)
     assert time.monotonic() - denied_at > 5
     take(holder, players)

@@ -1,4 +1,4 @@
-"""What is heard after daemons, devices, objects or the program itself were lost."""
+"""The sound after the loss of daemons, devices, objects or the program itself."""
 
 import time
 
@@ -7,7 +7,7 @@ from support.waiting import wait_until
 
 
 def take(session, holder):
-    """A player that is heard at half its level."""
+    """A player that is controlled at half its level."""
     player = session.player(amplitude=0.4)
     holder.add(player.pid, 0.5)
     session.sink().wait_for_tone(1000, 0.2)
@@ -45,7 +45,7 @@ def test_object_that_the_server_loses_is_made_again(session, holder, name):
 
 
 def test_stream_that_ends_in_a_tap_leaves_nothing(session, holder):
-    # What stayed under its ID would send the next stream of that ID, anyone's, into the tap.
+    # An entry that stays under its ID would send the next stream with that ID into the tap.
     take(session, holder).kill()
     wait_until(lambda: not [entry for entry in session.graph.of_ours() if isinstance(entry, tuple)],
                what="metadata without anything of ours")

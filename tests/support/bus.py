@@ -1,4 +1,4 @@
-"""Calls on a session bus, and services on it that answer as they are told."""
+"""Calls on a session bus, and mock services on it."""
 import os
 import pathlib
 import subprocess
@@ -14,7 +14,7 @@ PROPERTIES = "org.freedesktop.DBus.Properties"
 
 
 def run(*command, **options):
-    """Starts a program that ends with this process at the latest."""
+    """Starts a program that ends at the latest with this process."""
     return subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *map(str, command)], **options)
 
 
@@ -38,8 +38,7 @@ def call(bus, name, path, interface, method, *arguments, signature=None):
 
 
 class Service:
-    """A service on a bus that answers as it is told and keeps what it was asked; what its methods return is written in
-    Python, as dbusmock takes it."""
+    """A mock service on a bus that records its calls; the bodies of its methods are Python, as in dbusmock."""
 
     def __init__(self, environment, name, path, methods, properties=None):
         self.bus, self.name, self.path = connect(environment), f"com.example.Service{os.urandom(4).hex()}", path
@@ -51,7 +50,7 @@ class Service:
             self.mock.AddMethod(interface, *method)
         if properties:
             self.mock.AddProperties(name, properties)
-        # Under its own name only now, so that nobody meets it unfinished.
+        # It gets its name last, so that nobody calls it unfinished.
         self.mock.AddMethod(name, "Serve", "", "", f"self.connection.request_name('{name}')")
         call(self.bus, self.name, path, name, "Serve")
 
@@ -63,13 +62,13 @@ class Service:
         self.mock.AddObject(path, interface, dbus.Dictionary({}, "sv"), methods)
 
     def calls(self, method, path=None):
-        """The arguments of each call of this method so far."""
+        """The arguments of all calls of this method."""
         return [arguments for _, arguments in self.at(path or self.path).GetMethodCalls(method)]
 
     def signal(self, interface, name, signature="", *arguments, path=None):
         self.at(path or self.path).EmitSignal(interface, name, signature, dbus.Array(arguments, "v"))
 
     def close(self):
-        """It leaves the bus."""
+        """Leaves the bus."""
         end(self.process)
         wait_until(lambda: not self.bus.name_has_owner(self.name))

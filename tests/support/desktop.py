@@ -1,4 +1,4 @@
-"""A whole desktop that nobody sits at: a sound session, a display, a tray, settings and a screen reader."""
+"""A whole virtual desktop: a sound session, a display, a tray, settings and a screen reader."""
 from dataclasses import dataclass
 
 import dbus
@@ -8,7 +8,7 @@ from support.screen import Display, ScreenReader
 from support.session import Session
 from support.tray import Tray
 
-PROGRAM_NAME = "Sonvel"  # of its window as well
+PROGRAM_NAME = "Sonvel"  # also the title of its window
 SETTINGS, APPEARANCE = "org.freedesktop.portal.Settings", "org.freedesktop.appearance"
 READ_ALL = f"ret = {{'{APPEARANCE}': {{'color-scheme': dbus.UInt32(2)}}}}"
 ICON = ('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 48 48"><rect x="3" y="3" width="42" height="42" rx="11" '
@@ -17,14 +17,14 @@ ICON = ('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 48 48"><rect x="3"
 
 @dataclass
 class Application:
-    """An installed media player that plays one tone in both channels."""
+    """An installed media player that plays a tone on both channels."""
     name: str
     program: str
     frequency: int
     amplitude: float
     color: str
     process: object = None
-    gain: float = 1.0  # as it should be heard
+    gain: float = 1.0  # expected gain
     is_muted: bool = False
     sink: str = "Speakers"
 
@@ -38,7 +38,7 @@ class Application:
 
 
 def example_players():
-    """One of each program, each with a tone and a colour of its own."""
+    """One application of each kind, each with its own tone and colour."""
     return [Application("Records", "pw-play", 1000, 0.2, "#3465a4"),
             Application("Jukebox", "paplay", 1700, 0.15, "#c4572a"),
             Application("Cinema", "ffplay", 2600, 0.1, "#5c8a3a")]
@@ -46,7 +46,7 @@ def example_players():
 
 class Desktop:
     def __init__(self, has_tray=True, is_read=True, scale=1.0, **session):
-        """is_read: else there is no screen reader, and programs do nothing for one. The rest is for Session."""
+        """is_read: with a screen reader, for which programs do extra work. Other arguments: see Session."""
         self.display = Display()
         self.session = Session(**session)
         self.environment = self.session.environment | {"DISPLAY": self.display.name, "QT_QPA_PLATFORM": "xcb",
@@ -54,7 +54,7 @@ class Desktop:
         self._accessibility = None
         if is_read:
             self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
-            # It takes its bus with it only where it is asked to end.
+            # It ends its bus only if it is terminated politely.
             self._accessibility = self.session.start("setpriv", "--pdeathsig", "TERM",
                                                      "/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
             self.screen = ScreenReader(self.environment, PROGRAM_NAME)
@@ -74,7 +74,7 @@ class Desktop:
         self.display.close()
 
     def start(self, program=BIN / "sonvel", *arguments):
-        """Sonvel behind its icon where there is a tray, as at login."""
+        """Starts Sonvel; behind its icon if there is a tray, as at login."""
         return self.session.start(program, *arguments, *["--background"] * bool(self.tray),
                                   environment=self.environment)
 
@@ -89,7 +89,7 @@ class Desktop:
         application.gain = percent / 100
 
     def play(self, application):
-        """Installs the application where that has not been done, and starts it."""
+        """Installs the application if needed, and starts it."""
         data = self.session.folder / "data"
         program = self.session.copy_program(application.program, application.name.lower())
         icon = data / f"{application.name}.svg"
@@ -101,5 +101,5 @@ class Desktop:
                                                 application.name.lower())
 
     def hear(self, application, within=20):
-        """Waits until the application is heard where and as loud as it should be."""
+        """Waits until the application is heard at its sink and level."""
         self.session.sink(application.sink).wait_for_tone(application.frequency, application.level, within)

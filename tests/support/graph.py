@@ -1,4 +1,4 @@
-"""The objects and the default metadata of a PipeWire server, kept up to date."""
+"""The current objects and default metadata of a PipeWire server."""
 
 import json
 import subprocess
@@ -17,13 +17,13 @@ class Graph:
         lines = []
         for line in output:
             lines.append(line)
-            if line.startswith("]"):  # the end of one array of changed objects
+            if line.startswith("]"):  # the end of an array of changed objects
                 for changed in json.loads("".join(lines)):
                     self._update(changed)
                 lines.clear()
 
     def _update(self, changed):
-        objects = dict(self._objects)  # readers on the other thread keep the old one
+        objects = dict(self._objects)  # readers on other threads keep the old one
         if changed.get("info", 0) is None:
             objects.pop(changed["id"], None)
         else:
@@ -31,8 +31,8 @@ class Graph:
         self._objects = objects
 
     def objects(self, kind, **properties):
-        """The properties of each object of a kind (Node, Port, Client ...) whose properties are so, with its id; of
-        nodes also their state."""
+        """The properties, with the id, of each object of a kind (Node, Port, Client ...) that has the given
+        properties; nodes also with their state."""
         found = []
         for number, value in self._objects.items():
             if value["type"] == f"PipeWire:Interface:{kind}":
@@ -44,7 +44,7 @@ class Graph:
         return next(iter(self.objects("Node", **{"node.name": name})), None)
 
     def entries(self):
-        """The default metadata: a dictionary of values, as text, by subject and key."""
+        """The default metadata: a dictionary of texts by subject and key."""
         records = [record.split("\x1f") for record in self._mixer.ask("entries").split("\x1e")[:-1]]
         return {(int(subject), key): value for subject, key, value in records}
 
@@ -52,11 +52,11 @@ class Graph:
         return self.entries().get((subject, key))
 
     def set_metadata(self, subject, key, value, kind="Spa:Id"):
-        """Has arrived when what it brings about is seen. None removes the entry."""
+        """Takes effect later: wait for its effect. None removes the entry."""
         self._mixer.ask(*(["remove", subject, key] if value is None else ["set", subject, key, kind, value]))
 
     def of_ours(self):
-        """Nodes and metadata that Sonvel has made."""
+        """Nodes and metadata made by Sonvel."""
         nodes = [node["node.name"] for node in self.objects("Node") if str(node.get("node.name")).startswith("sonvel")]
         return nodes + [(place, value) for place, value in self.entries().items()
                         if place[1].startswith("sonvel") or value.startswith("sonvel")]

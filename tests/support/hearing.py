@@ -16,12 +16,12 @@ _TURNS = 2 * numpy.pi * numpy.arange(ANALYSED) / ANALYSED
 # Blackman-Harris: side lobes are 92 dB down, the main lobe ends four bins (12 Hz) from the tone.
 _WINDOW = 0.35875 - 0.48829 * numpy.cos(_TURNS) + 0.14128 * numpy.cos(2 * _TURNS) - 0.01168 * numpy.cos(3 * _TURNS)
 
-# left: samples. position: of the first, by the graph's clock. complete: nothing was lost in between.
+# left: samples. position: of the first one, on the graph's clock. complete: no frames were lost.
 Recording = namedtuple("Recording", "left position complete")
 
 
 def amplitude_of(frequency, samples):
-    """The amplitude of one tone among others, from ANALYSED samples."""
+    """The amplitude of a tone among others, from ANALYSED samples."""
     wave = numpy.exp(-2j * numpy.pi * frequency / RATE * numpy.arange(ANALYSED))
     return 2 * abs(numpy.dot(samples * _WINDOW, wave)) / _WINDOW.sum()
 
@@ -31,7 +31,7 @@ def decibels(ratio):
 
 
 def write_tone(path, frequency, amplitude):
-    """Two minutes of a tone for players of files."""
+    """Two minutes of a tone, for players of files."""
     second = amplitude * numpy.sin(2 * numpy.pi * frequency / RATE * numpy.arange(RATE))
     with wave.open(str(path), "wb") as file:
         file.setparams((2, 2, RATE, 0, "NONE", ""))
@@ -39,7 +39,7 @@ def write_tone(path, frequency, amplitude):
 
 
 def faulty_frames(samples, scale):
-    """How many frames of a counter that was played at this amplitude were lost, came twice or were silent."""
+    """How many frames of a counter signal of this amplitude were lost, repeated or silent."""
     period = 32768
     places = numpy.flatnonzero(samples)
     counts = numpy.rint(samples[places] / scale * period).astype(int)
@@ -48,7 +48,7 @@ def faulty_frames(samples, scale):
 
 
 class Sink:
-    """Makes a sink run for as long as it is listened to, so that silence is heard as zeros."""
+    """Keeps a sink running while listening, so that silence is recorded as zeros."""
 
     def __init__(self, session, program, name):
         self.name, self._session = name, session
@@ -62,7 +62,8 @@ class Sink:
         self._ring = numpy.frombuffer(mapping, numpy.float32, offset=_HEADER).reshape(-1, 2)
         for end, port in (("FL", "left"), ("FR", "right")):
             link = "pw-link", f"{name}:monitor_{end}", f"listener.{name}:{port}"
-            wait_until(lambda: session.start(*link).wait() == 0, what=" ".join(link))  # once both ports are there
+            # as soon as both ports exist
+            wait_until(lambda: session.start(*link).wait() == 0, what=" ".join(link))
         wait_until(self.mark, what=f"sound from {name}")
 
     def close(self):
@@ -71,7 +72,7 @@ class Sink:
         self._process.wait()
 
     def mark(self):
-        """How many frames were heard so far."""
+        """The number of frames recorded so far."""
         return int(self._header[0])
 
     def since(self, mark):
@@ -84,7 +85,7 @@ class Sink:
         return self._ring.take(range(start, end), axis=0, mode="wrap")
 
     def amplitude(self, frequency, channel=0):
-        """Of a tone in the last third of a second."""
+        """The amplitude of a tone in the last third of a second."""
         mark = self.mark()
         return amplitude_of(frequency, self._frames(max(0, mark - ANALYSED), mark)[:, channel])
 
@@ -93,8 +94,8 @@ class Sink:
         wait_until(lambda: self.mark() >= mark + count, within, f"{count} frames at {self.name}")
 
     def wait_for_tone(self, frequency, amplitude, within=20, tolerance=0.05):
-        """Until both channels carry the tone at this amplitude (0: 100 dB under full scale), give or take so many
-        decibels, for a third of a second after the call."""
+        """Waits until both channels have the tone at this amplitude (0: below -100 dBFS), within a tolerance
+        in decibels, for a third of a second after the call."""
         start, levels = self.mark(), []
 
         def is_heard():
@@ -112,7 +113,7 @@ class Sink:
                                  f"in {within} s") from None
 
     def wait_for_zeros(self, frames=4800, within=20):
-        """Until both channels were exactly silent for so many frames after the call."""
+        """Waits until both channels were exactly silent for this many frames after the call."""
         start = self.mark()
         wait_until(lambda: (mark := self.mark()) >= start + frames and not self._frames(mark - frames, mark).any(),
                    within, f"silence at {self.name}")

@@ -1,4 +1,4 @@
-"""Programs that are told and say things in lines."""
+"""Programs that are controlled by lines of text."""
 
 import json
 import os
@@ -14,7 +14,7 @@ class LineProcess:
         self._unread = b""
 
     def hear(self, seconds=20):
-        """The next line that it says; None when there is none in so long, or it has ended."""
+        """Its next line; None after the timeout, or if it has ended."""
         while b"\n" not in self._unread:
             if not select.select([self.process.stdout], [], [], seconds)[0]:
                 return None
@@ -26,7 +26,7 @@ class LineProcess:
         return line.decode()
 
     def ask(self, *words):
-        """For one line there is one back."""
+        """Sends a line and returns the answer line."""
         self.process.stdin.write((" ".join(map(str, words)) + "\n").encode())
         answer = self.hear()
         assert answer is not None, f"no answer to {words}"
@@ -37,7 +37,7 @@ class LineProcess:
         self.process.wait()
 
     def finish(self):
-        """Ends its input; its exit code."""
+        """Closes its input; returns its exit code."""
         self.process.stdin.close()
         return self.process.wait(20)
 

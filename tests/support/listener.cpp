@@ -1,5 +1,4 @@
-// listener NAME FILE: writes what comes to the ports of its node NAME into a file, for readers that map it,
-// until it is killed.
+// listener NAME FILE: records the input of its node NAME into a file that readers map, until it is killed.
 #include <pipewire/filter.h>
 #include <pipewire/pipewire.h>
 
@@ -12,11 +11,11 @@
 
 namespace {
 
-/// The frames heard, one after another, and the places where frames were lost. Both are rings.
+/// The recorded frames, and the places of lost frames. Both are ring buffers.
 struct Recording {
   struct Break {
-    std::uint64_t frame;    ///< how many frames had been written
-    std::uint64_t position; ///< of the next frame, by the graph's clock
+    std::uint64_t frame;    ///< number of frames written before it
+    std::uint64_t position; ///< of the next frame, on the graph's clock
   };
 
   struct Frame {
@@ -25,7 +24,7 @@ struct Recording {
   };
 
   std::atomic<std::uint64_t> frameCount;
-  std::atomic<std::uint64_t> breakCount; ///< the start is the first
+  std::atomic<std::uint64_t> breakCount; ///< the start counts as the first
   std::array<Break, 255> breaks;
   std::array<Frame, 1U << 22U> frames; ///< 87 seconds at 48 kHz
 };
@@ -35,9 +34,9 @@ static_assert(offsetof(Recording, frames) == 4096);
 struct Listener {
   Recording* recording = nullptr;
   std::array<void*, 2> ports{};
-  std::uint64_t expectedPosition = 0; // the data thread's
+  std::uint64_t expectedPosition = 0; // used by the data thread
 
-  // The data thread, once for each cycle of the graph; real-time safe.
+  // Data thread, once per cycle of the graph; real-time safe.
   static void onProcess(void* data, spa_io_position* position) {
     auto& self = *static_cast<Listener*>(data);
     const std::uint64_t count = position->clock.duration;

@@ -1,11 +1,10 @@
-// Works the default metadata as mixers do, by which streams are moved. Each line of its input is answered by
-// one:
+// Edits the default metadata as mixers do to move streams. Each input line gets one answer line:
 //   set SUBJECT KEY TYPE VALUE
 //   remove SUBJECT KEY
-//   entries    all entries: subject, key and value with unit separators between, and a record separator
-//              after each
-// It is not pw-metadata because PipeWire 0.3 tells a client nothing of objects newer than its last message,
-// and nobody anything more once a client left before the metadata that it bound had answered.
+//   entries    all entries: subject, key and value with unit separators between, and a record separator after
+// each
+// Replaces pw-metadata: PipeWire 0.3 does not tell a client about objects newer than its last message, and
+// stops telling all clients if one disconnects before the metadata that it bound has answered.
 #include <pipewire/extensions/metadata.h>
 #include <pipewire/pipewire.h>
 
@@ -85,9 +84,9 @@ struct Mixer {
     pw_thread_loop_signal(self.loop, false);
   }
 
-  /// Returns when we know all that the server has to tell now.
+  /// Returns when everything that the server knows now has arrived.
   void synchronize() {
-    // The server does not tell of changes in the entries of an object that is gone.
+    // The server does not report changed entries of a removed object.
     if (metadata != nullptr && std::ranges::any_of(entries, [this](const auto& subject) {
           return !globals.contains(subject.first);
         })) {

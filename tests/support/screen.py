@@ -1,4 +1,4 @@
-"""A display that nobody sits at: its points, and what is on it as a screen reader knows it."""
+"""A virtual display: its pixels, and its contents as a screen reader sees them."""
 import pathlib
 import subprocess
 import tempfile
@@ -17,7 +17,7 @@ SHOWING, VISIBLE = 1 << 25, 1 << 30
 
 
 class Display:
-    """A virtual display without a window manager, black where no window is."""
+    """A virtual display without a window manager; black where there is no window."""
 
     def __init__(self):
         self._folder = tempfile.TemporaryDirectory(prefix="sonvel-display-")
@@ -31,20 +31,20 @@ class Display:
         self._points = numpy.memmap(file, "<u4", "r", int(header[0] + 12 * colors), (height, width))
 
     def points(self):
-        """Of the whole screen now, row by row: 0xRRGGBB."""
+        """The pixels of the whole screen, row by row: 0xRRGGBB."""
         return self._points & 0xffffff
 
     def is_black(self):
         return not self.points().any()
 
     def is_painted(self):
-        """Whether a window is there that has been drawn into."""
+        """Whether a window with contents is visible."""
         lit = self.points()
         lit = lit[lit != 0]
         return lit.size > 0 and bool((lit != lit[0]).any())
 
     def save_picture(self, file):
-        """Of what is not black."""
+        """The bounds of everything that is not black."""
         points = self.points()
         rows, columns = numpy.nonzero(points.any(1))[0], numpy.nonzero(points.any(0))[0]
         points = points[rows[0]:rows[-1] + 1, columns[0]:columns[-1] + 1]
@@ -57,7 +57,7 @@ class Display:
 
 
 class Control:
-    """One thing on the screen. It may go at any time: then each call raises dbus.DBusException."""
+    """One control on the screen. It may disappear at any time: then each call raises dbus.DBusException."""
 
     def __init__(self, bus, name, path):
         self._at = bus, name, path
@@ -90,7 +90,7 @@ class Control:
 
 
 class ScreenReader:
-    """Sees and works the windows of one program by the accessibility bus."""
+    """Reads and operates the windows of a program through the accessibility bus."""
 
     def __init__(self, environment, program):
         bus = connect(environment)
@@ -101,16 +101,16 @@ class ScreenReader:
         self._program = program
 
     def shown(self):
-        """The names of everything that is shown, in the order of reading, each with its control."""
+        """The names of everything visible in reading order, with their controls."""
         found = []
 
         def look_below(control):
             for child in control.children():
                 try:
-                    if child.is_shown():  # what is hidden is in the tree as well
+                    if child.is_shown():  # the tree also has hidden objects
                         found.append((child.name, child))
                     look_below(child)
-                except dbus.DBusException:  # it has just gone
+                except dbus.DBusException:  # it has just disappeared
                     pass
 
         for program in self._desktop.children():
@@ -122,7 +122,7 @@ class ScreenReader:
         return found
 
     def control(self, name, within=20):
-        """The first control of this name, once it is shown."""
+        """Waits for the first visible control of this name."""
         def find():
             return next((control for shown, control in self.shown() if shown == name), None)
         try:

@@ -19,7 +19,7 @@ DAEMONS = ("pipewire", "wireplumber", "pipewire-pulse")
 _SOCKETS = {"pipewire": "pipewire-0", "pipewire-pulse": "pulse/native"}
 _libc = ctypes.CDLL(None)
 
-# No folder of services: nothing starts that the test didn't start.
+# Without a folder of services, the bus starts nothing by itself.
 _BUS = """<busconfig><type>session</type><listen>unix:path={}</listen><auth>EXTERNAL</auth>
 <policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy>
 </busconfig>"""
@@ -41,11 +41,11 @@ def sink_properties(name, priority):
 
 
 class Session:
-    """Its own D-Bus, PipeWire, WirePlumber and PulseAudio socket on folders of its own, with the sinks Speakers (the
-    default) and Headphones. All of it ends with this object, or with this process."""
+    """A private D-Bus, PipeWire, WirePlumber and PulseAudio socket in temporary folders, with the sinks
+    Speakers (the default) and Headphones. Everything ends with this object or this process."""
 
     def __init__(self, quantum=1024, daemons=DAEMONS):
-        """quantum: frames of each cycle. daemons: none for a session with a D-Bus alone."""
+        """quantum: frames per cycle. daemons: none for a session with only a D-Bus."""
         self.folder = Path(tempfile.mkdtemp(prefix="sonvel-session-"))
         self.processes = {}
         self.sinks = {}
@@ -80,7 +80,7 @@ class Session:
                    "\ncontext.objects = [ " + " ".join(f"{{ factory = adapter args = {sink} }}" for sink in sinks) + " ]")
 
     def restriction(self):
-        """Environment of programs that the server restricts from their start, as it restricts a sandbox."""
+        """The environment for programs that the server restricts from their start, like sandboxed ones."""
         for name in ("client", "client-rt"):
             self.write(f"restricted/pipewire/{name}.conf.d/50-test.conf",
                        "context.properties = { pipewire.client.access = restricted }")
@@ -106,38 +106,39 @@ class Session:
     # Programs
 
     def start(self, program, *arguments, name=None, environment=None, **options):
-        """Starts a program in the session. name: of its log, and of it in self.processes."""
+        """Starts a program in the session. name: of its log and its entry in self.processes."""
         name = name or f"{Path(program).name}-{len(self.processes)}"
         with open(self.folder / f"{name}.log", "ab") as log:
             options = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log, "executable": program} | options
             process = subprocess.Popen([Path(program).name, *map(str, arguments)], env=self.environment | (environment or {}),
-                                       preexec_fn=lambda: _libc.prctl(1, signal.SIGKILL),  # when this process dies
+                                       # ends with this process
+                                       preexec_fn=lambda: _libc.prctl(1, signal.SIGKILL),
                                        **options)
         self.processes[name] = process
         return process
 
     def run(self, *command):
-        """What a program that ends by itself prints."""
+        """The output of a program that ends by itself."""
         return subprocess.run(list(map(str, command)), env=self.environment, check=True, text=True, timeout=20,
                               stdout=subprocess.PIPE).stdout
 
     def copy_program(self, program, name):
-        """A copy of a program, for a process that the desktop is to see under another name."""
+        """A copy of a program, for a process with another name."""
         copy = self.folder / "bin" / name
         if not copy.exists():
             shutil.copy(shutil.which(program) or BINARIES / program, copy)
         return copy
 
     def player(self, frequency=1000, amplitude=0.4, program=None, client=None, **options):
-        """A tone player with a stream named "tone", whose node's ID is its attribute node. program: its name, by which
-        several are one application; without it is an application of its own."""
+        """A tone player with a stream "tone"; the attribute node has its node's ID. program: its name, shared
+        by players of one application; by default each is its own application."""
         program = program or f"tone-player-{len(self.processes)}"
         player = TonePlayer(self, self.copy_program("tone-player", program), client or {})
         player.node = player.open("tone", frequency=frequency, amplitude=amplitude, **options)
         return player
 
     def play(self, program, frequency, amplitude, copy=None):
-        """A tone played by pw-play, paplay or ffplay for two minutes; copy: the name that it is to run under."""
+        """Plays a tone for two minutes with pw-play, paplay or ffplay; copy: the process's name."""
         file = self.folder / f"{frequency}-{amplitude}.wav"
         if not file.exists():
             write_tone(file, frequency, amplitude)
@@ -154,15 +155,16 @@ class Session:
             wait_until(lambda: not self.graph.entries(), what="the end of the metadata")
 
     def stop(self, daemon):
-        """It hangs until it is resumed."""
+        """Stops the daemon until resume()."""
         self.processes[daemon].send_signal(signal.SIGSTOP)
 
     def resume(self, daemon):
         self.processes[daemon].send_signal(signal.SIGCONT)
 
     def restart(self, daemon):
-        """Returns when it serves. With PipeWire the other two are restarted, as a desktop does it."""
-        for sink in list(self.sinks.values()):  # WirePlumber can't set up a sink anew that somebody listens to
+        """Returns when it serves again. With PipeWire the other two are restarted, as on a desktop."""
+        # WirePlumber can't set up a sink again while someone listens to it
+        for sink in list(self.sinks.values()):
             sink.close()
         daemons = DAEMONS if daemon == "pipewire" else (daemon,)
         for name in reversed(daemons):
@@ -184,7 +186,7 @@ class Session:
     # Sinks and streams
 
     def sink(self, name="Speakers"):
-        """Listens to a sink, once for all that ask."""
+        """Listens to a sink; later calls share the listener."""
         if name not in self.sinks:
             self.sinks[name] = Sink(self, BINARIES / "listener", name)
         return self.sinks[name]
@@ -208,8 +210,8 @@ class Session:
         wait_until(lambda: not self.graph.node(name), what=f"the end of {name}")
 
     def move(self, stream, sink, keys=("target.node", "target.object")):
-        """Sends a stream (its node's ID) to a sink, as mixers do it. Not before it is linked: the session manager
-        remembers nothing of a stream that it doesn't know yet."""
+        """Sends a stream (its node's ID) to a sink, as mixers do. Waits until it is linked: before, the
+        session manager does not know it and stores nothing."""
         wait_until(lambda: self.graph.objects("Link", **{"link.output.node": stream}), what="a stream that is linked")
         target = self.graph.node(sink)
         for key in keys:

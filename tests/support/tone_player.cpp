@@ -27,7 +27,7 @@ constexpr std::uint64_t kCounterPeriod = 32768;
 
 class Stream {
  public:
-  /// Takes the properties over.
+  /// Takes ownership of the properties.
   Stream(pw_thread_loop* loop, pw_core* core, const std::string& name, pw_properties* options)
       : loop_(loop)
       , signal_(option(options, "signal", "tone"))
@@ -50,7 +50,7 @@ class Stream {
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
 
-  /// Waits until the server has it.
+  /// Waits until the server has created the node.
   [[nodiscard]] std::uint32_t nodeID() const {
     const char* error = nullptr;
     for (;; pw_thread_loop_wait(loop_)) {
@@ -97,7 +97,7 @@ class Stream {
     if (id == SPA_IO_Position) static_cast<Stream*>(data)->position_ = static_cast<spa_io_position*>(area);
   }
 
-  // The data thread; real-time safe.
+  // Data thread; real-time safe.
   static void onProcess(void* data) {
     auto& self = *static_cast<Stream*>(data);
     pw_buffer* buffer = pw_stream_dequeue_buffer(self.stream_);
@@ -123,7 +123,7 @@ class Stream {
 
   [[nodiscard]] float shape(std::uint64_t position) const noexcept {
     switch (signal_.front()) {
-    case 't': // whole numbers, so that the phase never drifts
+    case 't': // integers, so that the phase never drifts
       return static_cast<float>(std::sin(2.0 * std::numbers::pi * static_cast<double>(frequency_) *
                                          static_cast<double>(count_ % kRate) / kRate));
     case 'i':
@@ -139,7 +139,7 @@ class Stream {
   const std::string signal_;
   const std::uint64_t frequency_;
   std::atomic<float> amplitude_;
-  std::uint64_t count_ = 0; // of frames played
+  std::uint64_t count_ = 0; // frames played
   std::atomic<const spa_io_position*> position_ = nullptr;
   pw_stream* stream_ = nullptr;
   spa_hook listener_{};
@@ -150,7 +150,7 @@ struct Player {
   pw_core* core = nullptr;
   std::map<std::string, std::unique_ptr<Stream>> streams;
 
-  /// The program itself, not a stream.
+  /// Renames the program, not a stream.
   void rename(const std::string& name) const {
     const spa_dict_item item{PW_KEY_APP_NAME, name.c_str()};
     const spa_dict properties = SPA_DICT_INIT(&item, 1);

@@ -17,7 +17,7 @@ class Tray(Service):
                           "RegisteredStatusNotifierItems": dbus.Array([], "s")})
 
     def set_host(self, is_there):
-        """A watcher may wait for a host that shows the icons."""
+        """Sets whether a host shows the icons; a watcher may exist without one."""
         self.mock.UpdateProperties(WATCHER, {"IsStatusNotifierHostRegistered": is_there})
         self.signal(WATCHER, "StatusNotifierHostRegistered" if is_there else "StatusNotifierHostUnregistered")
 
@@ -26,7 +26,7 @@ class Tray(Service):
         return [Icon(self.bus, item) for item in items if self.bus.name_has_owner(item)]
 
     def icon(self):
-        """The one icon, once it is there."""
+        """Waits for exactly one icon, and returns it."""
         wait_until(lambda: len(self.icons()) == 1, what="the one icon in the tray")
         return self.icons()[0]
 
@@ -45,7 +45,7 @@ class Icon:
         self.do("Activate", 0, 0, signature="ii")
 
     def menu(self):
-        """What its menu offers: the identifier of each label."""
+        """The labels of its menu, with their identifiers."""
         _, (_, _, entries) = call(self.bus, self.item, self.get("Menu"), MENU, "GetLayout", 0, -1, dbus.Array([], "s"),
                                   signature="iias")
         return {str(properties["label"]): number for number, properties, _ in entries if "label" in properties}

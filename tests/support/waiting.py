@@ -2,7 +2,7 @@ import time
 
 
 def wait_until(condition, within=20, what="what was waited for"):
-    """The first true value of condition(); fails the test when there is none in so many seconds."""
+    """Waits for a true value of condition() and returns it; fails the test after `within` seconds."""
     deadline = time.monotonic() + within
     while not (value := condition()):
         assert time.monotonic() < deadline, f"{what}: not within {within} s"

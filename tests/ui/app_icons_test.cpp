@@ -15,7 +15,7 @@
 namespace sonvel {
 namespace {
 
-/// Pictures of one colour each, which tell where an icon came from.
+/// One-coloured pictures tell where an icon came from.
 class AppIconsTest : public testing::Test {
  protected:
   std::string picture(const char* color, std::string file = {}, QSize size = {32, 32}) const {
@@ -62,7 +62,7 @@ TEST_F(AppIconsTest, TheFirstInOrderIsTaken) {
   expect("#001100");
   expect("#000011", "unknown", "unknown");
   icons.setLocation("parent", "/parent");
-  expect("#000011"); // another's icon would be wrong for the parent
+  expect("#000011"); // another application's icon would be wrong
   icons.setFileIcon("/parent", picture("#330000"));
   expect("#330000");
   icons.setRunningIcon(10, picture("#110000"));
@@ -106,7 +106,7 @@ TEST_F(AppIconsTest, ThemesGiveTheBestSizeWhichIsFittedAndGrayed) {
   EXPECT_EQ(colorOf(request("1/org.example.Player//0", 20)), "#00ff00") << "a smaller one was enlarged";
   EXPECT_EQ(colorOf(request("2/unknown//0", 16)), "#0000ff");
   for (const char* pipe :
-       {"1/file//0", "1/themed//0", "1/longer//0", "1/outside//0"}) // waits if it is opened
+       {"1/file//0", "1/themed//0", "1/longer//0", "1/outside//0"}) // opening it would block
     EXPECT_EQ(colorOf(request(pipe, 16)), "#0000ff") << pipe;
   EXPECT_EQ(colorOf(request("1/org.example.Player//70", 16)), "#722626") << "70 % of the colour taken out";
   EXPECT_EQ(request("1/org.example.Player//0", 64).pixelColor(32, 8).alpha(), 0) << "stretched";

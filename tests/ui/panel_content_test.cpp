@@ -1,4 +1,4 @@
-// What the panel says, and how it looks, in every state.
+// The panel's texts and appearance in every state.
 
 #include "ui/panel_test.h"
 #include "ui/presentation/panel_text.h"
@@ -38,8 +38,8 @@ button Quit)";
 
 class PanelContentTest : public PanelTest {
  protected:
-  /// Compares what has come into the panel since the last time, one line each: texts with their colour,
-  /// controls with their value and description, symbols, icons, meters, and what is faded or disabled.
+  /// Compares what is new in the panel since the last call, one line each: texts with their colour, controls
+  /// with value and description, symbols, icons, meters, and what is faded or disabled.
   void expectNew(const char* lines) {
     QStringList shown;
     for (auto* item : items())
@@ -71,7 +71,7 @@ class PanelContentTest : public PanelTest {
     return line;
   }
 
-  /// Nothing for what has the primary colour.
+  /// Empty for the primary colour.
   QString colorName(const QQuickItem* item) const {
     const auto color = item->property("color").value<QColor>();
     for (const auto* name : {"secondary", "tertiary", "accent", "orange", "red"})

@@ -1,5 +1,4 @@
-// What the user does with keys and pointer, also while the list changes, and that there is room for
-// everything.
+// Keyboard and pointer input, also while the list changes, and the layout.
 
 #include "ui/panel_test.h"
 
@@ -20,7 +19,7 @@ class PanelInputTest : public PanelTest {
     return seen != nullptr ? seen->text(QAccessible::Name) : QString();
   }
 
-  /// From the top to the bottom of the list, nothing leaves the panel and no two marks overlap.
+  /// Checks while scrolling from top to bottom that nothing leaves the panel and no two items overlap.
   void expectTidy() {
     auto* area = child("scrollArea");
     const double lowest = area->property("contentHeight").toDouble() - area->height();
@@ -123,7 +122,7 @@ TEST_F(PanelInputTest, WhatIsHeldStaysInTheHandWhileTheListChanges) {
   EXPECT_EQ(view_->activeFocusItem(), held);
   channel->setGainPercent(20);
   EXPECT_NEAR(held->property("value").toDouble(), 160, 1) << "the model moved it";
-  child("scrollArea")->setProperty("contentY", 900); // out of sight
+  child("scrollArea")->setProperty("contentY", 900); // scrolled out of view
   QTest::mouseMove(window(), handlePlace(held, 60));
   QTest::mouseRelease(window(), Qt::LeftButton, {}, handlePlace(held, 60));
   EXPECT_NEAR(channel->gainPercent(), 60, 1);

@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Templates as T
 
-// Something to show in a panel, with a menu.
+// Sample content with a menu.
 Item {
     property T.Menu menu: T.Menu {
         contentItem: Item {}

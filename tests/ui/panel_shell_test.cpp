@@ -1,4 +1,4 @@
-// The panel's window, and when it is shown.
+// The panel's window, and when it opens.
 
 #include "simulated/manual_clock.h"
 #include "ui/shell/panel_placement.h"
@@ -21,7 +21,7 @@ using Style = PanelWindow::Style;
 
 class PanelShellTest : public testing::Test {
  protected:
-  /// Until what was closed is destroyed, and the window system has done what was asked.
+  /// Waits until closed windows are destroyed and the window system has answered.
   static void settle() {
     QCoreApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -63,7 +63,7 @@ TEST_F(PanelShellTest, APanelClosesOnEscapeAndLossOfFocusAPlainWindowDoesNot) {
       EXPECT_TRUE(isPlain || available.contains(panel_.window()->geometry()));
     }
     QMetaObject::invokeMethod(content_->property("menu").value<QObject*>(), "open");
-    QTest::keyClick(panel_.window(), Qt::Key_Escape); // closes the menu
+    QTest::keyClick(panel_.window(), Qt::Key_Escape); // closes only the menu
     EXPECT_TRUE(panel_.isOpen());
     QTest::keyClick(panel_.window(), Qt::Key_Escape);
     EXPECT_EQ(panel_.isOpen(), isPlain);
@@ -81,7 +81,7 @@ TEST_F(PanelShellTest, TheClickThatClosedItDoesNotReopenIt) {
     open(Style::panel);
     focus(elsewhere);
     clock_.advance(delay);
-    panel_.toggle(); // the same click, as the icon reports it
+    panel_.toggle(); // the icon's report of the same click
     EXPECT_EQ(panel_.isOpen(), isReopened);
     panel_.toggle();
     EXPECT_EQ(panel_.isOpen(), !isReopened);
@@ -91,7 +91,7 @@ TEST_F(PanelShellTest, TheClickThatClosedItDoesNotReopenIt) {
 TEST(PanelPlacement, IsAtTheIconOrInThePointersCorner) {
   const ScreenArea barOnTop{.geometry = {0, 0, 1920, 1080}, .available = {0, 32, 1920, 1048}};
   const ScreenArea barAtTheLeft{.geometry = {0, 0, 1920, 1080}, .available = {64, 0, 1856, 1080}};
-  // To the right of the others, lower, and scaled twice: its logical size leaves gaps around it.
+  // Right of the others, lower, and with scale 2: its logical size leaves gaps around it.
   const ScreenArea scaled{.geometry = {1920, 200, 1280, 720}, .available = {1920, 200, 1280, 680}};
 
   const struct {
@@ -132,7 +132,7 @@ TEST_F(PanelShellTest, AWindowStandsInForTheTrayWhichClosesWithTheProgram) {
   EXPECT_EQ(quits_, 0) << "the icon is there";
 
   presence.setTrayShown(false);
-  presence.show(); // without patience
+  presence.show(); // without waiting for the tray
   EXPECT_EQ(panel_.style(), Style::plainWindow);
   panel_.window()->close();
   EXPECT_EQ(quits_, 1);

@@ -13,14 +13,14 @@
 #include <QQuickView>
 #include <QTest>
 
-/// As GoogleTest shows it.
+/// For GoogleTest's messages.
 inline void PrintTo(const QString& text, std::ostream* out) {
   *out << '"' << text.toStdString() << '"';
 }
 
 namespace sonvel {
 
-/// What a user sees and does in a window that no display shows.
+/// Reads and operates a window on an offscreen display.
 class WindowUser {
  public:
   virtual ~WindowUser() = default;
@@ -32,9 +32,9 @@ class WindowUser {
     return QAccessible::queryAccessibleInterface(object);
   }
 
-  /// Every visible item, laid out, in reading order.
+  /// All visible items after layout, in reading order.
   std::vector<QQuickItem*> items() const {
-    (void)window()->grabWindow(); // lays out
+    (void)window()->grabWindow(); // forces the layout
     std::vector<QQuickItem*> items;
     const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
       if (!item->isVisible()) return;
@@ -46,7 +46,7 @@ class WindowUser {
     return items;
   }
 
-  /// The items with an accessible role, and with that name if there is one.
+  /// The items with an accessible role, and with the name if given.
   std::vector<QQuickItem*> itemsOf(QAccessible::Role role, const QString& name = {}) const {
     auto found = items();
     std::erase_if(found, [&](QQuickItem* item) {
@@ -64,7 +64,7 @@ class WindowUser {
     return names;
   }
 
-  /// A failure, and null, if there is not exactly one.
+  /// Null, with a failure, unless there is exactly one.
   QQuickItem* item(QAccessible::Role role, const QString& name) const {
     const auto found = itemsOf(role, name);
     EXPECT_EQ(found.size(), 1U) << name.toStdString() << " in " << names(role).join(", ").toStdString();
@@ -73,7 +73,7 @@ class WindowUser {
 
   QQuickItem* button(const QString& name) const { return item(QAccessible::Button, name); }
 
-  /// Where the item is in the window.
+  /// The item's position in the window.
   static QRectF place(const QQuickItem* item) {
     return item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
   }
@@ -88,7 +88,7 @@ class WindowUser {
   }
 };
 
-/// A desktop's appearance that a test decides. Light, and nothing moves by itself.
+/// A scripted desktop appearance: light, without animations.
 class ScriptedAppearance final : public DesktopAppearance {
  public:
   Appearance current() const override { return appearance_; }
@@ -105,8 +105,7 @@ class ScriptedAppearance final : public DesktopAppearance {
   std::function<void()> changed_;
 };
 
-/// The panel over the model on the simulated machine. A warning of Qt, also one of a missing symbol, fails
-/// the test.
+/// The panel with the model on the simulated machine. Any warning of Qt fails the test.
 class PanelTest : public MixerTest, protected WindowUser {
  protected:
   PanelTest() {
@@ -148,13 +147,13 @@ class PanelTest : public MixerTest, protected WindowUser {
     open();
   }
 
-  /// Another model, as a new start of the program makes it.
+  /// A new model, as after a restart of the program.
   void makeModelAnew() {
     model_ = std::make_shared<MixerViewModel>(
         MixerDependencies{actor_, mainThread_, clock_, permission_, preferences_, updates_});
   }
 
-  /// The application ends, and its row is paused.
+  /// Ends the application and waits until its row is paused.
   void stopPlaying(AudioObjectID process) {
     audio_.removeProcess(process);
     passReconciliation();
@@ -171,7 +170,7 @@ class PanelTest : public MixerTest, protected WindowUser {
 
   QQuickItem* master() const { return item(QAccessible::Slider, "System Output"); }
 
-  /// Where the middle of a slider's handle is at this value.
+  /// The centre of a slider's handle at this value.
   static QPoint handlePlace(const QQuickItem* slider, double value) {
     const auto* handle = slider->property("handle").value<QQuickItem*>();
     const double from = slider->property("from").toDouble();

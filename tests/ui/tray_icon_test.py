@@ -1,4 +1,5 @@
-"""The icon of the real program on a simulated machine, as a desktop's tray sees it, and what stands in for it."""
+"""The icon of the real program on a simulated machine, as a tray sees it, and the window that replaces it
+without a tray."""
 from support.bus import BIN
 from support.screen import Display
 from support.tray import Tray

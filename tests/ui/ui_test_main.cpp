@@ -1,4 +1,4 @@
-// The application that windows need.
+// The QGuiApplication of the view tests.
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 namespace sonvel {
 namespace {
 
-/// A session that says what it is told to.
+/// A session with a scripted state.
 class ScriptedSession final : public UpdateSession {
  public:
   const UpdateState& state() const noexcept override { return state_; }
@@ -47,7 +47,7 @@ UpdateState at(UpdateStage stage, bool isUnasked = false, bool isPackage = false
 
 class UpdateWindowTest : public testing::Test, protected WindowUser {
  protected:
-  // A closed window is deleted by the event loop, which no longer runs after a test.
+  // Closed windows are deleted by the event loop, which does not run after the test.
   void TearDown() override { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 
   QQuickWindow* window() const override { return window_.view(); }
@@ -62,7 +62,7 @@ TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
   const struct {
     UpdateState state;
     QStringList buttons;
-    int proceeds = 0; ///< by Return
+    int proceeds = 0; ///< counts presses of Return
     int cancels = 0;
   } cases[] = {{at(checking), {"Cancel"}},
                {at(upToDate), {"OK"}, 0, 1},

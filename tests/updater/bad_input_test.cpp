@@ -11,12 +11,12 @@ using Spoil = std::function<void(World&)>;
 using enum Answer::Ending;
 using enum UpdateFailure;
 
-/// One thing that can be wrong, and what the user is told.
+/// A possible defect, and what the user is told.
 struct BadInput {
   const char* name;
   UpdateFailure failure;
   Spoil spoil;
-  bool isOfFile = false; ///< happens when the user has been offered the file
+  bool isOfFile = false; ///< takes effect after the file was offered
 };
 
 constexpr auto kFeed = "/appcast.xml";
@@ -30,12 +30,12 @@ Spoil text(const QByteArray& feed) {
   return answer(kFeed, {.body = feed});
 }
 
-/// With a good signature, so that it is read.
+/// Correctly signed, so that it is parsed.
 Spoil signedText(const QByteArray& feed) {
   return [feed](World& world) { world.serveText(world.signedFeed(feed)); };
 }
 
-/// The good feed with one text in it replaced, and then signed.
+/// The good feed with a text replaced, then signed.
 Spoil edited(const QByteArray& before, const QByteArray& after) {
   return [=](World& world) {
     QByteArray feed = world.feed(world.item());
@@ -50,7 +50,7 @@ Spoil withElements(const QByteArray& elements) {
   return edited("<description>", elements + "<description>");
 }
 
-/// The good feed with one text in it replaced after it was signed.
+/// The good feed with a text replaced after signing.
 Spoil forged(const QByteArray& before, const QByteArray& after) {
   return [=](World& world) {
     world.serveText(world.signedFeed(world.feed(world.item())).replace(before, after));
@@ -126,7 +126,7 @@ TEST(BadInput, endsInOneSentenceWithNothingInstalled) {
 }
 
 TEST(BadInput, endsBeforeAnythingIsReadFromAnUnknownServer) {
-  World world; // before the configuration is read: making the certificate changes it
+  World world; // created before the configuration is read, because creating the certificate changes it
   const QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
   QSslConfiguration untrusting = trusting;
   untrusting.setCaCertificates({});

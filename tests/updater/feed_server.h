@@ -13,8 +13,7 @@
 
 namespace sonvel::updater {
 
-/// The certificate of this run's servers, with its key. It is for the host "localhost" alone, and this
-/// process trusts it.
+/// This run's server certificate with its key. Valid only for "localhost"; this process trusts it.
 inline const QSslConfiguration& serverCertificate() {
   static const QSslConfiguration made = [] {
     QProcess openssl;
@@ -26,7 +25,7 @@ inline const QSslConfiguration& serverCertificate() {
     QSslConfiguration server = client;
     server.setLocalCertificate(QSslCertificate(text));
     server.setPrivateKey(QSslKey(text, QSsl::Ec));
-    server.setAllowedNextProtocols({"h2", "http/1.1"}); // a client that asks for HTTP/2 gets no answer
+    server.setAllowedNextProtocols({"h2", "http/1.1"}); // clients that ask for HTTP/2 get no answer
     client.addCaCertificate(server.localCertificate());
     QSslConfiguration::setDefaultConfiguration(client);
     return server;
@@ -34,21 +33,21 @@ inline const QSslConfiguration& serverCertificate() {
   return made;
 }
 
-/// The answer to one request.
+/// The answer to a request.
 struct Answer {
   enum class Ending {
     closed,
     keptOpen,
-    endless, ///< the body is sent again and again; from a server with TLS only
+    endless, ///< repeats the body without end; only with TLS
   };
 
   int status = 200;
-  QByteArray headers = {}; ///< each with its line end; the length of the body is added unless it is said here
+  QByteArray headers = {}; ///< each with its line end; Content-Length is added if missing
   QByteArray body = {};
   Ending ending = Ending::closed;
 };
 
-/// An HTTP server on the loopback interface. Lives in the event loop of the test's thread.
+/// An HTTP server on the loopback interface. Runs in the event loop of the test's thread.
 class FeedServer {
  public:
   explicit FeedServer(bool isSecure = true)
@@ -69,17 +68,17 @@ class FeedServer {
     set(path, {.status = 302, .headers = "Location: " + target + "\r\n"});
   }
 
-  /// Takes no connections from now on.
+  /// Accepts no more connections.
   void shutDown() { server_->close(); }
 
   QByteArray url(const QByteArray& path) const {
     return host + ':' + QByteArray::number(server_->serverPort()) + path;
   }
 
-  /// How many requests for `path` have come.
+  /// The number of requests for `path`.
   int requestCount(const QString& path) const { return requestCounts_.value(path); }
 
-  QByteArray host; ///< by which clients know it, with the scheme
+  QByteArray host; ///< as in the clients' URLs, with the scheme
 
  private:
   void serve(QTcpSocket* socket) {

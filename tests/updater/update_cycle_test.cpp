@@ -106,7 +106,7 @@ TEST(UpdateCycle, showsOfTheSchedulesChecksOnlyWhatCanBeTaken) {
   check(schedule, UpdateStage::failed, false, true);
   world.serve({});
   check(schedule, UpdateStage::checking, false, true);
-  check(user, UpdateStage::upToDate, true, false); // it is the user's from now on, until they close it
+  check(user, UpdateStage::upToDate, true, false); // now visible to the user until they close it
   world.serveGood();
   check(schedule, UpdateStage::upToDate, true, false);
   world.cycle().cancel();
@@ -176,10 +176,10 @@ TEST(PackageUpdate, failsWithoutAnInstallerOrAPackage) {
   }
 }
 
-/// An updater that starts again and again, as the program does, while time passes.
+/// An updater that is restarted repeatedly while time passes.
 class DailyChecks : public testing::Test {
  protected:
-  /// Hour by hour; a check that begins meanwhile is awaited.
+  /// Advances by hours; waits for checks that begin meanwhile.
   void pass(hours time) {
     for (; time.count() > 0; --time) {
       world_.calendarTime += hours(1);
@@ -205,7 +205,7 @@ TEST_F(DailyChecks, happenOnceADayOverAllStarts) {
   world_.calendarTime += hours(30); // the computer slept
   pass(hours(1));
   EXPECT_EQ(world_.checks(), 3);
-  world_.calendarTime -= hours(1'000); // somebody set the clock back
+  world_.calendarTime -= hours(1'000); // the clock was set back
   pass(hours(2));
   EXPECT_EQ(world_.checks(), 4);
 }

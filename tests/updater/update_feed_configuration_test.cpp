@@ -12,7 +12,7 @@ using Text = std::optional<std::string>;
 const std::string kFeed = "https://updates.example/appcast.xml";
 const std::string kKey = "AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8=";
 
-/// The error's text and what it carries; empty where there is none.
+/// The error's text and payload; empty without an error.
 std::string errorOf(const Text& feed, const Text& key = kKey, const Text& channel = {},
                     bool localhost = false) {
   try {

@@ -17,7 +17,7 @@ namespace sonvel::updater {
 
 using signing::SecretKey;
 
-/// Lets the event loop run until it is so; false if it takes too long.
+/// Runs the event loop until `isSo`; false on a timeout.
 inline bool waitUntil(const std::function<bool()>& isSo) {
   return QTest::qWaitFor(isSo, 20'000);
 }
@@ -44,7 +44,7 @@ struct RecordingPackageInstaller final : PackageInstaller {
   std::shared_ptr<const VerifiedUpdate> taken;
 };
 
-/// A program of version 1.0 in a folder of its own, a server with a feed that offers 1.1, and an updater.
+/// A program of version 1.0 in a temporary folder, a server with a feed that offers 1.1, and an updater.
 class UpdaterWorld {
  public:
   explicit UpdaterWorld(Installation::Kind installationKind = Installation::Kind::singleFile,
@@ -56,7 +56,7 @@ class UpdaterWorld {
     start();
   }
 
-  /// Another run of the program, with the present channels.
+  /// A new run of the program, with the current channels.
   void start() {
     updater_.reset();
     updater_ = std::make_unique<AppcastUpdater>(
@@ -79,7 +79,7 @@ class UpdaterWorld {
 
   const UpdateState& state() { return cycle().state(); }
 
-  /// An item that offers newFile, good unless `more` says something else of it.
+  /// An item that offers newFile, correct unless `more` changes it.
   QByteArray item(const QByteArray& version = "1.1", const QByteArray& more = {}) const {
     return "<item><sparkle:version>" + version + "</sparkle:version><sonvel:architecture>test-cpu" +
            "</sonvel:architecture>" + more + "<description><![CDATA[<p>New:</p><ul><li>more</li></ul>]]>" +
@@ -88,7 +88,7 @@ class UpdaterWorld {
            "\"/></item>";
   }
 
-  /// Without its signature.
+  /// Unsigned.
   static QByteArray feed(const QByteArray& items, qint64 counter = 10) {
     return "<rss><channel><sonvel:product>com.example.program</sonvel:product><sonvel:counter>" +
            QByteArray::number(counter) +
@@ -96,7 +96,7 @@ class UpdaterWorld {
            "</channel></rss>\n";
   }
 
-  /// As makers do while they change their key, it is signed with another one too.
+  /// Signed with two keys, as makers do during a change of keys.
   QByteArray signedFeed(const QByteArray& text) const {
     return signing::signedFeed(text, {SecretKey(), key});
   }
@@ -105,7 +105,7 @@ class UpdaterWorld {
 
   void serve(const QByteArray& items, qint64 counter = 10) { serveText(signedFeed(feed(items, counter))); }
 
-  /// A good feed that offers newFile.
+  /// Serves a correct feed that offers newFile.
   void serveGood() {
     serve(item());
     server.set("/update", {.body = newFile});
@@ -118,7 +118,7 @@ class UpdaterWorld {
            state().stage == stage;
   }
 
-  /// What the user does next: asks for a check, takes what is offered, or tries again.
+  /// The user's next action: requests a check, accepts the offer, or retries.
   void proceed() {
     state().stage == UpdateStage::idle ? cycle().check(UpdateCycle::Asker::user) : cycle().proceed();
   }
@@ -132,7 +132,7 @@ class UpdaterWorld {
     }
   }
 
-  /// Ends in this failure, and nothing is installed.
+  /// Expects this failure, and that nothing is installed.
   void expectFailure(UpdateFailure failure) {
     ASSERT_TRUE(waitFor(UpdateStage::failed)) << "stage " << static_cast<int>(state().stage);
     EXPECT_EQ(static_cast<int>(*state().failure), static_cast<int>(failure));
@@ -144,7 +144,7 @@ class UpdaterWorld {
 
   QByteArray installedProgram() const { return contentOf(folder.path("bin/program")); }
 
-  /// The names in the program's folder, hidden ones too.
+  /// All file names in the program's folder, including hidden ones.
   QStringList programFolder() const {
     return QDir(QString::fromStdString(folder.path("bin"))).entryList(QDir::Files | QDir::Hidden, QDir::Name);
   }

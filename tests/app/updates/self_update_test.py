@@ -1,4 +1,4 @@
-"""A program updates itself from version to version, and goes back from those that do not work."""
+"""A program updates itself from version to version, and returns from versions that do not work."""
 import functools
 import http.server
 import json
@@ -21,17 +21,17 @@ FEED = """<rss><channel><sonvel:product>com.quellmarsh.sonvel</sonvel:product>
 
 
 def sign(*arguments):
-    """What the maker's tool says."""
+    """The output of the maker's tool."""
     return subprocess.run([BIN / "sign-feed", *arguments], check=True, capture_output=True, text=True).stdout.strip()
 
 
 def program(version):
-    """As large as real ones: what follows an executable's own parts is not looked at."""
+    """A program file of realistic size; data appended to an executable is ignored."""
     return (BIN / "updating-program").read_bytes() + b"x" * 4_000_000 + f"\n{version}".encode()
 
 
 class Maker:
-    """Has two keys and a server."""
+    """Publishes updates: two keys and a server."""
 
     def __init__(self, folder):
         self.folder, self.feed = folder, folder / "web/appcast.xml"
@@ -67,7 +67,7 @@ def test_goes_from_version_to_version_and_back_from_those_that_do_not_work(bus, 
     installed.chmod(0o755)
 
     def run_until(last):
-        """Starts what lies there as the program, until the log has `last`; then lets what runs by then end."""
+        """Runs the program until the log ends with `last`; then ends the running version."""
         log.write_text("")
         first = bus.start(installed, environment={"SONVEL_TEST_FOLDER": str(tmp_path), "QT_QPA_PLATFORM": "offscreen",
                                                   "QT_QUICK_BACKEND": "software"})
@@ -88,7 +88,7 @@ def test_goes_from_version_to_version_and_back_from_those_that_do_not_work(bus, 
     expect_program("1.1")
 
     replayed = maker.feed.read_bytes()
-    maker.publish("1.2-dies", 2, "second.key")  # the key has changed
+    maker.publish("1.2-dies", 2, "second.key")  # signed with the other key
     run_until("1.1: Sonvel couldn't be updated | The new version ended within a minute")
     expect_program("1.1")
     maker.publish("1.3-hangs", 3, "second.key")

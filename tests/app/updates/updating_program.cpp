@@ -1,6 +1,6 @@
-// A small program that updates itself as Sonvel does, with a user who takes what is offered. The last line of
-// its own file is its version; one that ends in "-dies" or "-hangs" does that. What it sees goes to the file
-// "log" in the folder that SONVEL_TEST_FOLDER names.
+// A small program that updates itself like Sonvel, with a user who accepts every offer. The last line of its
+// own file is its version; a version with "-dies" or "-hangs" at its end does that. It logs to the file "log"
+// in the folder SONVEL_TEST_FOLDER.
 #include "app/app_updates.h"
 #include "app/single_instance.h"
 #include "desktop/program_bundle.h"
@@ -42,7 +42,7 @@ struct PlainAppearance final : DesktopAppearance {
   void onChange(std::function<void()>) override {}
 };
 
-/// Reads the window's words and takes whatever can be taken.
+/// Reads the window's texts and presses whatever can be pressed.
 void useWindow() {
   static QString seen;
   for (QWindow* window : QGuiApplication::topLevelWindows()) {
