@@ -51,7 +51,7 @@ endfunction()
 
 # sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [LAUNCHER program] [PROPERTIES ...])
 # A GoogleTest program; ctest runs each of its tests separately, through the launcher if given. Tests that
-# listen to a real sound server (label sound) run alone.
+# listen to a real sound server (label sound) run alone. The thread sanitizer is for those with the label threads.
 function(sonvel_test name)
   cmake_parse_arguments(arg "" "LAUNCHER" "SOURCES;LIBS;LABELS;PROPERTIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
@@ -66,7 +66,8 @@ function(sonvel_test name)
   endif()
   set(labels "")
   if(arg_LABELS)
-    set(labels LABELS "${arg_LABELS}")  # an empty value would make the next property's name the value
+    list(JOIN arg_LABELS "-" label) # one, because gtest_discover_tests takes no list; "ctest -L" looks for a part of it
+    set(labels LABELS "${label}")
   endif()
   gtest_discover_tests(${name}
       TEST_PREFIX "${name}."

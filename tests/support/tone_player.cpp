@@ -153,7 +153,7 @@ struct Player {
   /// Renames the program, not a stream.
   void rename(const std::string& name) const {
     const spa_dict_item item{PW_KEY_APP_NAME, name.c_str()};
-    const spa_dict properties = SPA_DICT_INIT(&item, 1);
+    const spa_dict properties{.flags = 0, .n_items = 1, .items = &item};
     pw_client_update_properties(pw_core_get_client(core), &properties);
   }
 
