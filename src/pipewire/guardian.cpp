@@ -76,6 +76,7 @@ Guardian::~Guardian() {
 }
 
 void Guardian::watch() {
+  if (std::exchange(isResting_, false)) tell(guardian_message::kWatch);
   if (lifeline_ >= 0) return;
   if (process_ > 0) working_.push_back(std::exchange(process_, -1));
   std::erase_if(working_, [](pid_t process) { return waitpid(process, nullptr, WNOHANG) != 0; });
@@ -86,14 +87,22 @@ void Guardian::watch() {
   lifeline_ = ends[0];
 }
 
+void Guardian::rest() noexcept {
+  if (lifeline_ >= 0 && !std::exchange(isResting_, true)) tell(guardian_message::kRest);
+}
+
 void Guardian::dismiss() noexcept {
-  constexpr char kAllIsWell = '\n';
-  if (lifeline_ >= 0) send(lifeline_, &kAllIsWell, 1, MSG_NOSIGNAL);
+  tell(guardian_message::kAllGivenBack);
+}
+
+void Guardian::tell(char message) const noexcept {
+  if (lifeline_ >= 0) send(lifeline_, &message, 1, MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
 void Guardian::begin() noexcept {
   if (lifeline_ >= 0) close(lifeline_);
   lifeline_ = -1;
+  isResting_ = false;
 }
 
 bool sweepLeftovers(const std::string& tapNamePrefix, std::chrono::milliseconds patience) {

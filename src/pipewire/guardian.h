@@ -21,8 +21,12 @@ class Guardian {
   Guardian(const Guardian&) = delete;
   Guardian& operator=(const Guardian&) = delete;
 
-  /// Starts this program's guardian (guardianOf) unless one is watching. Does not block.
+  /// Starts this program's guardian (guardianOf) unless one is there, and makes it look every second whether
+  /// this process has been stopped. Does not block.
   void watch();
+
+  /// There is nothing to give back now: the guardian sleeps until watch() or this process's death.
+  void rest() noexcept;
 
   /// Tells the guardian that everything was given back.
   void dismiss() noexcept;
@@ -31,11 +35,21 @@ class Guardian {
   void begin() noexcept;
 
  private:
+  void tell(char message) const noexcept;
+
   const std::string tapNamePrefix_;
   pid_t process_ = -1;
-  int lifeline_ = -1;          ///< -1 while no guardian watches
+  int lifeline_ = -1; ///< -1 while no guardian watches
+  bool isResting_ = false;
   std::vector<pid_t> working_; ///< guardians that were told to act and may still run
 };
+
+/// What the guardian is told on its standard input.
+namespace guardian_message {
+inline constexpr char kAllGivenBack = '\n'; ///< it ends
+inline constexpr char kWatch = '+';
+inline constexpr char kRest = '-';
+} // namespace guardian_message
 
 /// The guardian's work: sends every stream that targets a tap with this name prefix back to its previous
 /// device, and removes all our entries from it. Blocks until done or until `patience` has passed; returns

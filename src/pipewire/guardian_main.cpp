@@ -1,6 +1,6 @@
 // sonvel-guardian PREFIX: watches its parent and gives back the streams of taps whose names start with PREFIX
-// when the parent can't: when it is killed, which closes the standard input, or stays stopped. A byte on the
-// standard input means that everything was given back.
+// when the parent can't: when it is killed, which closes the standard input, or stays stopped. The standard
+// input carries messages of one byte (guardian_message).
 #include "pipewire/guardian.h"
 
 #include <array>
@@ -33,14 +33,23 @@ bool isStopped(pid_t process) {
   return status[name + 2] == 'T' || status[name + 2] == 't';
 }
 
-/// Returns when standard input is readable or closed. A parent that continues after a stop takes its streams
-/// again itself.
-void watchOverParent(const std::string& tapNamePrefix) {
+/// Returns when the parent has ended (true) or has said that everything was given back (false). A parent that
+/// continues after a stop takes its streams again itself.
+bool watchOverParent(const std::string& tapNamePrefix) {
+  using namespace sonvel::pipewire;
   pollfd input{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+  bool isResting = false;
   int looks = 0;
-  while (poll(&input, 1, static_cast<int>(kLookInterval.count())) <= 0) {
+  while (true) {
+    if (poll(&input, 1, isResting ? -1 : static_cast<int>(kLookInterval.count())) > 0) {
+      char message = 0;
+      if (read(STDIN_FILENO, &message, 1) != 1) return true;
+      if (message == guardian_message::kAllGivenBack) return false;
+      isResting = message == guardian_message::kRest;
+      continue;
+    }
     looks = isStopped(getppid()) ? looks + 1 : 0;
-    if (looks == kLooksToGiveBack) sonvel::pipewire::sweepLeftovers(tapNamePrefix, kPatience);
+    if (looks == kLooksToGiveBack) sweepLeftovers(tapNamePrefix, kPatience);
   }
 }
 
@@ -52,9 +61,7 @@ int main(int argumentCount, char** arguments) {
     return 2;
   }
   try {
-    watchOverParent(arguments[1]);
-    char byte = 0;
-    if (read(STDIN_FILENO, &byte, 1) == 1) return 0;
+    if (!watchOverParent(arguments[1])) return 0;
     return sonvel::pipewire::sweepLeftovers(arguments[1], kPatience) ? 0 : 1;
   } catch (const std::exception& error) {
     std::cerr << "sonvel-guardian: " << error.what() << '\n';

@@ -67,6 +67,7 @@ void PipeWireHardware::State::look() {
     reconciler.reconcile();
     forgetRetired();
   }
+  if (reconciler.desired().taps.empty()) guardian.rest();
   callListeners();
   loop.signal();
 }

@@ -48,6 +48,7 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
   if (desired.isMuted) state_->ensureGuardian();
   if (const OSStatus outcome = state_->syncWithServer(lock, deadlineFromNow()); outcome != kNoError)
     return outcome;
+  if (desired.isMuted) state_->guardian.watch(); // it may have been sent to rest while we waited
   tap = state_->ids.next();
   state_->reconciler.desired().taps.emplace(tap, std::move(desired));
   state_->reconciler.schedule();
@@ -64,6 +65,7 @@ OSStatus PipeWireHardware::destroyProcessTap(AudioObjectID tap) {
   const OSStatus outcome = state_->waitShortly(lock, [&] { return !state_->reconciler.hasTapNode(tap); });
   if (outcome == status::kUnspecified) return outcome;
   state_->reconciler.desired().taps.erase(tap); // if the server is gone, the node is gone too
+  state_->reconciler.schedule();                // which lets the guardian rest after the last tap
   return kNoError;
 }
 
