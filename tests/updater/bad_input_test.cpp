@@ -69,7 +69,6 @@ const BadInput kBadInputs[] = {
     {"no network", noNetwork, [](World& world) { world.server.shutDown(); }},
     {"broken server", serverRefused, answer(kFeed, {.status = 503})},
     {"breaks off", interrupted, answer(kFeed, {.headers = "Content-Length: 50\r\n", .body = "<rss>"})},
-    {"5 MB", feedTooLarge, text(QByteArray("<!-- more -->\n").repeated(360'000))},
     {"never ends", feedTooLarge, answer(kFeed, {.body = QByteArray(10'000, ' '), .ending = endless})},
     {"redirect to http", insecureRedirect, redirect(kFeed, "http://updates.example/a")},
     {"redirect in a circle", tooManyRedirects, redirect(kFeed, kFeed)},
@@ -77,7 +76,6 @@ const BadInput kBadInputs[] = {
     {"no signature", feedNotSigned, [](World& world) { world.serveText(world.feed(world.item())); }},
     {"signature of another key", feedNotSigned,
      [](World& world) { world.serveText(signing::signedFeed(world.feed(world.item()), {SecretKey()})); }},
-    {"long signature", feedNotSigned, forged("== -->", "A= -->")},
     {"short signature", feedNotSigned, text("<rss/>\n<!-- sonvel-signature: c2hvcnQ= -->\n")},
     {"99.0 around an older program", feedNotSigned, forged(">1.1<", ">99.0<")},
     {"more after the signature", feedNotSigned, forged("-->\n", "-->\n<item/>")},
@@ -99,14 +97,10 @@ const BadInput kBadInputs[] = {
     {"negative length", incompleteOffer, edited(" length=\"", " length=\"-")},
     {"huge length", downloadTooLarge, edited(" length=\"", " length=\"10000")},
     {"no hash", incompleteOffer, edited("sonvel:sha256", "sonvel:sha512")},
-    {"short hash", incompleteOffer, edited("sha256=\"", "sha256=\"aa\" b=\"")},
 
     {"file at http", insecureRedirect, redirect(kFile, "http://updates.example/update"), true},
     {"shorter file", wrongLength, file(kNewFile.chopped(1)), true},
     {"longer file", wrongLength, file(kNewFile + 'x'), true},
-    {"endless file", wrongLength, answer(kFile, {.body = QByteArray(10'000, 'x'), .ending = endless}), true},
-    {"file that breaks off", interrupted, answer(kFile, {.headers = "Content-Length: 9\r\n", .body = "a"}),
-     true},
     {"another file", wrongContent, file("x" + kNewFile.mid(1)), true},
 };
 

@@ -48,12 +48,19 @@ TEST(UpdateCycle, asksTheUserBeforeItDownloadsAndBeforeItInstalls) {
   world.cycle().check(UpdateCycle::Asker::user);
   EXPECT_EQ(observer.attentionWanted, 1) << "who asks again sees what there is";
   EXPECT_EQ(world.checks(), 1);
+  world.folder.write("bin/.program.update", "of a run that was cut off");
   world.cycle().proceed();
   ASSERT_TRUE(world.waitFor(UpdateStage::restarting));
   EXPECT_EQ(world.installedProgram(), world.newFile);
   EXPECT_THAT(world.programFolder(), ElementsAre(".program.previous", "program"));
   EXPECT_EQ(world.quitRequests, 1);
   EXPECT_TRUE(world.relaunch.isRequested());
+  world.start();                  // as the new version
+  for (const int left : {2, 1}) { // the version of before watches the new one for a minute
+    world.clock.advance(std::chrono::seconds(50));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(world.programFolder().size(), left);
+  }
 }
 
 TEST(UpdateCycle, offersTheNewestThatIsMeantForThisBuild) {
@@ -164,9 +171,7 @@ TEST(PackageUpdate, isHandedOverByAPathThatNobodyCanChange) {
 TEST(PackageUpdate, failsWithoutAnInstallerOrAPackage) {
   UpdaterWorld world(Installation::Kind::package);
   world.packages.takes = false;
-  for (const auto& [content, failure] : {std::pair{"\x7f"
-                                                   "ELF",
-                                                   UpdateFailure::wrongKindOfFile},
+  for (const auto& [content, failure] : {std::pair{kNewFile, UpdateFailure::wrongKindOfFile},
                                          {"\xed\xab\xee\xdb", UpdateFailure::noPackageInstaller}}) {
     world.newFile = content;
     world.serveGood();

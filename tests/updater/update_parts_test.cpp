@@ -84,6 +84,9 @@ TEST(Relaunch, goesBackToTheProgramOfBeforeIfTheNewOneCannotStart) {
   folder.writeProgram(".program.previous", "#!/bin/true\n");
   EXPECT_TRUE(relaunch.perform());
   EXPECT_FALSE(std::filesystem::exists(previousProgram(program)));
+  qputenv("SONVEL_UPDATE_UNDONE", "died");
+  EXPECT_EQ(takeReasonOfReturn(), UpdateFailure::newVersionDied);
+  EXPECT_EQ(takeReasonOfReturn(), std::nullopt) << "it is told once";
 }
 
 } // namespace
