@@ -46,7 +46,7 @@ if(RSVG_CONVERT)  # otherwise only the scalable icon is installed
   add_custom_target(sonvel-icons ALL DEPENDS ${pictures})
 endif()
 
-install(FILES README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES CONTRIBUTING.md README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}")  # README.md links to it there
 if(NOT SONVEL_DEBIAN_PACKAGE)
   install(FILES CHANGELOG.md LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
