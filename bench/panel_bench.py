@@ -1,53 +1,49 @@
-"""Compares the cost of the panel with pavucontrol, with the same ten players in one run: memory, processor
-time, wake-ups and the time from the click to the first frame. Prints figures without judging them."""
+"""What the panel costs beside pavucontrol, with the same ten players in one run: memory, processor time, wake-ups and
+the time from the click to the first frame. Prints figures and judges none."""
 import random
-import re
 import time
-from pathlib import Path
 from statistics import median
 
+from measuring import MEMORY, busy_percent, memory, wake_ups_per_second
 from support.bus import end
 from support.desktop import Desktop
 from support.waiting import wait_until
 
-PLAYERS, OPENINGS = 10, 20
+PLAYERS, OPENINGS, STARTS = 10, 20, 5
 SETTLING, MEASURED, SYLLABLE = 2, 10, 0.1  # seconds
 OTHER = "pavucontrol"
-MEMORY = {"Rss": "resident", "Pss": "proportional", "Private_(?:Clean|Dirty)": "private"}
-
-
-def memory(process):
-    """Memory in MiB by kind."""
-    text = Path(f"/proc/{process.pid}/smaps_rollup").read_text()
-    return {words: sum(map(int, re.findall(rf"^{kind}: +(\d+)", text, re.M))) / 1024
-            for kind, words in MEMORY.items()}
-
-
-def busy_seconds(process):
-    """Its exact processor time: /proc/PID/stat counts only hundredths of a second."""
-    return time.clock_gettime(~process.pid << 3 | 2)  # as clock_getcpuclockid() does
-
-
-def wake_ups(process):
-    """The wake-ups of each of its threads."""
-    found = {}
-    for thread in Path(f"/proc/{process.pid}/task").iterdir():
-        status = (thread / "status").read_text()
-        name = "main" if thread.name == str(process.pid) else (thread / "comm").read_text().strip()
-        found[name] = found.get(name, 0) + int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", status, re.M)[1])
-    return found
 
 
 class PanelBench:
     def __init__(self, desktop):
-        self.desktop, self.random = desktop, random.Random(1)  # the same seed in every run
+        self.desktop, self.random = desktop, random.Random(1)  # the same in every run
+        self.start_times()
         self.players = [desktop.session.player(300 * number, 0.05, program=f"player-{number}")
                         for number in range(1, PLAYERS + 1)]
         self.sonvel = desktop.start()
         self.icon = desktop.tray.icon()
 
+    def start_times(self):
+        """Milliseconds from the start of each program to what its user sees of it."""
+        def start(program, is_there):
+            begun = time.monotonic()
+            process = self.start_other() if program == OTHER else self.desktop.start()
+            wait_until(is_there, what="what is seen of it")
+            times = 1000 * (time.monotonic() - begun)
+            end(process)
+            wait_until(lambda: not is_there(), what="its end")
+            return times
+
+        icon = median(start("sonvel", self.desktop.tray.icons) for _ in range(STARTS))
+        window = median(start(OTHER, self.desktop.display.is_painted) for _ in range(STARTS))
+        print(f"From the start, median of {STARTS}: Sonvel's tray icon {icon:.0f} ms, {OTHER}'s first frame "
+              f"{window:.0f} ms, ratio {icon / window:.2f}")
+
+    def start_other(self):
+        return self.desktop.session.start(OTHER, environment=self.desktop.environment)
+
     def play(self, seconds):
-        """Plays with the loudness changes of speech, so that the meters move."""
+        """As loud and as soft as speech is, so that meters have something to do."""
         deadline = time.monotonic() + seconds
         while (left := deadline - time.monotonic()) > 0:
             for player in self.players:
@@ -55,21 +51,16 @@ class PanelBench:
             time.sleep(min(left, SYLLABLE))
 
     def measure(self, *processes):
-        """Memory of the first process, and the processor time of each in percent."""
+        """Memory of the first, and the processor time of each in percent."""
         self.play(SETTLING)
-        held, before, start = memory(processes[0]), [busy_seconds(one) for one in processes], time.monotonic()
-        self.play(MEASURED)
-        seconds = time.monotonic() - start
-        return held, [100 * (busy_seconds(one) - then) / seconds for one, then in zip(processes, before)]
+        return memory(processes[0]), busy_percent(processes, MEASURED, self.play)
 
     def measure_closed(self, what):
-        before = wake_ups(self.sonvel)
         held, (busy,) = self.measure(self.sonvel)
-        woken = {name: (count - before.get(name, 0)) / (SETTLING + MEASURED)
-                 for name, count in wake_ups(self.sonvel).items()}
+        woken = wake_ups_per_second(self.sonvel, MEASURED, self.play)
         print(f"Sonvel, {what}: {', '.join(f'{words} {size:.1f} MiB' for words, size in held.items())}, "
               f"processor time {busy:.2f} %, wake-ups per second: "
-              f"{', '.join(f'{name} {count:.1f}' for name, count in woken.items() if count)}")
+              f"{', '.join(f'{name} {count}' for name, count in woken.items()) or 'none'}")
         return held
 
     def open(self):
@@ -90,12 +81,20 @@ class PanelBench:
         return sum(str(node.get("node.name")).startswith("sonvel-tap")
                    for node in self.desktop.session.graph.objects("Node"))
 
+    def end_players(self):
+        self.open()
+        for player in self.players:
+            player.finish()
+        self.players = []
+        wait_until(lambda: self.taps() == 0, what="the end of the taps")
+        self.close()
+
     def run(self):
         print(f"{PLAYERS} players play")
-        self.measure_closed("not yet opened")
+        before = self.measure_closed("not yet opened")
 
-        # Under Sonvel's control the other mixer shows no meters for the players.
-        other = self.desktop.start(OTHER)
+        # Once Sonvel plays the players, the other one meters none of them.
+        other = self.start_other()
         wait_until(self.desktop.display.is_painted, what=OTHER)
         others, (other_busy, server_busy) = self.measure(other, self.desktop.session.processes["pipewire-pulse"])
         meters = self.meters_of_other()
@@ -111,7 +110,11 @@ class PanelBench:
         for _ in range(OPENINGS):
             times.append(self.open())
             self.close()
+        self.end_players()
+        left = self.measure_closed("closed, the players have ended")
 
+        print(f"Private memory over what it was before the first opening: {closed['private'] - before['private']:.1f} MiB "
+              f"with every player under control, {left['private'] - before['private']:.1f} MiB with none")
         print(f"From the click to the first frame: {first:.0f} ms the first time; {OPENINGS} times more: median "
               f"{median(times):.0f} ms, at most {max(times):.0f} ms\n")
         print(f"{'':30} {'Sonvel':>8} {OTHER:>12} {'ratio':>6}")
@@ -128,5 +131,5 @@ class PanelBench:
 
 
 if __name__ == "__main__":
-    with Desktop(is_read=False) as desktop:  # a screen reader slows down every program
+    with Desktop(is_read=False) as desktop:  # a screen reader costs each program something
         PanelBench(desktop).run()

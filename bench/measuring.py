@@ -1,0 +1,44 @@
+"""What processes take of the machine."""
+import re
+import time
+from pathlib import Path
+
+MEMORY = {"Rss": "resident", "Pss": "proportional", "Private_(?:Clean|Dirty)": "private"}
+
+
+def memory(process):
+    """MiB by kind."""
+    text = Path(f"/proc/{process.pid}/smaps_rollup").read_text()
+    return {words: sum(map(int, re.findall(rf"^{kind}: +(\d+)", text, re.M))) / 1024
+            for kind, words in MEMORY.items()}
+
+
+def busy_seconds(process):
+    """The processor time that it has taken, exactly: /proc/PID/stat counts hundredths of a second."""
+    return time.clock_gettime(~process.pid << 3 | 2)  # as clock_getcpuclockid() makes it
+
+
+def busy_percent(processes, seconds, wait=time.sleep):
+    """Of one processor, by each of the processes."""
+    before, start = [busy_seconds(one) for one in processes], time.monotonic()
+    wait(seconds)
+    passed = time.monotonic() - start
+    return [100 * (busy_seconds(one) - then) / passed for one, then in zip(processes, before)]
+
+
+def wake_ups(process):
+    """How often each of its threads has been woken."""
+    found = {}
+    for thread in Path(f"/proc/{process.pid}/task").iterdir():
+        status = (thread / "status").read_text()
+        name = "main" if thread.name == str(process.pid) else (thread / "comm").read_text().strip()
+        found[name] = found.get(name, 0) + int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", status, re.M)[1])
+    return found
+
+
+def wake_ups_per_second(process, seconds, wait=time.sleep):
+    """By thread, of those that were woken."""
+    before = wake_ups(process)
+    wait(seconds)
+    return {name: round((count - before.get(name, 0)) / seconds, 1)
+            for name, count in wake_ups(process).items() if count != before.get(name, 0)}
