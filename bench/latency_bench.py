@@ -1,6 +1,7 @@
-"""How long a change of volume takes to be heard at the sink, and the delay that a tap adds, at several quantums.
+"""The time from a change of volume to its sound at the sink, and the delay that a tap adds, at several
+quantums.
 
-The monitor of the sink, which is listened to, lags a quantum behind what the device plays, with Sonvel or without."""
+The sink's monitor, which is recorded, lags one quantum behind the device, with or without Sonvel."""
 import time
 from statistics import median
 
@@ -25,7 +26,7 @@ def keys(bus):
 
 
 def impulse_phase(sink):
-    """Where in the period of the graph's clock the impulses are heard."""
+    """The position of the impulses within the period of the graph's clock."""
     mark = sink.mark()
     sink.wait_for_frames(4 * PERIOD)
     heard = sink.since(mark)
@@ -34,14 +35,14 @@ def impulse_phase(sink):
 
 
 def delay_of_change(bus, sink, name, percent, quantum):
-    """Frames from the call to the first sample at the new volume; none when cycles were lost meanwhile."""
+    """Frames from the call to the first sample at the new volume; None if cycles were lost."""
     sink.wait_for_frames(4 * quantum)
     mark = sink.mark()
     worked(bus, "SetVolume", name, dbus.Int32(percent))
     called = sink.mark()
     sink.wait_for_frames(6 * quantum + 1024)
     heard = sink.since(mark)
-    # The counter grows by far less from sample to sample, and falls to nothing where it begins again.
+    # The counter grows by much less between samples, and drops to zero where it restarts.
     ratios = heard.left[1:] / numpy.maximum(heard.left[:-1], 1e-3)
     changes = numpy.flatnonzero((abs(ratios - LOW / 100) < 0.1) | (abs(ratios - 100 / LOW) < 0.2))
     return (changes[0] + 1, called - mark) if heard.complete and len(changes) == 1 else None

@@ -1,5 +1,5 @@
-"""load_bench.py [PLAYERS]...: the processor time that so many players cost the sound server and Sonvel together, over
-leaving them alone, beside one pw-loopback for each of them."""
+"""load_bench.py [PLAYERS]...: the processor time of sound server and Sonvel for this many players, above that
+without Sonvel, compared with one pw-loopback for each player."""
 import sys
 
 from measuring import busy_percent
@@ -22,7 +22,7 @@ class LoadBench:
         return [node for node in self.session.graph.objects("Node") if str(node.get("node.name")).startswith(prefix)]
 
     def is_linked_to(self, nodes):
-        """Whether every player plays into one of these and nothing else."""
+        """Whether every player plays only into these nodes."""
         into = {node["id"] for node in nodes}
         links = self.session.graph.objects("Link")
         fed = {player.node: {link["link.input.node"] for link in links if link["link.output.node"] == player.node}
@@ -30,14 +30,14 @@ class LoadBench:
         return all(receivers and receivers <= into for receivers in fed.values())
 
     def measure(self, *others):
-        """Percent of a processor, of the daemons and of the others."""
+        """Percent of a processor, for the daemons and for the other processes."""
         busy_percent([], SETTLING)
         daemons = [self.session.processes[name] for name in DAEMONS]
         busy = busy_percent([*daemons, *others], MEASURED)
         return sum(busy), sum(busy[len(daemons):])
 
     def under_control(self):
-        """With the panel open, and closed again."""
+        """With the panel open, and after closing it."""
         sonvel = self.desktop.start()
         icon = self.desktop.tray.icon()
         icon.click()

@@ -1,4 +1,4 @@
-"""What processes take of the machine."""
+"""Resource use of processes."""
 import re
 import time
 from pathlib import Path
@@ -7,19 +7,19 @@ MEMORY = {"Rss": "resident", "Pss": "proportional", "Private_(?:Clean|Dirty)": "
 
 
 def memory(process):
-    """MiB by kind."""
+    """Memory in MiB by kind."""
     text = Path(f"/proc/{process.pid}/smaps_rollup").read_text()
     return {words: sum(map(int, re.findall(rf"^{kind}: +(\d+)", text, re.M))) / 1024
             for kind, words in MEMORY.items()}
 
 
 def busy_seconds(process):
-    """The processor time that it has taken, exactly: /proc/PID/stat counts hundredths of a second."""
-    return time.clock_gettime(~process.pid << 3 | 2)  # as clock_getcpuclockid() makes it
+    """Its exact processor time: /proc/PID/stat counts only hundredths of a second."""
+    return time.clock_gettime(~process.pid << 3 | 2)  # as clock_getcpuclockid() does
 
 
 def busy_percent(processes, seconds, wait=time.sleep):
-    """Of one processor, by each of the processes."""
+    """Percent of one processor, for each process."""
     before, start = [busy_seconds(one) for one in processes], time.monotonic()
     wait(seconds)
     passed = time.monotonic() - start
@@ -27,7 +27,7 @@ def busy_percent(processes, seconds, wait=time.sleep):
 
 
 def wake_ups(process):
-    """How often each of its threads has been woken."""
+    """The wake-ups of each of its threads."""
     found = {}
     for thread in Path(f"/proc/{process.pid}/task").iterdir():
         status = (thread / "status").read_text()
@@ -37,7 +37,7 @@ def wake_ups(process):
 
 
 def wake_ups_per_second(process, seconds, wait=time.sleep):
-    """By thread, of those that were woken."""
+    """By thread, without those that were never woken."""
     before = wake_ups(process)
     wait(seconds)
     return {name: round((count - before.get(name, 0)) / seconds, 1)

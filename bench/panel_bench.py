@@ -1,5 +1,5 @@
-"""What the panel costs beside pavucontrol, with the same ten players in one run: memory, processor time, wake-ups and
-the time from the click to the first frame. Prints figures and judges none."""
+"""Compares the cost of the panel with pavucontrol, with the same ten players in one run: memory, processor
+time, wake-ups and the time from the click to the first frame. Prints figures without judging them."""
 import random
 import time
 from statistics import median
@@ -16,7 +16,7 @@ OTHER = "pavucontrol"
 
 class PanelBench:
     def __init__(self, desktop):
-        self.desktop, self.random = desktop, random.Random(1)  # the same in every run
+        self.desktop, self.random = desktop, random.Random(1)  # the same seed in every run
         self.start_times()
         self.players = [desktop.session.player(300 * number, 0.05, program=f"player-{number}")
                         for number in range(1, PLAYERS + 1)]
@@ -24,7 +24,7 @@ class PanelBench:
         self.icon = desktop.tray.icon()
 
     def start_times(self):
-        """Milliseconds from the start of each program to what its user sees of it."""
+        """Milliseconds from the start of each program to its first visible result."""
         def start(program, is_there):
             begun = time.monotonic()
             process = self.start_other() if program == OTHER else self.desktop.start()
@@ -43,7 +43,7 @@ class PanelBench:
         return self.desktop.session.start(OTHER, environment=self.desktop.environment)
 
     def play(self, seconds):
-        """As loud and as soft as speech is, so that meters have something to do."""
+        """Plays with the loudness changes of speech, so that the meters move."""
         deadline = time.monotonic() + seconds
         while (left := deadline - time.monotonic()) > 0:
             for player in self.players:
@@ -51,7 +51,7 @@ class PanelBench:
             time.sleep(min(left, SYLLABLE))
 
     def measure(self, *processes):
-        """Memory of the first, and the processor time of each in percent."""
+        """Memory of the first process, and the processor time of each in percent."""
         self.play(SETTLING)
         return memory(processes[0]), busy_percent(processes, MEASURED, self.play)
 
@@ -93,7 +93,7 @@ class PanelBench:
         print(f"{PLAYERS} players play")
         before = self.measure_closed("not yet opened")
 
-        # Once Sonvel plays the players, the other one meters none of them.
+        # Under Sonvel's control the other mixer shows no meters for the players.
         other = self.start_other()
         wait_until(self.desktop.display.is_painted, what=OTHER)
         others, (other_busy, server_busy) = self.measure(other, self.desktop.session.processes["pipewire-pulse"])
@@ -131,5 +131,5 @@ class PanelBench:
 
 
 if __name__ == "__main__":
-    with Desktop(is_read=False) as desktop:  # a screen reader costs each program something
+    with Desktop(is_read=False) as desktop:  # a screen reader slows down every program
         PanelBench(desktop).run()

@@ -1,5 +1,4 @@
-// How long a look at the whole graph takes when nothing is missing, which is what most events find, in all
-// and for each session.
+// The time to plan the whole graph when nothing is missing, the result of most events; total and per session.
 #include "pipewire/fake_server.h"
 
 #include <benchmark/benchmark.h>
@@ -17,7 +16,7 @@ void planNothing(benchmark::State& state) {
   }
   server.settle();
   for ([[maybe_unused]] const auto _ :
-       state) // NOLINT(clang-analyzer-deadcode.DeadStores): as the library wants it
+       state) // NOLINT(clang-analyzer-deadcode.DeadStores): required by the library
     server.reconciler.reconcile();
   state.counters["per_session"] =
       benchmark::Counter(static_cast<double>(state.range(0)),

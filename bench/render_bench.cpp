@@ -15,7 +15,7 @@
 #include <cstring>
 #include <vector>
 
-/// In place of the library's: a port is its buffer.
+/// Replaces the library's function: a port is its buffer.
 extern "C" void* pw_filter_get_dsp_buffer(void* port, std::uint32_t /*frames*/) {
   return port;
 }

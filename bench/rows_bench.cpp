@@ -1,6 +1,6 @@
-// What the panel costs the main thread, by the number of applications on a simulated machine: the time from
-// the call that opens it to its first frame, and the longest time that one event has kept the thread, while
-// the rows come and while they meter. Draws on no display, in software, as the program does.
+// The cost of the panel for the main thread, by the number of applications on a simulated machine: the time
+// from opening it to its first frame, and the longest time that a single event takes, while the rows are
+// created and while they meter. Renders offscreen in software, as the program does.
 #include "desktop/steady_clock.h"
 #include "engine/hardware_controller.h"
 #include "model/mixer_view_model.h"
@@ -34,10 +34,10 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 using Now = std::chrono::steady_clock;
 
 constexpr int kOpenings = 5;
-constexpr auto kMetered = 4s;    // how long the open panel is watched, and the closed one
-constexpr auto kPatience = 5min; // with the coming of the rows
+constexpr auto kMetered = 4s;    // measuring time for the open and the closed panel
+constexpr auto kPatience = 5min; // time limit for creating the rows
 
-/// Notes the longest time that an event takes.
+/// Records the longest time that an event takes.
 class TimedApplication final : public QApplication {
  public:
   using QApplication::QApplication;
@@ -66,7 +66,7 @@ class LightAppearance final : public DesktopAppearance {
   void onChange(std::function<void()>) override {}
 };
 
-/// The model on a machine where so many applications play.
+/// The model on a machine where this many applications play.
 struct Machine {
   explicit Machine(int count) {
     audio.addDevice({.uid = "speakers", .name = "Speakers", .volumes = {{kElementMain, {0.5F}}}});
@@ -181,7 +181,7 @@ class RowsBench {
                                      std::make_unique<AppIconProvider>(iconCache_).release());
            }},
       machine_.clock};
-  std::jthread player_; ///< runs the sound's cycles
+  std::jthread player_; ///< runs the audio cycles
 };
 
 } // namespace

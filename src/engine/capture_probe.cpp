@@ -1,4 +1,4 @@
-// Finding out by ear whether other programs' audio can be captured.
+// Checks by listening whether other programs' audio can be captured.
 
 #include "engine/capture_probe.h"
 
@@ -32,7 +32,7 @@ bool CaptureProbe::start(AudioObjectID process) {
     build(process);
     isStarted_ = true;
   } catch (const HardwareError&) {
-    // All failures are one answer.
+    // All failures give the same answer.
   }
   return isStarted_;
 }
@@ -75,7 +75,7 @@ void HardwareController::probeCapture(ProbeAnswer answer) {
   const auto apps = enumerateAudibleApps(environment_);
   if (apps.empty()) return answer(std::nullopt);
   auto probe = std::make_unique<CaptureProbe>(environment_.hardware, ioQueue_, std::move(answer));
-  if (!probe->start(apps.front().objectID)) return; // it answers as it goes
+  if (!probe->start(apps.front().objectID)) return; // it answers by itself on destruction
   const auto number = ++lastProbe_;
   probe->keepTimer(clock_.callAfter(kListeningTime, relay_.bind([this, number] { finishProbe(number); })));
   probes_.emplace(number, std::move(probe));

@@ -9,8 +9,8 @@
 
 namespace sonvel {
 
-/// Listens to one process without changing what is heard of it, and answers once whether it has heard
-/// something. Blocks as the audio system does.
+/// Listens to one process without changing its sound, and answers once whether it has heard something. Blocks
+/// as the audio system does.
 class CaptureProbe {
  public:
   using Answer = std::function<void(std::optional<bool>)>;
@@ -18,7 +18,7 @@ class CaptureProbe {
   /// `hardware` and `queue` outlive the probe.
   CaptureProbe(AudioHardware& hardware, const IOQueue& queue, Answer answer);
 
-  /// Answers false unless it has been answered.
+  /// Answers false if it has not answered yet.
   ~CaptureProbe();
 
   CaptureProbe(const CaptureProbe&) = delete;
@@ -28,11 +28,11 @@ class CaptureProbe {
   /// any step fails. Call once.
   bool start(AudioObjectID process);
 
-  /// Keeps the timer that calls finish.
+  /// Keeps the timer that calls finish().
   void keepTimer(std::unique_ptr<Timer> timer) { timer_ = std::move(timer); }
 
-  /// Takes down what was set up, last things first, whatever the audio system says, and answers whether a
-  /// sample that is not silent has arrived.
+  /// Removes what start() created, in reverse order, ignoring errors, and answers whether a non-silent sample
+  /// has arrived.
   void finish();
 
  private:
@@ -41,7 +41,7 @@ class CaptureProbe {
 
   AudioHardware& hardware_;
   const IOQueue& queue_;
-  Answer answer_; ///< empty once it has been answered
+  Answer answer_; ///< empty after the answer
   std::unique_ptr<Timer> timer_;
   const std::shared_ptr<MixMetrics> metrics_ = std::make_shared<MixMetrics>();
   TapChain chain_;

@@ -190,7 +190,7 @@ class HardwareController final {
   void reportDevices(const std::vector<AudioOutputDevice>& devices);
   void reportRestorationFailure();
 
-  /// What the listeners have noted for the next pass.
+  /// The changes that listeners recorded for the next pass.
   struct Noted {
     std::atomic<bool> isPassDue = false;
     std::atomic<bool> hasProcessListChanged = false;
@@ -209,7 +209,7 @@ class HardwareController final {
   std::vector<AudioObjectID> strayTaps_; ///< standby taps that could not be destroyed
   int configurationDepth_ = 0;
 
-  std::map<std::uint64_t, std::unique_ptr<CaptureProbe>> probes_; ///< that listen, by number
+  std::map<std::uint64_t, std::unique_ptr<CaptureProbe>> probes_; ///< running probes, by number
   std::uint64_t lastProbe_ = 0;
 
   std::map<std::string, Kept> kept_; ///< by stable key

@@ -7,39 +7,40 @@
 
 namespace sonvel {
 
-/// A tap, the aggregate device that joins it with one real output, and the IOProc on that device. A handle is
-/// set as soon as its object exists and cleared only when the object is gone, so that a chain always tells
-/// what is left to undo.
+/// A tap, the aggregate device between it and one real output, and the IOProc on that device. A handle is set
+/// as soon as its object exists and cleared only when the object is gone, so that a failed removal can be
+/// resumed.
 struct TapChain {
   AudioObjectID tapID = kAudioObjectUnknown;
   AudioObjectID aggID = kAudioObjectUnknown;
   std::optional<IOProcID> ioProc = {};
 };
 
-/// A call of the audio system that has failed.
+/// A failed call of the audio system.
 struct FailedCall {
-  std::string name; ///< the call's
+  std::string name; ///< of the call
   OSStatus status = kNoError;
 };
 
 // All of these block as the audio system does.
 
-/// The status of the call. With kNoError the chain has an aggregate device, unless the audio system has given
-/// none: a device that is private, whose clock is the output device's, with the chain's tap.
+/// Creates a private aggregate device of the output device, whose clock it uses, and the chain's tap. Returns
+/// the status of the call; after kNoError the chain has an aggregate device, unless the audio system returned
+/// none.
 OSStatus createAggregateDevice(AudioHardware& hardware, TapChain& chain, const std::string& name,
                                const std::string& outputUID, const std::string& tapUID);
 
-/// Throws HardwareError, also if there is no IOProc although the call has succeeded.
+/// Throws HardwareError, also if the call succeeds without returning an IOProc.
 void installIOProc(AudioHardware& hardware, TapChain& chain, const IOQueue& queue, IOProcBlock block);
 
 /// Throws HardwareError.
 void startDevice(AudioHardware& hardware, const TapChain& chain);
 
-/// Takes the chain down, last things first, up to the first call that fails, which is returned. Called again,
-/// it goes on there.
+/// Removes the chain in reverse order up to the first call that fails, which is returned. Call again to
+/// resume there.
 std::optional<FailedCall> takeDown(AudioHardware& hardware, TapChain& chain);
 
-/// Takes the chain down, last things first, whatever the calls return. It is stopped only if it was started.
+/// Removes the chain in reverse order, ignoring errors. Stops the IOProc only if `isStarted`.
 void abandon(AudioHardware& hardware, const TapChain& chain, bool isStarted);
 
 } // namespace sonvel

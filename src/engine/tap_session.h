@@ -10,7 +10,7 @@
 
 namespace sonvel {
 
-/// One controlled application, and what exists for it in the audio system. Touched by the controller alone.
+/// One controlled application and its audio objects. Used only by the controller.
 struct TapSession : TapChain {
   TapSession(AudioApp controlledApp, std::optional<std::string> wantedOutputUID)
       : app(std::move(controlledApp))

@@ -21,11 +21,11 @@ class Guardian {
   Guardian(const Guardian&) = delete;
   Guardian& operator=(const Guardian&) = delete;
 
-  /// Starts this program's guardian (guardianOf) unless one is there, and makes it look every second whether
+  /// Starts this program's guardian (guardianOf) unless one runs, and makes it check every second whether
   /// this process has been stopped. Does not block.
   void watch();
 
-  /// There is nothing to give back now: the guardian sleeps until watch() or this process's death.
+  /// Call when there is nothing to give back: the guardian sleeps until watch() or this process's death.
   void rest() noexcept;
 
   /// Tells the guardian that everything was given back.
@@ -44,7 +44,7 @@ class Guardian {
   std::vector<pid_t> working_; ///< guardians that were told to act and may still run
 };
 
-/// What the guardian is told on its standard input.
+/// The messages to the guardian on its standard input.
 namespace guardian_message {
 inline constexpr char kAllGivenBack = '\n'; ///< it ends
 inline constexpr char kWatch = '+';

@@ -48,7 +48,8 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
   if (desired.isMuted) state_->ensureGuardian();
   if (const OSStatus outcome = state_->syncWithServer(lock, deadlineFromNow()); outcome != kNoError)
     return outcome;
-  if (desired.isMuted) state_->guardian.watch(); // it may have been sent to rest while we waited
+  // the guardian may have been told to rest while this call waited
+  if (desired.isMuted) state_->guardian.watch();
   tap = state_->ids.next();
   state_->reconciler.desired().taps.emplace(tap, std::move(desired));
   state_->reconciler.schedule();
@@ -65,7 +66,7 @@ OSStatus PipeWireHardware::destroyProcessTap(AudioObjectID tap) {
   const OSStatus outcome = state_->waitShortly(lock, [&] { return !state_->reconciler.hasTapNode(tap); });
   if (outcome == status::kUnspecified) return outcome;
   state_->reconciler.desired().taps.erase(tap); // if the server is gone, the node is gone too
-  state_->reconciler.schedule();                // which lets the guardian rest after the last tap
+  state_->reconciler.schedule();                // the guardian rests after the last tap
   return kNoError;
 }
 
