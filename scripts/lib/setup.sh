@@ -47,7 +47,7 @@ build() {
   shift
   if [[ ! -f build/$preset/build.ninja ]]; then
     local options=()
-    [[ $preset != *clang && $preset != fuzz ]] || options=("-DCMAKE_CXX_COMPILER=clang++-$clang_version")
+    [[ $preset != clang && $preset != fuzz ]] || options=("-DCMAKE_CXX_COMPILER=clang++-$clang_version")
     cmake --preset "$preset" "${options[@]}"
   fi
   cmake --build --preset "$preset" ${1:+--target "$@"}

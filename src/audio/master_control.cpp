@@ -101,8 +101,8 @@ MasterControl::MasterControl(AudioHardware& hardware, Relay::Post onAudioThread,
                              std::function<void(const State&)> changed)
     : onAudioThread_(std::move(onAudioThread))
     , relay_(mainThread) {
-  auto report =
-      relay_.bind<State>([changed = std::move(changed), last = std::optional<State>()](State state) mutable {
+  auto report = relay_.bind<State>(
+      [changed = std::move(changed), last = std::optional<State>()](const State& state) mutable {
         if (last == state) return;
         last = state;
         changed(state);

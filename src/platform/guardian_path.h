@@ -11,7 +11,7 @@ inline std::filesystem::path guardianOf(const std::filesystem::path& program) {
   constexpr auto kName = "sonvel-guardian";
   const auto folder = program.parent_path();
   std::error_code ignored;
-  if (const auto beside = folder / kName; std::filesystem::exists(beside, ignored)) return beside;
+  if (auto beside = folder / kName; std::filesystem::exists(beside, ignored)) return beside;
   return (folder / SONVEL_HELPERS_FROM_PROGRAM / kName).lexically_normal();
 }
 
