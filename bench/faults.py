@@ -1,7 +1,7 @@
-"""Injects faults while three players are under control of the real program, and prints how long it takes
-until all are heard right again: at their rows' volumes, or unchanged where Sonvel can't control them.
+"""Carries out faults while three players are under control of the real program, and prints how long it takes until all
+are heard right again: at the volume of their rows, or unaltered where Sonvel can't control them.
 
-faults.py [FAULT...]   all by default; exits non-zero if something is not heard right in the end"""
+  faults.py [FAULT...]   all unless told; exits non-zero when something is not heard right in the end"""
 import json
 import os
 import signal
@@ -22,10 +22,10 @@ from support.waiting import wait_until
 GAIN = 0.5
 TOLERANCE = 0.2  # dB
 WINDOW, HOP = 4096, 512  # frames
-STEADY, LONGEST = 0.5, 60  # seconds: how long all must be right; time limit
+STEADY, LONGEST = 0.5, 60  # seconds: how long all must be right, and until then at most
 FOREIGN_NODES = 500
-BROKEN_NAME = (b"\xff\xfe\xc3\x28\xed\xa0\x80\x1b[31m" * 400)[:4096].decode("utf-8", "surrogateescape")
-MEGABYTE = "ab\u00e9 " * (1 << 18)
+BROKEN_NAME = (b"\xff\xfe\xc3\x28\xed\xa0\x80\x1b[31m" * 400)[:4096].decode("utf-8", "surrogateescape")  # ends in the middle of a character
+MEGABYTE = "abc\u00e9" * (1 << 18)
 FAKE_TIME = "/usr/lib/x86_64-linux-gnu/faketime/libfaketimeMT.so.1"
 OTHER_POLICY = {
     "main.lua.d/60-next.lua":  # WirePlumber 0.4
@@ -40,7 +40,7 @@ FAULTS = {}
 
 
 def fault(function):
-    """Registers a fault, a generator of rows, under its function's name."""
+    """Keeps a fault, a generator of rows, under its name."""
     FAULTS[function.__name__.replace("_", "-")] = function
     return function
 
@@ -51,7 +51,7 @@ def amplitude(frequency, samples, rate):
 
 
 class Stand:
-    """A desktop with players that the real program plays at half their level, with its panel closed."""
+    """A desktop with players that are heard at half their level by the real program, its panel closed."""
 
     def __init__(self, desktop, program=(BIN / "sonvel",), environment=None):
         self.desktop, self.session = desktop, desktop.session
@@ -67,7 +67,7 @@ class Stand:
         wait_until(lambda: self.command("list") is not None, what="the program")
 
     def command(self, *words):
-        """What a command prints; None if it fails."""
+        """What a command prints; None when it fails."""
         done = subprocess.run([BIN / "sonvel", *words], env=self.environment, capture_output=True, text=True,
                               errors="replace", timeout=60)
         return done.stdout if done.returncode == 0 else None
@@ -91,7 +91,7 @@ class Stand:
         return [player.name for player in self.players if not self.is_right(player, heard[player.sink])]
 
     def wait_until_right(self):
-        """Waits until all are heard right and stay so."""
+        """Until all are heard right and stay so."""
         start, since = time.monotonic(), None
         while since is None or time.monotonic() < since + STEADY:
             wrong = self.wrong()
@@ -99,31 +99,31 @@ class Stand:
             assert time.monotonic() < start + LONGEST, f"not heard right: {', '.join(wrong)}"
             time.sleep(0.01)
 
-    def seconds_wrong(self, players, marks):
-        """The longest time since then for which one of the players was not heard right."""
+    def seconds_wrong(self, marks):
+        """The longest time for which one of the first three players was not heard right since then."""
         longest = 0
-        for player in players:
+        for player in self.players[:3]:
             heard = self.session.sink(player.sink).since(marks[player.sink]).left
             bad = sum(not self.is_right(player, heard[end - WINDOW:end]) for end in range(WINDOW, len(heard), HOP))
-            longest = max(longest, bad * HOP - WINDOW)  # one bad frame spoils every window that contains it
+            longest = max(longest, bad * HOP - WINDOW)  # one bad frame makes all windows bad that it is in
         return longest / RATE
 
-    def row(self, what, do, gain=GAIN):
-        """Calls do(), and waits until all are heard right at this gain. The time counts from its end, or from
-        the time that it returns."""
-        players = list(self.players)
-        for player in players:
+    def row(self, what, do, gain=GAIN, began=None):
+        """Does it, and waits until all are heard right, at this gain. The time counts from the end of do(), unless it
+        began earlier."""
+        for player in self.players:
             player.gain = gain
         marks = {name: sink.mark() for name, sink in self.session.sinks.items()}
         listeners = list(self.session.sinks.values())
-        start = do() or time.monotonic()
+        do()
+        began = began or time.monotonic()
         self.wait_until_right()
-        seconds = max(0, time.monotonic() - STEADY - start)
+        seconds = max(0, time.monotonic() - STEADY - began)
         is_same = listeners == list(self.session.sinks.values())
-        return what, f"{gain:.0%}", seconds, self.seconds_wrong(players, marks) if is_same else None
+        return what, f"{gain:.0%}", seconds, self.seconds_wrong(marks) if is_same else None
 
     def replay(self, *names):
-        """Restarts the players, as users do whose players have ended or hang."""
+        """As users do it whose players have ended, or hang."""
         for player in self.players:
             if player.name in names or not names:
                 player.process.kill()
@@ -131,27 +131,26 @@ class Stand:
                 self.desktop.play(player)
 
     def add_players(self, first, count, **properties):
-        """Starts this many players at once, and waits until each has its row and is heard at half its level.
-        Returns the start time."""
-        start = time.monotonic()
+        """Starts so many players at once, and waits until each has its row and is heard at half its level."""
         added = [Application(f"player-{number}", "tone-player", 3000 + 100 * number, 0.01, "") for number in
                  range(first, first + count)]
         for player in added:
             self.tone_player = self.session.player(player.frequency, player.amplitude, player.name, **properties)
         self.players += added
         self.halve(*added)
-        return start
 
-    def add_foreign_nodes(self, text=""):
-        """Nodes that carry no application's sound."""
-        properties = {**sink_properties("", 0), "media.class": "Audio/Sink/Internal"}
-        nodes = [json.dumps(properties | {"node.name": f"foreign-{number}", "node.description": f"{number} {text}"})
-                 for number in range(FOREIGN_NODES)]
-        for start in range(0, FOREIGN_NODES, 50):
-            subprocess.run(["pw-cli"], env=self.session.environment, stdout=subprocess.DEVNULL, timeout=LONGEST, text=True,
-                           input="".join(f"create-node adapter {node}\n" for node in nodes[start:start + 50]))
-        wait_until(lambda: sum("foreign-" in node.get("node.name", "") for node in self.session.graph.objects("Node"))
-                   == FOREIGN_NODES, LONGEST, "foreign nodes")
+    def add_foreign_nodes(self):
+        """Nodes that are nobody's sound."""
+        maker = self.session.start("pw-cli", stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True, bufsize=1)
+
+        def count():
+            return sum("foreign-" in node.get("node.name", "") for node in self.session.graph.objects("Node"))
+
+        for number in range(FOREIGN_NODES):
+            node = sink_properties(f"foreign-{number}", 0) | {"media.class": "Audio/Sink/Internal"}
+            maker.stdin.write(f"create-node adapter {json.dumps(node)}\n")
+            wait_until(lambda made=number: count() > made - 20, LONGEST, "foreign nodes")
+        wait_until(lambda: count() == FOREIGN_NODES, LONGEST, "all foreign nodes")
 
     def seconds_to_list(self):
         start = time.monotonic()
@@ -203,7 +202,7 @@ def session_manager():
 def other_session_manager():
     with stand() as one:
         for name, text in OTHER_POLICY.items():
-            one.session._write(f"config/wireplumber/{name}", text)
+            one.session.write(f"config/wireplumber/{name}", text)
         yield one.row("Session manager restarted with another policy", lambda: one.session.restart("wireplumber"))
 
 
@@ -218,17 +217,19 @@ def pulse_server():
 @fault
 def many_players():
     with stand() as one:
-        yield one.row("40 players more at once, each set to a half", lambda: one.add_players(1, 40))
+        yield one.row("40 players more at once, each set to a half", lambda: one.add_players(1, 40),
+                      began=time.monotonic())
 
 
 @fault
 def flicker():
     with stand() as one:
-        player = one.session.player(3500, 0.05, "flicker")
+        one.add_players(1, 1)
+        player = one.players[-1]
 
         def open_and_close():
             for _ in range(500):
-                player.open("tone", frequency=3500, amplitude=0.05)
+                one.tone_player.open("tone", frequency=player.frequency, amplitude=player.amplitude)
 
         yield one.row("A fourth player opens and closes a stream 500 times", open_and_close)
 
@@ -236,7 +237,7 @@ def flicker():
 @fault
 def clock():
     with stand() as one:
-        for key, value in (("rate", 44100), ("rate", 0), ("quantum", 64), ("quantum", 2048), ("quantum", 0)):
+        for key, value in (("rate", 44100), ("rate", RATE), ("quantum", 64), ("quantum", 2048), ("quantum", 0)):
             one.rate = 44100 if value == 44100 else RATE
             yield one.row(f"clock.force-{key} set to {value}", lambda: one.session.run(
                 "pw-metadata", "-n", "settings", 0, f"clock.force-{key}", value))
@@ -246,18 +247,20 @@ def clock():
 def renamed():
     with stand() as one:
         one.add_players(1, 1)
-        yield one.row("A player renames itself", lambda: one.tone_player.tell("rename", "else") and None)
+        yield one.row("A player renames itself", lambda: one.tone_player.tell("rename", "somebody-else"))
 
 
 @fault
 def broken_names():
-    with stand() as one:
-        one.session.run("pw-cli", "create-node", "adapter", json.dumps(
-            sink_properties(BROKEN_NAME, 500), ensure_ascii=False))
-        LineProcess(one.session, one.session.copy_program("tone-player", "broken"),
-                    f'{{ application.name = "{BROKEN_NAME}" }}').ask(
-            "open", "tone", f'{{ frequency = 3500 amplitude = 0.05 node.name = "{BROKEN_NAME}" }}')
-        yield one.row("A player and a device with names of 4,096 bytes of invalid UTF-8", lambda: one.command("list"))
+    with Desktop(is_read=False) as desktop:
+        sink = json.dumps(sink_properties(BROKEN_NAME, 500), ensure_ascii=False)
+        desktop.session.write("config/pipewire/pipewire.conf.d/60-broken.conf",
+                              f"context.objects = [ {{ factory = adapter args = {sink} }} ]")
+        desktop.session.restart("pipewire")
+        one = Stand(desktop)
+        one.add_players(1, 1, node__name=BROKEN_NAME, media__name=BROKEN_NAME, application__name=BROKEN_NAME)
+        yield one.row("A player and a device with names of 4,096 bytes of invalid UTF-8",
+                      lambda: one.tone_player.tell("rename", BROKEN_NAME.replace(" ", "")))
 
 
 @fault
@@ -266,7 +269,7 @@ def homes():
         folder = "$HOME"
         script = f"mount -t tmpfs -o size=64k none {folder} && mkdir {folder}/.config && {prepare.format(folder)} && exec $0 $@"
         with stand(program=("unshare", "-m", "sh", "-c", script, BIN / "sonvel"), environment={
-                name: "" for name in ("XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME")}) as one:
+                name: "" for name in ("XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME")}) as one:
             yield one.row(what, lambda: one.command("list"))
             yield one.row("  asked to quit", one.sonvel.terminate, 1)
             assert one.sonvel.wait(20) == 0
@@ -294,22 +297,23 @@ def foreign_nodes():
 @fault
 def everything():
     with stand() as one:
-        one.add_foreign_nodes(MEGABYTE)
-        yield one.row(f"{FOREIGN_NODES} foreign nodes and 37 players more, a megabyte in each of their names",
-                      lambda: one.add_players(1, 37, media__name=MEGABYTE, node__description=MEGABYTE))
+        one.add_foreign_nodes()
+        yield one.row(f"{FOREIGN_NODES} foreign nodes and 37 players more, a megabyte in each of three properties",
+                      lambda: one.add_players(1, 37, media__name=MEGABYTE, node__description=MEGABYTE,
+                                              media__title=MEGABYTE), began=time.monotonic())
         yield one.row(f"  listed in {one.seconds_to_list():.2f} s; Sonvel killed", one.sonvel.kill, 1)
 
 
 def main(names):
     lost = 0
-    print(f"{'fault':72} {'heard at':>8} {'after s':>8} {'wrong s':>8}")
+    print(f"{'fault':88} {'heard at':>8} {'after s':>8} {'wrong s':>8}")
     for name in names or FAULTS:
         try:
             for what, gain, seconds, gap in FAULTS[name]():
-                print(f"{what:72} {gain:>8} {seconds:8.2f} {'' if gap is None else f'{gap:.2f}':>8}", flush=True)
-        except AssertionError as error:
+                print(f"{what:88} {gain:>8} {seconds:8.2f} {'' if gap is None else f'{gap:.2f}':>8}", flush=True)
+        except (AssertionError, subprocess.SubprocessError) as error:
             lost += 1
-            print(f"{name:72} LOST: {error}", flush=True)
+            print(f"{name:88} LOST: {str(error)[:200]}", flush=True)
     return lost
 
 

@@ -10,7 +10,7 @@ class Graph:
         self._objects = {}
         self._mixer = mixer
         dump = session.start("stdbuf", "-oL", "pw-dump", "--monitor", "--no-colors", name="pw-dump",
-                             stdout=subprocess.PIPE, text=True)
+                             stdout=subprocess.PIPE, text=True, errors="replace")
         threading.Thread(target=self._read_objects, args=[dump.stdout], daemon=True).start()
 
     def _read_objects(self, output):

@@ -1,0 +1,134 @@
+"""Random use of the real program on a desktop that nobody sits at: applications come and go and change what they play,
+volumes, routes and the default device change, the panel opens and closes. Fails when the program then holds more than
+it held after the first part of that.
+
+  soak.py SECONDS [SEED]"""
+import os
+import random
+import re
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+from support.bus import BIN
+from support.desktop import Desktop
+from support.waiting import wait_until
+
+NAMES = [f"player-{number}" for number in range(1, 9)]
+WARM_UP = 0.3  # of the time
+ALLOWANCE = 2048  # KiB: what the allocator keeps varies by about half of that
+SINKS = "Speakers", "Headphones"
+
+
+class Soak:
+    def __init__(self, desktop, seed):
+        self.desktop, self.session, self.random = desktop, desktop.session, random.Random(seed)
+        self.players, self.is_open, self.counts = {}, False, {}
+        self.sonvel = desktop.start()
+        self.icon = desktop.tray.icon()
+
+    def command(self, *words):
+        """A row may not be there yet, or no more."""
+        subprocess.run([BIN / "sonvel", *words], env=self.desktop.environment, capture_output=True, timeout=20)
+
+    def start_player(self):
+        name = self.random.choice(NAMES)
+        if name not in self.players:
+            self.players[name] = self.session.player(300 * int(name[7:]), 0.05, name)
+
+    def end_player(self):
+        if self.players:
+            name = self.random.choice(list(self.players))
+            self.random.choice([self.players[name].kill, self.players[name].finish])()
+            del self.players[name]
+
+    def change_stream(self):
+        if self.players:
+            player = self.random.choice(list(self.players.values()))
+            player.tell(self.random.choice(["pause", "play"]), "tone")
+
+    def open_or_close(self):
+        self.icon.click()
+        self.is_open = not self.is_open
+
+    def start_again(self):
+        """It shows the panel of the program that runs."""
+        self.command()
+        self.is_open = True
+
+    def set_volume(self):
+        self.command("volume", self.random.choice(NAMES), str(self.random.randrange(201)))
+
+    def mute(self):
+        self.command("mute", self.random.choice(NAMES), "toggle")
+
+    def route(self):
+        self.command("route", self.random.choice(NAMES), self.random.choice(SINKS))
+
+    def move_default(self):
+        self.session.set_default_sink(self.random.choice(SINKS))
+
+    def live(self, seconds):
+        actions = [self.start_player] * 4 + [self.end_player] * 3 + [self.change_stream, self.set_volume, self.mute,
+                                                                   self.route, self.move_default, self.start_again]
+        actions += [self.open_or_close] * 4
+        deadline = time.monotonic() + seconds
+        while time.monotonic() < deadline:
+            action = self.random.choice(actions)
+            action()
+            self.counts[action.__name__] = self.counts.get(action.__name__, 0) + 1
+            time.sleep(self.random.choice([0, 0.05, 0.3]))
+            assert self.sonvel.poll() is None, "the program has ended"
+
+    def rest(self):
+        """What it holds when nothing plays and the panel is closed."""
+        while self.players:
+            self.end_player()
+        self.command()  # shows the panel, whether it is open or not
+        wait_until(self.desktop.display.is_painted, what="the panel")
+        for words in ("reset", "everything"):  # else it waits for applications whose settings it keeps
+            self.command(words)
+        self.icon.click()
+        self.is_open = False
+        wait_until(self.desktop.display.is_black, what="an empty screen")
+        try:
+            wait_until(lambda: not self.session.graph.of_ours(), what="the end of all taps")
+        except AssertionError as error:
+            raise AssertionError(f"{error}: {self.session.graph.of_ours()}") from None
+        time.sleep(2)  # what waits for a time has had it
+        return self.holdings()
+
+    def holdings(self):
+        pid, graph = self.sonvel.pid, self.session.graph
+        text = Path(f"/proc/{pid}/smaps_rollup").read_text()
+        memory = {words: sum(int(size) for size in re.findall(rf"^{kind}: +(\d+)", text, re.M)) for words, kind in
+                  (("resident KiB", "Rss"), ("private KiB", "(?:Private_Dirty|Swap)"))}
+        objects = {f"server's {kind.lower()}s": len(graph.objects(kind)) for kind in ("Client", "Node", "Port", "Link")}
+        return {**memory, "descriptors": len(os.listdir(f"/proc/{pid}/fd")),
+                "threads": len(os.listdir(f"/proc/{pid}/task")), **objects, "entries of metadata": len(graph.entries())}
+
+
+def main(seconds, seed=1):
+    with Desktop(is_read=False) as desktop:
+        soak = Soak(desktop, seed)
+        soak.live(WARM_UP * seconds)
+        before = soak.rest()
+        soak.live((1 - WARM_UP) * seconds)
+        after = soak.rest()
+        print(f"{sum(soak.counts.values())} actions in {seconds:.0f} s:",
+              ", ".join(f"{count} {name}" for name, count in sorted(soak.counts.items())))
+        grown = 0
+        print(f"{'':22} {'before':>8} {'after':>8}")
+        for what, then in before.items():
+            allowance = ALLOWANCE if "KiB" in what else 0
+            is_more = after[what] > then + allowance
+            grown += is_more
+            print(f"{what:22} {then:8} {after[what]:8}{'  GROWN' if is_more else ''}")
+        soak.sonvel.terminate()
+        assert soak.sonvel.wait(20) == 0
+    return grown
+
+
+if __name__ == "__main__":
+    sys.exit(main(float(sys.argv[1]), *map(int, sys.argv[2:])) != 0)
