@@ -72,7 +72,7 @@ class Soak:
     def live(self, seconds):
         actions = [self.start_player] * 4 + [self.end_player] * 3 + [self.change_stream, self.set_volume, self.mute,
                                                                    self.route, self.move_default, self.start_again]
-        actions += [self.open_or_close] * 4
+        actions += [self.open_or_close] * 10
         deadline = time.monotonic() + seconds
         while time.monotonic() < deadline:
             action = self.random.choice(actions)
