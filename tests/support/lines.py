@@ -26,13 +26,8 @@ class LineProcess:
         return line.decode()
 
     def ask(self, *words):
-<<<<<<< HEAD
         """Sends a line and returns the answer line."""
-        self.process.stdin.write((" ".join(map(str, words)) + "\n").encode())
-=======
-        """For one line there is one back."""
         self.process.stdin.write((" ".join(map(str, words)) + "\n").encode(errors="surrogateescape"))
->>>>>>> a7b4946 (tests/sound: cycles of a real server do nothing but compute; bench: random use that leaves nothing behind)
         answer = self.hear()
         assert answer is not None, f"no answer to {words}"
         return answer

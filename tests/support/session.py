@@ -68,11 +68,7 @@ class Session:
             self.end()
             raise
 
-<<<<<<< HEAD
     def _configure(self, quantum):
-=======
-    def _configure(self, quantum, access):
->>>>>>> a7b4946 (tests/sound: cycles of a real server do nothing but compute; bench: random use that leaves nothing behind)
         self.write("bus.conf", _BUS.format(f"{self.folder}/run/bus"))
         for name, text in _NO_HARDWARE.items():
             self.write(f"config/wireplumber/{name}", text)
@@ -80,7 +76,6 @@ class Session:
         sinks = [json.dumps(sink_properties(name, priority))
                  for name, priority in (("Speakers", 1500), ("Headphones", 1000))]
         self.write("config/pipewire/pipewire.conf.d/50-test.conf",
-<<<<<<< HEAD
                    "context.properties = " + json.dumps({**clock, "vm.overrides": clock}) +
                    "\ncontext.objects = [ " + " ".join(f"{{ factory = adapter args = {sink} }}" for sink in sinks) + " ]")
 
@@ -92,18 +87,7 @@ class Session:
         return {"XDG_CONFIG_HOME": f"{self.folder}/restricted"}
 
     def write(self, name, text):
-=======
-                    "context.properties = " + json.dumps({**clock, "vm.overrides": clock}) +
-                    "\ncontext.objects = [ " + " ".join(f"{{ factory = adapter args = {sink} }}" for sink in sinks) + " ]")
-        if access:  # what a file of its own says comes too late for a module
-            text = Path("/usr/share/pipewire/pipewire.conf").read_text()
-            start, rest = text.split("{ name = libpipewire-module-access", 1)
-            self.write("config/pipewire/pipewire.conf", start + "{ name = libpipewire-module-access" +
-                        rest.replace("args = {", "args = {\n" + access, 1))
-
-    def write(self, name, text):
         """A file in the folder of the session."""
->>>>>>> a7b4946 (tests/sound: cycles of a real server do nothing but compute; bench: random use that leaves nothing behind)
         path = self.folder / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text, errors="surrogateescape")
