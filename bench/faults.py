@@ -1,7 +1,7 @@
-"""Carries out faults while three players are under control of the real program, and prints how long it takes until all
-are heard right again: at the volume of their rows, or unaltered where Sonvel can't control them.
+"""Injects faults while three players are under control of the real program, and prints how long it takes
+until all are heard right again: at their rows' volumes, or unchanged where Sonvel can't control them.
 
-  faults.py [FAULT...]   all unless told; exits non-zero when something is not heard right in the end"""
+faults.py [FAULT...]   all by default; exits non-zero if something is not heard right in the end"""
 import json
 import os
 import signal
@@ -22,7 +22,7 @@ from support.waiting import wait_until
 GAIN = 0.5
 TOLERANCE = 0.2  # dB
 WINDOW, HOP = 4096, 512  # frames
-STEADY, LONGEST = 0.5, 60  # seconds: how long all must be right, and until then at most
+STEADY, LONGEST = 0.5, 60  # seconds: how long all must be right; time limit
 FOREIGN_NODES = 500
 BROKEN_NAME = (b"\xff\xfe\xc3\x28\xed\xa0\x80\x1b[31m" * 400)[:4096].decode("utf-8", "surrogateescape")  # ends in the middle of a character
 MEGABYTE = "abc\u00e9" * (1 << 18)
@@ -40,7 +40,7 @@ FAULTS = {}
 
 
 def fault(function):
-    """Keeps a fault, a generator of rows, under its name."""
+    """Registers a fault, a generator of rows, under its function's name."""
     FAULTS[function.__name__.replace("_", "-")] = function
     return function
 
@@ -51,7 +51,7 @@ def amplitude(frequency, samples, rate):
 
 
 class Stand:
-    """A desktop with players that are heard at half their level by the real program, its panel closed."""
+    """A desktop with players that the real program plays at half their level, with its panel closed."""
 
     def __init__(self, desktop, program=(BIN / "sonvel",), environment=None):
         self.desktop, self.session = desktop, desktop.session
@@ -67,7 +67,7 @@ class Stand:
         wait_until(lambda: self.command("list") is not None, what="the program")
 
     def command(self, *words):
-        """What a command prints; None when it fails."""
+        """What a command prints; None if it fails."""
         done = subprocess.run([BIN / "sonvel", *words], env=self.environment, capture_output=True, text=True,
                               errors="replace", timeout=60)
         return done.stdout if done.returncode == 0 else None
@@ -91,7 +91,7 @@ class Stand:
         return [player.name for player in self.players if not self.is_right(player, heard[player.sink])]
 
     def wait_until_right(self):
-        """Until all are heard right and stay so."""
+        """Waits until all are heard right and stay so."""
         start, since = time.monotonic(), None
         while since is None or time.monotonic() < since + STEADY:
             wrong = self.wrong()
@@ -100,17 +100,17 @@ class Stand:
             time.sleep(0.01)
 
     def seconds_wrong(self, marks):
-        """The longest time for which one of the first three players was not heard right since then."""
+        """The longest time since then for which one of the first three players was not heard right."""
         longest = 0
         for player in self.players[:3]:
             heard = self.session.sink(player.sink).since(marks[player.sink]).left
             bad = sum(not self.is_right(player, heard[end - WINDOW:end]) for end in range(WINDOW, len(heard), HOP))
-            longest = max(longest, bad * HOP - WINDOW)  # one bad frame makes all windows bad that it is in
+            longest = max(longest, bad * HOP - WINDOW)  # one bad frame spoils every window that contains it
         return longest / RATE
 
     def row(self, what, do, gain=GAIN, began=None):
-        """Does it, and waits until all are heard right, at this gain. The time counts from the end of do(), unless it
-        began earlier."""
+        """Calls do(), and waits until all are heard right at this gain. The time counts from the end of do(),
+        unless it began earlier."""
         for player in self.players:
             player.gain = gain
         marks = {name: sink.mark() for name, sink in self.session.sinks.items()}
@@ -123,7 +123,7 @@ class Stand:
         return what, f"{gain:.0%}", seconds, self.seconds_wrong(marks) if is_same else None
 
     def replay(self, *names):
-        """As users do it whose players have ended, or hang."""
+        """Restarts the players, as users do whose players have ended or hang."""
         for player in self.players:
             if player.name in names or not names:
                 player.process.kill()
@@ -131,7 +131,7 @@ class Stand:
                 self.desktop.play(player)
 
     def add_players(self, first, count, **properties):
-        """Starts so many players at once, and waits until each has its row and is heard at half its level."""
+        """Starts this many players at once, and waits until each has its row and is heard at half its level."""
         added = [Application(f"player-{number}", "tone-player", 3000 + 100 * number, 0.01, "") for number in
                  range(first, first + count)]
         for player in added:
@@ -140,7 +140,7 @@ class Stand:
         self.halve(*added)
 
     def add_foreign_nodes(self):
-        """Nodes that are nobody's sound."""
+        """Nodes that carry no application's sound."""
         maker = self.session.start("pw-cli", stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True, bufsize=1)
 
         def count():

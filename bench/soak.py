@@ -1,8 +1,8 @@
-"""Random use of the real program on a desktop that nobody sits at: applications come and go and change what they play,
-volumes, routes and the default device change, the panel opens and closes. Fails when the program then holds more than
-it held after the first part of that.
+"""Random use of the real program on a virtual desktop: applications come and go and change what they play,
+volumes, routes and the default device change, the panel opens and closes. Fails if the program then holds
+more than after the first part.
 
-  soak.py SECONDS [SEED]"""
+soak.py SECONDS [SEED]"""
 import os
 import random
 import re
@@ -16,8 +16,8 @@ from support.desktop import Desktop
 from support.waiting import wait_until
 
 NAMES = [f"player-{number}" for number in range(1, 9)]
-WARM_UP = 0.3  # of the time
-ALLOWANCE = 2048  # KiB: what the allocator keeps varies by about half of that
+WARM_UP = 0.3  # part of the time
+ALLOWANCE = 2048  # KiB: the allocator's share varies by about half of that
 SINKS = "Speakers", "Headphones"
 
 
@@ -29,7 +29,7 @@ class Soak:
         self.icon = desktop.tray.icon()
 
     def command(self, *words):
-        """A row may not be there yet, or no more."""
+        """The row may not exist yet, or no longer."""
         subprocess.run([BIN / "sonvel", *words], env=self.desktop.environment, capture_output=True, timeout=20)
 
     def start_player(self):
@@ -53,7 +53,7 @@ class Soak:
         self.is_open = not self.is_open
 
     def start_again(self):
-        """It shows the panel of the program that runs."""
+        """Shows the panel of the running program."""
         self.command()
         self.is_open = True
 
@@ -85,9 +85,9 @@ class Soak:
         """What it holds when nothing plays and the panel is closed."""
         while self.players:
             self.end_player()
-        self.command()  # shows the panel, whether it is open or not
+        self.command()  # shows the panel, even if it is open
         wait_until(self.desktop.display.is_painted, what="the panel")
-        for words in ("reset", "everything"):  # else it waits for applications whose settings it keeps
+        for words in ("reset", "everything"):  # otherwise it keeps standby taps for changed settings
             self.command(words)
         self.icon.click()
         self.is_open = False
@@ -96,7 +96,7 @@ class Soak:
             wait_until(lambda: not self.session.graph.of_ours(), what="the end of all taps")
         except AssertionError as error:
             raise AssertionError(f"{error}: {self.session.graph.of_ours()}") from None
-        time.sleep(2)  # what waits for a time has had it
+        time.sleep(2)  # lets delayed work finish
         return self.holdings()
 
     def holdings(self):

@@ -1,7 +1,6 @@
-// Preloaded into a program that plays filters: ends it when the code that it runs in a cycle of the graph
-// uses the heap, takes a lock or makes a system call, and counts the cycles and the page faults that happen
-// in them. REALTIME_REPORT names the file with the counts, which the caller has made; REALTIME_SEED has one
-// cycle do what it must not: heap, lock, call or page.
+// Preloaded into a program with PipeWire filters: ends it if its code uses the heap, takes a lock or makes a
+// system call during a cycle of the graph, and counts cycles and their page faults. REALTIME_REPORT names an
+// existing file for the counts; REALTIME_SEED makes one cycle break a rule: heap, lock, call or page.
 #include <pipewire/filter.h>
 
 #include <atomic>
@@ -33,7 +32,7 @@ struct Report {
       firstFaults; ///< firstFaults: in the first cycle of a filter
 };
 
-/// What the kernel looks at before each system call of the thread.
+/// The kernel reads this before each system call of the thread.
 [[gnu::tls_model("initial-exec")]] thread_local volatile char gate = SYSCALL_DISPATCH_FILTER_ALLOW;
 
 Report* report = nullptr;
@@ -60,11 +59,11 @@ void seed(const char* what) noexcept {
   if (std::strcmp(what, "page") == 0) *static_cast<volatile char*>(sink) = 1;
 }
 
-/// A filter's listener, between the library and the program.
+/// A filter's listener, placed between the library and the program.
 struct Listener {
   const pw_filter_events* events;
   void* data;
-  std::uint64_t cycles = 0; ///< run so far
+  std::uint64_t cycles = 0; ///< so far
 
   void runCycle(spa_io_position* position) noexcept {
     static const char* const seeded = std::getenv("REALTIME_SEED");
@@ -133,7 +132,7 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) {
   return function(mutex);
 }
 
-/// Of the events the program uses these two.
+/// The program uses only these two events.
 void pw_filter_add_listener(pw_filter* filter, spa_hook* hook, const pw_filter_events* events, void* data) {
   static const auto function = real<decltype(&pw_filter_add_listener)>("pw_filter_add_listener");
   static const pw_filter_events guarded = [] {
@@ -150,6 +149,6 @@ void pw_filter_add_listener(pw_filter* filter, spa_hook* hook, const pw_filter_e
   }();
   ++report->filters;
   function(filter, hook, &guarded,
-           new Listener{events, data}); // never freed: it may be used as long as the filter
+           new Listener{events, data}); // never freed: it is used as long as the filter
 }
 }

@@ -1,4 +1,4 @@
-"""What our code does on the real-time thread, in the cycles of a real sound server."""
+"""What our code does on the real-time thread, during the cycles of a real sound server."""
 
 import signal
 import struct
@@ -7,7 +7,7 @@ import pytest
 from support.session import BINARIES
 from support.waiting import wait_until
 
-ENDS = {"heap": 99, "lock": 99, "call": -signal.SIGSYS}  # how the guard ends a program that does such a thing
+ENDS = {"heap": 99, "lock": 99, "call": -signal.SIGSYS}  # how the guard ends a program that does this
 
 
 @pytest.mark.parametrize("seed", ["", *ENDS, "page"])
