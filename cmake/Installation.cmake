@@ -30,8 +30,8 @@ configure_file("${packaging}/${id}.metainfo.xml.in" "${PROJECT_BINARY_DIR}/${id}
 install(FILES "${PROJECT_BINARY_DIR}/${id}.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
 
 install(FILES "${packaging}/icons/${id}.svg" DESTINATION "${icons}/scalable/apps")
-file(GLOB symbolic_icons CONFIGURE_DEPENDS "${packaging}/icons/${id}-*symbolic.svg")
-install(FILES ${symbolic_icons} DESTINATION "${icons}/symbolic/apps")
+install(FILES "${packaging}/icons/${id}-symbolic.svg" "${packaging}/icons/${id}-muted-symbolic.svg"
+    "${packaging}/icons/${id}-amplified-symbolic.svg" DESTINATION "${icons}/symbolic/apps")
 find_program(RSVG_CONVERT rsvg-convert)
 if(RSVG_CONVERT)  # otherwise only the scalable icon is installed
   foreach(size IN ITEMS 16 22 24 32 48 64 128 256)

@@ -73,7 +73,7 @@ void TrayControl::update() {
 }
 
 QString TrayControl::toolTip() const {
-  const auto device = QString::fromStdString(shown_.device);
+  auto device = QString::fromStdString(shown_.device);
   if (device.isEmpty()) return tr("No output device");
   if (!shown_.percent) return device;
   return shown_.isMuted() ? tr("%1: muted").arg(device)
