@@ -1,4 +1,5 @@
 
+#include "app/diagnosis.h"
 #include "app/quit_deadline.h"
 #include "app/single_instance.h"
 #include "app/sonvel_app.h"
@@ -7,6 +8,7 @@
 #include "remote/mixer_interface.h"
 #include "remote/mixer_service.h"
 #include "ui/shell/frame_pace.h"
+#include "ui/translations/translations.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -54,7 +56,12 @@ int runAsOnlyOne(Process& process) {
   // before the bus name exists, so that early calls are served
   sonvel::remote::MixerService remote(bus, gate);
   sonvel::SingleInstance instance(
-      {.showPanel = [&] { return app && app->showPanel(); },
+      {.showPanel =
+           [&](const QString& activationToken) {
+             // Where the toolkit looks for it when a window wants to come to the front.
+             if (!activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
+             return app && app->showPanel();
+           },
        .quit =
            [&] {
              if (app) app->terminate();
@@ -105,12 +112,16 @@ Options obeyOptions(int& argumentCount, char** arguments) {
       QStringLiteral("Opens the panel on a simulated machine; nothing is heard."));
   const QCommandLineOption background(QStringLiteral("background"),
                                       QStringLiteral("Starts without opening the panel, as at login."));
-  parser.addOptions({verbose, simulated, background});
+  const QCommandLineOption diagnose(
+      QStringLiteral("diagnose"),
+      QStringLiteral(
+          "Prints what a report of a fault needs: versions, the sound server, rows, last errors."));
+  parser.addOptions({verbose, simulated, background, diagnose});
   parser.addPositionalArgument(QStringLiteral("command"), sonvel::command::summary(),
                                QStringLiteral("[command]"));
   parser.parse(toWords(argumentCount, arguments));
   if (parser.isSet(verbose)) sonvel::pipewire::setVerbose();
-  if (!parser.isSet(help) && !parser.isSet(version))
+  if (!parser.isSet(help) && !parser.isSet(version) && !parser.isSet(diagnose))
     return {parser.isSet(simulated) ? sonvel::Machine::simulated : sonvel::Machine::real,
             parser.isSet(background)};
 
@@ -118,6 +129,10 @@ Options obeyOptions(int& argumentCount, char** arguments) {
   // no accessibility.
   const QCoreApplication application(argumentCount, arguments);
   if (parser.isSet(version)) parser.showVersion();
+  if (parser.isSet(diagnose)) {
+    std::fputs(qPrintable(sonvel::diagnosis()), stdout);
+    std::exit(EXIT_SUCCESS); // as the other two end
+  }
   parser.showHelp(); // ends the process
 }
 
@@ -138,6 +153,7 @@ int main(int argumentCount, char** arguments) {
   const QApplication application(argumentCount, arguments);
   QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
   QApplication::setQuitOnLastWindowClosed(false);
+  const sonvel::Translations translations;
   const sonvel::ui::FramePace framePace;
 
   const int exitCode =

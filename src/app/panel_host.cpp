@@ -15,6 +15,10 @@ namespace sonvel {
 
 namespace {
 
+// Where there is no tray icon: whether closing the window ends the program, and whether the user was asked.
+constexpr const char* kQuitsOnClose = "quitsOnClose";
+constexpr const char* kClosingIsExplained = "closingIsExplained";
+
 QString updateManager(const BundleInformation& bundle) {
   const auto value = bundle.objectForInfoKey(SparkleUpdateController::updateManagerKey);
   const auto* const text = value ? std::get_if<std::string>(&*value) : nullptr;
@@ -24,25 +28,33 @@ QString updateManager(const BundleInformation& bundle) {
 } // namespace
 
 PanelHost::PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance,
-                     Executor& mainThread, Relay::Post onAudioThread, std::function<void()> quit)
-    : quit_(std::move(quit))
+                     Executor& mainThread, Actions actions)
+    : quit_(std::move(actions.quit))
+    , isFoundAgain_(actions.isFoundAgain)
+    , preferences_(audio.preferences())
     , updateManager_(updateManager(audio.bundle()))
     , theme_(appearance)
     , icons_(audio.applications(), audio.icons())
     , notice_(
           audio.server(), mainThread, [&audio] { return audio.isForeignSoundServing(); },
           [this](const QString&) { Q_EMIT serverNoticeChanged(); })
-    , trayControl_(tray_, model, {audio.environment().hardware, std::move(onAudioThread), mainThread},
+    , trayControl_(tray_, model, {audio.environment().hardware, std::move(actions.onAudioThread), mainThread},
                    updateManager_)
     , window_(content(model), audio.clock())
     , presence_(
-          window_, [this] { return tray_.geometry(); }, quit_) {
+          window_, [this] { return tray_.geometry(); },
+          [this] {
+            if (!isFoundAgain_ || preferences_.boolForKey(kQuitsOnClose)) quit_();
+          }) {
   registerViews();
   connect(this, &PanelHost::serverNoticeChanged, &trayControl_, &TrayControl::refresh);
   QObject::connect(&tray_, &ui::TrayIcon::clicked, &presence_, &ui::PanelPresence::clickIcon);
   QObject::connect(&tray_, &ui::TrayIcon::openChosen, &presence_, &ui::PanelPresence::show);
   QObject::connect(&tray_, &ui::TrayIcon::quitChosen, &presence_, quit_);
-  QObject::connect(&tray_, &ui::TrayIcon::shownChanged, &presence_, &ui::PanelPresence::setTrayShown);
+  connect(&tray_, &ui::TrayIcon::shownChanged, this, [this](bool isShown) {
+    presence_.setTrayShown(isShown);
+    Q_EMIT closingChanged();
+  });
   if (const auto isShown = tray_.isShown()) presence_.setTrayShown(*isShown);
 }
 
@@ -70,12 +82,28 @@ void PanelHost::connectRoot(QQuickItem& root) {
   notice_.update();
   tell();
   connect(this, &PanelHost::serverNoticeChanged, &root, tell);
+  const auto tellOfClosing = [this, &root] {
+    root.setProperty("quitsOnClose", preferences_.boolForKey(kQuitsOnClose));
+    root.setProperty("isClosingExplained", preferences_.boolForKey(kClosingIsExplained));
+    root.setProperty("isWithoutIcon", isFoundAgain_ && presence_.isWithoutIcon());
+  };
+  tellOfClosing();
+  connect(this, &PanelHost::closingChanged, &root, tellOfClosing);
+  connect(&window_, &ui::PanelWindow::seenChanged, &root,
+          [&root](bool isSeen) { root.setProperty("isSeen", isSeen); });
+  connect(&root, SIGNAL(closingChosen(bool)), this, SLOT(onClosingChosen(bool)));
   connect(&root, SIGNAL(quitRequested()), this, SLOT(onQuitRequested()));
   connect(&root, SIGNAL(settingsRequested(QUrl)), this, SLOT(onSettingsRequested()));
 }
 
 void PanelHost::onQuitRequested() {
   quit_();
+}
+
+void PanelHost::onClosingChosen(bool quits) {
+  preferences_.setBool(quits, kQuitsOnClose);
+  preferences_.setBool(true, kClosingIsExplained);
+  Q_EMIT closingChanged();
 }
 
 // Desktops have no settings for this, so open the installed page that explains how to give access.

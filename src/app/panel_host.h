@@ -21,10 +21,15 @@ class PanelHost final : public QObject {
   Q_OBJECT
 
  public:
-  /// Shows the icon. `onAudioThread` posts to a thread that may call the audio system. `quit` is called when
-  /// the user asks to quit. The referents outlive this object.
+  struct Actions {
+    Relay::Post onAudioThread;  ///< posts to a thread that may call the audio system
+    std::function<void()> quit; ///< called when the user asks to quit
+    bool isFoundAgain = true;   ///< a second start of the program shows this panel
+  };
+
+  /// Shows the icon. The referents outlive this object.
   PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearance& appearance, Executor& mainThread,
-            Relay::Post onAudioThread, std::function<void()> quit);
+            Actions actions);
 
   /// Opens the panel without its icon, for a second start or a bus call.
   void show() { presence_.show(); }
@@ -34,6 +39,7 @@ class PanelHost final : public QObject {
 
  Q_SIGNALS:
   void serverNoticeChanged();
+  void closingChanged();
 
  private:
   ui::PanelContent content(MixerViewModel& model);
@@ -42,8 +48,11 @@ class PanelHost final : public QObject {
 
   Q_SLOT void onQuitRequested();
   Q_SLOT void onSettingsRequested();
+  Q_SLOT void onClosingChosen(bool quits);
 
   const std::function<void()> quit_;
+  const bool isFoundAgain_;
+  Preferences& preferences_;
   const QString updateManager_; // name of what updates this copy instead, such as a package manager
   PanelTheme theme_;
   AppIconCache icons_;

@@ -17,7 +17,7 @@ namespace {
 
 const QString kService = QStringLiteral("com.quellmarsh.sonvel");
 const QString kPath = QStringLiteral("/com/quellmarsh/sonvel");
-const QString kInterface = QStringLiteral("com.quellmarsh.sonvel");
+const QString kApplicationInterface = QStringLiteral("org.freedesktop.Application");
 
 } // namespace
 
@@ -64,7 +64,9 @@ bool SingleInstance::takeName() {
 
 SingleInstance::Answer SingleInstance::askFirst(std::chrono::milliseconds within) {
   QDBusMessage request =
-      QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("ShowPanel"));
+      QDBusMessage::createMethodCall(kService, kPath, kApplicationInterface, QStringLiteral("Activate"));
+  const auto token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN"); // from the launcher
+  request << (token.isEmpty() ? QVariantMap() : QVariantMap{{QStringLiteral("activation-token"), token}});
   request.setAutoStartService(false);
   const QDBusMessage reply = bus_.call(request, QDBus::Block, static_cast<int>(within.count()));
   if (reply.type() == QDBusMessage::ReplyMessage) return Answer::shown;

@@ -12,8 +12,10 @@ class SingleInstanceService;
 /// Requests that reach the first instance. Called from the event loop, after SingleInstance::acquire() has
 /// returned.
 struct InstanceRequests {
-  std::function<bool()> showPanel; ///< false if this process is about to quit: the caller starts in its place
-  std::function<void()> quit;      ///< starts to quit; need not wait for the end
+  /// False if this process is about to quit: the caller starts in its place. The token, which may be empty,
+  /// is the desktop's permission to take the focus.
+  std::function<bool(const QString& activationToken)> showPanel;
+  std::function<void()> quit; ///< starts to quit; need not wait for the end
   std::function<bool(const QString& caller)>
       admits; ///< whether the caller with this unique name may send requests
 };

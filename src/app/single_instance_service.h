@@ -26,7 +26,11 @@ class SingleInstanceService final : public QObject, protected QDBusContext {
 
   // The names are those of the interface.
   Q_SCRIPTABLE void ShowPanel() { // NOLINT(readability-identifier-naming)
-    if (isAdmitted() && !requests_.showPanel())
+    show({});
+  }
+
+  void show(const QString& activationToken) {
+    if (isAdmitted() && !requests_.showPanel(activationToken))
       sendErrorReply(kLeavingError, QStringLiteral("Sonvel is about to end"));
   }
 
@@ -56,7 +60,9 @@ class ApplicationAdaptor final : public QDBusAbstractAdaptor {
       , service_(service) {}
 
   // The names are those of the interface. NOLINTBEGIN(readability-identifier-naming)
-  Q_SLOT void Activate(const QVariantMap&) { service_.ShowPanel(); }
+  Q_SLOT void Activate(const QVariantMap& platformData) {
+    service_.show(platformData.value(QStringLiteral("activation-token")).toString());
+  }
 
   Q_SLOT void Open(const QStringList&, const QVariantMap& platformData) { Activate(platformData); }
 

@@ -6,6 +6,9 @@
 #include "ui/icons/icon_themes.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QGuiApplication>
+#include <QIcon>
 #include <utility>
 
 namespace sonvel {
@@ -31,12 +34,16 @@ SonvelApp::SonvelApp(updater::Relaunch& relaunch, QuitDeadline& deadline, Machin
           hardware_, mainThread_, audio_->clock(), permission_, audio_->preferences(), updates_}))
     , quitRequests_([this] { terminate(); }) {
   completeIconThemes();
+  QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/sonvel/tray/com.quellmarsh.sonvel.svg")));
   panel_ = std::make_unique<PanelHost>(
       delegate_->model(), *audio_, appearance_, mainThread_,
-      [&hardware = *hardware_](std::function<void()> work) {
-        (void)hardware.call([work = std::move(work)](HardwareController&) { work(); });
-      },
-      [this] { terminate(); });
+      PanelHost::Actions{.onAudioThread =
+                             [&hardware = *hardware_](std::function<void()> work) {
+                               (void)hardware.call([work = std::move(work)](HardwareController&) { work(); });
+                             },
+                         .quit = [this] { terminate(); },
+                         .isFoundAgain =
+                             machine == Machine::real && QDBusConnection::sessionBus().isConnected()});
   deadline_.setGiveBack([this] { (void)hardware_->call(&HardwareController::teardownAll); });
 }
 

@@ -2,7 +2,7 @@
 
 #include "audio/mixer_math.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <algorithm>
 
@@ -86,10 +86,10 @@ void TrayControl::showAbout() {
   const auto updates =
       updateManager_.isEmpty() ? QString() : tr("\nUpdates come with %1.").arg(updateManager_);
   // deletes itself when closed; NOLINTNEXTLINE(cppcoreguidelines-owning-memory)
-  auto* const box =
-      new QMessageBox(QMessageBox::NoIcon, tr("About Sonvel"), text + updates, QMessageBox::Close);
+  auto* const box = new QMessageBox(QMessageBox::NoIcon, tr("About Sonvel"), text + updates);
+  box->addButton(tr("Close"), QMessageBox::RejectRole);
   box->setAttribute(Qt::WA_DeleteOnClose);
-  box->setIconPixmap(QIcon::fromTheme(QStringLiteral("com.quellmarsh.sonvel")).pixmap(64));
+  box->setIconPixmap(QGuiApplication::windowIcon().pixmap(64));
   box->setModal(false);
   box->show();
 }

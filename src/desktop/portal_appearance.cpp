@@ -12,6 +12,7 @@ namespace {
 
 constexpr QLatin1String kAppearanceGroup("org.freedesktop.appearance");
 constexpr QLatin1String kGnomeGroup("org.gnome.desktop.interface");
+constexpr QLatin1String kAccessGroup("org.gnome.desktop.a11y.interface");
 
 Appearance::ColorScheme colorSchemeFrom(const QVariant& value) {
   switch (value.toUInt()) {
@@ -48,6 +49,9 @@ struct Settings {
   std::optional<std::uint32_t> accentColor;
   bool reducesMotion = false;
   bool hasNoAnimations = false; ///< an older setting with the same meaning as reduced motion
+  bool hasHighContrast = false;
+  bool hasGnomeContrast = false; ///< an older setting with the same meaning
+  bool hasContrastTheme = false; ///< the same, from the name of the toolkit's theme
 
   void apply(const QString& group, const QString& key, const QVariant& value) {
     if (group == kAppearanceGroup && key == QLatin1String("color-scheme"))
@@ -56,6 +60,12 @@ struct Settings {
       accentColor = accentColorFrom(value);
     else if (group == kAppearanceGroup && key == QLatin1String("reduced-motion"))
       reducesMotion = value.toUInt() == 1;
+    else if (group == kAppearanceGroup && key == QLatin1String("contrast"))
+      hasHighContrast = value.toUInt() == 1;
+    else if (group == kAccessGroup && key == QLatin1String("high-contrast"))
+      hasGnomeContrast = value.toBool();
+    else if (group == kGnomeGroup && key == QLatin1String("gtk-theme"))
+      hasContrastTheme = value.toString().startsWith(QLatin1String("HighContrast"));
     else if (group == kGnomeGroup && key == QLatin1String("enable-animations"))
       hasNoAnimations = value.metaType() == QMetaType::fromType<bool>() && !value.toBool();
   }
@@ -69,6 +79,7 @@ struct Settings {
   Appearance appearance() const {
     return {.colorScheme = colorScheme,
             .accentColor = accentColor,
+            .prefersHighContrast = hasHighContrast || hasGnomeContrast || hasContrastTheme,
             .prefersReducedMotion = reducesMotion || hasNoAnimations};
   }
 };
@@ -78,7 +89,7 @@ struct Settings {
 class PortalAppearance::Follower {
  public:
   explicit Follower(const QDBusConnection& bus)
-      : portal_(bus, {kAppearanceGroup, kGnomeGroup},
+      : portal_(bus, {kAppearanceGroup, kGnomeGroup, kAccessGroup},
                 {.all = [this](const auto& groups) { become(Settings(), groups); },
                  .one = [this](const auto&... setting) { become(settings_, setting...); }}) {}
 

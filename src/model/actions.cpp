@@ -56,9 +56,9 @@ void MixerViewModel::setOutput(const QVariant& uid, ChannelState* channel) {
 }
 
 QString MixerViewModel::outputName(const std::optional<std::string>& uid) const {
-  if (!uid) return QStringLiteral("System Output");
+  if (!uid) return tr("System Output");
   const auto device = std::ranges::find(outputDevices_, *uid, &AudioOutputDevice::uid);
-  return device != outputDevices_.end() ? QString::fromStdString(device->name) : QStringLiteral("Device");
+  return device != outputDevices_.end() ? QString::fromStdString(device->name) : tr("Device");
 }
 
 QString MixerViewModel::outputName(const QVariant& uid) const {
@@ -69,8 +69,7 @@ QString MixerViewModel::knownDeviceName(const QVariant& uid) const {
   const auto text = toOptionalText(uid);
   if (!text) return {};
   const auto found = deviceNames_.find(*text);
-  return found != deviceNames_.end() ? QString::fromStdString(found->second)
-                                     : QStringLiteral("The chosen device");
+  return found != deviceNames_.end() ? QString::fromStdString(found->second) : tr("The chosen device");
 }
 
 void MixerViewModel::setMaster(double value) {

@@ -12,7 +12,8 @@ struct Appearance {
 
   ColorScheme colorScheme = ColorScheme::noPreference;
   std::optional<std::uint32_t> accentColor; ///< 0xRRGGBB; none if the desktop has no such setting
-  bool prefersReducedMotion = false;        ///< the user wants no animations
+  bool prefersHighContrast = false;
+  bool prefersReducedMotion = false; ///< the user wants no animations
 
   bool operator==(const Appearance&) const = default;
 };

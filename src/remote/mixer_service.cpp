@@ -8,12 +8,19 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMetaType>
+#include <QDateTime>
 #include <QFile>
 #include <QPointer>
 #include <algorithm>
 #include <utility>
 
 namespace sonvel::remote {
+
+namespace {
+
+constexpr qsizetype kErrorsKept = 10;
+
+} // namespace
 
 MixerService::MixerService(QDBusConnection bus, CallerGate& gate)
     : bus_(std::move(bus))
@@ -52,7 +59,7 @@ void MixerService::followModel(MixerViewModel& model) {
           });
   for (const auto& row : model.channels()->rows())
     followRow(*row);
-  told_ = mixerProperties(model, false);
+  told_ = properties(model, false);
 }
 
 void MixerService::followRow(ChannelState& row) {
@@ -63,18 +70,35 @@ void MixerService::followRow(ChannelState& row) {
   connect(&row, &ChannelState::activeChanged, this, note);
   connect(&row, &ChannelState::isPlayingChanged, this, note);
   connect(&row, &ChannelState::outputUIDChanged, this, note);
-  connect(&row, &ChannelState::lastErrorChanged, this, note);
+  connect(&row, &ChannelState::lastErrorChanged, this, [this, &row, note] {
+    keepError(row);
+    note();
+  });
   connect(&row, &ChannelState::playbackChanged, this, note);
   connect(&row, &ChannelState::levelChanged, this, [this] {
     if (areLevelsWatched()) changes_.start();
   });
 }
 
+void MixerService::keepError(const ChannelState& row) {
+  if (!row.lastError()) return;
+  errors_ += QStringLiteral("%1 %2: %3")
+                 .arg(QDateTime::currentDateTime().toString(Qt::ISODate), row.name(),
+                      row.lastErrorText().toString());
+  if (errors_.size() > kErrorsKept) errors_.removeFirst();
+}
+
+QVariantMap MixerService::properties(const MixerViewModel& model, bool hasLevels) const {
+  auto properties = mixerProperties(model, hasLevels);
+  properties[QStringLiteral("LastErrors")] = errors_;
+  return properties;
+}
+
 /// The model also announces values that stay the same, so compare before sending.
 void MixerService::tellChanges() {
   const auto model = model_.lock();
   if (!model) return;
-  const auto before = std::exchange(told_, mixerProperties(*model, areLevelsWatched()));
+  const auto before = std::exchange(told_, properties(*model, areLevelsWatched()));
   QStringList changed;
   for (auto now = told_.cbegin(); now != told_.cend(); ++now)
     if (before.value(now.key()) != now.value()) changed += now.key();
@@ -175,11 +199,10 @@ QVariantList MixerService::readProperties(MixerViewModel& model, const QDBusMess
   const auto arguments = message.arguments();
   if (arguments.value(0).toString() != kInterface)
     throw Refusal(error::kInvalidArguments, QStringLiteral("not an interface of this object"));
-  const auto properties = mixerProperties(model, model.isFollowed());
-  if (message.member() == QLatin1String("GetAll")) return {properties};
-  const auto found = properties.constFind(arguments.value(1).toString());
-  if (found == properties.constEnd())
-    throw Refusal(error::kUnknownProperty, QStringLiteral("no such property"));
+  const auto all = properties(model, model.isFollowed());
+  if (message.member() == QLatin1String("GetAll")) return {all};
+  const auto found = all.constFind(arguments.value(1).toString());
+  if (found == all.constEnd()) throw Refusal(error::kUnknownProperty, QStringLiteral("no such property"));
   if (message.member() != QLatin1String("Get"))
     throw Refusal(error::kReadOnly, QStringLiteral("properties are changed by methods"));
   return {QVariant::fromValue(QDBusVariant(*found))};

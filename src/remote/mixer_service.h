@@ -40,6 +40,8 @@ class MixerService final : public QDBusVirtualObject {
  private:
   void followModel(MixerViewModel& model);
   void followRow(ChannelState& row);
+  void keepError(const ChannelState& row);
+  QVariantMap properties(const MixerViewModel& model, bool hasLevels) const;
   void tellChanges();
 
   bool areLevelsWatched() const;
@@ -61,6 +63,7 @@ class MixerService final : public QDBusVirtualObject {
   QHash<QString, bool> watchers_;     ///< unique name: whether it watches levels too
   QDBusServiceWatcher leaving_;       ///< reports watchers that leave the bus
   QTimer changes_;                    ///< sends change notices from the event loop
+  QStringList errors_;                ///< the last errors of all rows, oldest first
   QVariantMap told_;                  ///< the properties at the last change notice
 };
 

@@ -16,7 +16,7 @@ ColumnLayout {
     SectionLabel {
         id: title
 
-        text: "APPS"
+        text: qsTr("APPS")
     }
 
     RowLayout {
@@ -33,7 +33,7 @@ ColumnLayout {
 
         PanelLabel {
             Layout.fillWidth: true
-            text: "Play audio in an app and it shows up here."
+            text: qsTr("Play audio in an app and it shows up here.")
             font: PanelTheme.caption
             color: PanelTheme.secondary
             wrapMode: Text.Wrap

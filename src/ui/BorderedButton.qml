@@ -16,6 +16,7 @@ PanelButton {
     horizontalPadding: 9
     verticalPadding: 4
     ringRadius: 5
+    cutText: label.truncated ? text : ""
 
     contentItem: RowLayout {
         spacing: root.spinning ? 6 : 4
@@ -34,6 +35,8 @@ PanelButton {
         }
 
         Text {
+            id: label
+
             Layout.fillWidth: true
             text: root.text
             textFormat: Text.PlainText

@@ -116,7 +116,7 @@ FocusScope {
                 symbol: "xmark.circle.fill"
                 symbolColor: PanelTheme.tertiary
                 symbolSize: PanelTheme.caption.pixelSize + 2
-                help: "Remove from list"
+                help: qsTr("Remove from list")
                 Accessible.name: PanelText.removeLabel(root.ch.name)
                 onClicked: root.model.dismissChannel(root.ch)
             }
@@ -146,7 +146,8 @@ FocusScope {
                 modelValue: root.ch.gainPercent
                 opacity: root.ch.muted ? 0.4 : 1
                 Accessible.name: PanelText.volumeLabel(root.ch.name)
-                Accessible.description: "Adjusts this app's output volume"
+                spokenValue: PanelText.spokenPercent(root.ch.gainPercent)
+                help: qsTr("Adjusts this app's output volume")
                 onChosen: value => root.model.setGain(PanelText.wholePercent(value), root.ch)
             }
         }
@@ -170,7 +171,7 @@ FocusScope {
             PanelLabel {
                 Layout.fillWidth: true
                 visible: root.ch.lastError === undefined && !root.ch.isPlaying
-                text: "Paused — keeps this volume when it plays again"
+                text: qsTr("Paused — keeps this volume when it plays again")
                 font: PanelTheme.caption
                 color: PanelTheme.secondary
                 wrapMode: Text.Wrap

@@ -10,13 +10,13 @@ Column {
     spacing: 2
 
     Accessible.role: Accessible.StaticText
-    Accessible.name: PanelText.spokenError(title.text, error)
+    Accessible.name: PanelText.spokenPair(title.text, error)
 
     Text {
         id: title
 
         width: parent.width
-        text: "Audio control error"
+        text: qsTr("Audio control error")
         elide: Text.ElideRight
         renderType: Text.NativeRendering
         horizontalAlignment: Text.AlignLeft

@@ -17,7 +17,7 @@ Item {
         id: label
 
         anchors.centerIn: parent
-        text: "idle"
+        text: qsTr("idle")
         font: PanelTheme.badge
         color: PanelTheme.secondary
     }

@@ -11,7 +11,7 @@ ColumnLayout {
     spacing: 6
 
     SectionLabel {
-        text: "OUTPUT"
+        text: qsTr("OUTPUT")
     }
 
     RowLayout {
@@ -27,7 +27,7 @@ ColumnLayout {
         PanelLabel {
             id: title
 
-            text: "System Output"
+            text: qsTr("System Output")
         }
 
         PanelSlider {
@@ -37,6 +37,7 @@ ColumnLayout {
             stepSize: 0.01
             modelValue: root.model.masterVolume
             enabled: root.model.masterSupported
+            spokenValue: PanelText.spokenPercent(PanelText.masterPercent(root.model.masterVolume))
             Accessible.name: title.text
             onChosen: value => root.model.setMaster(value)
         }
@@ -50,7 +51,7 @@ ColumnLayout {
     PanelLabel {
         Layout.fillWidth: true
         visible: !root.model.masterSupported
-        text: "This output device has no adjustable master volume."
+        text: qsTr("This output device has no adjustable master volume.")
         font: PanelTheme.caption
         color: PanelTheme.secondary
         wrapMode: Text.Wrap

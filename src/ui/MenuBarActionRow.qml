@@ -9,7 +9,10 @@ RowLayout {
     required property bool updatesAvailable
     required property bool updatesComeWithPackages // then updates need no button
 
+    property bool hasClosingChoice: false
+
     signal checkForUpdates()
+    signal closingAsked()
     signal quit()
 
     spacing: 8
@@ -23,7 +26,7 @@ RowLayout {
         FlatButton {
             id: check
 
-            text: "Check for Updates"
+            text: qsTr("Check for Updates")
             enabled: root.updatesAvailable
             Accessible.description: reason.text
             onClicked: root.checkForUpdates()
@@ -36,7 +39,7 @@ RowLayout {
         HoverTip {
             id: reason
 
-            text: root.updatesAvailable ? "" : "Updates are not configured in this build."
+            text: root.updatesAvailable ? "" : qsTr("Updates are not configured in this build.")
             isHovered: pointer.hovered
         }
     }
@@ -46,7 +49,16 @@ RowLayout {
     }
 
     FlatButton {
-        text: "Quit"
+        Layout.fillWidth: true
+        Layout.maximumWidth: implicitWidth
+        Layout.minimumWidth: 0
+        visible: root.hasClosingChoice
+        text: qsTr("On Close…")
+        onClicked: root.closingAsked()
+    }
+
+    FlatButton {
+        text: qsTr("Quit")
         onClicked: root.quit()
     }
 }

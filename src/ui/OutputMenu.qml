@@ -10,7 +10,7 @@ PanelMenu {
     required property ChannelState ch
 
     PanelMenuItem {
-        text: "Follow System Output"
+        text: qsTr("Follow System Output")
         symbol: root.ch.outputUID === undefined ? "checkmark" : ""
         onTriggered: root.model.setOutput(undefined, root.ch)
     }

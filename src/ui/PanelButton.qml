@@ -7,6 +7,7 @@ T.AbstractButton {
     id: root
 
     property string help: ""
+    property string cutText: "" // its words, where they do not fit
     property real ringRadius: 5
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
@@ -29,7 +30,7 @@ T.AbstractButton {
     }
 
     HoverTip {
-        text: root.help
+        text: root.cutText !== "" ? root.cutText : root.help
         isHovered: root.hovered && !root.pressed
     }
 }

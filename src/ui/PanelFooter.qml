@@ -10,6 +10,9 @@ ColumnLayout {
     required property string statusLine
     required property bool updatesComeWithPackages
 
+    property bool hasClosingChoice: false
+
+    signal closingAsked()
     signal quitRequested()
 
     spacing: 9
@@ -19,13 +22,13 @@ ColumnLayout {
         spacing: 8
 
         BorderedButton {
-            text: "Reset all"
+            text: qsTr("Reset all")
             symbol: "arrow.uturn.backward"
             onClicked: root.model.resetAllVolumes()
         }
 
         BorderedButton {
-            text: "Everything → Speakers"
+            text: qsTr("Everything → Speakers")
             symbol: "hifispeaker"
             onClicked: root.model.everythingToSystemOutput()
         }
@@ -47,6 +50,8 @@ ColumnLayout {
         updatesAvailable: root.model.updatesAvailable
         updatesComeWithPackages: root.updatesComeWithPackages
         onCheckForUpdates: root.model.checkForUpdates()
+        hasClosingChoice: root.hasClosingChoice
+        onClosingAsked: root.closingAsked()
         onQuit: root.quitRequested()
     }
 }

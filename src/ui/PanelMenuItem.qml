@@ -32,6 +32,8 @@ T.MenuItem {
         }
 
         Text {
+            id: label
+
             Layout.fillWidth: true
             text: root.text
             textFormat: Text.PlainText
@@ -41,6 +43,11 @@ T.MenuItem {
             font: root.font
             color: root.textColor
         }
+    }
+
+    HoverTip {
+        text: label.truncated ? root.text : ""
+        isHovered: root.hovered
     }
 
     background: Rectangle {

@@ -8,6 +8,8 @@ T.Slider {
     id: root
 
     required property real modelValue
+    required property string spokenValue // assistive technologies have no other place for it than the description
+    property string help: ""
     property real pageStep: (to - from) / 10
     readonly property real minimumValue: from // range for screen readers
     readonly property real maximumValue: to
@@ -32,7 +34,14 @@ T.Slider {
 
     onModelValueChanged: follow()
     onPressedChanged: follow()
-    onValueChanged: if (ready && !following) chosen(value)
+    onValueChanged: {
+        if (!ready || following)
+            return;
+        if (enabled)
+            chosen(value);
+        else // an assistive technology may set it all the same
+            follow();
+    }
     Component.onCompleted: {
         follow();
         ready = true;
@@ -47,6 +56,7 @@ T.Slider {
     }
 
     Accessible.role: Accessible.Slider
+    Accessible.description: help === "" ? spokenValue : PanelText.spokenPair(spokenValue, help)
 
     Keys.onPressed: event => {
         const steps = {

@@ -12,8 +12,13 @@ Rectangle {
     property bool serverHasAnswered: true
     property bool soundIsElsewhere: false // sound runs on another system and can't be seen
     property bool settingsMissing: false // the user asked for settings, which do not exist
+    property bool isSeen: true // false while minimised or covered
+    property bool isWithoutIcon: false // there is no tray icon to open the window from
+    property bool quitsOnClose: false // closing the window then quits the program
+    property bool isClosingExplained: false // the user has chosen what closing does
 
     signal quitRequested()
+    signal closingChosen(bool quits)
     signal settingsRequested(url settings)
 
     implicitWidth: 360
@@ -23,8 +28,9 @@ Rectangle {
     LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
 
+    onIsSeenChanged: isSeen ? model.onAppear() : model.onDisappear()
     Component.onCompleted: model.onAppear()
-    Component.onDestruction: model.onDisappear()
+    Component.onDestruction: if (isSeen) model.onDisappear()
 
     Item {
         id: header
@@ -79,6 +85,13 @@ Rectangle {
             width: scrollArea.width - 24
             spacing: 14
 
+            ClosingCard {
+                Layout.fillWidth: true
+                visible: root.isWithoutIcon && !root.isClosingExplained
+                quitsOnClose: root.quitsOnClose
+                onChosen: quits => root.closingChosen(quits)
+            }
+
             PermissionCard {
                 Layout.fillWidth: true
                 visible: !root.model.permissionGranted && root.serverHasAnswered
@@ -129,6 +142,8 @@ Rectangle {
             updatesComeWithPackages: root.updatesComeWithPackages
             statusLine: PanelText.statusLine(root.serverNotice, root.model.status,
                                              root.model.restorationFailure, apps.count)
+            hasClosingChoice: root.isWithoutIcon && root.isClosingExplained
+            onClosingAsked: root.isClosingExplained = false
             onQuitRequested: root.quitRequested()
         }
     }

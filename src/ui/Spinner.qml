@@ -8,8 +8,8 @@ Item {
     required property bool running
     property color color: PanelTheme.primary
 
-    implicitWidth: 12
-    implicitHeight: 12
+    implicitWidth: PanelTheme.caption.pixelSize + 2
+    implicitHeight: implicitWidth
 
     Repeater {
         model: 8
@@ -25,7 +25,7 @@ Item {
 
             Rectangle {
                 anchors.horizontalCenter: parent.horizontalCenter
-                width: 2.5
+                width: parent.width / 5
                 height: width
                 radius: width / 2
                 color: spoke.spinner?.color ?? "transparent"

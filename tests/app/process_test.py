@@ -52,6 +52,13 @@ def test_starts_beside_one_that_hangs_only_when_that_has_crashed(start, start_re
     wait_until(lambda: signals(second, "SigCgt") >> signal.SIGTERM - 1 & 1, what="the second in the first's place")
 
 
+def test_passes_the_launchers_leave_to_come_to_the_front_on_to_the_first(bus, start):
+    first = Service(bus.environment, NAME, PATH, [("org.freedesktop.Application", "Activate", "a{sv}", "", "")])
+    assert start(XDG_ACTIVATION_TOKEN="leave-7").wait(20) == 0
+    assert first.calls("Activate") == [[{"activation-token": "leave-7"}]]
+    first.close()
+
+
 def test_ends_when_it_is_asked_and_waits_for_no_pipe_in_the_place_of_a_file(bus, start_ready):
     for pipe in ("config/sonvel/sonvel.conf", "data/applications/pipe.desktop", "data/icons/hicolor/index.theme"):
         (bus.folder / pipe).parent.mkdir(parents=True)

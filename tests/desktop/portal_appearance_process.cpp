@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
     const bool isLight = now.colorScheme == Appearance::ColorScheme::light;
     std::printf("%s", isDark ? "dark" : isLight ? "light" : "any");
     if (now.accentColor) std::printf(" %06x", *now.accentColor);
-    std::printf("%s\n", now.prefersReducedMotion ? " calm" : "");
+    std::printf("%s%s\n", now.prefersHighContrast ? " stark" : "", now.prefersReducedMotion ? " calm" : "");
     std::fflush(stdout);
   };
   say();

@@ -44,6 +44,10 @@ CHANGES = [  # and the expected output
     (APPEARANCE, "reduced-motion", dbus.UInt32(0), "dark"),
     (GNOME, "color-scheme", dbus.UInt32(2), None),
     (GNOME, "enable-animations", False, "dark calm"),
+    (APPEARANCE, "contrast", dbus.UInt32(1), "dark stark calm"),
+    (GNOME, "gtk-theme", "HighContrastInverse", None),
+    (APPEARANCE, "contrast", dbus.UInt32(0), None),
+    (GNOME, "gtk-theme", "Adwaita", "dark calm"),
 ]
 
 

@@ -25,7 +25,9 @@ TEST(PanelColorsTest, AreLegibleOnEveryDesktop) {
       for (const auto& palette :
            {desktop(0xeff0f1, 0x232629, 0x3daee9), desktop(0x2a2e32, 0xfcfcfc, 0x3daee9),
             desktop(0xffffff, 0x000000, 0xffff00), desktop(0x808080, 0x777777, 0x808080)}) {
-        const auto colors = panelColors({.colorScheme = scheme, .accentColor = accent}, palette);
+        const bool isHigh = accent == 0U;
+        const auto colors = panelColors(
+            {.colorScheme = scheme, .accentColor = accent, .prefersHighContrast = isHigh}, palette);
         const auto faint = [&](const QColor& color) { return over(colors.window, color, 0.9); };
         double text =
             std::min({ratio(colors.primary, colors.control), ratio(colors.primary, colors.menu),
@@ -33,7 +35,8 @@ TEST(PanelColorsTest, AreLegibleOnEveryDesktop) {
                       ratio(faint(colors.secondary), faint(over(colors.window, colors.secondary, 0.15)))});
         for (const auto& color : {colors.primary, colors.secondary, colors.accent, colors.orange, colors.red})
           text = std::min({text, ratio(color, colors.fill), ratio(faint(color), colors.window)});
-        EXPECT_GE(text, PanelColors::textRatio) << palette.color(QPalette::Window).name().toStdString();
+        EXPECT_GE(text, isHigh ? PanelColors::highTextRatio : PanelColors::textRatio)
+            << palette.color(QPalette::Window).name().toStdString();
         for (const auto& symbol : {colors.tertiary, colors.tint})
           EXPECT_GE(ratio(faint(symbol), colors.window), PanelColors::symbolRatio);
       }

@@ -2,8 +2,11 @@
 
 #include "ui/panel_test.h"
 #include "ui/presentation/panel_text.h"
+#include "ui/translations/translations.h"
 
+#include <QRegularExpression>
 #include <QSignalSpy>
+#include <ranges>
 
 namespace sonvel {
 namespace {
@@ -13,7 +16,7 @@ text Sonvel
 text OUTPUT in secondary
 hifispeaker.fill in secondary
 text System Output
-slider System Output | 0.5
+slider System Output | 0.5 | 50 percent
 text 50 percent | 50
 text APPS in secondary
 row Alpha
@@ -24,7 +27,7 @@ button Remove Alpha from the mixer | Remove from list
 xmark.circle.fill in tertiary
 button Mute Alpha | Mute
 speaker.wave.2.fill
-slider Alpha volume | 100 | Adjusts this app's output volume
+slider Alpha volume | 100 | 100 percent, Adjusts this app's output volume
 meter 0
 button Output for Alpha | System Output
 arrow.triangle.branch in secondary
@@ -99,7 +102,7 @@ TEST_F(PanelContentTest, ShowsAnApplicationInEachState) {
   ASSERT_TRUE(settle());
   expectNew(R"(bolt.fill in orange
 text 150 percent | 150
-slider Alpha volume | 150 | Adjusts this app's output volume
+slider Alpha volume | 150 | 150 percent, Adjusts this app's output volume
 meter 0.5
 button Output for Alpha | Headset
 headphones in accent)");
@@ -108,7 +111,7 @@ headphones in accent)");
   expectNew(R"(text 150 percent in secondary | 150
 button Unmute Alpha | Unmute
 speaker.slash.fill in secondary
-slider Alpha volume | 150 | Adjusts this app's output volume at 0.4
+slider Alpha volume | 150 | 150 percent, Adjusts this app's output volume at 0.4
 meter 0
 text Headset is not connected. Until it is, you hear this app on Speakers. Only part of this app’s sound can be controlled. in secondary)");
   click(button("Output for Alpha"));
@@ -155,7 +158,7 @@ TEST_F(PanelContentTest, ShowsTheMasterVolumeOrTheCard) {
   audio_.setDefaultDevice("headset");
   passTicks(5);
   clickAt(master(), 0);
-  expectNew(R"(slider System Output | 1 disabled
+  expectNew(R"(slider System Output | 1 | 100 percent disabled
 text This output device has no adjustable master volume. in secondary
 text 100 percent | 100)");
   setPreflight(2);
@@ -196,11 +199,48 @@ TEST_F(PanelContentTest, SaysWhileARemovedApplicationCouldNotBeGivenBack) {
   EXPECT_FALSE(names(QAccessible::StaticText).contains(retrying.arg(process)));
 }
 
+TEST_F(PanelContentTest, ControlsAreThoseThatTheDocumentsList) {
+  QStringList lines;
+  const auto addNew = [&] {
+    static const QHash<int, QString> kKinds{{QAccessible::Slider, "slider"},
+                                            {QAccessible::Button, "button"},
+                                            {QAccessible::MenuItem, "menu item"}};
+    for (const auto* seen : items() | std::views::transform([](auto* item) { return accessible(item); }))
+      if (seen != nullptr && kKinds.contains(seen->role())) {
+        const auto help = seen->text(QAccessible::Description);
+        const auto line = QString("- %1 **%2**").arg(kKinds[seen->role()], seen->text(QAccessible::Name)) +
+                          (help.isEmpty() ? "" : ": " + help);
+        if (!lines.contains(line)) lines += line;
+      }
+  };
+  openWith({"Music"});
+  addNew();
+  click(button("Output for Music"));
+  addNew();
+  press(Qt::Key_Escape);
+  root()->setProperty("isWithoutIcon", true);
+  addNew();
+  root()->setProperty("isClosingExplained", true);
+  consent_.setPreflight(1);
+  pass(kMonitorInterval);
+  addNew();
+  ASSERT_TRUE(settle());
+  std::puts(qPrintable(lines.join('\n')));
+  QFile page(SONVEL_CONTROLS);
+  ASSERT_TRUE(page.open(QIODevice::ReadOnly));
+  EXPECT_EQ(lines, QString::fromUtf8(page.readAll()).split('\n').filter(QRegularExpression("^- ")));
+}
+
 TEST(PanelTextTest, SaysWhatTheOtherTestsDoNotShow) {
   EXPECT_EQ(PanelText::number(1200), "1200") << "digits are grouped";
   EXPECT_EQ(
       PanelText::statusLine("", {.event = MixerStatus::Event::restorationFails, .failures = "A; B"}, "C", 0),
       "Audio access was revoked. Audio restoration is retrying: A; B");
+  {
+    const Translations words(QLocale("de_AT"));
+    const MixerStatus status{.event = MixerStatus::Event::appsListed, .playing = 1, .idle = 2};
+    EXPECT_EQ(PanelText::statusLine("", status, "", 3), QString("1 spielt \u00B7 2 inaktiv"));
+  }
   EXPECT_EQ(PanelText::errorText("It failed (OSStatus 560227702)", status::kBadDevice),
             "The device is not there. It failed (OSStatus 560227702)");
   const AudioApp app{.pid = 7, .bundleID = "org.a/b c", .name = "A", .parentBundleID = "org.parent"};

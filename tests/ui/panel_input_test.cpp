@@ -1,6 +1,7 @@
 // Keyboard and pointer input, also while the list changes, and the layout.
 
 #include "ui/panel_test.h"
+#include "ui/translations/translations.h"
 
 #include <QElapsedTimer>
 
@@ -74,7 +75,10 @@ TEST_F(PanelInputTest, KeysReachEveryControlAndMoveASlider) {
   }
   click(button("Check for Updates"));
   EXPECT_EQ(updates_.checks, 1);
-  EXPECT_TRUE(MixerInspector::isPanelOpen(*model_));
+  for (const bool isSeen : {false, true}) {
+    root()->setProperty("isSeen", isSeen);
+    EXPECT_EQ(MixerInspector::isPanelOpen(*model_), isSeen);
+  }
   view_.reset();
   EXPECT_FALSE(MixerInspector::isPanelOpen(*model_));
 }
@@ -159,10 +163,15 @@ TEST_F(PanelInputTest, LongTextsAndListsKeepToTheirPlace) {
     expectTidy();
   }
   EXPECT_LT(root()->implicitHeight(), 900);
-  QGuiApplication::setLayoutDirection(Qt::RightToLeft);
   consent_.setPreflight(1);
-  open();
-  expectTidy(); // with the permission card
+  for (const char* language : {"de", "es", "ar"}) { // the last from right to left
+    const Translations words{QLocale(language)};
+    open();
+    root()->setProperty("isWithoutIcon", true);
+    expectTidy(); // with the cards
+    root()->setProperty("isClosingExplained", true);
+    expectTidy(); // and the button to open that of closing again
+  }
   consent_.setPreflight(0);
   pass(kMonitorInterval);
   ASSERT_TRUE(tabTo(master()));

@@ -87,6 +87,9 @@ TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
       EXPECT_LE(item->property("paintedWidth").toDouble(), item->width() + 1) << "it is cut off";
       EXPECT_EQ(item->property("textFormat").toInt(), static_cast<int>(Qt::PlainText));
     }
+    if (const auto folder = qEnvironmentVariable("SONVEL_PICTURES"); !folder.isEmpty())
+      window()->grabWindow().save(
+          QString("%1/update-%2%3.png").arg(folder).arg(static_cast<int>(state.stage)).arg(buttons.join("")));
     press(Qt::Key_Return);
     press(Qt::Key_Space);
     EXPECT_EQ(session_.proceeded, proceeds);

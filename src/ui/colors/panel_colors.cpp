@@ -85,32 +85,39 @@ PanelColors panelColors(const Appearance& appearance, const QPalette& palette) {
     return QColor(palette.color(QPalette::Active, role).rgb());
   };
   const bool dark = wantsDark(appearance, desktop(QPalette::Window));
+  const bool high = appearance.prefersHighContrast;
   const Base& own = dark ? kDark : kLight;
   const QColor end = dark ? Qt::white : Qt::black;
+  const double textRatio = high ? PanelColors::highTextRatio : PanelColors::textRatio;
+  const double symbolRatio = high ? PanelColors::textRatio : PanelColors::symbolRatio;
 
   PanelColors colors;
-  colors.window =
-      ratio(end, desktop(QPalette::Window)) >= kWindowRatio ? desktop(QPalette::Window) : own.window;
-  colors.primary = ratio(desktop(QPalette::WindowText), colors.window) >= kPrimaryRatio
-                       ? desktop(QPalette::WindowText)
-                       : own.primary;
+  if (high)
+    colors.window = dark ? Qt::black : Qt::white;
+  else
+    colors.window =
+        ratio(end, desktop(QPalette::Window)) >= kWindowRatio ? desktop(QPalette::Window) : own.window;
+  if (high)
+    colors.primary = end;
+  else
+    colors.primary = ratio(desktop(QPalette::WindowText), colors.window) >= kPrimaryRatio
+                         ? desktop(QPalette::WindowText)
+                         : own.primary;
   const auto shade = [&](double opacity) { return over(colors.window, end, opacity); };
   colors.fill = shade(0.05);
   colors.control = shade(dark ? 0.11 : 0.07);
-  colors.separator = shade(dark ? 0.14 : 0.11);
+  colors.separator = high ? end : shade(dark ? 0.14 : 0.11);
   colors.groove = shade(dark ? 0.20 : 0.15);
   colors.menu = dark ? shade(0.06) : over(colors.window, Qt::white, 0.6);
   colors.handle = dark ? shade(0.84) : QColor(Qt::white);
 
   const Reading reading{colors.window, colors.fill};
   const auto readAsText = [&](const QColor& color) {
-    return std::min(reading.worst(color), reading.paused(color)) >= PanelColors::textRatio;
+    return std::min(reading.worst(color), reading.paused(color)) >= textRatio;
   };
-  const auto seenOnWindow = [&](const QColor& color) {
-    return reading.paused(color) >= PanelColors::symbolRatio;
-  };
+  const auto seenOnWindow = [&](const QColor& color) { return reading.paused(color) >= symbolRatio; };
   colors.secondary = towards(shade(0.55), end, [&](const QColor& color) {
-    return readAsText(color) && reading.badge(color) >= PanelColors::textRatio;
+    return readAsText(color) && reading.badge(color) >= textRatio;
   });
   colors.tertiary = towards(shade(0.35), end, seenOnWindow);
   colors.orange = towards(own.orange, end, readAsText);
@@ -122,9 +129,8 @@ PanelColors panelColors(const Appearance& appearance, const QPalette& palette) {
   colors.accent = towards(accent, end, readAsText);
   colors.tint = towards(accent, end, seenOnWindow);
   colors.onAccent = Qt::white;
-  colors.prominent = towards(accent, Qt::black, [&](const QColor& color) {
-    return ratio(color, colors.onAccent) >= PanelColors::textRatio;
-  });
+  colors.prominent = towards(accent, Qt::black,
+                             [&](const QColor& color) { return ratio(color, colors.onAccent) >= textRatio; });
   return colors;
 }
 

@@ -18,15 +18,15 @@ int roundToInt(double value) {
 QString statusWords(OSStatus status) {
   switch (status) {
   case status::kNotRunning:
-    return QStringLiteral("The sound server is not running.");
+    return PanelText::tr("The sound server is not running.");
   case status::kUnspecified:
-    return QStringLiteral("The sound server did not answer in time.");
+    return PanelText::tr("The sound server did not answer in time.");
   case status::kBadDevice:
-    return QStringLiteral("The device is not there.");
+    return PanelText::tr("The device is not there.");
   case status::kBadObject:
-    return QStringLiteral("The app is not there any more.");
+    return PanelText::tr("The app is not there any more.");
   case status::kIllegalOperation:
-    return QStringLiteral("The sound server does not allow it.");
+    return PanelText::tr("The sound server does not allow it.");
   default:
     return {};
   }
@@ -63,54 +63,52 @@ QString PanelText::number(int value) {
 }
 
 QString PanelText::spokenPercent(int percent) {
-  return QString::number(percent) + QLatin1String(" percent");
+  return tr("%1 percent").arg(number(percent));
 }
 
 QString PanelText::volumeLabel(const QString& appName) {
-  return appName + QLatin1String(" volume");
+  return tr("%1 volume").arg(appName);
 }
 
 QString PanelText::removeLabel(const QString& appName) {
-  return QLatin1String("Remove ") + appName + QLatin1String(" from the mixer");
+  return tr("Remove %1 from the mixer").arg(appName);
 }
 
 QString PanelText::muteLabel(bool isMuted, const QString& appName) {
-  return muteHelp(isMuted) + QLatin1Char(' ') + appName;
+  return isMuted ? tr("Unmute %1").arg(appName) : tr("Mute %1").arg(appName);
 }
 
 QString PanelText::muteHelp(bool isMuted) {
-  return isMuted ? QStringLiteral("Unmute") : QStringLiteral("Mute");
+  return isMuted ? tr("Unmute") : tr("Mute");
 }
 
 QString PanelText::outputLabel(const QString& appName) {
-  return QLatin1String("Output for ") + appName;
+  return tr("Output for %1").arg(appName);
 }
 
-QString PanelText::spokenError(const QString& title, const QString& error) {
-  return title + QLatin1String(", ") + error;
+QString PanelText::spokenPair(const QString& first, const QString& second) {
+  return tr("%1, %2", "two texts that are read aloud as one").arg(first, second);
 }
 
 QString PanelText::cardTitle(bool isFirstRun) {
-  return isFirstRun ? QStringLiteral("Welcome to Sonvel")
-                    : QStringLiteral("One permission to control app audio");
+  return isFirstRun ? tr("Welcome to Sonvel") : tr("One permission to control app audio");
 }
 
 QString PanelText::statusText(const MixerStatus& status) {
   using enum MixerStatus::Event;
-  const auto revoked = QStringLiteral("Audio access was revoked. ");
   switch (status.event) {
   case noAppsYet:
-    return QStringLiteral("No apps have played audio yet.");
+    return tr("No apps have played audio yet.");
   case appsListed: {
-    const auto playing = QString::number(status.playing) + QLatin1String(" playing");
+    const auto playing = tr("%n playing", "applications", status.playing);
     if (status.idle == 0) return playing;
-    return playing + QStringLiteral(" \u00B7 ") + QString::number(status.idle) + QLatin1String(" idle");
+    return playing + QStringLiteral(" \u00B7 ") + tr("%n idle", "applications", status.idle);
   }
   case permissionRevoked:
-    return revoked + QLatin1String("Audio was restored to its normal output.");
+    return tr("Audio access was revoked. Audio was restored to its normal output.");
   case restorationFails:
-    return revoked + QLatin1String("Audio restoration is retrying: ") +
-           QString::fromStdString(status.failures);
+    return tr("Audio access was revoked. Audio restoration is retrying: %1")
+        .arg(QString::fromStdString(status.failures));
   case nothing:
     break;
   }
@@ -135,11 +133,10 @@ QString PanelText::sessionNote(bool isPartial, bool isOutputConnected, const QSt
                                const QString& playingName) {
   QStringList sentences;
   if (!isOutputConnected) {
-    sentences += chosenName + QLatin1String(" is not connected.");
-    if (!playingName.isEmpty())
-      sentences += QLatin1String("Until it is, you hear this app on ") + playingName + QLatin1Char('.');
+    sentences += tr("%1 is not connected.").arg(chosenName);
+    if (!playingName.isEmpty()) sentences += tr("Until it is, you hear this app on %1.").arg(playingName);
   }
-  if (isPartial) sentences += QStringLiteral("Only part of this app\u2019s sound can be controlled.");
+  if (isPartial) sentences += tr("Only part of this app’s sound can be controlled.");
   return sentences.join(QLatin1Char(' '));
 }
 

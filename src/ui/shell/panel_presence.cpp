@@ -7,15 +7,15 @@
 namespace sonvel::ui {
 
 PanelPresence::PanelPresence(PanelWindow& window, std::function<QRect()> iconGeometry,
-                             std::function<void()> quit, std::chrono::milliseconds trayPatience)
+                             std::function<void()> closedWithoutIcon, std::chrono::milliseconds trayPatience)
     : window_(window)
     , iconGeometry_(std::move(iconGeometry))
-    , quit_(std::move(quit)) {
+    , closedWithoutIcon_(std::move(closedWithoutIcon)) {
   missing_.setSingleShot(true);
   missing_.setInterval(trayPatience);
   connect(&missing_, &QTimer::timeout, this, &PanelPresence::standIn);
   connect(&window_, &PanelWindow::plainWindowClosedByUser, this, [this] {
-    if (isTrayShown_ == false) quit_();
+    if (isWithoutIcon()) closedWithoutIcon_();
   });
 }
 

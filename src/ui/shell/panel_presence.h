@@ -11,16 +11,16 @@ namespace sonvel::ui {
 
 class PanelWindow;
 
-/// Puts the panel at the tray icon, or into a plain window where there is no tray; closing that window ends
-/// the program. Main thread.
+/// Puts the panel at the tray icon, or into a plain window where there is no tray. Main thread.
 class PanelPresence final : public QObject {
  public:
   /// How long a tray may be missing, while the desktop restarts it, before a window replaces it.
   static constexpr std::chrono::milliseconds kTrayPatience{3000};
 
-  /// `iconGeometry` returns the tray icon's position, empty if unknown; `quit` asks the program to quit. The
-  /// window outlives this object.
-  PanelPresence(PanelWindow& window, std::function<QRect()> iconGeometry, std::function<void()> quit,
+  /// `iconGeometry` returns the tray icon's position, empty if unknown; `closedWithoutIcon` is called when
+  /// the user closes the window while there is no icon. The window outlives this object.
+  PanelPresence(PanelWindow& window, std::function<QRect()> iconGeometry,
+                std::function<void()> closedWithoutIcon,
                 std::chrono::milliseconds trayPatience = kTrayPatience);
 
   /// Call when it becomes known whether the tray icon is visible, and at each change.
@@ -33,6 +33,9 @@ class PanelPresence final : public QObject {
   /// tray.
   void show();
 
+  /// Whether it is known that there is no tray icon.
+  [[nodiscard]] bool isWithoutIcon() const noexcept { return isTrayShown_ == false; }
+
   /// Closes the panel for good, before the program ends.
   void end();
 
@@ -41,7 +44,7 @@ class PanelPresence final : public QObject {
 
   PanelWindow& window_;
   std::function<QRect()> iconGeometry_;
-  std::function<void()> quit_;
+  std::function<void()> closedWithoutIcon_;
   QTimer missing_;
   std::optional<bool> isTrayShown_;
   bool isAwaited_ = false; // open the panel when the tray state is known

@@ -21,6 +21,8 @@ namespace sonvel::ui {
 
 namespace {
 
+constexpr int kLowestPlainWindow = 120;
+
 QList<ScreenArea> screenAreas() {
   QList<ScreenArea> areas;
   for (const QScreen* screen : QGuiApplication::screens())
@@ -35,6 +37,13 @@ bool belongsTo(const QWindow* window, const QWindow* owner) {
   return window == owner && owner != nullptr;
 }
 
+/// Never with a minimum above the maximum in between.
+void setLimits(QWindow& window, const QSize& smallest, const QSize& largest) {
+  window.setMinimumSize({});
+  window.setMaximumSize(largest);
+  window.setMinimumSize(smallest);
+}
+
 int upwards(double length) {
   return static_cast<int>(std::ceil(length));
 }
@@ -46,8 +55,14 @@ class PanelWindow::Window final : public QQuickWindow {
  public:
   std::function<void()> onClose;
   std::function<void()> onEscape;
+  std::function<void(bool)> onExposure;
 
  private:
+  void exposeEvent(QExposeEvent* event) override {
+    QQuickWindow::exposeEvent(event);
+    if (onExposure) onExposure(isExposed());
+  }
+
   void keyPressEvent(QKeyEvent* event) override {
     event->ignore(); // unless the content accepts it
     QQuickWindow::keyPressEvent(event);
@@ -66,6 +81,7 @@ struct PanelWindow::Shown {
   QQuickItem* root = nullptr; // owned by the window
   Style style = Style::panel;
   bool wasActive = false;
+  bool isSeen = true; // until it is known, which is a moment
   QRect icon;
   QPoint pointer;
 };
@@ -120,6 +136,7 @@ void PanelWindow::close() {
   shown_->root->disconnect(this);
   shown_->window.onClose = nullptr;
   shown_->window.onEscape = nullptr;
+  shown_->window.onExposure = nullptr;
   shown_->window.hide();
   leaving_ = std::move(shown_); // one of its parts may be calling this
   QMetaObject::invokeMethod(this, &PanelWindow::destroyLeaving, Qt::QueuedConnection);
@@ -167,6 +184,9 @@ std::unique_ptr<PanelWindow::Shown> PanelWindow::make(Style style) {
   window.onEscape = [this] {
     if (shown_->style == Style::panel) closeByUser();
   };
+  window.onExposure = [this](bool isSeen) {
+    if (std::exchange(shown_->isSeen, isSeen) != isSeen) Q_EMIT seenChanged(isSeen);
+  };
   if (content_.ready) content_.ready(*root);
   return shown;
 }
@@ -182,12 +202,13 @@ void PanelWindow::fit() {
   Window& window = shown_->window;
   const QSize wanted(upwards(root.implicitWidth()), upwards(root.implicitHeight()));
   if (shown_->style == Style::panel) {
-    window.setGeometry(panelGeometry(screenAreas(), shown_->icon, shown_->pointer, wanted));
+    const QRect place = panelGeometry(screenAreas(), shown_->icon, shown_->pointer, wanted);
+    setLimits(window, place.size(), place.size()); // else a tiling compositor gives it a tile
+    window.setGeometry(place);
   } else {
     // The window manager may reduce the height for its frame.
     const QSize size = wanted.boundedTo(window.screen()->availableSize());
-    window.setMinimumSize({size.width(), 0});
-    window.setMaximumSize(size);
+    setLimits(window, {size.width(), kLowestPlainWindow}, size);
     window.resize(size);
   }
   root.setSize(window.size());

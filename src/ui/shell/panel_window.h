@@ -69,6 +69,8 @@ class PanelWindow final : public QObject {
  Q_SIGNALS:
   void opened();
   void closed();
+  /// False while nothing of the window can be seen: minimised, or covered if the desktop reports that.
+  void seenChanged(bool isSeen);
   /// After closed(), if the user closed a plain window.
   void plainWindowClosedByUser();
 

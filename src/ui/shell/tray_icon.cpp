@@ -25,18 +25,18 @@ std::optional<QDBusConnection> newestItemConnection() {
 } // namespace
 
 TrayIcon::TrayIcon(const QDBusConnection& bus)
-    : open_(add(QStringLiteral("Open Sonvel")))
-    , mute_(add(QStringLiteral("Mute")))
-    , startAtLogin_(add(QStringLiteral("Start at login")))
+    : open_(add(tr("Open Sonvel")))
+    , mute_(add(tr("Mute")))
+    , startAtLogin_(add(tr("Start at login")))
     , hosts_(bus) {
   connect(&open_, &QAction::triggered, this, &TrayIcon::openChosen);
   mute_.setCheckable(true);
   connect(&mute_, &QAction::triggered, this, &TrayIcon::muteChosen);
   startAtLogin_.setCheckable(true);
   connect(&startAtLogin_, &QAction::triggered, this, &TrayIcon::startAtLoginChosen);
-  connect(&add(QStringLiteral("About Sonvel")), &QAction::triggered, this, &TrayIcon::aboutChosen);
+  connect(&add(tr("About Sonvel")), &QAction::triggered, this, &TrayIcon::aboutChosen);
   menu_.addSeparator();
-  connect(&add(QStringLiteral("Quit")), &QAction::triggered, this, &TrayIcon::quitChosen);
+  connect(&add(tr("Quit")), &QAction::triggered, this, &TrayIcon::quitChosen);
   connect(&hosts_, &TrayHostWatch::changed, this, &TrayIcon::follow);
 }
 

@@ -14,6 +14,10 @@ FocusScope {
     width: 460
     height: content.implicitHeight + 40
     focus: true
+
+    LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
+
     Accessible.role: Accessible.Dialog
     Accessible.name: root.presenter.heading
     Accessible.description: root.presenter.detail

@@ -88,7 +88,7 @@ void UpdateWindow::open() {
   theme_->panelTheme().install(*view_->engine());
   view_->engine()->addImageProvider(SymbolImageProvider::kID,
                                     std::make_unique<SymbolImageProvider>().release());
-  view_->setTitle(QStringLiteral("Sonvel Update"));
+  view_->setTitle(tr("Sonvel Update"));
   view_->setFlags(Qt::Dialog);
   view_->setColor(theme_->panelTheme().window());
   view_->setResizeMode(QQuickView::SizeViewToRootObject);

@@ -59,7 +59,7 @@ void useWindow() {
 
 void run(updater::Relaunch& relaunch) {
   const QString folder = qEnvironmentVariable("SONVEL_TEST_FOLDER");
-  SingleInstance instance({.showPanel = [] { return true; },
+  SingleInstance instance({.showPanel = [](const QString&) { return true; },
                            .quit = [] { QCoreApplication::quit(); },
                            .admits = [](const QString&) { return true; }});
   if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-hangs"))) ::pause();

@@ -1,0 +1,259 @@
+"""The scenes of scripts/pictures."""
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+from support.bus import BIN, run
+from support.desktop import Application, Desktop
+from support.waiting import wait_until
+
+FOLDER = pathlib.Path("build/pictures")
+XFCONFD = "/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd"
+NOBODY = 65534
+XFCE_PANEL = """<?xml version="1.0"?><channel name="xfce4-panel" version="1.0">
+<property name="configver" type="int" value="2"/>
+<property name="panels" type="array"><value type="int" value="1"/>
+<property name="dark-mode" type="bool" value="{dark}"/>
+<property name="panel-1" type="empty"><property name="position" type="string" value="p=6;x=0;y=0"/>
+<property name="length" type="uint" value="100"/><property name="position-locked" type="bool" value="true"/>
+<property name="size" type="uint" value="28"/>
+<property name="plugin-ids" type="array"><value type="int" value="1"/><value type="int" value="2"/></property>
+</property></property>
+<property name="plugins" type="empty">
+<property name="plugin-1" type="string" value="separator"><property name="expand" type="bool" value="true"/></property>
+<property name="plugin-2" type="string" value="systray"/></property></channel>"""
+WAYBAR = {"height": 30, "modules-left": [], "modules-right": ["tray"], "tray": {"icon-size": 18}}
+WAYBAR_STYLE = ("* {{ font-family: DejaVu Sans; font-size: 12px; }} window {{ background: {}; color: {}; }} "
+                "#tray {{ padding: 0 8px; }}")
+LONG = ("Symphony of the Northern Lights Media Library and Podcast Player", "Conference Room of the Whole Department",
+        "Ein Musikprogramm mit einem wirklich langen Namen", "Reproductor de sonido con un nombre muy largo")
+
+
+def players(count):
+    """Applications that can be told apart by their tones, every fourth with a name that does not fit."""
+    names = [f"{LONG[i // 4 % 4]} {i}" if i % 4 == 0 else f"Player {i}" for i in range(count)]
+    return [Application(name, "pw-play", 300 + 70 * i, 0.05 + 0.05 * (i % 4), f"#{(i * 67 + 40) % 200 + 30:02x}6a{90 + i * 8:02x}")
+            for i, name in enumerate(names)]
+
+
+class Scene:
+    """A desktop with applications that play and the program in it."""
+
+    def __init__(self, count=4, dark=False, **desktop):
+        self.dark = dark
+        self.desktop = Desktop(has_tray=False, **desktop)
+        self.session, self.screen = self.desktop.session, self.desktop.screen
+        self.environment = self.desktop.environment
+        self.players = players(count)
+        for player in self.players:
+            self.desktop.play(player)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.desktop.__exit__()
+
+    def start(self, *arguments):
+        self.program = self.session.start(BIN / "sonvel", *arguments, environment=self.environment)
+        if self.dark:
+            self.screen.control("Sonvel")
+            self.desktop.set_dark(True)
+
+    def settle(self):
+        """Meters move for ever, so there is no state to wait for: until everything has come and faded in."""
+        time.sleep(3)
+
+
+class X11(Scene):
+    def __init__(self, has_panel=True, **scene):
+        super().__init__(**scene)
+        theme = "Adwaita:dark" if self.dark else "Adwaita"
+        self.environment |= {"GTK_THEME": theme, "XDG_CURRENT_DESKTOP": "XFCE"}
+        folder = self.session.folder / "config/xfce4/xfconf/xfce-perchannel-xml"
+        folder.mkdir(parents=True)
+        (folder / "xfce4-panel.xml").write_text(XFCE_PANEL.format(dark=str(self.dark).lower()))
+        subprocess.run(["xsetroot", "-solid", "#40607f"], env=self.environment | {"PATH": os.environ["PATH"]}, check=False)
+        self.session.start(XFCONFD, environment=self.environment)
+        self.session.start("xfwm4", "--compositor=off", environment=self.environment)
+        if has_panel:
+            self.session.start("xfce4-panel", environment=self.environment)
+            time.sleep(3)
+
+    def save(self, name):
+        self.settle()
+        self.desktop.display.save_picture(FOLDER / f"{name}.png")
+
+
+class Wayland(Scene):
+    """Sway refuses to be root, so that it is another user's where this is root's."""
+
+    def __init__(self, scale=1, has_bar=True, **scene):
+        super().__init__(**scene)
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sonvel-sway-"))
+        (self.folder / "config").write_text(
+            f"output HEADLESS-1 resolution {1000 * scale}x{760 * scale} scale {scale} bg #40607f solid_color\n"
+            "bar swaybar_command true\nxwayland disable\ndefault_border none\n")
+        user = []
+        if os.geteuid() == 0:
+            for path in (self.folder, self.folder / "config"):
+                shutil.chown(path, NOBODY, NOBODY)
+            user = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups"]
+        self.session.start(*user, "/usr/bin/env", "-u", "DBUS_SESSION_BUS_ADDRESS", f"XDG_RUNTIME_DIR={self.folder}",
+                           f"HOME={self.folder}", "WLR_BACKENDS=headless", "WLR_LIBINPUT_NO_DEVICES=1",
+                           "WLR_RENDERER=pixman", "sway", "-c", self.folder / "config", name="sway")
+        wait_until(lambda: list(self.folder.glob("sway-ipc*")), what="sway")
+        socket = next(path for path in self.folder.glob("wayland-*") if not path.name.endswith(".lock"))
+        self.environment |= {"WAYLAND_DISPLAY": str(socket), "SWAYSOCK": str(next(self.folder.glob("sway-ipc*"))),
+                             "XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": "sway", "QT_QPA_PLATFORM": "wayland",
+                             "QT_SCALE_FACTOR": "1", "GDK_BACKEND": "wayland"}
+        self.environment.pop("DISPLAY")
+        if has_bar:
+            (self.folder / "waybar.json").write_text(json.dumps(WAYBAR))
+            (self.folder / "waybar.css").write_text(WAYBAR_STYLE.format(*(("#202225", "#eee") if self.dark else ("#f0f0f0", "#111"))))
+            self.session.start("waybar", "-c", self.folder / "waybar.json", "-s", self.folder / "waybar.css",
+                               environment=self.environment)
+            time.sleep(3)
+
+    def __exit__(self, *_):
+        super().__exit__()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def run(self, *command):
+        return subprocess.run(list(map(str, command)), env=self.environment, check=True, text=True, timeout=20,
+                              stdout=subprocess.PIPE).stdout
+
+    def save(self, name):
+        self.settle()
+        self.run("grim", FOLDER / f"{name}.png")
+
+    def window(self):
+        """The program's window as the compositor has it, or none."""
+        def find(node):
+            if node.get("app_id") == "com.quellmarsh.sonvel":
+                return node
+            return next(filter(None, map(find, node.get("nodes", []) + node.get("floating_nodes", []))), None)
+        return find(json.loads(self.run("swaymsg", "-t", "get_tree")))
+
+    def click(self, x, y):
+        for command in (("set", x, y), ("press", "button1"), ("release", "button1")):
+            self.run("swaymsg", "seat", "seat0", "cursor", *command)
+
+    def key(self, name):
+        self.run("wtype", "-k", name)
+
+
+# The scenes.
+
+def on_x11(name, dark=False, **more):
+    with X11(dark=dark, **more) as scene:
+        scene.start()
+        scene.screen.control("Quit")
+        scene.save(name)
+
+
+def x11_tray_light():
+    on_x11("x11-tray-light")
+
+
+def x11_tray_dark():
+    on_x11("x11-tray-dark", dark=True)
+
+
+def x11_without_tray():
+    on_x11("x11-without-tray", has_panel=False)
+
+
+def german_twice_the_size_dark():
+    with X11(dark=True, scale=2, has_panel=False) as scene:
+        scene.environment |= {"LANG": "de_DE.UTF-8", "LANGUAGE": "de", "LC_CTYPE": "C.UTF-8"}
+        scene.start()
+        scene.screen.control("Beenden")
+        scene.save("german-2x-dark")
+
+
+def fifteen_applications():
+    on_x11("fifteen-applications", count=15)
+
+
+def permission_denied():
+    on_x11("permission-denied", access=f'access.restricted = [ "{BIN}/sonvel" ]')
+
+
+def wayland(name, **more):
+    """Opened by a start, closed by Escape, opened and closed by the tray; floats where the compositor puts it."""
+    with Wayland(**more) as scene:
+        scene.start()
+        window = wait_until(scene.window, what="the window")
+        assert window["type"] == "floating_con" and window["focused"], window
+        scene.save(name)
+        scene.key("Escape")
+        wait_until(lambda: not scene.window(), what="the panel closed by Escape")
+        x, y = 1000 - 17, 15  # the only icon of the bar
+        scene.click(x, y)
+        wait_until(scene.window, what="the panel opened by the tray")
+        scene.settle()
+        scene.click(x, y)
+        wait_until(lambda: not scene.window(), what="the panel closed by a second click")
+
+
+def wayland_tray_light():
+    wayland("wayland-tray-light")
+
+
+def wayland_tray_dark_2x():
+    wayland("wayland-tray-dark-2x", dark=True, scale=2)
+
+
+def wayland_without_tray():
+    """Its window can be closed; the volumes stay, and a second start opens it again."""
+    with Wayland(has_bar=False, count=2) as scene:
+        scene.start()
+        wait_until(scene.window, what="the window")
+        player = scene.players[1]
+        scene.desktop.set_volume(player, 50)
+        scene.save("wayland-without-tray")
+        scene.run("swaymsg", "[app_id=com.quellmarsh.sonvel]", "kill")
+        wait_until(lambda: not scene.window(), what="no window")
+        scene.desktop.hear(player)
+        assert scene.session.start(BIN / "sonvel", environment=scene.environment).wait(20) == 0
+        wait_until(scene.window, what="the window again")
+        assert scene.program.poll() is None
+        scene.desktop.press("Quit")
+        assert scene.program.wait(20) == 0
+        player.gain = 1
+        scene.desktop.hear(player)
+
+
+def update_states():
+    run(BIN / "ui_test", "--gtest_filter=UpdateWindowTest.shows*",
+        env=os.environ | {"SONVEL_PICTURES": str(FOLDER.resolve())}).wait()
+
+
+SCENES = (x11_tray_light, x11_tray_dark, x11_without_tray, german_twice_the_size_dark, fifteen_applications,
+          permission_denied, wayland_tray_light, wayland_tray_dark_2x, wayland_without_tray, update_states)
+
+
+def main():
+    FOLDER.mkdir(parents=True, exist_ok=True)
+    wanted = sys.argv[1:]
+    failed = False
+    for scene in SCENES:
+        if wanted and scene.__name__ not in wanted:
+            continue
+        try:
+            scene()
+            print(f"{scene.__name__}: as it should be", flush=True)
+        except AssertionError as error:
+            failed = True
+            print(f"{scene.__name__}: {error}", flush=True)
+    return failed
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,107 @@
+#include "app/diagnosis.h"
+
+#include "command/mixer_client.h"
+#include "desktop/pulse_audio.h"
+#include "pipewire/graph_summary.h"
+#include "remote/mixer_interface.h"
+
+#include <QCoreApplication>
+#include <QDBusConnectionInterface>
+#include <QDir>
+#include <QProcess>
+#include <QSysInfo>
+
+namespace sonvel {
+
+namespace {
+
+constexpr std::chrono::milliseconds kServerPatience{3000};
+constexpr int kProgramPatienceMs = 3000;
+
+QString line(const QString& what, const QString& is) {
+  return what.leftJustified(17) + (is.isEmpty() ? QStringLiteral("unknown") : is) + QLatin1Char('\n');
+}
+
+QString yesOrNo(bool is) {
+  return is ? QStringLiteral("yes") : QStringLiteral("no");
+}
+
+/// The last line that `program --version` prints; empty without such a program.
+QString versionOf(const QString& program) {
+  QProcess process;
+  process.start(program, {QStringLiteral("--version")});
+  if (!process.waitForFinished(kProgramPatienceMs)) return {};
+  return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed().section(u'\n', -1).simplified();
+}
+
+QString versionFacts() {
+  return line(QStringLiteral("Sonvel"), QCoreApplication::applicationVersion()) +
+         line(QStringLiteral("Qt"), QString::fromLatin1(qVersion())) +
+         line(QStringLiteral("system"), QSysInfo::prettyProductName()) +
+         line(QStringLiteral("kernel"), QSysInfo::kernelVersion()) +
+         line(QStringLiteral("PipeWire library"), QString::fromStdString(pipewire::soundLibraryVersion())) +
+         line(QStringLiteral("WirePlumber"), versionOf(QStringLiteral("wireplumber")));
+}
+
+QString desktopFacts() {
+  const auto bus = QDBusConnection::sessionBus();
+  const bool hasTray = bus.isConnected() &&
+                       bus.interface()->isServiceRegistered(QStringLiteral("org.kde.StatusNotifierWatcher"));
+  return line(QStringLiteral("desktop"), qEnvironmentVariable("XDG_CURRENT_DESKTOP")) +
+         line(QStringLiteral("session"), qEnvironmentVariable("XDG_SESSION_TYPE")) +
+         line(QStringLiteral("displays"), QStringLiteral("Wayland %1, X11 %2")
+                                              .arg(yesOrNo(qEnvironmentVariableIsSet("WAYLAND_DISPLAY")),
+                                                   yesOrNo(qEnvironmentVariableIsSet("DISPLAY")))) +
+         line(QStringLiteral("session bus"), yesOrNo(bus.isConnected())) +
+         line(QStringLiteral("tray"), yesOrNo(hasTray));
+}
+
+QString serverFacts() {
+  QString text = line(QStringLiteral("PulseAudio"), yesOrNo(desktop::isPulseAudioServing()));
+  const auto graph = pipewire::readGraphSummary(kServerPatience);
+  if (!graph) return text + line(QStringLiteral("PipeWire"), QStringLiteral("does not answer"));
+  text += line(QStringLiteral("PipeWire"), QString::fromStdString(graph->serverVersion));
+  for (const auto& [kind, count] : graph->counts)
+    text += QStringLiteral("  %1 %2\n").arg(count, 3).arg(QString::fromStdString(kind));
+  return text + QStringLiteral("  %1 nodes of Sonvel\n").arg(graph->ownNodes, 3);
+}
+
+QString describe(const QVariantMap& row) {
+  QStringList words{QStringLiteral("%1 %").arg(row["volume"].toInt())};
+  for (const auto& name : {QStringLiteral("muted"), QStringLiteral("playing"), QStringLiteral("controlled")})
+    if (row[name].toBool()) words += name;
+  if (row.contains("route")) words += QStringLiteral("sent to a device");
+  if (row.contains("error")) words += QStringLiteral("error: ") + row["error"].toString();
+  return QStringLiteral("  %1 (%2): %3\n")
+      .arg(row["name"].toString(), row["key"].toString(), words.join(QStringLiteral(", ")));
+}
+
+QString programFacts() {
+  try {
+    const command::MixerClient mixer(remote::kService);
+    const auto properties = mixer.properties();
+    QString text =
+        line(QStringLiteral("Sonvel runs"), QStringLiteral("yes")) +
+        line(QStringLiteral("permission"), properties["Permission"].toString()) +
+        line(QStringLiteral("output devices"), QString::number(properties["Devices"].toList().size())) +
+        QStringLiteral("rows\n");
+    for (const auto& row : properties["Applications"].toList())
+      text += describe(row.toMap());
+    text += QStringLiteral("last errors\n");
+    for (const auto& error : properties["LastErrors"].toStringList())
+      text += QStringLiteral("  ") + error + QLatin1Char('\n');
+    return text;
+  } catch (const command::Failure& failure) {
+    return line(QStringLiteral("Sonvel runs"), QString::fromUtf8(failure.what()));
+  }
+}
+
+} // namespace
+
+QString diagnosis() {
+  QString text = versionFacts() + desktopFacts() + serverFacts() + programFacts();
+  if (const auto home = QDir::homePath(); home != QDir::rootPath()) text.replace(home, QStringLiteral("~"));
+  return text;
+}
+
+} // namespace sonvel

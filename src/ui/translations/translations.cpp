@@ -1,0 +1,23 @@
+#include "ui/translations/translations.h"
+
+#include <QGuiApplication>
+
+namespace sonvel {
+
+Translations::Translations(const QLocale& locale) {
+  for (const auto& language : locale.uiLanguages()) {
+    const QLocale wanted(language);
+    if (wanted.language() == QLocale::English) break; // the sources are in English: there is no file for it
+    if (!translator_.load(QStringLiteral("sonvel_") + wanted.name(), QStringLiteral(":/sonvel/translations")))
+      continue;
+    QCoreApplication::installTranslator(&translator_);
+    break;
+  }
+  QGuiApplication::setLayoutDirection(locale.textDirection());
+}
+
+Translations::~Translations() {
+  QCoreApplication::removeTranslator(&translator_);
+}
+
+} // namespace sonvel
