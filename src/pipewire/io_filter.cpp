@@ -70,7 +70,7 @@ void* IOFilter::addPort(pw_direction direction, const char* channel) {
   pw_properties* properties =
       pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME, name.c_str(),
                         PW_KEY_AUDIO_CHANNEL, channel, nullptr);
-  // the library keeps the port's data in this many bytes
+  // size of our data in a port; the library returns its address, which identifies the port
   constexpr std::size_t ownBytesInPort = sizeof(void*);
   return pw_filter_add_port(filter_.get(), direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS, ownBytesInPort,
                             properties, nullptr, 0);
