@@ -35,14 +35,14 @@ LONG = ("Symphony of the Northern Lights Media Library and Podcast Player", "Con
 
 
 def players(count):
-    """Applications that can be told apart by their tones, every fourth with a name that does not fit."""
+    """Applications with different tones, every fourth with an overlong name."""
     names = [f"{LONG[i // 4 % 4]} {i}" if i % 4 == 0 else f"Player {i}" for i in range(count)]
     return [Application(name, "pw-play", 300 + 70 * i, 0.05 + 0.05 * (i % 4), f"#{(i * 67 + 40) % 200 + 30:02x}6a{90 + i * 8:02x}")
             for i, name in enumerate(names)]
 
 
 class Scene:
-    """A desktop with applications that play and the program in it."""
+    """A desktop with playing applications and the program."""
 
     def __init__(self, count=4, dark=False, **desktop):
         self.dark = dark
@@ -66,7 +66,7 @@ class Scene:
             self.desktop.set_dark(True)
 
     def settle(self):
-        """Meters move for ever, so there is no state to wait for: until everything has come and faded in."""
+        """Waits for fades to end; meters move all the time, so there is no final state to wait for."""
         time.sleep(3)
 
 
@@ -91,7 +91,7 @@ class X11(Scene):
 
 
 class Wayland(Scene):
-    """Sway refuses to be root, so that it is another user's where this is root's."""
+    """Sway refuses to run as root, so a root user runs it as another user."""
 
     def __init__(self, scale=1, has_bar=True, **scene):
         super().__init__(**scene)
@@ -133,7 +133,7 @@ class Wayland(Scene):
         self.run("grim", FOLDER / f"{name}.png")
 
     def window(self):
-        """The program's window as the compositor has it, or none."""
+        """The program's window in the compositor's tree, or None."""
         def find(node):
             if node.get("app_id") == "com.quellmarsh.sonvel":
                 return node
@@ -148,7 +148,6 @@ class Wayland(Scene):
         self.run("wtype", "-k", name)
 
 
-# The scenes.
 
 def on_x11(name, dark=False, **more):
     with X11(dark=dark, **more) as scene:
@@ -186,7 +185,7 @@ def permission_denied():
 
 
 def wayland(name, **more):
-    """Opened by a start, closed by Escape, opened and closed by the tray; floats where the compositor puts it."""
+    """Opened by a start, closed by Escape, opened and closed by the tray; floats at the compositor's place."""
     with Wayland(**more) as scene:
         scene.start()
         window = wait_until(scene.window, what="the window")
@@ -211,7 +210,7 @@ def wayland_tray_dark_2x():
 
 
 def wayland_without_tray():
-    """Its window can be closed; the volumes stay, and a second start opens it again."""
+    """Closing its window keeps the volumes, and a second start opens it again."""
     with Wayland(has_bar=False, count=2) as scene:
         scene.start()
         wait_until(scene.window, what="the window")

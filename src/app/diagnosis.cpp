@@ -26,7 +26,7 @@ QString yesOrNo(bool is) {
   return is ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
-/// The last line that `program --version` prints; empty without such a program.
+/// The last line of `program --version`; empty if the program does not exist.
 QString versionOf(const QString& program) {
   QProcess process;
   process.start(program, {QStringLiteral("--version")});

@@ -4,10 +4,9 @@
 
 namespace sonvel {
 
-/// What a report of a fault needs to say: versions, what kind of desktop this is, what the sound server
-/// holds, and the rows and last errors of the Sonvel that runs, if one does. The user's home is written as ~,
-/// and no window's title or device's name is in it. Needs a QCoreApplication; blocks for some seconds at
-/// most.
+/// The text of sonvel --diagnose: versions, the kind of desktop, the contents of the sound server, and the
+/// rows and last errors of the running Sonvel. Writes the user's home as ~; contains no window titles and no
+/// device names. Needs a QCoreApplication; blocks for some seconds at most.
 QString diagnosis();
 
 } // namespace sonvel

@@ -58,7 +58,7 @@ int runAsOnlyOne(Process& process) {
   sonvel::SingleInstance instance(
       {.showPanel =
            [&](const QString& activationToken) {
-             // Where the toolkit looks for it when a window wants to come to the front.
+             // Qt reads it from here when a window asks to be raised.
              if (!activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
              return app && app->showPanel();
            },
@@ -106,7 +106,7 @@ Options obeyOptions(int& argumentCount, char** arguments) {
   const auto help = parser.addHelpOption();
   const auto version = parser.addVersionOption();
   const QCommandLineOption verbose(QStringLiteral("verbose"),
-                                   QStringLiteral("Tells every change of the sound server's graph."));
+                                   QStringLiteral("Logs every change of the sound server's graph."));
   const QCommandLineOption simulated(
       QStringLiteral("simulated"),
       QStringLiteral("Opens the panel on a simulated machine; nothing is heard."));
@@ -114,8 +114,7 @@ Options obeyOptions(int& argumentCount, char** arguments) {
                                       QStringLiteral("Starts without opening the panel, as at login."));
   const QCommandLineOption diagnose(
       QStringLiteral("diagnose"),
-      QStringLiteral(
-          "Prints what a report of a fault needs: versions, the sound server, rows, last errors."));
+      QStringLiteral("Prints versions, the state of the sound server, rows and last errors, for a report."));
   parser.addOptions({verbose, simulated, background, diagnose});
   parser.addPositionalArgument(QStringLiteral("command"), sonvel::command::summary(),
                                QStringLiteral("[command]"));
@@ -131,7 +130,7 @@ Options obeyOptions(int& argumentCount, char** arguments) {
   if (parser.isSet(version)) parser.showVersion();
   if (parser.isSet(diagnose)) {
     std::fputs(qPrintable(sonvel::diagnosis()), stdout);
-    std::exit(EXIT_SUCCESS); // as the other two end
+    std::exit(EXIT_SUCCESS); // as showVersion and showHelp do
   }
   parser.showHelp(); // ends the process
 }

@@ -15,7 +15,7 @@ namespace sonvel {
 
 namespace {
 
-// Where there is no tray icon: whether closing the window ends the program, and whether the user was asked.
+// Without a tray icon: whether closing the window quits, and whether the user was asked.
 constexpr const char* kQuitsOnClose = "quitsOnClose";
 constexpr const char* kClosingIsExplained = "closingIsExplained";
 

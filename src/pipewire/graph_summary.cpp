@@ -10,13 +10,13 @@ namespace {
 
 using MainLoopHandle = std::unique_ptr<pw_main_loop, Destroy<pw_main_loop_destroy>>;
 
-/// "Link" of "PipeWire:Interface:Link".
+/// Returns "Link" for "PipeWire:Interface:Link".
 std::string kindOf(const char* type) {
   const std::string_view text(type);
   return std::string(text.substr(text.rfind(':') + 1));
 }
 
-/// One reading, from the connection to the server's answer.
+/// One reading, from connecting to the server's answer.
 class Reading {
  public:
   Reading()

@@ -63,7 +63,7 @@ class MixerService final : public QDBusVirtualObject {
   QHash<QString, bool> watchers_;     ///< unique name: whether it watches levels too
   QDBusServiceWatcher leaving_;       ///< reports watchers that leave the bus
   QTimer changes_;                    ///< sends change notices from the event loop
-  QStringList errors_;                ///< the last errors of all rows, oldest first
+  QStringList errors_;                ///< of all rows, oldest first
   QVariantMap told_;                  ///< the properties at the last change notice
 };
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Sonvel
 
-// Says what closing the window does where there is no tray icon, and lets the user decide.
+// Explains what closing the window does without a tray icon, and lets the user choose.
 PanelCard {
     id: root
 

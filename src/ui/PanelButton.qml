@@ -7,7 +7,7 @@ T.AbstractButton {
     id: root
 
     property string help: ""
-    property string cutText: "" // its words, where they do not fit
+    property string cutText: "" // the full text if it is elided
     property real ringRadius: 5
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding

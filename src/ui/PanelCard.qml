@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Sonvel
 
-// A card with a title; what it holds stands below.
+// A card with a title above its content.
 Rectangle {
     id: root
 

@@ -8,7 +8,7 @@ T.Slider {
     id: root
 
     required property real modelValue
-    required property string spokenValue // assistive technologies have no other place for it than the description
+    required property string spokenValue // screen readers get it as the description, the only place for it
     property string help: ""
     property real pageStep: (to - from) / 10
     readonly property real minimumValue: from // range for screen readers
@@ -39,7 +39,7 @@ T.Slider {
             return;
         if (enabled)
             chosen(value);
-        else // an assistive technology may set it all the same
+        else // screen readers can set it in any case
             follow();
     }
     Component.onCompleted: {

@@ -9,7 +9,7 @@ PanelCard {
     required property MixerViewModel model
     required property bool settingsMissing
 
-    // What is true on this desktop; its consent is what the sound server lets Sonvel do.
+    // Texts for this desktop, where the sound server's permissions are the consent.
     readonly property string explanation: qsTr("To show and adjust each app's sound, Sonvel needs the sound server's permission to move and play what apps play. Nothing is recorded, saved, or sent; no restart, no driver. You can revoke it anytime.")
     readonly property string grantHelp: qsTr("Tries whether the sound server lets Sonvel control other apps")
     readonly property string settingsHelp: qsTr("Opens the page on how to give access to sound")

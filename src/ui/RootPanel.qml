@@ -13,7 +13,7 @@ Rectangle {
     property bool soundIsElsewhere: false // sound runs on another system and can't be seen
     property bool settingsMissing: false // the user asked for settings, which do not exist
     property bool isSeen: true // false while minimised or covered
-    property bool isWithoutIcon: false // there is no tray icon to open the window from
+    property bool isWithoutIcon: false // no tray icon can open the window
     property bool quitsOnClose: false // closing the window then quits the program
     property bool isClosingExplained: false // the user has chosen what closing does
 

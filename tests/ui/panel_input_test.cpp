@@ -164,13 +164,13 @@ TEST_F(PanelInputTest, LongTextsAndListsKeepToTheirPlace) {
   }
   EXPECT_LT(root()->implicitHeight(), 900);
   consent_.setPreflight(1);
-  for (const char* language : {"de", "es", "ar"}) { // the last from right to left
+  for (const char* language : {"de", "es", "ar"}) { // Arabic is from right to left
     const Translations words{QLocale(language)};
     open();
     root()->setProperty("isWithoutIcon", true);
     expectTidy(); // with the cards
     root()->setProperty("isClosingExplained", true);
-    expectTidy(); // and the button to open that of closing again
+    expectTidy(); // and the button that opens the closing card again
   }
   consent_.setPreflight(0);
   pass(kMonitorInterval);

@@ -12,8 +12,7 @@ namespace sonvel {
 struct PanelColors {
   static constexpr double textRatio = 4.5;
   static constexpr double symbolRatio = 3.0;
-  static constexpr double highTextRatio =
-      7.0; ///< where the user wants high contrast; then symbols have textRatio
+  static constexpr double highTextRatio = 7.0; ///< in high contrast; symbols have textRatio then
 
   QColor window;
   QColor primary;   ///< text

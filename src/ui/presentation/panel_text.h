@@ -44,7 +44,7 @@ class PanelText final : public QObject {
   Q_INVOKABLE static QString muteLabel(bool isMuted, const QString& appName);
   Q_INVOKABLE static QString muteHelp(bool isMuted);
   Q_INVOKABLE static QString outputLabel(const QString& appName);
-  /// Two texts that are read aloud as one, such as an error's title and text.
+  /// Two texts joined for reading aloud, such as an error's title and text.
   Q_INVOKABLE static QString spokenPair(const QString& first, const QString& second);
   Q_INVOKABLE static QString cardTitle(bool isFirstRun);
 

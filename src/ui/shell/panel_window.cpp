@@ -37,7 +37,7 @@ bool belongsTo(const QWindow* window, const QWindow* owner) {
   return window == owner && owner != nullptr;
 }
 
-/// Never with a minimum above the maximum in between.
+/// The order keeps the minimum below the maximum.
 void setLimits(QWindow& window, const QSize& smallest, const QSize& largest) {
   window.setMinimumSize({});
   window.setMaximumSize(largest);
@@ -81,7 +81,7 @@ struct PanelWindow::Shown {
   QQuickItem* root = nullptr; // owned by the window
   Style style = Style::panel;
   bool wasActive = false;
-  bool isSeen = true; // until it is known, which is a moment
+  bool isSeen = true; // until known, shortly after opening
   QRect icon;
   QPoint pointer;
 };
@@ -203,7 +203,8 @@ void PanelWindow::fit() {
   const QSize wanted(upwards(root.implicitWidth()), upwards(root.implicitHeight()));
   if (shown_->style == Style::panel) {
     const QRect place = panelGeometry(screenAreas(), shown_->icon, shown_->pointer, wanted);
-    setLimits(window, place.size(), place.size()); // else a tiling compositor gives it a tile
+    // a fixed size, because tiling compositors would tile it otherwise
+    setLimits(window, place.size(), place.size());
     window.setGeometry(place);
   } else {
     // The window manager may reduce the height for its frame.

@@ -69,7 +69,7 @@ class PanelWindow final : public QObject {
  Q_SIGNALS:
   void opened();
   void closed();
-  /// False while nothing of the window can be seen: minimised, or covered if the desktop reports that.
+  /// False while the window is invisible: minimised, or covered if the desktop reports that.
   void seenChanged(bool isSeen);
   /// After closed(), if the user closed a plain window.
   void plainWindowClosedByUser();

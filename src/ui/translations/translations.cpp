@@ -7,7 +7,8 @@ namespace sonvel {
 Translations::Translations(const QLocale& locale) {
   for (const auto& language : locale.uiLanguages()) {
     const QLocale wanted(language);
-    if (wanted.language() == QLocale::English) break; // the sources are in English: there is no file for it
+    // the sources are in English, so there is no file for it
+    if (wanted.language() == QLocale::English) break;
     if (!translator_.load(QStringLiteral("sonvel_") + wanted.name(), QStringLiteral(":/sonvel/translations")))
       continue;
     QCoreApplication::installTranslator(&translator_);

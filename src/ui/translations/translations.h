@@ -5,9 +5,9 @@
 
 namespace sonvel {
 
-/// Has every text of the program in the language of a locale, as long as this object lives; in English where
-/// there is no translation. The layout is from right to left where the locale's script is. Main thread, with
-/// a QGuiApplication, before anything is shown.
+/// Shows the program's texts in the language of a locale during this object's lifetime; in English without a
+/// translation. Sets the layout direction of the locale's script. Main thread, with a QGuiApplication, before
+/// anything is shown.
 class Translations {
  public:
   explicit Translations(const QLocale& locale = QLocale());
