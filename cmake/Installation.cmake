@@ -1,8 +1,8 @@
 # The contents of an installation, and the Debian package (scripts/package).
 include_guard()
 
-set(SONVEL_WEBSITE "https://quellmarsh.com/sonvel" CACHE STRING
-    "Address of the published docs; software centres load the screenshots from there")
+set(SONVEL_WEBSITE "" CACHE STRING
+    "Where the docs of this tree are published; without it software centres show neither a homepage nor pictures")
 option(SONVEL_DEBIAN_PACKAGE "Install for a Debian package, without self-updates" OFF)
 
 set(id com.quellmarsh.sonvel)
@@ -26,7 +26,12 @@ string(REGEX MATCH "[0-9]+-[0-9]+-[0-9]+" SONVEL_RELEASE_DATE "${newest}")
 if(NOT SONVEL_RELEASE_DATE)  # no release yet
   string(TIMESTAMP SONVEL_RELEASE_DATE "%Y-%m-%d" UTC)  # of SOURCE_DATE_EPOCH if set
 endif()
-configure_file("${packaging}/${id}.metainfo.xml.in" "${PROJECT_BINARY_DIR}/${id}.metainfo.xml" @ONLY)
+file(READ "${packaging}/${id}.metainfo.xml.in" metainfo)
+if(NOT SONVEL_WEBSITE)
+  string(REGEX REPLACE "  <url type=\"homepage\">[^\n]*\n" "" metainfo "${metainfo}")
+  string(REGEX REPLACE "  <screenshots>.*</screenshots>\n" "" metainfo "${metainfo}")
+endif()
+file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/${id}.metainfo.xml" CONTENT "${metainfo}" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/${id}.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
 
 install(FILES "${packaging}/icons/${id}.svg" DESTINATION "${icons}/scalable/apps")
@@ -53,7 +58,7 @@ if(NOT SONVEL_DEBIAN_PACKAGE)
   return()
 endif()
 
-set(SONVEL_CONTACT "Sonvel maintainers <maintainers@quellmarsh.com>" CACHE STRING "Maintainer of the package")
+set(SONVEL_CONTACT "Unnamed builder <nobody@example.org>" CACHE STRING "Maintainer of the package")
 set(SONVEL_DEBIAN_RELEASE 1 CACHE STRING "Debian revision of the package")
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file("${packaging}/debian/changelog.in" "${PROJECT_BINARY_DIR}/changelog.Debian" @ONLY)
