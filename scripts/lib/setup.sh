@@ -2,13 +2,18 @@
 
 # Keep docs/dependencies.md in step. Only this file knows the differences between Debian releases.
 clang_version=16
-if (. /etc/os-release && ((${VERSION_ID:-12} >= 13))); then clang_version=19; fi
+svg_plugins=()
+if (. /etc/os-release && ((${VERSION_ID:-12} >= 13))); then
+  clang_version=19
+  svg_plugins=(qt6-svg-plugins) # many applications have SVG icons; before Debian 13 the library brings the plugins
+fi
 
 # Packages for building the program without tests (BUILD_TESTING=OFF), and its run-time modules.
 build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-dev qt6-base-dev qcoro-qt6-dev
                 qt6-declarative-dev qt6-svg-dev qt6-l10n-tools libsodium-dev librsvg2-bin
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
-                qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window)
+                qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window
+                "${svg_plugins[@]}")
 # Packages for building the tests, and for the desktop and sound session that they run in.
 test_packages=(libgtest-dev libgmock-dev
                dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
