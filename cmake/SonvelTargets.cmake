@@ -49,6 +49,11 @@ function(sonvel_program name)
   target_link_libraries(${name} PRIVATE sonvel_options ${arg_LIBS})
 endfunction()
 
+set(SONVEL_TEST_TIMEOUT 120) # seconds
+if(SONVEL_SANITIZE)
+  set(SONVEL_TEST_TIMEOUT 900) # the thread sanitizer makes the tests of all failures some fifty times slower
+endif()
+
 # sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [LAUNCHER program] [PROPERTIES ...])
 # A GoogleTest program; ctest runs each of its tests separately, through the launcher if given. Tests that
 # listen to a real sound server (label sound) run alone. The thread sanitizer is for those with the label threads.
@@ -72,7 +77,7 @@ function(sonvel_test name)
   gtest_discover_tests(${name}
       TEST_PREFIX "${name}."
       DISCOVERY_MODE PRE_TEST
-      PROPERTIES TIMEOUT 120 RUN_SERIAL ${is_alone} ${labels} ${arg_PROPERTIES})
+      PROPERTIES TIMEOUT ${SONVEL_TEST_TIMEOUT} RUN_SERIAL ${is_alone} ${labels} ${arg_PROPERTIES})
 endfunction()
 
 set(SONVEL_PYTHON /usr/bin/python3 CACHE FILEPATH "The Python that has the distribution's packages for tests")

@@ -100,7 +100,7 @@ QString PanelText::statusText(const MixerStatus& status) {
   case noAppsYet:
     return tr("No apps have played audio yet.");
   case appsListed: {
-    const auto playing = tr("%n playing", "applications", status.playing);
+    auto playing = tr("%n playing", "applications", status.playing);
     if (status.idle == 0) return playing;
     return playing + QStringLiteral(" \u00B7 ") + tr("%n idle", "applications", status.idle);
   }
