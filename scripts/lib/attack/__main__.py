@@ -11,7 +11,7 @@ LONGEST_SHOWN = 140
 
 
 def shortened(text):
-    """On one line."""
+    """The text in one line."""
     shown = repr(text)[1:-1]
     return shown if len(shown) <= LONGEST_SHOWN else shown[:LONGEST_SHOWN] + "…"
 
@@ -28,7 +28,7 @@ def main():
                 succeeded, seen = carry_out(victim)
                 result = "came off" if succeeded else "refused"
                 came_off += succeeded
-            except Exception:  # an attack that could not be carried out says nothing
+            except Exception:  # an attack that could not be carried out proves nothing
                 result, seen = "NOT TRIED", traceback.format_exc().strip().splitlines()[-1]
                 failed += 1
             if pictures:

@@ -1,5 +1,5 @@
-"""Attacks by programs that play sound, and by files that belong to them or to their user. Each tells whether it came
-off, and what was seen."""
+"""Attacks by programs that play sound, and by their or the user's files. Each returns whether it succeeded,
+and what was seen."""
 import os
 import resource
 import shutil
@@ -139,13 +139,13 @@ def icon_of_a_player(make_icon):
 
 
 def held(victim):
-    """Whether the panel doesn't open, or the program doesn't end when it is asked."""
+    """Whether the panel fails to open, or the program fails to quit when asked."""
     resource.prlimit(victim.process.pid, resource.RLIMIT_AS, (4 << 30, 4 << 30))
     try:
         victim.desktop.tray.icon().click()
         victim.desktop.screen.control("Quit", 10)
         opened = True
-    except Exception:  # it doesn't answer any more
+    except Exception:  # it no longer answers
         opened = False
     is_alive = victim.process.poll() is None
     ended = victim.ends_when_asked()
@@ -163,7 +163,7 @@ def huge_file(victim):
 
 
 def huge_picture(victim):
-    """Small as a file, without an end as a picture."""
+    """A small file that gives an endless picture."""
     file = victim.folder / "huge.svg"
     file.write_text('<svg xmlns="http://www.w3.org/2000/svg" width="1000000" height="1000000" viewBox="0 0 9 9">'
                     '<rect width="9" height="9"/></svg>')
@@ -177,7 +177,7 @@ attack("a picture of a million points' width as an icon")(icon_of_a_player(huge_
 
 
 def in_the_place_of(name, make=None):
-    """A pipe, or what else is made there, in the place of a file that the program reads."""
+    """Replaces a file that the program reads by a pipe or another special file."""
     def carry_out(victim):
         victim.install(SUFeedURL="")
         file = victim.folder / name

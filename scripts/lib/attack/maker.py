@@ -1,4 +1,4 @@
-"""Who publishes updates, with a key and a server on the loopback interface."""
+"""The publisher of updates, with a key and a server on the loopback interface."""
 import base64
 import ctypes
 import ctypes.util
@@ -12,8 +12,8 @@ ARCHITECTURE = {"aarch64": "arm64"}.get(platform.machine(), platform.machine())
 
 
 class Maker:
-    """Signs as today's programs want it, the feed as a whole, and as those before did, each file alone: a feed that is
-    good is good for both."""
+    """Signs the whole feed, as current programs require, and each file, as earlier ones did: a good feed is
+    accepted by both."""
 
     def __init__(self):
         self.files, self._secret, public = {}, ctypes.create_string_buffer(64), ctypes.create_string_buffer(32)
@@ -42,7 +42,7 @@ class Maker:
         return base64.b64encode(signature.raw).decode()
 
     def item(self, version, content, shown="", suffix="", is_faulty=False):
-        """An item with its file."""
+        """An item of a feed, with its file."""
         self.files[f"/{version}{suffix}"] = content
         checks = (f'sparkle:edSignature="{self._signature(content)}" '
                   f'sonvel:sha256="{hashlib.sha256(content).hexdigest()}"') if not is_faulty else ""

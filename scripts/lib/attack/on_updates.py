@@ -1,5 +1,5 @@
-"""Attacks by who can change what the update server sends, or swap files meanwhile. Each tells whether it came off, and
-what was seen."""
+"""Attacks by someone who can change what the update server sends, or replace files during an update. Each
+returns whether it succeeded, and what was seen."""
 import shutil
 import signal
 import socket
@@ -24,7 +24,7 @@ def attack(name):
 
 
 def has(victim, content):
-    """Whether the program's file is this one before long."""
+    """Waits until the program's file has this content; False if it does not happen."""
     try:
         return wait_until(lambda: victim.program.read_bytes() == content, 10)
     except AssertionError:
@@ -152,7 +152,7 @@ def hides_the_good_one(victim):
 
 
 def running(program):
-    """The processes that run this program and handle signals by now."""
+    """The processes that run this program and already handle signals."""
     found = []
     for process in Path("/proc").glob("[0-9]*"):
         try:
@@ -165,7 +165,7 @@ def running(program):
 
 
 def write_to_what_it_holds(victim, other):
-    """Puts other bytes into every file of the update that another program can reach."""
+    """Overwrites every file of the update that another program can reach."""
     written = []
     files = [*(victim.folder / "cache").rglob("*"), *Path("/tmp").glob("*sonvel*/**/*"),
              *Path(f"/proc/{victim.process.pid}/fd").iterdir()]
@@ -193,7 +193,7 @@ def swaps_the_package(victim):
     (victim.folder / "config/mimeapps.list").write_text(f"[Default Applications]\n{DEB}=opener.desktop\n")
     victim.maker.publish(victim.maker.feed(victim.maker.item("2.0", PACKAGE, suffix=".deb")))
     victim.has_checked_today()
-    # Where a package of the system's has put it.
+    # Installed by a system package.
     place = Path("/usr/lib/sonvel-attacked")
     place.mkdir(exist_ok=True)
     bound = f"mount --bind {victim.folder}/prefix {place} && exec {place}/bin/sonvel --background"
@@ -225,7 +225,7 @@ def starts_beside(victim):
     beside = victim.desktop.environment | {"QT_QPA_PLATFORM": "offscreen"}
     victim.desktop.session.start("dbus-run-session", "--", victim.program, environment=beside)
     wait_until(lambda: len(running(victim.program)) == 2, what="the second one")
-    try:  # it may clear away what an earlier run has left
+    try:  # removes what an earlier run has left
         wait_until(lambda: not running(victim.program), 5)
     except AssertionError:
         pass

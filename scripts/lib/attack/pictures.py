@@ -1,7 +1,7 @@
-"""Takes the pictures of docs/updates.md: what the user of the real program sees of an update that goes well, of a change
-of keys, and of what goes wrong.
+"""Takes the pictures of docs/updates.md: what the user of the real program sees of a successful update, of a
+change of keys, and of failures.
 
-  python3 -m attack.pictures PROGRAMS FOLDER
+python3 -m attack.pictures PROGRAMS FOLDER
 """
 import subprocess
 import sys
@@ -18,10 +18,10 @@ PICTURES = []
 
 
 def picture(victim, name, *texts, within=20):
-    """Of the window, once it says one of these and is drawn."""
+    """The window's picture, once it shows one of these texts and is drawn."""
     seen = victim.see(*texts, within=within)
     assert any(text in seen for text in texts), f"{name}: {seen}"
-    if "Check for Updates" in victim.words():  # a program that is started anew opens its panel
+    if "Check for Updates" in victim.words():  # a restarted program opens its panel
         victim.desktop.tray.icon().click()
     before = None
     for _ in range(20):  # until it no longer changes
@@ -47,7 +47,7 @@ def start(victim, feed, **information):
 
 
 def update_with_another_key(victim):
-    """The feed is signed with the new key alone; this copy has both."""
+    """The feed is signed only with the new key; this copy has both."""
     new = Maker()
     feed = new.feed(new.item("2.0", victim.original() + b"2.0"))
     start(victim, feed, AppUpdateAdditionalPublicEDKey=new.public_key)
@@ -99,7 +99,7 @@ def expired(victim):
 
 def main():
     programs, folder = sys.argv[1:]
-    hangs = Path("/usr/bin/dbus-monitor").read_bytes()  # it runs, but is not the program
+    hangs = Path("/usr/bin/dbus-monitor").read_bytes()  # a working program that is not Sonvel
     for show in (update_with_another_key, only_the_old_key, up_to_date,
                  lambda victim: undone(victim, DIES, "ended within a minute", "undone-because-it-died"),
                  lambda victim: undone(victim, hangs, "become ready in time", "undone-because-it-hung"),

@@ -22,7 +22,7 @@ RETURN = 0xff0d
 
 
 class Victim:
-    """It lies on a desktop of its own as one file of its user's own unless an attack says otherwise."""
+    """Runs on a desktop of its own; installed as a single file of its user by default."""
 
     def __init__(self, programs):
         self.programs, self.maker, self.desktop = Path(programs), Maker(), Desktop()
@@ -38,7 +38,7 @@ class Victim:
     # How it is installed and started
 
     def install(self, prefix="prefix", guardian="", **information):
-        """guardian: the folder in the prefix for one that is a file of its own."""
+        """guardian: the folder below the prefix, if the guardian is a separate file."""
         self.program = self.folder / prefix / "bin/sonvel"
         self.program.parent.mkdir(parents=True, exist_ok=True)
         shutil.copy(self.programs / "sonvel", self.program)
@@ -52,7 +52,7 @@ class Victim:
             "AppUpdateAllowInsecureLocalhost": True, "AppUpdateReplacesProgramFile": True} | information))
 
     def has_checked_today(self):
-        """So that no check comes by itself."""
+        """Prevents automatic checks."""
         settings = self.folder / "config/sonvel/sonvel.conf"
         settings.parent.mkdir(parents=True, exist_ok=True)
         settings.write_text(f"[Preferences]\n{NAME}.lastUpdateCheck={int(time.time())}\n")
@@ -74,7 +74,7 @@ class Victim:
         return [words for words, _ in self.desktop.screen.shown() if words]
 
     def window(self):
-        """The update window's heading, and what is said below it."""
+        """The update window's heading and the text below it."""
         words = self.words()
         for place, text in enumerate(words):
             if text.startswith(HEADINGS) and text != "Sonvel Update":
@@ -82,15 +82,15 @@ class Victim:
         return ""
 
     def see(self, *texts, within=20):
-        """The update window, once it has one of these texts; else as it is then."""
+        """Waits for the update window with one of these texts; returns the current one on a timeout."""
         try:
             return wait_until(lambda: next((seen for seen in [self.window()] if any(t in seen for t in texts)), None), within)
         except AssertionError:
             return self.window() or "no window"
 
     def check(self, *texts):
-        """The user asks for an update."""
-        for _ in range(5):  # the panel may be closing by itself, and then the icon is to be pressed again
+        """Requests an update as the user does."""
+        for _ in range(5):  # if the panel is just closing, press the icon again
             if "Check for Updates" not in self.words():
                 self.desktop.tray.icon().click()
             try:
@@ -101,7 +101,7 @@ class Victim:
         return self.see(*texts, "couldn't be updated")
 
     def take(self):
-        """The user takes what is offered, to the end."""
+        """Accepts the offer and every further step."""
         self.desktop.press("Download")
         seen = self.see("is ready to install", "couldn't be updated")
         if "ready" in seen:
@@ -110,7 +110,7 @@ class Victim:
         return seen
 
     def press_return(self):
-        """As a keyboard does, wherever the keys go by now."""
+        """Presses keys, sent to the window with the focus."""
         display = X11.XOpenDisplay
         display.restype = ctypes.c_void_p
         opened = ctypes.c_void_p(display(self.desktop.display.name.encode()))
@@ -137,7 +137,7 @@ class Victim:
         return file
 
     def picture(self, file):
-        """Of what is on the screen, if something is."""
+        """A picture of the screen, if it shows anything."""
         if self.desktop.display.is_painted():
             Path(file).parent.mkdir(parents=True, exist_ok=True)
             self.desktop.display.save_picture(file)
