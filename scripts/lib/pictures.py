@@ -78,7 +78,6 @@ class X11(Scene):
         folder = self.session.folder / "config/xfce4/xfconf/xfce-perchannel-xml"
         folder.mkdir(parents=True)
         (folder / "xfce4-panel.xml").write_text(XFCE_PANEL.format(dark=str(self.dark).lower()))
-        subprocess.run(["xsetroot", "-solid", "#40607f"], env=self.environment | {"PATH": os.environ["PATH"]}, check=False)
         self.session.start(XFCONFD, environment=self.environment)
         self.session.start("xfwm4", "--compositor=off", environment=self.environment)
         if has_panel:

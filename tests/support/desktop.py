@@ -96,7 +96,7 @@ class Desktop:
         icon.write_text(ICON.format(application.color))
         (data / "applications").mkdir(exist_ok=True)
         (data / "applications" / f"org.example.{application.name}.desktop").write_text(
-            f"[Desktop Entry]\nType=Application\nName={application.name}\nExec={program} %U\nIcon={icon}\n")
+            f'[Desktop Entry]\nType=Application\nName={application.name}\nExec="{program}" %U\nIcon={icon}\n')
         application.process = self.session.play(application.program, application.frequency, application.amplitude,
                                                 application.name.lower())
 

@@ -66,15 +66,19 @@ TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
     int cancels = 0;
   } cases[] = {{at(checking), {"Cancel"}},
                {at(upToDate), {"OK"}, 0, 1},
+               {at(needsNewerSystem), {"OK"}, 0, 1},
                {at(available), {"Not Now", "Download"}, 1},
                {at(available, true), {"Not Now", "Download"}},
                {at(downloading), {"Cancel"}},
                {at(ready), {"Cancel", "Install and Relaunch"}, 1},
                {at(ready, false, true), {"Cancel", "Install"}, 1},
+               {at(verifying), {"Cancel"}},
+               {at(installing), {"Cancel"}},
                {at(restarting), {}},
                {at(handedOver), {"OK"}, 0, 1},
                {at(failed), {"Close", "Try Again"}, 1}};
 
+  int pictures = 0;
   for (const auto& [state, buttons, proceeds, cancels] : cases) {
     SCOPED_TRACE(static_cast<int>(state.stage));
     session_.set(state);
@@ -88,8 +92,7 @@ TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
       EXPECT_EQ(item->property("textFormat").toInt(), static_cast<int>(Qt::PlainText));
     }
     if (const auto folder = qEnvironmentVariable("SONVEL_PICTURES"); !folder.isEmpty())
-      window()->grabWindow().save(
-          QString("%1/update-%2%3.png").arg(folder).arg(static_cast<int>(state.stage)).arg(buttons.join("")));
+      window()->grabWindow().save(QString("%1/update-%2.png").arg(folder).arg(++pictures));
     press(Qt::Key_Return);
     press(Qt::Key_Space);
     EXPECT_EQ(session_.proceeded, proceeds);
