@@ -16,6 +16,7 @@
 #include <vector>
 
 /// Replaces the library's function: a port is its buffer.
+// NOLINTNEXTLINE(readability-identifier-naming): the library's name
 extern "C" void* pw_filter_get_dsp_buffer(void* port, std::uint32_t /*frames*/) {
   return port;
 }
