@@ -81,8 +81,9 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE "${SONVEL_DEBIAN_RELEASE}")
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The QML modules that the views import, and packages for platform plugins and icons.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "qml6-module-qtquick, qml6-module-qtquick-layouts, qml6-module-qtquick-templates, qml6-module-qtquick-window, qml6-module-qtqml, qml6-module-qtqml-workerscript, libqt6svg6 (<< 6.6) | qt6-svg-plugins, hicolor-icon-theme")
+# The QML modules that the views import, and packages for platform plugins and icons. Without the configuration files of
+# pipewire-bin PipeWire's library cannot be set up.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "qml6-module-qtquick, qml6-module-qtquick-layouts, qml6-module-qtquick-templates, qml6-module-qtquick-window, qml6-module-qtqml, qml6-module-qtqml-workerscript, libqt6svg6 (<< 6.6) | qt6-svg-plugins, pipewire-bin, hicolor-icon-theme")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "pipewire-audio, qt6-wayland")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "volume for every application")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Sonvel gives each program that plays sound its own volume, from 0 to 200
