@@ -37,7 +37,9 @@ _NO_HARDWARE = {
 def sink_properties(name, priority):
     return {"factory.name": "support.null-audio-sink", "node.name": name, "node.description": name,
             "media.class": "Audio/Sink", "audio.position": "FL,FR", "audio.rate": "48000",
-            "priority.session": str(priority), "object.linger": "true"}
+            "priority.session": str(priority), "object.linger": "true",
+            # WirePlumber 0.4 crashes when an idle node goes before it is suspended.
+            "session.suspend-timeout-seconds": "0"}
 
 
 class Session:
