@@ -51,7 +51,7 @@ endfunction()
 
 set(SONVEL_TEST_TIMEOUT 120) # seconds
 if(SONVEL_SANITIZE)
-  set(SONVEL_TEST_TIMEOUT 900) # the thread sanitizer makes the tests of all failures some fifty times slower
+  set(SONVEL_TEST_TIMEOUT 900) # the thread sanitizer makes the longest one some forty times slower
 endif()
 
 # sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [LAUNCHER program] [PROPERTIES ...])
