@@ -16,6 +16,12 @@ std::optional<std::string> notEmpty(const std::optional<std::string>& text) {
   return text && !text->empty() ? text : std::nullopt;
 }
 
+/// Whether two connections are of one process. Programs in different sandboxes may claim the same process ID.
+bool isSameProcess(const AudioClient& left, const AudioClient& right) {
+  return left.processID > 0 && left.processID == right.processID &&
+         (!left.processBinary || !right.processBinary || left.processBinary == right.processBinary);
+}
+
 } // namespace
 
 DesktopApplications::DesktopApplications(const AudioClients& clients, const ApplicationIdentity& identity,
@@ -63,17 +69,20 @@ DesktopApplications::applicationsOf(const std::vector<AudioClient>& clients) con
     return application.bundleIdentifier && entries->find(*application.bundleIdentifier) != nullptr;
   };
   std::vector<RunningApplication> applications;
+  std::vector<const AudioClient*> clientsOfThem;
   for (const auto& client : clients) {
     auto application = applicationOf(client, *entries);
     if (!application) continue;
     // A program may be connected several times, with and without its name.
-    const auto same = client.processID > 0
-                          ? std::ranges::find(applications, client.processID, &RunningApplication::processID)
-                          : applications.end();
-    if (same == applications.end())
+    const auto same = std::ranges::find_if(
+        clientsOfThem, [&](const AudioClient* other) { return isSameProcess(*other, client); });
+    if (same == clientsOfThem.end()) {
       applications.push_back(std::move(*application));
-    else if (!hasEntry(*same) && hasEntry(*application))
-      *same = std::move(*application);
+      clientsOfThem.push_back(&client);
+      continue;
+    }
+    auto& known = applications[static_cast<std::size_t>(same - clientsOfThem.begin())];
+    if (!hasEntry(known) && hasEntry(*application)) known = std::move(*application);
   }
   return applications;
 }
