@@ -52,6 +52,7 @@ TEST_F(AppTest, NoticesOnTheMainThreadWhatTheServerDoes) {
   std::optional<ServerNotice> notice(std::in_place, server, mainThread_, looksForPulseAudio,
                                      [&](const QString& text) { heard.push_back(text); });
   EXPECT_TRUE(notice->hasServerAnswered());
+  heard.clear();
   const auto become = [&](AudioServer::Connection connection) {
     std::thread([&] { server.setConnection(connection); }).join(); // a thread of the audio system
   };
