@@ -8,8 +8,9 @@ import sys
 import tempfile
 import time
 
-from support.bus import BIN, run
+from support.bus import BIN, PROPERTIES, call, connect, run
 from support.desktop import Application, Desktop
+from support.tray import Icon, WATCHER
 from support.waiting import wait_until
 
 FOLDER = pathlib.Path("build/pictures")
@@ -139,9 +140,12 @@ class Wayland(Scene):
             return next(filter(None, map(find, node.get("nodes", []) + node.get("floating_nodes", []))), None)
         return find(json.loads(self.run("swaymsg", "-t", "get_tree")))
 
-    def click(self, x, y):
-        for command in (("set", x, y), ("press", "button1"), ("release", "button1")):
-            self.run("swaymsg", "seat", "seat0", "cursor", *command)
+    def click(self):
+        """What the bar does for a click on its one icon: a compositor without a mouse gives nobody clicks."""
+        bus = connect(self.environment)
+        items = call(bus, WATCHER, "/StatusNotifierWatcher", PROPERTIES, "Get", WATCHER, "RegisteredStatusNotifierItems",
+                     signature="ss")
+        Icon(bus, str(items[0]).split("/")[0]).click()
 
     def key(self, name):
         self.run("wtype", "-k", name)
@@ -180,7 +184,11 @@ def fifteen_applications():
 
 
 def permission_denied():
-    on_x11("permission-denied", access=f'access.restricted = [ "{BIN}/sonvel" ]')
+    with X11() as scene:
+        scene.environment |= scene.session.restriction()
+        scene.start()
+        scene.screen.control("Grant Audio Access")
+        scene.save("permission-denied")
 
 
 def wayland(name, **more):
@@ -192,11 +200,11 @@ def wayland(name, **more):
         scene.save(name)
         scene.key("Escape")
         wait_until(lambda: not scene.window(), what="the panel closed by Escape")
-        x, y = 1000 - 17, 15  # the only icon of the bar
-        scene.click(x, y)
+        scene.settle()
+        scene.click()
         wait_until(scene.window, what="the panel opened by the tray")
         scene.settle()
-        scene.click(x, y)
+        scene.click()
         wait_until(lambda: not scene.window(), what="the panel closed by a second click")
 
 
