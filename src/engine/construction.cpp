@@ -32,10 +32,10 @@ std::optional<HardwareError> HardwareController::replaceSession(const TapSession
   const auto key = stableKey(app);
   const auto kept = kept_.find(key);
   const bool isToBeKept = former != nullptr || kept != kept_.end();
-  const auto choice = former != nullptr ? std::optional(former->chosenUID) : readChoice({app.objectID});
-  if (former == nullptr && !settings.outputUID && choice && *choice) {
+  const auto choice = former != nullptr ? std::optional(former->choice) : readChoice({app.objectID});
+  if (former == nullptr && !settings.outputUID && choice && choice->uid) {
     const auto overruled = overruled_.find(key);
-    if (overruled == overruled_.end() || overruled->second != **choice) settings.outputUID = *choice;
+    if (overruled == overruled_.end() || overruled->second != *choice->uid) settings.outputUID = choice->uid;
   }
   if (former != nullptr) {
     const auto removed = remove(former->app.objectID);
@@ -44,7 +44,7 @@ std::optional<HardwareError> HardwareController::replaceSession(const TapSession
   const auto waiting = kept != kept_.end() ? std::exchange(kept->second.tap, kAudioObjectUnknown) : 0;
   try {
     auto session = buildSession(app, settings, waiting);
-    session->chosenUID = choice.value_or(std::nullopt);
+    session->choice = choice.value_or(ChoiceElsewhere());
     kept_.erase(key);
     sessions_.insert_or_assign(app.objectID, std::move(session));
     return std::nullopt;

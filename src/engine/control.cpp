@@ -18,8 +18,8 @@ void HardwareController::setOutput(std::optional<std::string> uid, AudioObjectID
   const auto* found = find(appID);
   if (found == nullptr) return;
   const auto key = stableKey(found->app);
-  if (found->chosenUID && found->chosenUID != uid)
-    overruled_[key] = *found->chosenUID;
+  if (found->choice.uid && found->choice.uid != uid)
+    overruled_[key] = *found->choice.uid;
   else
     overruled_.erase(key);
   addChannel(found->app, found->mix->gain(), found->mix->muted(), std::move(uid));

@@ -64,7 +64,7 @@ void HardwareController::followSession(AudioObjectID sessionID, const OutputSitu
     sessions_.insert(std::move(entry));
   }
   followProcesses(*session, processes);
-  followChoice(*session, outputs);
+  followChoice(*session);
   auto& hardware = environment_.hardware;
   // A process with an unreadable state counts as playing, so that a failed call does not clear its meter.
   session->isPlaying = std::ranges::any_of(processes, [&](AudioObjectID process) {
@@ -91,37 +91,36 @@ void HardwareController::followProcesses(TapSession& session, const std::vector<
   if (status == kNoError) session.processes = processes; // otherwise one of them has just ended
 }
 
-/// The device that something other than this program chose for the processes. The inner none: they follow the
-/// default device. The outer none: unreadable.
-std::optional<std::optional<std::string>>
+/// The last choice for any of the processes. None if that can't be read.
+std::optional<ChoiceElsewhere>
 HardwareController::readChoice(const std::vector<AudioObjectID>& processes) const {
   auto& hardware = environment_.hardware;
-  bool isKnown = false;
+  std::optional<ChoiceElsewhere> last;
   for (const auto process : processes) {
     const auto device =
         scalarProp<AudioObjectID>(hardware, process, property::kProcessChosenDevice, scope::kGlobal);
-    isKnown |= device.has_value();
-    if (device.value_or(kAudioObjectUnknown) == kAudioObjectUnknown) continue;
-    if (auto uid = cfStringProp(hardware, *device, property::kDeviceUID)) return uid;
+    const auto serial =
+        scalarProp<std::uint32_t>(hardware, process, property::kProcessChoiceSerial, scope::kGlobal);
+    if (!device || !serial) continue;
+    ChoiceElsewhere choice{.serial = *serial};
+    if (*device != kAudioObjectUnknown) choice.uid = cfStringProp(hardware, *device, property::kDeviceUID);
+    if (!last || choice.serial > last->serial || (last->serial == 0 && !last->uid)) last = std::move(choice);
   }
-  if (isKnown) return std::optional<std::string>();
-  return std::nullopt;
+  return last;
 }
 
-/// A route that was changed elsewhere becomes the session's route.
-void HardwareController::followChoice(TapSession& session, const OutputSituation& outputs) {
+/// A choice that is made elsewhere becomes the session's route, also one of the device that was chosen
+/// before. Without a new choice there may be another device to read, because a stream has ended or a device
+/// has gone; what counts of that is only a device that the session manager has remembered for a new stream.
+void HardwareController::followChoice(TapSession& session) {
   auto choice = readChoice(session.processes);
-  if (!choice || *choice == session.chosenUID) return;
-  if (!*choice) {
-    // The choice also reads as none while its device is disconnected; that is not a change of choice.
-    const auto outputsNow = readOutputSituation(environment_.hardware);
-    if (!outputs.isConnected(*session.chosenUID) || !outputsNow ||
-        !outputsNow->isConnected(*session.chosenUID))
-      return;
-  }
+  if (!choice) return;
+  const bool isNew = choice->serial > session.choice.serial;
+  const bool isRemembered = choice->serial == 0 && choice->uid && choice->uid != session.choice.uid;
+  if (!isNew && !isRemembered) return;
   overruled_.erase(stableKey(session.app));
-  session.chosenUID = *choice;
-  session.outputUID = *std::move(choice);
+  session.outputUID = choice->uid;
+  session.choice = *std::move(choice);
 }
 
 void HardwareController::noteFormerProcesses(const TapSession& session) {
@@ -147,6 +146,7 @@ bool HardwareController::listen() {
     properties.emplace(session->tapID, property::kTapIsPartial);
     for (const auto process : session->processes) {
       properties.emplace(process, property::kProcessChosenDevice);
+      properties.emplace(process, property::kProcessChoiceSerial);
       properties.emplace(process, property::kProcessIsRunningOutput);
     }
   }

@@ -173,8 +173,8 @@ class HardwareController final {
   void followChanges();
   void followSession(AudioObjectID sessionID, const OutputSituation& outputs);
   void followProcesses(TapSession& session, const std::vector<AudioObjectID>& processes);
-  void followChoice(TapSession& session, const OutputSituation& outputs);
-  std::optional<std::optional<std::string>> readChoice(const std::vector<AudioObjectID>& processes) const;
+  void followChoice(TapSession& session);
+  std::optional<ChoiceElsewhere> readChoice(const std::vector<AudioObjectID>& processes) const;
   void outlive(const TapSession& session);
   void noteFormerProcesses(const TapSession& session);
   bool listen();

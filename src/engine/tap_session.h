@@ -5,10 +5,19 @@
 #include "engine/realtime_mix_box.h"
 #include "engine/tap_chain.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace sonvel {
+
+/// Where an application was sent elsewhere.
+struct ChoiceElsewhere {
+  std::optional<std::string> uid = {}; ///< of the device; none: it follows the default device
+  std::uint32_t serial = 0;            ///< property::kProcessChoiceSerial
+};
 
 /// One controlled application and its audio objects. Used only by the controller.
 struct TapSession : TapChain {
@@ -22,8 +31,7 @@ struct TapSession : TapChain {
   std::optional<std::string> outputUID; ///< the requested device; none follows the default device
   std::string playingUID = {};          ///< the aggregate's real device
 
-  /// The device chosen elsewhere at the last check; none: it follows the default.
-  std::optional<std::string> chosenUID = {};
+  ChoiceElsewhere choice = {}; ///< the last one
 
   bool isPlaying = true;  ///< some process plays
   bool isPartial = false; ///< some stream can't be controlled

@@ -37,6 +37,7 @@ struct Node {
   bool cannotBeMoved = false;        ///< its properties forbid moving it
   bool isPulseAnnounced = false;     ///< PipeWire's PulseAudio server has announced the stream to its program
   std::string ownTarget;             ///< target node requested by its program: name or serial; empty if none
+  std::uint32_t choiceSerial = 0;    ///< of the last choice of a target elsewhere while it was in a tap
   std::vector<float> channelVolumes; ///< linear amplitude factors; empty while unknown
   std::optional<GlobalID> card;
   std::optional<std::int32_t> cardProfileDevice; ///< which output of the card
@@ -90,6 +91,7 @@ struct Graph {
   bool hasMetadata = false;                     ///< the session manager runs
   bool isServerHidden = false;                  ///< the server's object is hidden from us
   std::string defaultSinkName;                  ///< empty if none
+  std::uint32_t lastChoiceSerial = 0;           ///< the largest of all streams so far
 
   /// The newest node with that name; two nodes can share a name while one replaces the other.
   std::optional<GlobalID> nodeNamed(const std::string& name) const;

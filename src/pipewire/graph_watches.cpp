@@ -1,6 +1,7 @@
 #include "pipewire/graph_watches.h"
 
 #include "pipewire/pod_reading.h"
+#include "pipewire/stream_targets.h"
 
 #include <spa/param/param.h>
 #include <spa/param/props.h>
@@ -220,6 +221,11 @@ GraphMonitor::MetadataWatch::MetadataWatch(pw_registry* registry, GlobalID id, G
 
 int GraphMonitor::MetadataWatch::onProperty(std::uint32_t subject, const char* key, const char* type,
                                             const char* value) {
+  const auto stream = key != nullptr ? graph_.nodes.find(subject) : graph_.nodes.end();
+  if (stream != graph_.nodes.end() &&
+      isChoiceInTap(graph_, subject, key,
+                    value != nullptr ? std::optional<std::string_view>(value) : std::nullopt))
+    stream->second.choiceSerial = ++graph_.lastChoiceSerial;
   if (key == nullptr) {
     graph_.metadata.erase(subject);
   } else if (value == nullptr) {

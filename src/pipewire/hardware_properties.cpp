@@ -94,6 +94,8 @@ PipeWireHardware::PropertyReader::processData(const AudioClient& client) {
     return bytesOf(client.processID);
   case property::kProcessChosenDevice:
     return bytesOf(state_.chosenDevice(object_));
+  case property::kProcessChoiceSerial:
+    return bytesOf(state_.choiceSerial(object_));
   default:
     return std::nullopt;
   }

@@ -236,13 +236,24 @@ bool PipeWireHardware::State::isRunningOutput(AudioObjectID process) const {
 
 AudioObjectID PipeWireHardware::State::chosenDevice(AudioObjectID process) {
   const auto key = processes.nameOf(process);
+  std::optional<GlobalID> device;
+  std::uint32_t serial = 0;
   for (const auto& [id, node] : graph.nodes) {
     if (!key || processKeyOfStream(graph, node) != key) continue;
     const auto chosen = chosenNodeOf(graph, id);
-    if (chosen && graph.nodes.at(*chosen).kind == NodeKind::sink)
-      return devices.idOf(graph.nodes.at(*chosen).name);
+    if (node.choiceSerial > serial || (serial == 0 && !device)) device = chosen;
+    serial = std::max(serial, node.choiceSerial);
   }
-  return kAudioObjectUnknown;
+  const bool isSink = device && graph.nodes.at(*device).kind == NodeKind::sink;
+  return isSink ? devices.idOf(graph.nodes.at(*device).name) : kAudioObjectUnknown;
+}
+
+std::uint32_t PipeWireHardware::State::choiceSerial(AudioObjectID process) const {
+  const auto key = processes.nameOf(process);
+  std::uint32_t serial = 0;
+  for (const auto& [id, node] : graph.nodes)
+    if (key && processKeyOfStream(graph, node) == key) serial = std::max(serial, node.choiceSerial);
+  return serial;
 }
 
 OSStatus PipeWireHardware::State::statusOfNoAggregate(AudioObjectID object) const {

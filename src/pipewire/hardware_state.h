@@ -74,6 +74,9 @@ class PipeWireHardware::State {
   /// The device chosen for the process; 0 if it follows the default.
   AudioObjectID chosenDevice(AudioObjectID process);
 
+  /// Of the last choice of a device for the process while it was tapped; 0 for none.
+  std::uint32_t choiceSerial(AudioObjectID process) const;
+
   const ApplicationIdentity& identity;
   LoopThread loop;
   Graph graph;

@@ -120,6 +120,17 @@ std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream) {
   return graph.defaultSinkName.empty() ? std::nullopt : graph.nodeNamed(graph.defaultSinkName);
 }
 
+bool isChoiceInTap(const Graph& graph, GlobalID stream, std::string_view key,
+                   std::optional<std::string_view> value) {
+  const std::string tapName = targetTapOf(graph, stream);
+  const auto tap = tapName.empty() ? std::nullopt : graph.nodeNamed(tapName);
+  if (!tap || !graph.feeds(stream, *tap)) return false;
+  if (key == kTargetObject) return !value || !value->starts_with(kTapNamePrefix);
+  // We remove and write kTargetNode as well, but never another value than the one that we lent.
+  const MetadataValue* lent = graph.metadataOf(stream, kLentNode);
+  return key == kTargetNode && value && (lent == nullptr || lent->value != *value);
+}
+
 bool isChoiceOutdated(const Graph& graph, GlobalID stream) {
   return !targetTapOf(graph, stream).empty() && graph.metadataOf(stream, kLentNode) != nullptr &&
          usersTargetNode(graph, stream) != nullptr;

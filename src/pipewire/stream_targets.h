@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace sonvel::pipewire {
@@ -28,6 +29,12 @@ std::optional<GlobalID> chosenNodeOf(const Graph& graph, GlobalID stream);
 
 /// Where a stream plays without a tap: the chosen node, else the default sink. None if both are missing.
 std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream);
+
+/// Whether a change of the metadata that is not in the graph yet is somebody's choice of a target for a
+/// stream that plays into its tap. What the session manager restores comes earlier, before it links the
+/// stream. value: none if the key is removed.
+bool isChoiceInTap(const Graph& graph, GlobalID stream, std::string_view key,
+                   std::optional<std::string_view> value);
 
 /// Whether the user's choice has changed since the stream was sent into its tap, so that our entries must be
 /// written again.

@@ -36,6 +36,10 @@ inline constexpr auto kProcessBundleID = fourCharCode("pbid");        ///< strin
 /// default.
 inline constexpr auto kProcessChosenDevice = fourCharCode("pcho");
 
+/// u32 that grows, over all processes, with each such choice that is made while the process is tapped, also
+/// of the device that was chosen before; 0: none was made.
+inline constexpr auto kProcessChoiceSerial = fourCharCode("pchs");
+
 // Of a device.
 inline constexpr auto kDeviceStreams = fourCharCode("stm#"); ///< u32[], empty without streams in the scope
 inline constexpr auto kDeviceUID = fourCharCode("uid ");     ///< string, the same across restarts

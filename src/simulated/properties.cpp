@@ -38,6 +38,8 @@ std::optional<PropertyValue> processProperty(const PropertyAddress& address, con
     return process.bundleID;
   case property::kProcessChosenDevice:
     return chosenDevice;
+  case property::kProcessChoiceSerial:
+    return process.choiceSerial;
   default:
     return std::nullopt;
   }

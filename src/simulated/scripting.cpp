@@ -87,8 +87,11 @@ void SimulatedHardware::addStream(AudioObjectID process, Signal signal) {
 
 void SimulatedHardware::setProcessOutput(AudioObjectID process, std::optional<std::string> deviceUID) {
   const Change change(*this);
-  processScript(process).outputUID = std::move(deviceUID);
+  ProcessScript& script = processScript(process);
+  script.outputUID = std::move(deviceUID);
+  script.choiceSerial = ++lastChoiceSerial_;
   changed(process, property::kProcessChosenDevice);
+  changed(process, property::kProcessChoiceSerial);
 }
 
 void SimulatedHardware::setFixedStreams(AudioObjectID process, std::vector<Signal> signals) {

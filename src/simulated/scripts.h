@@ -36,6 +36,7 @@ struct ProcessScript {
   std::vector<Signal> fixedStreams = {}; ///< streams that must not be moved: no tap takes them
   /// the device chosen for it; none: it follows the default device
   std::optional<std::string> outputUID = {};
+  std::uint32_t choiceSerial = 0; ///< grows each time that it is sent somewhere
 
   AudioObjectID objectID = kAudioObjectUnknown; ///< 0: allocate one
 };

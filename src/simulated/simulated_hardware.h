@@ -184,6 +184,7 @@ class SimulatedHardware : public AudioHardware {
   std::vector<Process> processes_;
   std::vector<Device> devices_;
   std::optional<std::string> defaultDeviceUID_;
+  std::uint32_t lastChoiceSerial_ = 0;
   Graph graph_;
   std::optional<Graph> graphBefore_; ///< what plays while a configuration is open
   std::vector<Listener> listeners_;
