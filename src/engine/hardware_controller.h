@@ -28,6 +28,7 @@ class ApplicationProcesses;
 class CaptureProbe;
 class ChangeListeners;
 struct OutputSituation;
+struct ChoiceElsewhere;
 struct TapSession;
 
 /// Owns every tap, aggregate device and IOProc of the program: one session per controlled application, with

@@ -34,6 +34,7 @@ struct Node {
   std::string name;
   std::string description;
   bool isRunning = false;            ///< takes part in the graph's cycles now
+  bool isUnread = false;             ///< its properties have not arrived
   bool cannotBeMoved = false;        ///< its properties forbid moving it
   bool isPulseAnnounced = false;     ///< PipeWire's PulseAudio server has announced the stream to its program
   std::string ownTarget;             ///< target node requested by its program: name or serial; empty if none

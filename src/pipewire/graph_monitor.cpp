@@ -76,6 +76,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
     watches_[id] = std::make_unique<ClientWatch>(registry, id, graph_, changed_);
   } else if (is(PW_TYPE_INTERFACE_Node)) {
     graph_.nodes[id] = readNode(properties);
+    graph_.nodes[id].isUnread = true;
     watches_[id] = std::make_unique<NodeWatch>(registry, id, graph_, changed_);
   } else if (is(PW_TYPE_INTERFACE_Port)) {
     graph_.ports[id] = readPort(properties);

@@ -97,11 +97,13 @@ bool mayTake(const PlanContext& context, const DesiredSession& session, bool isC
   return former && *former != tap && context.graph().nodeNamed(context.desired().taps.at(tap).nodeName);
 }
 
-/// Whether a stream may enter a tap yet. PipeWire's PulseAudio server announces a stream to its program only
-/// while it is linked to a sink that mixers list, which a tap is not; before that the program does not play.
-bool isAnnounced(const PlanContext& context, GlobalID stream) {
+/// Whether a stream may enter a tap yet. Its properties may forbid it and must have arrived. PipeWire's
+/// PulseAudio server announces a stream to its program only while it is linked to a sink that mixers list,
+/// which a tap is not; before that the program does not play.
+bool mayEnter(const PlanContext& context, GlobalID stream) {
   const GraphIndex& graph = context.graph();
   const Node& node = graph.node(stream);
+  if (node.isUnread || !context.canBeMoved(stream)) return false;
   const auto client = node.client ? graph.graph().clients.find(*node.client) : graph.graph().clients.end();
   return client == graph.graph().clients.end() || !client->second.isPulseConnection || node.isPulseAnnounced;
 }
@@ -115,15 +117,14 @@ std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
     for (const auto tap : session.taps) {
       if (!context.isRead(tap)) continue;
       for (const auto stream : context.streamsOf(context.desired().taps.at(tap)))
-        if (context.canBeMoved(stream) && isAnnounced(context, stream) &&
-            mayTake(context, session, isConnected, tap, stream))
+        if (mayEnter(context, stream) && mayTake(context, session, isConnected, tap, stream))
           taps[stream] = std::max(taps[stream], tap);
     }
   }
   for (const auto& [id, tap] : context.desired().taps)
     if (tap.standsBy && context.isRead(id) && context.graph().nodeNamed(tap.nodeName))
       for (const auto stream : context.streamsOf(tap))
-        if (context.canBeMoved(stream) && isAnnounced(context, stream)) taps.try_emplace(stream, id);
+        if (mayEnter(context, stream)) taps.try_emplace(stream, id);
   return taps;
 }
 

@@ -160,6 +160,7 @@ void GraphMonitor::NodeWatch::readProperties(Node& node, const spa_dict* propert
 void GraphMonitor::NodeWatch::onInfo(const pw_node_info* info) {
   Node& node = graph_.nodes[id_];
   node.isRunning = info->state == PW_NODE_STATE_RUNNING;
+  node.isUnread = false;
   if (info->props != nullptr) readProperties(node, info->props);
   changed_();
 }

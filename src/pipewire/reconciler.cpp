@@ -219,7 +219,7 @@ void Reconciler::route(const StreamRouting& routing) {
       goesIntoTap ? writesInto(graph_, routing.stream, routing.tapName) : writesBack(graph_, routing.stream);
   for (const auto& write : writes)
     edits_->write(routing.stream, write);
-  if (goesIntoTap) stubborn_.noteTaken(graph_.nodes.at(routing.stream).serial, alarm_.now());
+  if (goesIntoTap) stubborn_.noteTaken(graph_.nodes.at(routing.stream).serial, routing.tapName, alarm_.now());
 }
 
 std::uint32_t Reconciler::cycles() const {

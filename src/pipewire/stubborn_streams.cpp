@@ -40,9 +40,10 @@ void StubbornStreams::noteManagerRestart(const Graph& graph) {
     if (node.kind == NodeKind::outputStream) orphans_.insert(node.serial);
 }
 
-void StubbornStreams::noteTaken(std::uint64_t serial, GraphAlarm::Time now) {
+void StubbornStreams::noteTaken(std::uint64_t serial, const std::string& tapName, GraphAlarm::Time now) {
   Taken& taken = taken_[serial];
-  if (taken.count == 0 || now - taken.windowStart > kFightWindow) taken = {.windowStart = now};
+  if (taken.tapName != tapName || now - taken.windowStart > kFightWindow)
+    taken = {.windowStart = now, .tapName = tapName};
   if (++taken.count >= kMovesOfAFight) immovable_.insert(serial);
 }
 

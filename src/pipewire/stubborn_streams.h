@@ -4,6 +4,7 @@
 
 #include <map>
 #include <set>
+#include <string>
 
 namespace sonvel::pipewire {
 
@@ -20,8 +21,9 @@ class StubbornStreams {
   /// The session manager has restarted.
   void noteManagerRestart(const Graph& graph);
 
-  /// A stream was sent into a tap.
-  void noteTaken(std::uint64_t serial, GraphAlarm::Time now);
+  /// A stream was sent into a tap. Only what is sent into the same tap again was taken back by another
+  /// program.
+  void noteTaken(std::uint64_t serial, const std::string& tapName, GraphAlarm::Time now);
 
   /// Updates both sets. True if it must be called again soon.
   bool update(const Graph& graph, GraphAlarm::Time now);
@@ -36,7 +38,8 @@ class StubbornStreams {
  private:
   struct Taken {
     GraphAlarm::Time windowStart;
-    int count = 0; ///< within the window
+    std::string tapName;
+    int count = 0; ///< within the window, into the same tap
   };
 
   bool findImmovable(const Graph& graph, GraphAlarm::Time now);

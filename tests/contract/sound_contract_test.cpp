@@ -46,9 +46,8 @@ TEST_F(AudioContract, TapsOfTwoProcessesDoNotMix) {
 
 TEST_F(AudioContract, StreamThatATappedProcessOpensJoinsTheTapAndOneThatNobodyMayMoveStays) {
   const auto [pid, process] = startAudibleProgram(kTone);
-  system().openStream(pid, kThirdTone, true);
-  EXPECT_TRUE(system().becomesAudible(kSpeakers, kThirdTone));
   TapChain chain = tap(process, kHeadphones, {.gain = 0.5F});
+  system().openStream(pid, kThirdTone, true);
   system().openStream(pid, kOtherTone, false);
   for (const Tone& tone : {kTone, kOtherTone}) {
     EXPECT_TRUE(system().becomesAudible(kHeadphones, scaled(tone, 0.5)));

@@ -89,6 +89,9 @@ TEST_F(Following, ObeysWhatIsChosenElsewhere) {
   executor_->runAll();
   controller_->setOutput(std::nullopt, 87);
   EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.125F)) << "a choice here is newer";
+  audio_.setProcessOutput(87, "speakers");
+  EXPECT_EQ(heardAtBoth(), Both(0.125F, 0.0F)) << "the same choice again is newer still";
+  controller_->setOutput(std::nullopt, 87);
   controller_->removeChannel(87);
   addChannel(app);
   EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.25F)) << "and remains so";
