@@ -36,6 +36,7 @@ struct Node {
   bool isRunning = false;            ///< takes part in the graph's cycles now
   bool isUnread = false;             ///< its properties have not arrived
   bool cannotBeMoved = false;        ///< its properties forbid moving it
+  bool wasInTap = false;             ///< has been linked to a tap of ours
   bool isPulseAnnounced = false;     ///< PipeWire's PulseAudio server has announced the stream to its program
   std::string ownTarget;             ///< target node requested by its program: name or serial; empty if none
   std::uint32_t choiceSerial = 0;    ///< of the last choice of a target elsewhere while it was in a tap

@@ -1,5 +1,6 @@
 #include "pipewire/graph_monitor.h"
 
+#include "pipewire/desired_state.h"
 #include "pipewire/graph_watches.h"
 #include "pipewire/pod_reading.h"
 
@@ -81,7 +82,11 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
   } else if (is(PW_TYPE_INTERFACE_Port)) {
     graph_.ports[id] = readPort(properties);
   } else if (is(PW_TYPE_INTERFACE_Link)) {
-    graph_.links[id] = readLink(properties);
+    const Link& link = graph_.links[id] = readLink(properties);
+    const auto stream = graph_.nodes.find(link.outputNode);
+    const auto input = graph_.nodes.find(link.inputNode);
+    if (stream != graph_.nodes.end() && input != graph_.nodes.end())
+      stream->second.wasInTap |= input->second.name.starts_with(kTapNamePrefix);
   } else if (is(PW_TYPE_INTERFACE_Device)) {
     graph_.cards[id] = {};
     watches_[id] = std::make_unique<CardWatch>(registry, id, graph_, changed_);
@@ -99,6 +104,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
 
 void GraphMonitor::removed(GlobalID id) {
   watches_.erase(id);
+  if (MetadataWatch* watch = metadataWatch()) watch->forget(id);
   if (id == PW_ID_CORE) graph_.isServerHidden = true;
   graph_.clients.erase(id);
   graph_.nodes.erase(id);
@@ -127,12 +133,19 @@ pw_device* GraphMonitor::card(GlobalID id) const {
                                                                : fromProxy<pw_device>(watch->second->proxy());
 }
 
+GraphMonitor::MetadataWatch* GraphMonitor::metadataWatch() const {
+  const auto watch = metadataID_ ? watches_.find(*metadataID_) : watches_.end();
+  return watch == watches_.end() ? nullptr : static_cast<MetadataWatch*>(watch->second.get());
+}
+
 pw_metadata* GraphMonitor::metadata() const {
-  return metadataID_ ? fromProxy<pw_metadata>(watches_.at(*metadataID_)->proxy()) : nullptr;
+  const MetadataWatch* watch = metadataWatch();
+  return watch == nullptr ? nullptr : fromProxy<pw_metadata>(watch->proxy());
 }
 
 void GraphMonitor::write(GlobalID subject, const MetadataWrite& write) {
   if (metadata() == nullptr) return;
+  metadataWatch()->noteOwn(subject, write);
   pw_metadata_set_property(metadata(), subject, write.key.c_str(),
                            write.value ? write.value->type.c_str() : nullptr,
                            write.value ? write.value->value.c_str() : nullptr);

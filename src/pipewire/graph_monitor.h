@@ -43,6 +43,7 @@ class GraphMonitor {
   class CardWatch;
   class MetadataWatch;
 
+  MetadataWatch* metadataWatch() const; ///< null without metadata
   void added(GlobalID id, const char* type, const spa_dict* properties);
   void removed(GlobalID id);
 

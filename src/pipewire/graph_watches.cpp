@@ -1,7 +1,6 @@
 #include "pipewire/graph_watches.h"
 
 #include "pipewire/pod_reading.h"
-#include "pipewire/stream_targets.h"
 
 #include <spa/param/param.h>
 #include <spa/param/props.h>
@@ -220,10 +219,23 @@ GraphMonitor::MetadataWatch::MetadataWatch(pw_registry* registry, GlobalID id, G
   pw_metadata_add_listener(fromProxy<pw_metadata>(proxy_), hook_.get(), &events, this);
 }
 
+/// Removes the write, and those before it: a write of the value that is there already is never reported.
+bool GraphMonitor::MetadataWatch::isOwn(GlobalID subject, const char* key, const char* value) {
+  const auto writes = ownWrites_.find(subject);
+  if (writes == ownWrites_.end()) return false;
+  const auto own = std::ranges::find_if(writes->second, [&](const MetadataWrite& write) {
+    return write.key == key && (value == nullptr ? !write.value : write.value && write.value->value == value);
+  });
+  if (own == writes->second.end()) return false;
+  writes->second.erase(writes->second.begin(), std::next(own));
+  if (writes->second.empty()) ownWrites_.erase(writes);
+  return true;
+}
+
 int GraphMonitor::MetadataWatch::onProperty(std::uint32_t subject, const char* key, const char* type,
                                             const char* value) {
   const auto stream = key != nullptr ? graph_.nodes.find(subject) : graph_.nodes.end();
-  if (stream != graph_.nodes.end() &&
+  if (stream != graph_.nodes.end() && !isOwn(subject, key, value) &&
       isChoiceInTap(graph_, subject, key,
                     value != nullptr ? std::optional<std::string_view>(value) : std::nullopt))
     stream->second.choiceSerial = ++graph_.lastChoiceSerial;

@@ -122,13 +122,8 @@ std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream) {
 
 bool isChoiceInTap(const Graph& graph, GlobalID stream, std::string_view key,
                    std::optional<std::string_view> value) {
-  const std::string tapName = targetTapOf(graph, stream);
-  const auto tap = tapName.empty() ? std::nullopt : graph.nodeNamed(tapName);
-  if (!tap || !graph.feeds(stream, *tap)) return false;
-  if (key == kTargetObject) return !value || !value->starts_with(kTapNamePrefix);
-  // We remove and write kTargetNode as well, but never another value than the one that we lent.
-  const MetadataValue* lent = graph.metadataOf(stream, kLentNode);
-  return key == kTargetNode && value && (lent == nullptr || lent->value != *value);
+  if (targetTapOf(graph, stream).empty() || !graph.nodes.at(stream).wasInTap) return false;
+  return key == kTargetObject || (key == kTargetNode && value);
 }
 
 bool isChoiceOutdated(const Graph& graph, GlobalID stream) {

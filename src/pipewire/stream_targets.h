@@ -30,9 +30,9 @@ std::optional<GlobalID> chosenNodeOf(const Graph& graph, GlobalID stream);
 /// Where a stream plays without a tap: the chosen node, else the default sink. None if both are missing.
 std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream);
 
-/// Whether a change of the metadata that is not in the graph yet is somebody's choice of a target for a
-/// stream that plays into its tap. What the session manager restores comes earlier, before it links the
-/// stream. value: none if the key is removed.
+/// Whether a change of the metadata by another program, which is not in the graph yet, is somebody's choice
+/// of a target for a stream in a tap. What the session manager restores comes earlier, before it links the
+/// stream for the first time. value: none if the key is removed. The stream is in the graph.
 bool isChoiceInTap(const Graph& graph, GlobalID stream, std::string_view key,
                    std::optional<std::string_view> value);
 
