@@ -2,6 +2,7 @@
 #include "engine/render_callback.h"
 #include "expect.h"
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <fuzzer/FuzzedDataProvider.h>
@@ -40,7 +41,8 @@ struct Buffers {
 
 /// Which NaN it is may differ.
 bool isSame(float a, float b) {
-  return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+  return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b) ||
+         (std::isnan(a) && std::isnan(b));
 }
 
 float raised(float peak, float sample) {

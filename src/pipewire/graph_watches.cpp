@@ -234,11 +234,13 @@ bool GraphMonitor::MetadataWatch::isOwn(GlobalID subject, const char* key, const
 
 int GraphMonitor::MetadataWatch::onProperty(std::uint32_t subject, const char* key, const char* type,
                                             const char* value) {
-  const auto stream = key != nullptr ? graph_.nodes.find(subject) : graph_.nodes.end();
-  if (stream != graph_.nodes.end() && !isOwn(subject, key, value) &&
-      isChoiceInTap(graph_, subject, key,
-                    value != nullptr ? std::optional<std::string_view>(value) : std::nullopt))
-    stream->second.choiceSerial = ++graph_.lastChoiceSerial;
+  if (key != nullptr) {
+    const auto stream = graph_.nodes.find(subject);
+    if (stream != graph_.nodes.end() && !isOwn(subject, key, value) &&
+        isChoiceInTap(graph_, subject, key,
+                      value != nullptr ? std::optional<std::string_view>(value) : std::nullopt))
+      stream->second.choiceSerial = ++graph_.lastChoiceSerial;
+  }
   if (key == nullptr) {
     graph_.metadata.erase(subject);
   } else if (value == nullptr) {
