@@ -12,7 +12,7 @@ from pathlib import Path
 from support.graph import Graph
 from support.hearing import Sink, write_tone
 from support.lines import LineProcess, TonePlayer
-from support.waiting import wait_until
+from support.waiting import wait_until, wait_until_served
 
 BINARIES = Path(os.environ.get("SONVEL_BIN", Path(__file__).parents[2] / "build/release/bin"))
 DAEMONS = ("pipewire", "wireplumber", "pipewire-pulse")
@@ -63,7 +63,7 @@ class Session:
         self._configure(quantum)
         try:
             self.start("dbus-daemon", f"--config-file={self.folder}/bus.conf", "--nofork", name="dbus-daemon")
-            wait_until((self.folder / "run/bus").is_socket, what="D-Bus")
+            wait_until_served(self.folder / "run/bus", "D-Bus")
             for daemon in daemons:
                 self._start_daemon(daemon)
         except BaseException:
@@ -180,7 +180,7 @@ class Session:
         socket.unlink(missing_ok=True)
         self.start(daemon, name=daemon)
         if daemon in _SOCKETS:
-            wait_until(socket.is_socket, what=daemon)
+            wait_until_served(socket, daemon)
         if daemon == "pipewire":
             self.graph = Graph(self, LineProcess(self, BINARIES / "mixer"))
         if daemon == "wireplumber":

@@ -1,3 +1,4 @@
+import socket
 import time
 
 
@@ -8,3 +9,11 @@ def wait_until(condition, within=20, what="what was waited for"):
         assert time.monotonic() < deadline, f"{what}: not within {within} s"
         time.sleep(0.005)
     return value
+
+
+def wait_until_served(path, what):
+    """A socket is there some time before its daemon listens to it; a program that comes between is refused."""
+    def is_served():
+        with socket.socket(socket.AF_UNIX) as client:
+            return client.connect_ex(str(path)) == 0
+    wait_until(is_served, what=what)
