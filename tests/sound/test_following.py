@@ -38,10 +38,12 @@ def test_moves_made_elsewhere_become_the_route_and_follow_is_one_of_them(session
     session.move(player.node, "Speakers")
     session.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
     silent_at(session, "Headphones")
-    session.set_default_sink("Headphones")
+    holder.tell("output", player.pid, "Headphones")  # our own writes are no choice
+    session.sink("Headphones").wait_for_tone(1000, 0.2, within=AT_ONCE)
+    silent_at(session, "Speakers")
     session.graph.set_metadata(player.node, "target.object", "-1", "Spa:Id")
     session.graph.set_metadata(player.node, "target.node", "-1", "Spa:Id")
-    session.sink("Headphones").wait_for_tone(1000, 0.2, within=AT_ONCE)
+    session.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
 
 
 def test_all_processes_of_an_application_are_under_its_volume(session, holder):
