@@ -35,9 +35,8 @@ updater::UpdaterEnvironment updaterEnvironment(const AppUpdates::Environment& en
 
 AppUpdates::AppUpdates(const Environment& environment)
     : provider_(updaterEnvironment(environment, packageInstaller_),
-                [&appearance = environment.appearance](UpdateSession& session) {
-                  return std::make_unique<UpdateWindow>(session,
-                                                        [&appearance] { return appearance.current(); });
+                [&appearance = environment.appearance](UpdateRun& run) {
+                  return std::make_unique<UpdateWindow>(run, [&appearance] { return appearance.current(); });
                 })
     , controller_(environment.bundle, provider_) {}
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/update_session.h"
+#include "platform/update_run.h"
 
 #include <QByteArray>
 #include <QDateTime>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/clock.h"
-#include "platform/update_session.h"
+#include "platform/update_run.h"
 #include "updater/appcast.h"
 #include "updater/main_thread.h"
 

@@ -2,7 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/preferences.h"
-#include "platform/update_session.h"
+#include "platform/update_run.h"
 #include "updater/appcast.h"
 #include "updater/feed_signature.h"
 #include "updater/fetch.h"
@@ -57,7 +57,7 @@ class SeenReleases {
 
 /// From a check to an installed update. Every failure ends in stage failed, with nothing installed and no
 /// file left; the next check starts anew. Main thread.
-class UpdateCycle final : public UpdateSession {
+class UpdateCycle final : public UpdateRun {
  public:
   /// Who requests a check.
   enum class Asker { user, schedule };

@@ -7,8 +7,8 @@
 namespace sonvel {
 namespace {
 
-/// A session with a scripted state.
-class ScriptedSession final : public UpdateSession {
+/// A run with a scripted state.
+class ScriptedRun final : public UpdateRun {
  public:
   const UpdateState& state() const noexcept override { return state_; }
 
@@ -52,8 +52,8 @@ class UpdateWindowTest : public testing::Test, protected WindowUser {
 
   QQuickWindow* window() const override { return window_.view(); }
 
-  ScriptedSession session_;
-  UpdateWindow window_{session_, [] { return Appearance{.prefersReducedMotion = true}; }};
+  ScriptedRun run_;
+  UpdateWindow window_{run_, [] { return Appearance{.prefersReducedMotion = true}; }};
 };
 
 TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
@@ -81,7 +81,7 @@ TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
   int pictures = 0;
   for (const auto& [state, buttons, proceeds, cancels] : cases) {
     SCOPED_TRACE(static_cast<int>(state.stage));
-    session_.set(state);
+    run_.set(state);
     ASSERT_TRUE(QTest::qWaitForWindowExposed(window()));
     EXPECT_EQ(names(QAccessible::Button), buttons);
     EXPECT_TRUE(QTest::qWaitFor(
@@ -95,18 +95,18 @@ TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
       window()->grabWindow().save(QString("%1/update-%2.png").arg(folder).arg(++pictures));
     press(Qt::Key_Return);
     press(Qt::Key_Space);
-    EXPECT_EQ(session_.proceeded, proceeds);
-    EXPECT_EQ(session_.cancelled, cancels);
+    EXPECT_EQ(run_.proceeded, proceeds);
+    EXPECT_EQ(run_.cancelled, cancels);
     press(Qt::Key_Escape);
-    EXPECT_EQ(session_.cancelled, cancels + 1);
+    EXPECT_EQ(run_.cancelled, cancels + 1);
     window()->close();
-    EXPECT_EQ(session_.cancelled, cancels + 2);
-    session_.set({});
+    EXPECT_EQ(run_.cancelled, cancels + 2);
+    run_.set({});
   }
 }
 
 TEST_F(UpdateWindowTest, isOneWindowForTheWholeWayWithKeysForEachOfItsParts) {
-  session_.set(at(UpdateStage::available));
+  run_.set(at(UpdateStage::available));
   ASSERT_TRUE(QTest::qWaitForWindowExposed(window()));
   const auto* const notes = window_.view()->rootObject()->findChild<QQuickItem*>("notesArea");
   press(Qt::Key_Tab);
@@ -114,10 +114,10 @@ TEST_F(UpdateWindowTest, isOneWindowForTheWholeWayWithKeysForEachOfItsParts) {
   EXPECT_GT(notes->property("contentY").toDouble(), 0);
   press(Qt::Key_Tab);
   press(Qt::Key_Return);
-  EXPECT_EQ(session_.cancelled, 1) << "Return presses the button that has the focus";
+  EXPECT_EQ(run_.cancelled, 1) << "Return presses the button that has the focus";
 
   const QPointer<QQuickWindow> same = window();
-  session_.set(at(UpdateStage::downloading));
+  run_.set(at(UpdateStage::downloading));
   EXPECT_EQ(window(), same);
 }
 

@@ -2,24 +2,24 @@
 
 namespace sonvel {
 
-UpdatePresenter::UpdatePresenter(UpdateSession& session)
-    : session_(session)
-    , words_(wordsOf(session.state(), QLocale())) {}
+UpdatePresenter::UpdatePresenter(UpdateRun& run)
+    : run_(run)
+    , words_(wordsOf(run.state(), QLocale())) {}
 
 void UpdatePresenter::refresh() {
-  words_ = wordsOf(session_.state(), QLocale());
+  words_ = wordsOf(run_.state(), QLocale());
   Q_EMIT changed();
 }
 
 void UpdatePresenter::accept() {
   if (words_.acceptLabel.isEmpty()) return;
-  switch (session_.state().stage) {
+  switch (run_.state().stage) {
   case UpdateStage::available:
   case UpdateStage::ready:
   case UpdateStage::failed:
-    return session_.proceed();
+    return run_.proceed();
   default:
-    return session_.cancel();
+    return run_.cancel();
   }
 }
 
@@ -28,20 +28,20 @@ void UpdatePresenter::acceptByDefault() {
 }
 
 void UpdatePresenter::dismiss() {
-  session_.cancel();
+  run_.cancel();
 }
 
 QString UpdatePresenter::notes() const {
-  const UpdateState& state = session_.state();
+  const UpdateState& state = run_.state();
   return state.stage == UpdateStage::available ? QString::fromStdString(state.notes) : QString();
 }
 
 bool UpdatePresenter::isCounted() const {
-  return fractionOf(session_.state()).has_value();
+  return fractionOf(run_.state()).has_value();
 }
 
 double UpdatePresenter::fraction() const {
-  return fractionOf(session_.state()).value_or(0);
+  return fractionOf(run_.state()).value_or(0);
 }
 
 } // namespace sonvel

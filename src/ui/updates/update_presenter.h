@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/update_session.h"
+#include "platform/update_run.h"
 #include "ui/updates/update_words.h"
 
 #include <QObject>
@@ -8,7 +8,7 @@
 
 namespace sonvel {
 
-/// Presents an update session to the window's views: texts, numbers and button actions. Main thread.
+/// Presents an update run to the window's views: texts, numbers and button actions. Main thread.
 class UpdatePresenter final : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -27,10 +27,10 @@ class UpdatePresenter final : public QObject {
   Q_PROPERTY(bool hasFailed READ hasFailed NOTIFY changed)
 
  public:
-  /// `session` outlives this object.
-  explicit UpdatePresenter(UpdateSession& session);
+  /// `run` outlives this object.
+  explicit UpdatePresenter(UpdateRun& run);
 
-  /// Reads the session's current state.
+  /// Reads the run's current state.
   void refresh();
 
   /// First button: proceeds, or closes if there is nothing to proceed with.
@@ -62,18 +62,18 @@ class UpdatePresenter final : public QObject {
   QString dismissLabel() const { return words_.dismissLabel; }
 
   /// Whether the first button is the default one: not if the user did not ask for the update.
-  bool hasDefault() const { return !session_.state().isUnasked; }
+  bool hasDefault() const { return !run_.state().isUnasked; }
 
   /// A symbol name for the image provider.
   QString symbol() const { return words_.symbol; }
 
-  bool hasFailed() const { return session_.state().stage == UpdateStage::failed; }
+  bool hasFailed() const { return run_.state().stage == UpdateStage::failed; }
 
  Q_SIGNALS:
   void changed();
 
  private:
-  UpdateSession& session_;
+  UpdateRun& run_;
   UpdateWords words_;
 };
 

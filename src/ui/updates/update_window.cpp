@@ -46,20 +46,20 @@ class UpdateWindow::Theme final : public QObject {
   PanelTheme theme_;
 };
 
-UpdateWindow::UpdateWindow(UpdateSession& session, std::function<Appearance()> appearance)
-    : session_(session)
+UpdateWindow::UpdateWindow(UpdateRun& run, std::function<Appearance()> appearance)
+    : run_(run)
     , appearance_(std::move(appearance)) {
-  session_.setObserver(this);
+  run_.setObserver(this);
   updateStateChanged();
 }
 
 UpdateWindow::~UpdateWindow() {
-  session_.setObserver(nullptr);
+  run_.setObserver(nullptr);
   view_.reset();
 }
 
 void UpdateWindow::updateStateChanged() {
-  if (!session_.state().isVisible) return close();
+  if (!run_.state().isVisible) return close();
   if (!view_) return open();
   presenter_->refresh();
 }
@@ -82,7 +82,7 @@ bool UpdateWindow::eventFilter(QObject* watched, QEvent* event) {
 void UpdateWindow::open() {
   registerViews();
   qml_register_types_SonvelUpdates();
-  presenter_ = std::make_unique<UpdatePresenter>(session_);
+  presenter_ = std::make_unique<UpdatePresenter>(run_);
   theme_ = std::make_unique<Theme>(appearance_());
   view_ = std::make_unique<QQuickView>();
   theme_->panelTheme().install(*view_->engine());
@@ -95,7 +95,7 @@ void UpdateWindow::open() {
   view_->setInitialProperties({{QStringLiteral("presenter"), QVariant::fromValue(presenter_.get())}});
   view_->setSource(QUrl(QStringLiteral("qrc:/qt-project.org/imports/SonvelUpdates/UpdateView.qml")));
   view_->installEventFilter(this);
-  const bool isUnasked = session_.state().isUnasked;
+  const bool isUnasked = run_.state().isUnasked;
   // the property by which QWidget tells Qt's platform plugins
   view_->setProperty("_q_showWithoutActivating", isUnasked);
   view_->show();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/appearance.h"
-#include "platform/update_session.h"
+#include "platform/update_run.h"
 
 #include <QObject>
 #include <functional>
@@ -13,14 +13,14 @@ namespace sonvel {
 
 class UpdatePresenter;
 
-/// The window of an update, open while the session is visible. It takes the focus only if the user asked for
+/// The window of an update, open while the run is visible. It takes the focus only if the user asked for
 /// the update. Closing it cancels; if that is too late, it opens again when there is news. Main thread.
 class UpdateWindow final : public QObject, public UpdateSurface, private UpdateObserver {
   Q_OBJECT
 
  public:
-  /// `session` outlives this object. `appearance` is called whenever the window opens.
-  UpdateWindow(UpdateSession& session, std::function<Appearance()> appearance);
+  /// `run` outlives this object. `appearance` is called whenever the window opens.
+  UpdateWindow(UpdateRun& run, std::function<Appearance()> appearance);
   ~UpdateWindow() override;
 
   /// The window while it is open; null otherwise.
@@ -35,7 +35,7 @@ class UpdateWindow final : public QObject, public UpdateSurface, private UpdateO
   void open();
   void close();
 
-  UpdateSession& session_;
+  UpdateRun& run_;
   std::function<Appearance()> appearance_;
   std::unique_ptr<Theme> theme_;
   std::unique_ptr<UpdatePresenter> presenter_;

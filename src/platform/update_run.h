@@ -74,17 +74,17 @@ class UpdateObserver {
  public:
   virtual ~UpdateObserver() = default;
 
-  /// The session's state has changed.
+  /// The run's state has changed.
   virtual void updateStateChanged() = 0;
 
   /// The user asked again for what is already shown.
   virtual void updateAttentionWanted() = 0;
 };
 
-/// The course of an update from check to installation, controlled by the user. Main thread.
-class UpdateSession {
+/// One update run: the course of an update from check to installation, controlled by the user. Main thread.
+class UpdateRun {
  public:
-  virtual ~UpdateSession() = default;
+  virtual ~UpdateRun() = default;
 
   /// The current state.
   virtual const UpdateState& state() const noexcept = 0;
@@ -101,13 +101,13 @@ class UpdateSession {
   virtual void setObserver(UpdateObserver* observer) noexcept = 0;
 };
 
-/// Shows a session to the user.
+/// Shows a run to the user.
 class UpdateSurface {
  public:
   virtual ~UpdateSurface() = default;
 };
 
-/// Creates a surface; the session outlives it.
-using MakeUpdateSurface = std::function<std::unique_ptr<UpdateSurface>(UpdateSession&)>;
+/// Creates a surface; the run outlives it.
+using MakeUpdateSurface = std::function<std::unique_ptr<UpdateSurface>(UpdateRun&)>;
 
 } // namespace sonvel
