@@ -12,7 +12,7 @@ void planNothing(benchmark::State& state) {
   for (int i = 0; i < state.range(0); ++i) {
     const std::int32_t pid = 1000 + i;
     server.addStream(pid);
-    server.wantSession(server.wantTap(pid), FakeServer::kSpeakers);
+    server.wantFilter(server.wantTap(pid), FakeServer::kSpeakers);
   }
   server.settle();
   for ([[maybe_unused]] const auto _ :

@@ -21,28 +21,28 @@ struct DesiredTap {
   std::set<std::string> bundleIDs;      ///< later processes with one of these IDs join
   std::set<ProcessKey> formerStrangers; ///< processes that existed before the tap and were not listed
   bool isMuted = false;                 ///< only a muted tap has a node; others are read from the streams
-  bool standsBy = false;  ///< takes its streams without a session that reads them: they are silent
+  bool standsBy = false;  ///< takes its streams without a filter that reads them: they are silent
   bool isMono = false;    ///< its device has one channel
   bool isRetired = false; ///< destroyed in an open configuration
   bool isLeaving = false; ///< forgotten when its node has gone
 };
 
 /// The desired state of a started IOProc: a filter between taps and a device.
-struct DesiredSession {
-  std::string filterName;
+struct DesiredFilter {
+  std::string nodeName;
   std::string description;
   std::string deviceName;
   std::set<AudioObjectID> taps;
   bool isHeld = false;     ///< started in an open configuration: takes no streams yet
   bool isRetired = false;  ///< stopped in an open configuration: keeps running
-  bool isStopping = false; ///< its filter is removed when its taps' nodes are gone
+  bool isStopping = false; ///< removed when its taps' nodes are gone
   bool isOverdue = false;  ///< must stop now, wherever its streams are
 };
 
 /// Everything that this program wants in the server.
 struct DesiredState {
   std::map<AudioObjectID, DesiredTap> taps;
-  std::map<IOProcID, DesiredSession> sessions;
+  std::map<IOProcID, DesiredFilter> filters;
 };
 
 /// Two ports to be linked.

@@ -44,7 +44,7 @@ class GraphEdits {
   virtual ~GraphEdits() = default;
 
   virtual std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) = 0;
-  virtual std::unique_ptr<OwnObject> makeFilter(const DesiredSession& session, const IOProcBlock& block) = 0;
+  virtual std::unique_ptr<OwnObject> makeFilter(const DesiredFilter& filter, const IOProcBlock& block) = 0;
 
   /// Ready when samples flow through it as soon as its nodes run.
   virtual std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind kind) = 0;

@@ -10,8 +10,8 @@ namespace sonvel::pipewire {
 namespace {
 
 bool isOverdue(const PlanContext& context, AudioObjectID tap) {
-  return std::ranges::any_of(context.desired().sessions, [&](const auto& session) {
-    return session.second.isOverdue && session.second.taps.contains(tap);
+  return std::ranges::any_of(context.desired().filters, [&](const auto& filter) {
+    return filter.second.isOverdue && filter.second.taps.contains(tap);
   });
 }
 
@@ -44,15 +44,14 @@ void planTapNodes(const PlanContext& context, Plan& plan) {
 /// on the device would lose a cycle.
 void planFilters(const PlanContext& context, Plan& plan) {
   const OwnedObjects& owned = context.owned();
-  for (const auto& [id, session] : context.desired().sessions) {
-    const bool tapsHaveGone = std::ranges::none_of(session.taps, [&](AudioObjectID tap) {
-      return owned.tapNodes.contains(tap) && !context.isRead(tap);
-    });
-    if (!session.isStopping && !owned.filters.contains(id)) plan.filtersToCreate.push_back(id);
-    if (session.isStopping && owned.filters.contains(id) && tapsHaveGone) plan.filtersToDestroy.push_back(id);
+  for (const auto& [id, filter] : context.desired().filters) {
+    const bool tapsHaveGone = std::ranges::none_of(
+        filter.taps, [&](AudioObjectID tap) { return owned.tapNodes.contains(tap) && !context.isRead(tap); });
+    if (!filter.isStopping && !owned.filters.contains(id)) plan.filtersToCreate.push_back(id);
+    if (filter.isStopping && owned.filters.contains(id) && tapsHaveGone) plan.filtersToDestroy.push_back(id);
   }
   for (const auto id : owned.filters)
-    if (!context.desired().sessions.contains(id)) plan.filtersToDestroy.push_back(id);
+    if (!context.desired().filters.contains(id)) plan.filtersToDestroy.push_back(id);
 }
 
 /// Links streams that the session manager leaves unlinked, as 0.4 does after its restart.
@@ -78,8 +77,8 @@ void planLinks(const PlanContext& context, Plan& plan) {
   planStrandedStreams(context, plan);
   const auto isOwned = [&](const PortPair& pair) { return context.owned().links.contains(pair); };
   std::set<PortPair> wanted;
-  for (const auto& [id, session] : context.desired().sessions)
-    std::ranges::copy(context.linksOf(session), std::inserter(wanted, wanted.end()));
+  for (const auto& [id, filter] : context.desired().filters)
+    std::ranges::copy(context.linksOf(filter), std::inserter(wanted, wanted.end()));
   std::ranges::remove_copy_if(wanted, std::back_inserter(plan.linksToCreate), isOwned);
   wanted.insert(plan.strandedLinksToCreate.begin(), plan.strandedLinksToCreate.end());
   std::erase_if(plan.strandedLinksToCreate, isOwned);
@@ -87,11 +86,11 @@ void planLinks(const PlanContext& context, Plan& plan) {
     if (!wanted.contains(pair)) plan.linksToDestroy.push_back(pair);
 }
 
-/// Whether a session may take a stream now: the path to the device is linked. A stream that comes from
+/// Whether a filter may take a stream now: the path to the device is linked. A stream that comes from
 /// another tap of ours is taken earlier, because a short silence is better than sound at the wrong volume.
-bool mayTake(const PlanContext& context, const DesiredSession& session, bool isConnected, AudioObjectID tap,
+bool mayTake(const PlanContext& context, const DesiredFilter& filter, bool isConnected, AudioObjectID tap,
              GlobalID stream) {
-  if (session.isHeld || session.isStopping) return false;
+  if (filter.isHeld || filter.isStopping) return false;
   if (isConnected) return true;
   const auto former = context.tapNamed(targetTapOf(context.graph().graph(), stream));
   return former && *former != tap && context.graph().nodeNamed(context.desired().taps.at(tap).nodeName);
@@ -112,12 +111,12 @@ bool mayEnter(const PlanContext& context, GlobalID stream) {
 /// tap takes what no other tap wants.
 std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
   std::map<GlobalID, AudioObjectID> taps;
-  for (const auto& [id, session] : context.desired().sessions) {
-    const bool isConnected = context.isConnected(session);
-    for (const auto tap : session.taps) {
+  for (const auto& [id, filter] : context.desired().filters) {
+    const bool isConnected = context.isConnected(filter);
+    for (const auto tap : filter.taps) {
       if (!context.isRead(tap)) continue;
       for (const auto stream : context.streamsOf(context.desired().taps.at(tap)))
-        if (mayEnter(context, stream) && mayTake(context, session, isConnected, tap, stream))
+        if (mayEnter(context, stream) && mayTake(context, filter, isConnected, tap, stream))
           taps[stream] = std::max(taps[stream], tap);
     }
   }
@@ -191,10 +190,10 @@ Plan planEdits(const Graph& graph, const DesiredState& desired, const OwnedObjec
   return plan;
 }
 
-bool isSessionConnected(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
-                        IOProcID session) {
-  const auto found = desired.sessions.find(session);
-  return found != desired.sessions.end() && PlanContext(graph, desired, owned).isConnected(found->second);
+bool isFilterConnected(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
+                       IOProcID ioProc) {
+  const auto found = desired.filters.find(ioProc);
+  return found != desired.filters.end() && PlanContext(graph, desired, owned).isConnected(found->second);
 }
 
 bool isTapPartial(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,

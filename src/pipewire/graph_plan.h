@@ -10,9 +10,9 @@ namespace sonvel::pipewire {
 /// then the streams into the tap. Giving back: the streams, the tap, the filter.
 Plan planEdits(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned);
 
-/// Whether the session's filter is linked with its taps and its device.
-bool isSessionConnected(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
-                        IOProcID session);
+/// Whether the filter of a started IOProc is linked with its taps and its device.
+bool isFilterConnected(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
+                       IOProcID ioProc);
 
 /// Whether a muted tap wants a stream that can't be moved into it.
 bool isTapPartial(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,

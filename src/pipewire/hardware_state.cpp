@@ -99,8 +99,8 @@ void PipeWireHardware::State::ensureGuardian() {
 void PipeWireHardware::State::giveAllBack() {
   const LoopThread::Lock lock(loop);
   const auto deadline = deadlineFromNow();
-  for (auto& [id, session] : reconciler.desired().sessions)
-    session.isStopping = true;
+  for (auto& [id, filter] : reconciler.desired().filters)
+    filter.isStopping = true;
   for (auto& [id, tap] : reconciler.desired().taps)
     tap.isLeaving = true;
   reconciler.schedule();
@@ -142,10 +142,10 @@ OSStatus PipeWireHardware::State::waitShortly(const LoopThread::Lock& lock,
 }
 
 OSStatus PipeWireHardware::State::stop(const LoopThread::Lock& lock, const std::set<IOProcID>& ioProcs) {
-  auto& sessions = reconciler.desired().sessions;
+  auto& filters = reconciler.desired().filters;
   for (const auto ioProc : ioProcs)
-    if (const auto session = sessions.find(ioProc); session != sessions.end())
-      (isConfiguring ? session->second.isRetired : session->second.isStopping) = true;
+    if (const auto filter = filters.find(ioProc); filter != filters.end())
+      (isConfiguring ? filter->second.isRetired : filter->second.isStopping) = true;
   if (isConfiguring) return kNoError;
   reconciler.schedule();
   const auto haveGone = [&] {
@@ -155,14 +155,13 @@ OSStatus PipeWireHardware::State::stop(const LoopThread::Lock& lock, const std::
   if (outcome == status::kUnspecified) {
     // The streams have their new targets; removing the tap's node makes them leave.
     for (const auto ioProc : ioProcs)
-      if (const auto session = sessions.find(ioProc); session != sessions.end())
-        session->second.isOverdue = true;
+      if (const auto filter = filters.find(ioProc); filter != filters.end()) filter->second.isOverdue = true;
     reconciler.schedule();
     outcome = waitFor(lock, deadlineFromNow(), haveGone);
   }
   if (outcome == status::kUnspecified) return outcome;
   for (const auto ioProc : ioProcs) { // if the server is gone, they are gone too
-    sessions.erase(ioProc);
+    filters.erase(ioProc);
     reconciler.dropBlock(ioProc);
   }
   return kNoError;
@@ -171,9 +170,9 @@ OSStatus PipeWireHardware::State::stop(const LoopThread::Lock& lock, const std::
 OSStatus PipeWireHardware::State::commit(const LoopThread::Lock& lock) {
   isConfiguring = false;
   std::set<IOProcID> retired;
-  for (auto& [id, session] : reconciler.desired().sessions) {
-    session.isHeld = false;
-    if (session.isRetired) retired.insert(id);
+  for (auto& [id, filter] : reconciler.desired().filters) {
+    filter.isHeld = false;
+    if (filter.isRetired) retired.insert(id);
   }
   for (auto& [id, tap] : reconciler.desired().taps)
     tap.isLeaving |= tap.isRetired;

@@ -137,18 +137,18 @@ OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
   if (installed == aggregate->second.ioProcs.end()) return status::kBadObject;
   if (!state_->server->isReady()) return status::kNotRunning;
   if (!state_->server->mayHaveTaps()) return status::kIllegalOperation;
-  auto& sessions = state_->reconciler.desired().sessions;
-  if (const auto running = sessions.find(ioProc); running != sessions.end()) {
+  auto& filters = state_->reconciler.desired().filters;
+  if (const auto running = filters.find(ioProc); running != filters.end()) {
     running->second.isRetired = false;
     return running->second.isStopping ? status::kIllegalOperation : kNoError;
   }
   state_->reconciler.setBlock(ioProc, installed->second);
   const AggregateDeviceDescription& description = aggregate->second.description;
-  sessions[ioProc] = {.filterName = state_->uniqueName("sonvel-aggregate-"),
-                      .description = description.name,
-                      .deviceName = description.subDevices.front().uid,
-                      .taps = aggregate->second.taps,
-                      .isHeld = state_->isConfiguring};
+  filters[ioProc] = {.nodeName = state_->uniqueName("sonvel-aggregate-"),
+                     .description = description.name,
+                     .deviceName = description.subDevices.front().uid,
+                     .taps = aggregate->second.taps,
+                     .isHeld = state_->isConfiguring};
   state_->reconciler.schedule();
   const OSStatus outcome = state_->waitShortly(
       lock, [&] { return state_->reconciler.isConnected(ioProc) || state_->reconciler.isRefused(ioProc); });

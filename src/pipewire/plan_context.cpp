@@ -20,9 +20,9 @@ PlanContext::PlanContext(const Graph& graph, const DesiredState& desired, const 
     tapByName_[tap.nodeName] = id;
     if (tap.standsBy && !tap.isLeaving) readTaps_.insert(id);
   }
-  for (const auto& [id, session] : desired.sessions) {
-    if (session.isStopping) continue;
-    for (const auto tap : session.taps)
+  for (const auto& [id, filter] : desired.filters) {
+    if (filter.isStopping) continue;
+    for (const auto tap : filter.taps)
       if (const auto found = desired.taps.find(tap);
           found != desired.taps.end() && found->second.isMuted && !found->second.isLeaving)
         readTaps_.insert(tap);
@@ -90,16 +90,16 @@ std::vector<PortPair> PlanContext::tapLinks(const DesiredTap& tap,
   return pairs;
 }
 
-std::vector<PortPair> PlanContext::linksOf(const DesiredSession& session) const {
-  const auto filter = index_.nodeNamed(session.filterName);
-  if (!filter) return {};
+std::vector<PortPair> PlanContext::linksOf(const DesiredFilter& filter) const {
+  const auto node = index_.nodeNamed(filter.nodeName);
+  if (!node) return {};
   std::vector<PortPair> pairs;
-  const auto inputs = index_.portsOf(*filter, PortDirection::in, false);
-  for (const auto tapID : session.taps)
+  const auto inputs = index_.portsOf(*node, PortDirection::in, false);
+  for (const auto tapID : filter.taps)
     if (const auto tap = desired_.taps.find(tapID); tap != desired_.taps.end())
       std::ranges::copy(tapLinks(tap->second, inputs), std::back_inserter(pairs));
-  if (const auto device = index_.nodeNamed(session.deviceName)) {
-    auto outputs = index_.portsOf(*filter, PortDirection::out, false);
+  if (const auto device = index_.nodeNamed(filter.deviceName)) {
+    auto outputs = index_.portsOf(*node, PortDirection::out, false);
     const auto channels = index_.portsOf(*device, PortDirection::in, false);
     // both channels carry the same: see isMono
     if (channels.size() == 1 && outputs.size() > 1) outputs.resize(1);
@@ -117,14 +117,14 @@ bool PlanContext::hearsTap(const std::vector<PortPair>& links, AudioObjectID tap
          });
 }
 
-bool PlanContext::isConnected(const DesiredSession& session) const {
-  const auto device = index_.nodeNamed(session.deviceName);
+bool PlanContext::isConnected(const DesiredFilter& filter) const {
+  const auto device = index_.nodeNamed(filter.deviceName);
   if (!device) return false;
-  const auto links = linksOf(session);
+  const auto links = linksOf(filter);
   const bool reachesDevice = std::ranges::any_of(
       links, [&](const PortPair& pair) { return index_.graph().ports.at(pair.input).node == *device; });
   return reachesDevice &&
-         std::ranges::all_of(session.taps, [&](AudioObjectID tap) { return hearsTap(links, tap); }) &&
+         std::ranges::all_of(filter.taps, [&](AudioObjectID tap) { return hearsTap(links, tap); }) &&
          std::ranges::all_of(links, [&](const PortPair& pair) {
            const auto link = owned_.links.find(pair);
            return link != owned_.links.end() && link->second;
@@ -132,12 +132,12 @@ bool PlanContext::isConnected(const DesiredSession& session) const {
 }
 
 void suitTapsToDevices(const Graph& graph, DesiredState& desired) {
-  for (const auto& [id, session] : desired.sessions) {
-    const auto device = session.isStopping ? std::nullopt : graph.nodeNamed(session.deviceName);
+  for (const auto& [id, filter] : desired.filters) {
+    const auto device = filter.isStopping ? std::nullopt : graph.nodeNamed(filter.deviceName);
     if (!device) continue;
     const auto channels = graph.portsOf(*device, PortDirection::in, false);
     if (channels.empty()) continue;
-    for (const auto tap : session.taps)
+    for (const auto tap : filter.taps)
       if (const auto found = desired.taps.find(tap); found != desired.taps.end())
         found->second.isMono = channels.size() == 1;
   }

@@ -19,7 +19,7 @@ class PlanContext {
   /// The streams that a tap captures.
   std::vector<GlobalID> streamsOf(const DesiredTap& tap) const;
 
-  /// Whether a muted tap is read by a continuing session, or is a standby tap.
+  /// Whether a muted tap is read by a continuing filter, or is a standby tap.
   bool isRead(AudioObjectID tap) const { return readTaps_.contains(tap); }
 
   /// Our tap whose node has that name; none if there is none.
@@ -31,11 +31,11 @@ class PlanContext {
   /// Whether the stream belongs into this tap.
   bool belongsIn(GlobalID stream, AudioObjectID tap) const;
 
-  /// Whether the session's filter is linked with its taps and its device.
-  bool isConnected(const DesiredSession& session) const;
+  /// Whether the filter is linked with its taps and its device.
+  bool isConnected(const DesiredFilter& filter) const;
 
-  /// All links that a session needs; fewer while a node or port is missing.
-  std::vector<PortPair> linksOf(const DesiredSession& session) const;
+  /// All links that a filter needs; fewer while a node or port is missing.
+  std::vector<PortPair> linksOf(const DesiredFilter& filter) const;
 
   /// Pairs left with left and right with right; a mono side is paired with both.
   std::vector<PortPair> stereoPairs(const std::vector<GlobalID>& outputs,

@@ -53,16 +53,16 @@ void Reconciler::releaseServerObjects() {
   gate_.reset();
 }
 
-bool Reconciler::isConnected(IOProcID session) const {
-  return isSessionConnected(graph_, desired_, owned(), session);
+bool Reconciler::isConnected(IOProcID ioProc) const {
+  return isFilterConnected(graph_, desired_, owned(), ioProc);
 }
 
-bool Reconciler::isRefused(IOProcID session) const {
+bool Reconciler::isRefused(IOProcID ioProc) const {
   const auto isFailed = [](const OwnObject& object) { return object.state() == State::failed; };
-  const auto filter = filters_.find(session);
+  const auto filter = filters_.find(ioProc);
   if (filter != filters_.end() && isFailed(*filter->second)) return true;
-  const auto found = desired_.sessions.find(session);
-  return found != desired_.sessions.end() && std::ranges::any_of(found->second.taps, [&](AudioObjectID tap) {
+  const auto found = desired_.filters.find(ioProc);
+  return found != desired_.filters.end() && std::ranges::any_of(found->second.taps, [&](AudioObjectID tap) {
            const auto node = tapNodes_.find(tap);
            return node != tapNodes_.end() && isFailed(*node->second.object);
          });
@@ -144,21 +144,21 @@ void Reconciler::applyNodes(const Plan& plan) {
     logEdit("tap %u: remove its node", tap);
     tapNodes_.erase(tap);
   }
-  for (const auto session : plan.filtersToDestroy) {
-    logEdit("session %llu: remove its filter", static_cast<unsigned long long>(session));
-    filters_.erase(session);
+  for (const auto id : plan.filtersToDestroy) {
+    logEdit("IOProc %llu: remove its filter", static_cast<unsigned long long>(id));
+    filters_.erase(id);
   }
   for (const auto id : plan.tapNodesToCreate) {
     const DesiredTap& tap = desired_.taps.at(id);
-    logEdit("tap %u: node %s for a started session%s", id, tap.nodeName.c_str(),
+    logEdit("tap %u: node %s for a started IOProc%s", id, tap.nodeName.c_str(),
             tap.isMono ? ", mono as its device" : "");
     tapNodes_[id] = {edits_->makeTapNode(tap), tap.isMono};
   }
   for (const auto id : plan.filtersToCreate) {
-    const DesiredSession& session = desired_.sessions.at(id);
-    logEdit("session %llu: filter %s to %s", static_cast<unsigned long long>(id), session.filterName.c_str(),
-            session.deviceName.c_str());
-    filters_[id] = edits_->makeFilter(session, blocks_.at(id));
+    const DesiredFilter& filter = desired_.filters.at(id);
+    logEdit("IOProc %llu: filter %s to %s", static_cast<unsigned long long>(id), filter.nodeName.c_str(),
+            filter.deviceName.c_str());
+    filters_[id] = edits_->makeFilter(filter, blocks_.at(id));
   }
 }
 
@@ -168,7 +168,7 @@ void Reconciler::applyLinks(const Plan& plan) {
     links_.erase(pair);
   }
   for (const auto& pair : plan.linksToCreate) {
-    logEdit("link %u to %u: a session needs it", pair.output, pair.input);
+    logEdit("link %u to %u: a filter needs it", pair.output, pair.input);
     links_[pair] = edits_->makeLink(pair, LinkKind::passing);
   }
   for (const auto& pair : plan.strandedLinksToCreate) {

@@ -32,23 +32,23 @@ class Reconciler {
 
   DesiredState& desired() noexcept { return desired_; }
 
-  /// The block that a session runs.
-  void setBlock(IOProcID session, IOProcBlock block) { blocks_[session] = std::move(block); }
+  /// The block that the filter of an IOProc runs.
+  void setBlock(IOProcID ioProc, IOProcBlock block) { blocks_[ioProc] = std::move(block); }
 
-  void dropBlock(IOProcID session) { blocks_.erase(session); }
+  void dropBlock(IOProcID ioProc) { blocks_.erase(ioProc); }
 
-  /// Whether the session's filter is linked with its taps and its device.
-  bool isConnected(IOProcID session) const;
+  /// Whether the filter of a started IOProc is linked with its taps and its device.
+  bool isConnected(IOProcID ioProc) const;
 
-  /// Whether the server refused something that a session needs.
-  bool isRefused(IOProcID session) const;
+  /// Whether the server refused something that its filter needs.
+  bool isRefused(IOProcID ioProc) const;
 
   /// Whether a muted tap wants a stream that can't be moved into it.
   bool isPartial(AudioObjectID tap) const;
 
   bool ownsNothing() const { return tapNodes_.empty() && filters_.empty(); }
 
-  bool hasFilter(IOProcID session) const { return filters_.contains(session); }
+  bool hasFilter(IOProcID ioProc) const { return filters_.contains(ioProc); }
 
   bool hasTapNode(AudioObjectID tap) const { return tapNodes_.contains(tap); }
 

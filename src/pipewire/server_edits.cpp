@@ -36,8 +36,8 @@ std::unique_ptr<OwnObject> ServerEdits::makeTapNode(const DesiredTap& tap) {
                                         tapNodeProperties(tap), changed_);
 }
 
-std::unique_ptr<OwnObject> ServerEdits::makeFilter(const DesiredSession& session, const IOProcBlock& block) {
-  return std::make_unique<IOFilter>(server_.core(), session.filterName, session.description, block, changed_);
+std::unique_ptr<OwnObject> ServerEdits::makeFilter(const DesiredFilter& filter, const IOProcBlock& block) {
+  return std::make_unique<IOFilter>(server_.core(), filter.nodeName, filter.description, block, changed_);
 }
 
 std::unique_ptr<OwnObject> ServerEdits::makeLink(const PortPair& ports, LinkKind kind) {

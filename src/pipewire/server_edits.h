@@ -15,7 +15,7 @@ class ServerEdits final : public GraphEdits {
   ServerEdits(ServerConnection& server, std::function<void()> changed);
 
   std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) override;
-  std::unique_ptr<OwnObject> makeFilter(const DesiredSession& session, const IOProcBlock& block) override;
+  std::unique_ptr<OwnObject> makeFilter(const DesiredFilter& filter, const IOProcBlock& block) override;
   std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind kind) override;
   void cutLink(GlobalID link) override;
   void write(GlobalID stream, const MetadataWrite& write) override;

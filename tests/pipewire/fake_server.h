@@ -92,26 +92,26 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return id;
   }
 
-  IOProcID wantSession(AudioObjectID tap, const std::string& device, bool isHeld = false) {
+  IOProcID wantFilter(AudioObjectID tap, const std::string& device, bool isHeld = false) {
     const IOProcID id = ++lastSerial_;
     reconciler.setBlock(id, {});
-    reconciler.desired().sessions[id] = {.filterName = "sonvel-aggregate-" + std::to_string(id),
-                                         .description = "",
-                                         .deviceName = device,
-                                         .taps = {tap},
-                                         .isHeld = isHeld};
+    reconciler.desired().filters[id] = {.nodeName = "sonvel-aggregate-" + std::to_string(id),
+                                        .description = "",
+                                        .deviceName = device,
+                                        .taps = {tap},
+                                        .isHeld = isHeld};
     return id;
   }
 
-  DesiredSession& session(IOProcID id) { return reconciler.desired().sessions.at(id); }
+  DesiredFilter& filter(IOProcID id) { return reconciler.desired().filters.at(id); }
 
   const std::string& tapName(AudioObjectID tap) { return reconciler.desired().taps.at(tap).nodeName; }
 
   /// Runs the reconciler and the oldest pending request. False if there is none.
   bool advance() {
     reconciler.reconcile();
-    std::erase_if(reconciler.desired().sessions, [this](const auto& session) {
-      return session.second.isStopping && !reconciler.hasFilter(session.first);
+    std::erase_if(reconciler.desired().filters, [this](const auto& filter) {
+      return filter.second.isStopping && !reconciler.hasFilter(filter.first);
     });
     if (inFlight_.empty()) return false;
     const auto happens = std::move(inFlight_.front());
@@ -173,8 +173,8 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return makeNode(tap.nodeName, tap.isMono ? Channels{"MONO"} : kStereoChannels, true);
   }
 
-  std::unique_ptr<OwnObject> makeFilter(const DesiredSession& session, const IOProcBlock&) override {
-    return makeNode(session.filterName, kStereoChannels, false);
+  std::unique_ptr<OwnObject> makeFilter(const DesiredFilter& filter, const IOProcBlock&) override {
+    return makeNode(filter.nodeName, kStereoChannels, false);
   }
 
   std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind) override {

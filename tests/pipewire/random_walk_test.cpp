@@ -28,8 +28,8 @@ class Walk {
 
   void expectEveryoneIsHeardWhereTheyBelong() {
     std::size_t nodes = 0;
-    for (const auto& [id, session] : server_.reconciler.desired().sessions)
-      nodes += server_.reconciler.desired().taps.at(*session.taps.begin()).isMuted ? 2U : 1U;
+    for (const auto& [id, filter] : server_.reconciler.desired().filters)
+      nodes += server_.reconciler.desired().taps.at(*filter.taps.begin()).isMuted ? 2U : 1U;
     EXPECT_EQ(server_.countOwnNodes(), nodes);
     for (const auto stream : server_.streams()) {
       if (server_.graph.nodes.at(stream).cannotBeMoved) continue;
@@ -50,7 +50,7 @@ class Walk {
   void disturb() {
     const auto what = below(9);
     if (what < 2) return changeStreams();
-    if (what < 4) return changeSessions();
+    if (what < 4) return changeFilters();
     if (what == 4) return changeSinks();
     if (what == 5) return loseSomething();
     moveSomething();
@@ -64,17 +64,17 @@ class Walk {
       server_.graph.nodes.at(stream).cannotBeMoved = true;
   }
 
-  /// One session per process; a running one is stopped or replaced within a configuration.
-  void changeSessions() {
+  /// One filter per process; a running one is stopped or replaced within a configuration.
+  void changeFilters() {
     const auto pid = static_cast<std::int32_t>(1 + below(3));
     auto& desired = server_.reconciler.desired();
-    const auto running = sessions_.find(pid);
-    if (running != sessions_.end()) {
-      desired.sessions.at(running->second).isStopping = true;
-      sessions_.erase(running);
+    const auto running = filters_.find(pid);
+    if (running != filters_.end()) {
+      desired.filters.at(running->second).isStopping = true;
+      filters_.erase(running);
       if (below(2) == 0) return;
     }
-    sessions_[pid] = server_.wantSession(server_.wantTap(pid, below(4) > 0), anySink());
+    filters_[pid] = server_.wantFilter(server_.wantTap(pid, below(4) > 0), anySink());
   }
 
   void changeSinks() {
@@ -111,21 +111,21 @@ class Walk {
       server_.moveStream(stream, anySink());
   }
 
-  /// Where a stream must be heard in the end, according to its user and its session.
+  /// Where a stream must be heard in the end, according to its user and its tap.
   std::string placeOf(GlobalID stream) {
     const auto pid = server_.graph.clients.at(*server_.graph.nodes.at(stream).client).facts.processID;
-    const auto running = sessions_.find(pid);
-    if (running != sessions_.end()) {
-      const DesiredSession& session = server_.session(running->second);
-      if (server_.reconciler.desired().taps.at(*session.taps.begin()).isMuted)
-        return "tap:" + session.deviceName;
+    const auto running = filters_.find(pid);
+    if (running != filters_.end()) {
+      const DesiredFilter& filter = server_.filter(running->second);
+      if (server_.reconciler.desired().taps.at(*filter.taps.begin()).isMuted)
+        return "tap:" + filter.deviceName;
     }
     return server_.graph.nodes.at(usersTargetOf(server_.graph, stream).value()).name;
   }
 
   std::mt19937 random_;
   FakeServer server_;
-  std::map<std::int32_t, IOProcID> sessions_;
+  std::map<std::int32_t, IOProcID> filters_;
 };
 
 } // namespace

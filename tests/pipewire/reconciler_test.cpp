@@ -26,7 +26,7 @@ class ReconcilerTest : public testing::Test {
   /// A tap on the player, played to the headphones.
   void start() {
     tap_ = server_.wantTap(kPlayer);
-    session_ = server_.wantSession(tap_, kHeadphones);
+    filter_ = server_.wantFilter(tap_, kHeadphones);
     ASSERT_TRUE(server_.settle());
   }
 
@@ -44,25 +44,25 @@ class ReconcilerTest : public testing::Test {
   GlobalID stream_ = server_.addStream(kPlayer);
   GlobalID other_ = server_.addStream(kOther);
   AudioObjectID tap_ = 0;
-  IOProcID session_ = 0;
+  IOProcID filter_ = 0;
 };
 
 } // namespace
 
 TEST_F(ReconcilerTest, TakesOverChangesDeviceAndGivesBackWithoutAGap) {
   tap_ = server_.wantTap(kPlayer);
-  session_ = server_.wantSession(tap_, kHeadphones);
+  filter_ = server_.wantFilter(tap_, kHeadphones);
   settleWithoutAGap();
   EXPECT_THAT(server_.heardAt(stream_), ElementsAre(kThroughHeadphones));
 
-  // A configuration: the new session is ready while the old one plays, then everything changes at once.
+  // A configuration: the new filter is ready while the old one plays, then everything changes at once.
   const AudioObjectID newTap = server_.wantTap(kPlayer);
-  const IOProcID newSession = server_.wantSession(newTap, kSpeakers, true);
+  const IOProcID newFilter = server_.wantFilter(newTap, kSpeakers, true);
   settleWithoutAGap();
   EXPECT_THAT(server_.heardAt(stream_), ElementsAre(kThroughHeadphones));
-  EXPECT_TRUE(server_.reconciler.isConnected(newSession));
-  server_.session(newSession).isHeld = false;
-  server_.session(session_).isStopping = true;
+  EXPECT_TRUE(server_.reconciler.isConnected(newFilter));
+  server_.filter(newFilter).isHeld = false;
+  server_.filter(filter_).isStopping = true;
   server_.reconciler.desired().taps.at(tap_).isLeaving = true;
   while (server_.advance())
     ASSERT_THAT(server_.heardAt(stream_), testing::Not(testing::Contains(kSpeakers)));
@@ -70,8 +70,8 @@ TEST_F(ReconcilerTest, TakesOverChangesDeviceAndGivesBackWithoutAGap) {
   EXPECT_THAT(server_.heardAt(stream_), ElementsAre("tap:speakers"));
   EXPECT_EQ(server_.countOwnNodes(), 2U);
 
-  session_ = newSession;
-  server_.session(session_).isStopping = true;
+  filter_ = newFilter;
+  server_.filter(filter_).isStopping = true;
   settleWithoutAGap();
   EXPECT_THAT(server_.heardAt(stream_), ElementsAre(kSpeakers));
   EXPECT_EQ(server_.countOwnNodes(), 0U);
@@ -80,7 +80,7 @@ TEST_F(ReconcilerTest, TakesOverChangesDeviceAndGivesBackWithoutAGap) {
 
 TEST_F(ReconcilerTest, OfTwoTapsTheNewerHasTheStream) {
   start();
-  server_.wantSession(server_.wantTap(kPlayer), kSpeakers);
+  server_.wantFilter(server_.wantTap(kPlayer), kSpeakers);
   ASSERT_TRUE(server_.settle());
   EXPECT_THAT(server_.heardAt(stream_), ElementsAre("tap:speakers"));
 }
@@ -131,9 +131,9 @@ TEST_F(ReconcilerTest, LinksSuitTheChannelsAtBothEnds) {
     const GlobalID stream = server_.addStream(pid, isMuted ? kStereoChannels : channels);
     const GlobalID sink = server_.addSink(name, device);
     const AudioObjectID tap = server_.wantTap(pid, isMuted);
-    session_ = server_.wantSession(tap, name);
+    filter_ = server_.wantFilter(tap, name);
     ASSERT_TRUE(server_.settle());
-    const GlobalID filter = server_.idOf(server_.session(session_).filterName);
+    const GlobalID filter = server_.idOf(server_.filter(filter_).nodeName);
     const GlobalID source = isMuted ? server_.idOf(server_.tapName(tap)) : stream;
     EXPECT_EQ(server_.channelsLinked(source, filter), intoFilter);
     EXPECT_EQ(server_.channelsLinked(filter, sink), intoDevice);
