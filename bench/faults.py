@@ -16,7 +16,7 @@ from support.bus import BIN
 from support.desktop import Application, Desktop, example_players
 from support.hearing import RATE, decibels
 from support.lines import LineProcess
-from support.session import sink_properties
+from support.machine import sink_properties
 from support.waiting import wait_until
 
 GAIN = 0.5
@@ -54,7 +54,7 @@ class Stand:
     """A desktop with players that the real program plays at half their level, with its panel closed."""
 
     def __init__(self, desktop, program=(BIN / "sonvel",), environment=None):
-        self.desktop, self.session = desktop, desktop.session
+        self.desktop, self.machine = desktop, desktop.machine
         self.players, self.rate = example_players(), RATE
         self.environment = desktop.environment | (environment or {})
         for player in self.players:
@@ -63,7 +63,7 @@ class Stand:
         self.halve(*self.players)
 
     def start(self, *program):
-        self.sonvel = self.session.start(*program, "--background", environment=self.environment)
+        self.sonvel = self.machine.start(*program, "--background", environment=self.environment)
         wait_until(lambda: self.command("list") is not None, what="the program")
 
     def command(self, *words):
@@ -86,7 +86,7 @@ class Stand:
         """The names of the players that are not heard right now."""
         heard = {}
         for name in {player.sink for player in self.players}:
-            sink = self.session.sink(name)
+            sink = self.machine.sink(name)
             heard[name] = sink.since(max(0, sink.mark() - WINDOW)).left[:WINDOW]
         return [player.name for player in self.players if not self.is_right(player, heard[player.sink])]
 
@@ -103,7 +103,7 @@ class Stand:
         """The longest time since then for which one of the first three players was not heard right."""
         longest = 0
         for player in self.players[:3]:
-            heard = self.session.sink(player.sink).since(marks[player.sink]).left
+            heard = self.machine.sink(player.sink).since(marks[player.sink]).left
             bad = sum(not self.is_right(player, heard[end - WINDOW:end]) for end in range(WINDOW, len(heard), HOP))
             longest = max(longest, bad * HOP - WINDOW)  # one bad frame spoils every window that contains it
         return longest / RATE
@@ -113,13 +113,13 @@ class Stand:
         unless it began earlier."""
         for player in self.players:
             player.gain = gain
-        marks = {name: sink.mark() for name, sink in self.session.sinks.items()}
-        listeners = list(self.session.sinks.values())
+        marks = {name: sink.mark() for name, sink in self.machine.sinks.items()}
+        listeners = list(self.machine.sinks.values())
         do()
         began = began or time.monotonic()
         self.wait_until_right()
         seconds = max(0, time.monotonic() - STEADY - began)
-        is_same = listeners == list(self.session.sinks.values())
+        is_same = listeners == list(self.machine.sinks.values())
         return what, f"{gain:.0%}", seconds, self.seconds_wrong(marks) if is_same else None
 
     def replay(self, *names):
@@ -135,16 +135,16 @@ class Stand:
         added = [Application(f"player-{number}", "tone-player", 3000 + 100 * number, 0.01, "") for number in
                  range(first, first + count)]
         for player in added:
-            self.tone_player = self.session.player(player.frequency, player.amplitude, player.name, **properties)
+            self.tone_player = self.machine.player(player.frequency, player.amplitude, player.name, **properties)
         self.players += added
         self.halve(*added)
 
     def add_foreign_nodes(self):
         """Nodes that carry no application's sound."""
-        maker = self.session.start("pw-cli", stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True, bufsize=1)
+        maker = self.machine.start("pw-cli", stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True, bufsize=1)
 
         def count():
-            return sum("foreign-" in node.get("node.name", "") for node in self.session.graph.objects("Node"))
+            return sum("foreign-" in node.get("node.name", "") for node in self.machine.graph.objects("Node"))
 
         for number in range(FOREIGN_NODES):
             node = sink_properties(f"foreign-{number}", 0) | {"media.class": "Audio/Sink/Internal"}
@@ -158,7 +158,7 @@ class Stand:
         return time.monotonic() - start
 
     def expect_nothing_left(self):
-        wait_until(lambda: not self.session.graph.of_ours(), what="the end of all that is ours")
+        wait_until(lambda: not self.machine.graph.of_ours(), what="the end of all that is ours")
 
 
 @contextmanager
@@ -188,28 +188,28 @@ def stopped():
 @fault
 def server():
     with stand() as one:
-        one.session.restart("pipewire")
+        one.machine.restart("pipewire")
         yield one.row("PipeWire killed and restarted: from the players' new start", one.replay)
 
 
 @fault
 def session_manager():
     with stand() as one:
-        yield one.row("Session manager killed and restarted", lambda: one.session.restart("wireplumber"))
+        yield one.row("Session manager killed and restarted", lambda: one.machine.restart("wireplumber"))
 
 
 @fault
 def other_session_manager():
     with stand() as one:
         for name, text in OTHER_POLICY.items():
-            one.session.write(f"config/wireplumber/{name}", text)
-        yield one.row("Session manager restarted with another policy", lambda: one.session.restart("wireplumber"))
+            one.machine.write(f"config/wireplumber/{name}", text)
+        yield one.row("Session manager restarted with another policy", lambda: one.machine.restart("wireplumber"))
 
 
 @fault
 def pulse_server():
     with stand() as one:
-        one.session.restart("pipewire-pulse")
+        one.machine.restart("pipewire-pulse")
         yield one.row("pipewire-pulse killed and restarted: from its players' new start",
                       lambda: one.replay("Jukebox", "Cinema"))
 
@@ -239,7 +239,7 @@ def clock():
     with stand() as one:
         for key, value in (("rate", 44100), ("rate", RATE), ("quantum", 64), ("quantum", 2048), ("quantum", 0)):
             one.rate = 44100 if value == 44100 else RATE
-            yield one.row(f"clock.force-{key} set to {value}", lambda: one.session.run(
+            yield one.row(f"clock.force-{key} set to {value}", lambda: one.machine.run(
                 "pw-metadata", "-n", "settings", 0, f"clock.force-{key}", value))
 
 
@@ -254,9 +254,9 @@ def renamed():
 def broken_names():
     with Desktop(is_read=False) as desktop:
         sink = json.dumps(sink_properties(BROKEN_NAME, 500), ensure_ascii=False)
-        desktop.session.write("config/pipewire/pipewire.conf.d/60-broken.conf",
+        desktop.machine.write("config/pipewire/pipewire.conf.d/60-broken.conf",
                               f"context.objects = [ {{ factory = adapter args = {sink} }} ]")
-        desktop.session.restart("pipewire")
+        desktop.machine.restart("pipewire")
         one = Stand(desktop)
         one.add_players(1, 1, node__name=BROKEN_NAME, media__name=BROKEN_NAME, application__name=BROKEN_NAME)
         yield one.row("A player and a device with names of 4,096 bytes of invalid UTF-8",
@@ -278,7 +278,7 @@ def homes():
 @fault
 def time_set_back():
     with Desktop(is_read=False) as desktop:
-        file = desktop.session.folder / "time"
+        file = desktop.machine.folder / "time"
         file.write_text("+0")
         one = Stand(desktop, environment={"LD_PRELOAD": FAKE_TIME, "FAKETIME_TIMESTAMP_FILE": str(file),
                                           "FAKETIME_NO_CACHE": "1", "FAKETIME_DONT_FAKE_MONOTONIC": "1"})

@@ -50,20 +50,20 @@ def delay_of_change(bus, sink, name, percent, quantum):
 
 def bench(quantum):
     with Desktop(is_read=False, quantum=quantum) as desktop:
-        session = desktop.session
-        impulses = session.player(signal="impulses", amplitude=0.8, program="impulses")
-        sink = session.sink()
+        machine = desktop.machine
+        impulses = machine.player(signal="impulses", amplitude=0.8, program="impulses")
+        sink = machine.sink()
         direct = impulse_phase(sink)
         sonvel = desktop.start()
         icon, bus = desktop.tray.icon(), connect(desktop.environment)
         icon.click()
         wait_until(lambda: "impulses" in keys(bus), what="the row")
         wait_until(lambda: any(str(node.get("node.name")).startswith("sonvel-tap")
-                               for node in session.graph.objects("Node")), what="the tap")
+                               for node in machine.graph.objects("Node")), what="the tap")
         time.sleep(1)
         tapped = impulse_phase(sink)
         impulses.finish()
-        session.player(signal="counter", amplitude=0.5, program="counter")
+        machine.player(signal="counter", amplitude=0.5, program="counter")
         wait_until(lambda: "counter" in keys(bus), what="the second row")
         time.sleep(1)
         found = [delay_of_change(bus, sink, "counter", LOW if number % 2 == 0 else 100, quantum)

@@ -5,7 +5,7 @@ import sys
 from measuring import busy_percent
 from support.bus import end
 from support.desktop import Desktop
-from support.session import DAEMONS
+from support.machine import DAEMONS
 from support.waiting import wait_until
 
 SETTLING, MEASURED = 3, 8  # seconds
@@ -14,17 +14,17 @@ PATIENCE = 60
 
 class LoadBench:
     def __init__(self, desktop, count):
-        self.desktop, self.session, self.count = desktop, desktop.session, count
-        self.players = [self.session.player(200 + 10 * number, 0.4 / count, program=f"player-{number}")
+        self.desktop, self.machine, self.count = desktop, desktop.machine, count
+        self.players = [self.machine.player(200 + 10 * number, 0.4 / count, program=f"player-{number}")
                         for number in range(count)]
 
     def nodes(self, prefix):
-        return [node for node in self.session.graph.objects("Node") if str(node.get("node.name")).startswith(prefix)]
+        return [node for node in self.machine.graph.objects("Node") if str(node.get("node.name")).startswith(prefix)]
 
     def is_linked_to(self, nodes):
         """Whether every player plays only into these nodes."""
         into = {node["id"] for node in nodes}
-        links = self.session.graph.objects("Link")
+        links = self.machine.graph.objects("Link")
         fed = {player.node: {link["link.input.node"] for link in links if link["link.output.node"] == player.node}
                for player in self.players}
         return all(receivers and receivers <= into for receivers in fed.values())
@@ -32,7 +32,7 @@ class LoadBench:
     def measure(self, *others):
         """Percent of a processor, for the daemons and for the other processes."""
         busy_percent([], SETTLING)
-        daemons = [self.session.processes[name] for name in DAEMONS]
+        daemons = [self.machine.processes[name] for name in DAEMONS]
         busy = busy_percent([*daemons, *others], MEASURED)
         return sum(busy), sum(busy[len(daemons):])
 
@@ -46,24 +46,24 @@ class LoadBench:
         icon.click()
         closed = self.measure(sonvel)
         end(sonvel)
-        wait_until(lambda: self.is_linked_to([self.session.graph.node("Speakers")]), PATIENCE, "players on their own")
+        wait_until(lambda: self.is_linked_to([self.machine.graph.node("Speakers")]), PATIENCE, "players on their own")
         return opened, closed
 
     def through_loopbacks(self):
-        loops = [self.session.start("pw-loopback",
+        loops = [self.machine.start("pw-loopback",
                                     f"--capture-props=media.class=Audio/Sink node.name=loopback-{number} "
                                     "audio.position=[FL,FR] priority.session=1",
                                     "--playback-props=target.object=Speakers audio.position=[FL,FR]")
                  for number in range(self.count)]
         wait_until(lambda: len(self.nodes("loopback-")) == self.count, PATIENCE, "the loopbacks")
         for number, player in enumerate(self.players):
-            serial = self.session.graph.node(f"loopback-{number}")["object.serial"]
-            self.session.graph.set_metadata(player.node, "target.object", serial)
+            serial = self.machine.graph.node(f"loopback-{number}")["object.serial"]
+            self.machine.graph.set_metadata(player.node, "target.object", serial)
         wait_until(lambda: self.is_linked_to(self.nodes("loopback-")), PATIENCE, "every player in its loopback")
         return self.measure(*loops)
 
     def run(self):
-        wait_until(lambda: self.is_linked_to([self.session.graph.node("Speakers")]), PATIENCE, "players that play")
+        wait_until(lambda: self.is_linked_to([self.machine.graph.node("Speakers")]), PATIENCE, "players that play")
         before, _ = self.measure()
         (opened, own_opened), (closed, own_closed) = self.under_control()
         after, _ = self.measure()

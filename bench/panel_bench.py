@@ -18,7 +18,7 @@ class PanelBench:
     def __init__(self, desktop):
         self.desktop, self.random = desktop, random.Random(1)  # the same seed in every run
         self.start_times()
-        self.players = [desktop.session.player(300 * number, 0.05, program=f"player-{number}")
+        self.players = [desktop.machine.player(300 * number, 0.05, program=f"player-{number}")
                         for number in range(1, PLAYERS + 1)]
         self.sonvel = desktop.start()
         self.icon = desktop.tray.icon()
@@ -40,7 +40,7 @@ class PanelBench:
               f"{window:.0f} ms, ratio {icon / window:.2f}")
 
     def start_other(self):
-        return self.desktop.session.start(OTHER, environment=self.desktop.environment)
+        return self.desktop.machine.start(OTHER, environment=self.desktop.environment)
 
     def play(self, seconds):
         """Plays with the loudness changes of speech, so that the meters move."""
@@ -75,11 +75,11 @@ class PanelBench:
         wait_until(self.desktop.display.is_black, what="an empty screen")
 
     def meters_of_other(self):
-        return len(self.desktop.session.graph.objects("Node", **{"media.class": "Stream/Input/Audio"}))
+        return len(self.desktop.machine.graph.objects("Node", **{"media.class": "Stream/Input/Audio"}))
 
     def taps(self):
         return sum(str(node.get("node.name")).startswith("sonvel-tap")
-                   for node in self.desktop.session.graph.objects("Node"))
+                   for node in self.desktop.machine.graph.objects("Node"))
 
     def end_players(self):
         self.open()
@@ -96,7 +96,7 @@ class PanelBench:
         # Under Sonvel's control the other mixer shows no meters for the players.
         other = self.start_other()
         wait_until(self.desktop.display.is_painted, what=OTHER)
-        others, (other_busy, server_busy) = self.measure(other, self.desktop.session.processes["pipewire-pulse"])
+        others, (other_busy, server_busy) = self.measure(other, self.desktop.machine.processes["pipewire-pulse"])
         meters = self.meters_of_other()
         end(other)
         wait_until(self.desktop.display.is_black, what="an empty screen")

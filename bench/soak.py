@@ -23,7 +23,7 @@ SINKS = "Speakers", "Headphones"
 
 class Soak:
     def __init__(self, desktop, seed):
-        self.desktop, self.session, self.random = desktop, desktop.session, random.Random(seed)
+        self.desktop, self.machine, self.random = desktop, desktop.machine, random.Random(seed)
         self.players, self.is_open, self.counts = {}, False, {}
         self.sonvel = desktop.start()
         self.icon = desktop.tray.icon()
@@ -35,7 +35,7 @@ class Soak:
     def start_player(self):
         name = self.random.choice(NAMES)
         if name not in self.players:
-            self.players[name] = self.session.player(300 * int(name[7:]), 0.05, name)
+            self.players[name] = self.machine.player(300 * int(name[7:]), 0.05, name)
 
     def end_player(self):
         if self.players:
@@ -67,7 +67,7 @@ class Soak:
         self.command("route", self.random.choice(NAMES), self.random.choice(SINKS))
 
     def move_default(self):
-        self.session.set_default_sink(self.random.choice(SINKS))
+        self.machine.set_default_sink(self.random.choice(SINKS))
 
     def live(self, seconds):
         actions = [self.start_player] * 4 + [self.end_player] * 3 + [self.change_stream, self.set_volume, self.mute,
@@ -93,14 +93,14 @@ class Soak:
         self.is_open = False
         wait_until(self.desktop.display.is_black, what="an empty screen")
         try:
-            wait_until(lambda: not self.session.graph.of_ours(), what="the end of all taps")
+            wait_until(lambda: not self.machine.graph.of_ours(), what="the end of all taps")
         except AssertionError as error:
-            raise AssertionError(f"{error}: {self.session.graph.of_ours()}") from None
+            raise AssertionError(f"{error}: {self.machine.graph.of_ours()}") from None
         time.sleep(2)  # lets delayed work finish
         return self.holdings()
 
     def holdings(self):
-        pid, graph = self.sonvel.pid, self.session.graph
+        pid, graph = self.sonvel.pid, self.machine.graph
         text = Path(f"/proc/{pid}/smaps_rollup").read_text()
         memory = {words: sum(int(size) for size in re.findall(rf"^{kind}: +(\d+)", text, re.M)) for words, kind in
                   (("resident KiB", "Rss"), ("private KiB", "(?:Private_Dirty|Swap)"))}

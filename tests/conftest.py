@@ -1,17 +1,17 @@
 import pytest
 
-from support.session import Session
+from support.machine import Machine
 
 
 @pytest.fixture
-def session():
-    """A private sound session."""
-    with Session() as session:
-        yield session
+def machine():
+    """With sound."""
+    with Machine() as machine:
+        yield machine
 
 
 @pytest.fixture
 def bus():
-    """A private session with a bus but without sound."""
-    with Session(daemons=()) as session:
-        yield session
+    """A machine with a bus but without sound."""
+    with Machine(daemons=()) as machine:
+        yield machine

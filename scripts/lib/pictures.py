@@ -48,7 +48,7 @@ class Scene:
     def __init__(self, count=4, dark=False, **desktop):
         self.dark = dark
         self.desktop = Desktop(has_tray=False, **desktop)
-        self.session, self.screen = self.desktop.session, self.desktop.screen
+        self.machine, self.screen = self.desktop.machine, self.desktop.screen
         self.environment = self.desktop.environment
         self.players = players(count)
         for player in self.players:
@@ -61,7 +61,7 @@ class Scene:
         self.desktop.__exit__()
 
     def start(self, *arguments):
-        self.program = self.session.start(BIN / "sonvel", *arguments, environment=self.environment)
+        self.program = self.machine.start(BIN / "sonvel", *arguments, environment=self.environment)
         if self.dark:
             self.screen.control("Sonvel")
             self.desktop.set_dark(True)
@@ -76,13 +76,13 @@ class X11(Scene):
         super().__init__(**scene)
         theme = "Adwaita:dark" if self.dark else "Adwaita"
         self.environment |= {"GTK_THEME": theme, "XDG_CURRENT_DESKTOP": "XFCE"}
-        folder = self.session.folder / "config/xfce4/xfconf/xfce-perchannel-xml"
+        folder = self.machine.folder / "config/xfce4/xfconf/xfce-perchannel-xml"
         folder.mkdir(parents=True)
         (folder / "xfce4-panel.xml").write_text(XFCE_PANEL.format(dark=str(self.dark).lower()))
-        self.session.start(XFCONFD, environment=self.environment)
-        self.session.start("xfwm4", "--compositor=off", environment=self.environment)
+        self.machine.start(XFCONFD, environment=self.environment)
+        self.machine.start("xfwm4", "--compositor=off", environment=self.environment)
         if has_panel:
-            self.session.start("xfce4-panel", environment=self.environment)
+            self.machine.start("xfce4-panel", environment=self.environment)
             time.sleep(3)
 
     def save(self, name):
@@ -104,7 +104,7 @@ class Wayland(Scene):
             for path in (self.folder, self.folder / "config"):
                 shutil.chown(path, NOBODY, NOBODY)
             user = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups"]
-        self.session.start(*user, "/usr/bin/env", "-u", "DBUS_SESSION_BUS_ADDRESS", f"XDG_RUNTIME_DIR={self.folder}",
+        self.machine.start(*user, "/usr/bin/env", "-u", "DBUS_SESSION_BUS_ADDRESS", f"XDG_RUNTIME_DIR={self.folder}",
                            f"HOME={self.folder}", "WLR_BACKENDS=headless", "WLR_LIBINPUT_NO_DEVICES=1",
                            "WLR_RENDERER=pixman", "sway", "-c", self.folder / "config", name="sway")
         wait_until(lambda: list(self.folder.glob("sway-ipc*")), what="sway")
@@ -116,7 +116,7 @@ class Wayland(Scene):
         if has_bar:
             (self.folder / "waybar.json").write_text(json.dumps(WAYBAR))
             (self.folder / "waybar.css").write_text(WAYBAR_STYLE.format(*(("#202225", "#eee") if self.dark else ("#f0f0f0", "#111"))))
-            self.session.start("waybar", "-c", self.folder / "waybar.json", "-s", self.folder / "waybar.css",
+            self.machine.start("waybar", "-c", self.folder / "waybar.json", "-s", self.folder / "waybar.css",
                                environment=self.environment)
             time.sleep(3)
 
@@ -185,7 +185,7 @@ def fifteen_applications():
 
 def permission_denied():
     with X11() as scene:
-        scene.environment |= scene.session.restriction()
+        scene.environment |= scene.machine.restriction()
         scene.start()
         scene.screen.control("Grant Audio Access")
         scene.save("permission-denied")
@@ -227,7 +227,7 @@ def wayland_without_tray():
         scene.run("swaymsg", "[app_id=com.quellmarsh.sonvel]", "kill")
         wait_until(lambda: not scene.window(), what="no window")
         scene.desktop.hear(player)
-        assert scene.session.start(BIN / "sonvel", environment=scene.environment).wait(20) == 0
+        assert scene.machine.start(BIN / "sonvel", environment=scene.environment).wait(20) == 0
         wait_until(scene.window, what="the window again")
         assert scene.program.poll() is None
         scene.desktop.press("Quit")

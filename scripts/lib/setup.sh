@@ -14,7 +14,7 @@ build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
                 qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window
                 "${svg_plugins[@]}")
-# Packages for building the tests, and for the desktop and sound session that they run in.
+# Packages for building the tests, and for the desktop and sound server that they start.
 test_packages=(libgtest-dev libgmock-dev
                dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg
                python3-pytest python3-numpy python3-dbus python3-dbusmock

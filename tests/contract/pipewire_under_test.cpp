@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Sends a request to the script that started this process and its session: see world.py.
+/// Sends a request to the script that started this process and its sound server: see world.py.
 template <class... Words> std::string ask(const Words&... words) {
   static const int world = std::stoi(std::getenv("SONVEL_WORLD"));
   std::ostringstream line;

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""world.py COMMAND [ARGUMENT]...: runs a test program in a private sound session, and serves its requests:
+"""world.py COMMAND [ARGUMENT]...: runs a test program on a machine of its own, and serves its requests:
 lines at the descriptor SONVEL_WORLD with the name and arguments of a method of World."""
 
 import os
@@ -11,18 +11,18 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).parents[1]))
 os.environ["SONVEL_BIN"] = str(Path(sys.argv[1]).resolve().parent)
 
-from support.session import Session
+from support.machine import Machine
 from support.waiting import wait_until
 
 
 class World:
-    def __init__(self, session):
-        self.session = session
-        self.sinks = [session.sink(name) for name in ("Speakers", "Headphones")]
+    def __init__(self, machine):
+        self.machine = machine
+        self.sinks = [machine.sink(name) for name in ("Speakers", "Headphones")]
         self.players = {}
 
     def start(self, frequency, amplitude, name=""):
-        player = self.session.player(frequency, amplitude, client={"application.name": name} if name else {})
+        player = self.machine.player(frequency, amplitude, client={"application.name": name} if name else {})
         self.players[str(player.pid)] = player
         return player.pid
 
@@ -40,14 +40,14 @@ class World:
         self.players[pid].finish()
 
     def default(self, device):
-        self.session.set_default_sink(device)
+        self.machine.set_default_sink(device)
 
     def audible(self, device, frequency, amplitude):
-        self.session.sink(device).wait_for_tone(float(frequency), float(amplitude))
+        self.machine.sink(device).wait_for_tone(float(frequency), float(amplitude))
         return True
 
     def silent(self, device):
-        self.session.sink(device).wait_for_zeros()
+        self.machine.sink(device).wait_for_zeros()
         return True
 
     def mark(self):
@@ -61,7 +61,7 @@ class World:
             sink.wait_for_frames(8192)
 
     def clean(self):
-        wait_until(lambda: not self.session.graph.of_ours(), what="a graph without anything of ours")
+        wait_until(lambda: not self.machine.graph.of_ours(), what="a graph without anything of ours")
         return True
 
 
@@ -75,10 +75,10 @@ def answer(world, line):
 
 if "--gtest_list_tests" in sys.argv:
     os.execv(sys.argv[1], sys.argv[1:])
-with Session() as session:
+with Machine() as machine:
     ours, theirs = socket.socketpair()
-    world = World(session)
-    program = session.start(*sys.argv[1:], stdin=None, stdout=None, stderr=None, pass_fds=[theirs.fileno()],
+    world = World(machine)
+    program = machine.start(*sys.argv[1:], stdin=None, stdout=None, stderr=None, pass_fds=[theirs.fileno()],
                             environment={"SONVEL_WORLD": str(theirs.fileno())})
     theirs.close()
     for line in ours.makefile():

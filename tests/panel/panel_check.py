@@ -37,14 +37,14 @@ class PanelCheck:
 
     def heard(self, application, asked):
         """A row for an application that must be heard at its sink and level."""
-        sink = self.desktop.session.sink(application.sink)
+        sink = self.desktop.machine.sink(application.sink)
         wanted = f"{decibels(application.level):.3f} dB" if application.level else "below -100 dB"
         self.row(application.name, asked, lambda: self.desktop.hear(application), wanted,
                  lambda: f"{decibels(sink.amplitude(application.frequency)):.3f} dB")
 
     def not_heard(self, application, asked, name):
         """A row for an application that must not be heard at a sink."""
-        sink = self.desktop.session.sink(name)
+        sink = self.desktop.machine.sink(name)
         self.row(application.name, asked, lambda: sink.wait_for_tone(application.frequency, 0), "below -100 dB",
                  lambda: f"{decibels(sink.amplitude(application.frequency)):.3f} dB")
 
@@ -74,7 +74,7 @@ class PanelCheck:
         self.row("Sonvel", "no device in other mixers", self.assert_not_listed)
 
     def assert_not_listed(self):
-        sinks = self.desktop.session.run("pactl", "list", "short", "sinks")
+        sinks = self.desktop.machine.run("pactl", "list", "short", "sinks")
         assert "Speakers" in sinks and "sonvel" not in sinks, sinks
 
     def change_volumes(self):
@@ -151,7 +151,7 @@ class PanelCheck:
         for application in self.applications:
             self.heard(application, "  given back")
         self.row("Sonvel", "  and nothing of it is left",
-                 lambda: wait_until(lambda: not self.desktop.session.graph.of_ours()))
+                 lambda: wait_until(lambda: not self.desktop.machine.graph.of_ours()))
 
 
 def test_each_step_is_heard_as_it_was_asked(tmp_path):

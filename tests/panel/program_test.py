@@ -50,11 +50,11 @@ class Program:
 
     def let(self, rights):
         """Sets the program's permissions for all objects of the sound server."""
-        client, = self.desktop.session.graph.objects("Client", **{"application.name": "Sonvel"})
-        self.desktop.session.run("pw-cli", "--", "permissions", client["id"], -1, rights)
+        client, = self.desktop.machine.graph.objects("Client", **{"application.name": "Sonvel"})
+        self.desktop.machine.run("pw-cli", "--", "permissions", client["id"], -1, rights)
 
     def assert_gone(self):
-        wait_until(lambda: not self.desktop.session.graph.of_ours(), what="the end of all that is ours")
+        wait_until(lambda: not self.desktop.machine.graph.of_ours(), what="the end of all that is ours")
 
 
 @pytest.fixture
@@ -87,7 +87,7 @@ def test_ends_on_a_signal_when_every_application_has_its_own_sound(program):
 def test_ends_in_bounded_time_whatever_hangs(program, hangs):
     program.open()
     program.halve()
-    other = program.desktop.display.process if hangs == "display" else program.desktop.session.processes[hangs]
+    other = program.desktop.display.process if hangs == "display" else program.desktop.machine.processes[hangs]
     other.send_signal(signal.SIGSTOP)
     program.process.send_signal(signal.SIGTERM)
     if hangs != "pipewire":
@@ -116,9 +116,9 @@ def test_is_a_window_where_there_is_no_tray(program):
 def test_says_when_sound_is_lost_and_goes_on_by_itself(program):
     program.open()
     program.halve()
-    program.desktop.session.kill("pipewire")
+    program.desktop.machine.kill("pipewire")
     program.screen.control(STOPPED)
-    program.desktop.session.restart("pipewire")
+    program.desktop.machine.restart("pipewire")
     program.screen.wait_until_gone(STOPPED)
     program.screen.control("0 playing · 3 idle")  # the server's end has ended the players
     program.desktop.play(program.players[0])
@@ -126,7 +126,7 @@ def test_says_when_sound_is_lost_and_goes_on_by_itself(program):
 
 
 def test_takes_nothing_over_until_it_has_the_rights(desktop):
-    desktop.environment |= desktop.session.restriction()
+    desktop.environment |= desktop.machine.restriction()
     program = Program(desktop)
     program.open()
     program.screen.control("Grant Audio Access")

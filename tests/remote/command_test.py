@@ -81,10 +81,10 @@ def test_each_command_is_heard_with_the_panel_closed_and_its_changes_are_watched
         sonvel("route", "Records", "Nowhere", code=NOT_FOUND)
         obey(records, "everything", sink="Speakers")
         sonvel("master", "40")
-        wait_until(lambda: desktop.session.run("wpctl", "get-volume", "@DEFAULT_SINK@") == "Volume: 0.40\n",
+        wait_until(lambda: desktop.machine.run("wpctl", "get-volume", "@DEFAULT_SINK@") == "Volume: 0.40\n",
                    what="the master volume")
 
-        watch = LineProcess(desktop.session, BIN / "sonvel", "watch", "--json", environment=desktop.environment)
+        watch = LineProcess(desktop.machine, BIN / "sonvel", "watch", "--json", environment=desktop.environment)
 
         def wait_for(condition):
             state = None
@@ -94,7 +94,7 @@ def test_each_command_is_heard_with_the_panel_closed_and_its_changes_are_watched
             assert not any("level" in one for one in state["applications"])
 
         wait_for(lambda state: state["master"]["volume"] == 40)
-        desktop.session.run("wpctl", "set-volume", "@DEFAULT_SINK@", "0.6")
+        desktop.machine.run("wpctl", "set-volume", "@DEFAULT_SINK@", "0.6")
         wait_for(lambda state: state["master"]["volume"] == 60)
         icon.click()
         desktop.set_volume(records, 150)
@@ -107,7 +107,7 @@ def test_each_command_is_heard_with_the_panel_closed_and_its_changes_are_watched
         wait_for(lambda state: applications(state)["Records"]["volume"] == 100)
 
         def call(where):
-            return desktop.session.run(sys.executable, "-c", CALLER, "com.quellmarsh.sonvel", where).split()
+            return desktop.machine.run(sys.executable, "-c", CALLER, "com.quellmarsh.sonvel", where).split()
 
         assert call("in-sandbox") == ["AccessDenied"] * 5
         assert call("outside") == ["done"] * 5

@@ -3,15 +3,15 @@ import json
 import pytest
 
 from support.lines import LineProcess
-from support.session import BINARIES
+from support.machine import BINARIES
 from support.waiting import wait_until
 
 
 class TapHolder(LineProcess):
     """The engine in a separate process; requests as in tap_holder.cpp."""
 
-    def __init__(self, session, **options):
-        super().__init__(session, BINARIES / "tap-holder", **options)
+    def __init__(self, machine, **options):
+        super().__init__(machine, BINARIES / "tap-holder", **options)
 
     def tell(self, *words):
         answer = json.loads(self.ask(*words))[0]
@@ -29,10 +29,10 @@ class TapHolder(LineProcess):
 
 
 @pytest.fixture
-def start_holder(session):
-    return lambda **options: TapHolder(session, **options)
+def start_holder(machine):
+    return lambda **options: TapHolder(machine, **options)
 
 
 @pytest.fixture
-def holder(session):
-    return TapHolder(session)
+def holder(machine):
+    return TapHolder(machine)

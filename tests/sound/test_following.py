@@ -7,81 +7,81 @@ CYCLE = 1024  # frames
 AT_ONCE = 1.4  # seconds: one, plus the time to measure a tone
 
 
-def silent_at(session, *sinks):
+def silent_at(machine, *sinks):
     for name in sinks:
-        session.sink(name).wait_for_zeros()
+        machine.sink(name).wait_for_zeros()
 
 
-def test_default_device_is_followed_and_a_route_falls_back_and_returns(session, holder):
-    following, routed = session.player(1000, 0.4), session.player(1700, 0.4)
+def test_default_device_is_followed_and_a_route_falls_back_and_returns(machine, holder):
+    following, routed = machine.player(1000, 0.4), machine.player(1700, 0.4)
     holder.add(following.pid, 0.5)
     holder.add(routed.pid, 0.25, "Headphones")
-    speakers, headphones = session.sink("Speakers"), session.sink("Headphones")
+    speakers, headphones = machine.sink("Speakers"), machine.sink("Headphones")
     speakers.wait_for_tone(1000, 0.2)
     headphones.wait_for_tone(1700, 0.1)
-    session.set_default_sink("Headphones")
+    machine.set_default_sink("Headphones")
     headphones.wait_for_tone(1000, 0.2, within=AT_ONCE)
-    session.remove_sink("Headphones")
+    machine.remove_sink("Headphones")
     speakers.wait_for_tone(1000, 0.2, within=AT_ONCE)
     speakers.wait_for_tone(1700, 0.1, within=AT_ONCE)
-    session.add_sink("Headphones")
-    session.sink("Headphones").wait_for_tone(1700, 0.1, within=AT_ONCE)
+    machine.add_sink("Headphones")
+    machine.sink("Headphones").wait_for_tone(1700, 0.1, within=AT_ONCE)
 
 
-def test_moves_made_elsewhere_become_the_route_and_follow_is_one_of_them(session, holder):
-    player = session.player(1000, 0.4)
-    session.move(player.node, "Headphones")
-    session.sink("Headphones").wait_for_tone(1000, 0.4)
+def test_moves_made_elsewhere_become_the_route_and_follow_is_one_of_them(machine, holder):
+    player = machine.player(1000, 0.4)
+    machine.move(player.node, "Headphones")
+    machine.sink("Headphones").wait_for_tone(1000, 0.4)
     holder.add(player.pid, 0.5)
-    session.sink("Headphones").wait_for_tone(1000, 0.2)
-    silent_at(session, "Speakers")
-    session.move(player.node, "Speakers")
-    session.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
-    silent_at(session, "Headphones")
+    machine.sink("Headphones").wait_for_tone(1000, 0.2)
+    silent_at(machine, "Speakers")
+    machine.move(player.node, "Speakers")
+    machine.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
+    silent_at(machine, "Headphones")
     holder.tell("output", player.pid, "Headphones")  # our own writes are no choice
-    session.sink("Headphones").wait_for_tone(1000, 0.2, within=AT_ONCE)
-    silent_at(session, "Speakers")
-    session.graph.set_metadata(player.node, "target.object", "-1", "Spa:Id")
-    session.graph.set_metadata(player.node, "target.node", "-1", "Spa:Id")
-    session.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
+    machine.sink("Headphones").wait_for_tone(1000, 0.2, within=AT_ONCE)
+    silent_at(machine, "Speakers")
+    machine.graph.set_metadata(player.node, "target.object", "-1", "Spa:Id")
+    machine.graph.set_metadata(player.node, "target.node", "-1", "Spa:Id")
+    machine.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
 
 
-def test_all_processes_of_an_application_are_under_its_volume(session, holder):
-    first = session.player(1000, 0.4, program="browser")
-    second = session.player(1700, 0.4, program="browser")
-    session.sink().wait_for_tone(1700, 0.4)
+def test_all_processes_of_an_application_are_under_its_volume(machine, holder):
+    first = machine.player(1000, 0.4, program="browser")
+    second = machine.player(1700, 0.4, program="browser")
+    machine.sink().wait_for_tone(1700, 0.4)
     holder.add(first.pid, 0.5)
     for frequency in (1000, 1700):
-        session.sink().wait_for_tone(frequency, 0.2)
-    session.player(2600, 0.4, program="browser")
-    session.sink().wait_for_tone(2600, 0.2)
+        machine.sink().wait_for_tone(frequency, 0.2)
+    machine.player(2600, 0.4, program="browser")
+    machine.sink().wait_for_tone(2600, 0.2)
     first.kill()
     holder.tell("gain", second.pid, 0.25)
     for frequency in (1700, 2600):
-        session.sink().wait_for_tone(frequency, 0.1)
+        machine.sink().wait_for_tone(frequency, 0.1)
 
 
 @pytest.mark.parametrize("program", ["pw-play", "paplay", "ffplay"])
-def test_restart_is_never_heard_without_the_settings(session, holder, program):
+def test_restart_is_never_heard_without_the_settings(machine, holder, program):
     for device in ("Speakers", "Headphones"):
         copy = f"player-of-{device}"
-        player = session.play(program, 1000, 0.4, copy)
+        player = machine.play(program, 1000, 0.4, copy)
         holder.add(player.pid, 0.5, device)
-        session.sink(device).wait_for_tone(1000, 0.2)
+        machine.sink(device).wait_for_tone(1000, 0.2)
         for _ in range(2):
             player.kill()
-            silent_at(session, device)
-            speakers, ears = session.sink("Speakers"), session.sink(device)
+            silent_at(machine, device)
+            speakers, ears = machine.sink("Speakers"), machine.sink(device)
             marks = speakers.mark(), ears.mark()
-            player = session.play(program, 1000, 0.4, copy)
+            player = machine.play(program, 1000, 0.4, copy)
             ears.wait_for_tone(1000, 0.2)
             for sink, mark in zip((speakers, ears), marks):
                 loud = (abs(sink.since(mark).left) > 0.21).sum()
                 assert loud <= (0 if program == "pw-play" else CYCLE), sink.name
         # one more stream, which must not be stuck in the tap
-        another = session.play(program, 1700, 0.1, copy)
+        another = machine.play(program, 1700, 0.1, copy)
         ears.wait_for_tone(1700, 0.05)
         holder.tell("teardown")
-        session.sink().wait_for_tone(1000, 0.4)
+        machine.sink().wait_for_tone(1000, 0.4)
         player.kill()
         another.kill()

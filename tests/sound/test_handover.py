@@ -27,9 +27,9 @@ def impulse_phases(recording, threshold):
     return {(recording.position + place) % 4800 for place in numpy.flatnonzero(recording.left > threshold)}
 
 
-def test_tap_adds_no_sample_of_delay(session, holder):
-    player = session.player(signal="impulses", amplitude=0.8)
-    sink = session.sink()
+def test_tap_adds_no_sample_of_delay(machine, holder):
+    player = machine.player(signal="impulses", amplitude=0.8)
+    sink = machine.sink()
     sink.wait_for_frames(SETTLED)
     direct = impulse_phases(hear_while(sink, lambda: None), 0.7)
     holder.add(player.pid, 0.5)
@@ -38,9 +38,9 @@ def test_tap_adds_no_sample_of_delay(session, holder):
     assert impulse_phases(hear_while(sink, lambda: None), 0.35) == direct
 
 
-def test_taking_over_and_giving_back_cost_at_most_one_cycle(session, holder):
-    player = session.player(signal="counter", amplitude=0.5)
-    sink = session.sink()
+def test_taking_over_and_giving_back_cost_at_most_one_cycle(machine, holder):
+    player = machine.player(signal="counter", amplitude=0.5)
+    sink = machine.sink()
     holder.app(player.pid)
     is_tapped = False
 
@@ -53,10 +53,10 @@ def test_taking_over_and_giving_back_cost_at_most_one_cycle(session, holder):
     assert sum(frames <= QUANTUM for frames in faults) >= 18, faults
 
 
-def test_others_on_the_device_lose_nothing(session, holder):
-    session.player(signal="counter", amplitude=0.5)
-    player = session.player(signal="silence")  # its sound would disturb the measurement
-    sink = session.sink()
+def test_others_on_the_device_lose_nothing(machine, holder):
+    machine.player(signal="counter", amplitude=0.5)
+    player = machine.player(signal="silence")  # its sound would disturb the measurement
+    sink = machine.sink()
     holder.app(player.pid)
 
     def work():
@@ -69,16 +69,16 @@ def test_others_on_the_device_lose_nothing(session, holder):
     assert faults.count(0) >= 4, faults
 
 
-def test_probe_hears_and_is_not_heard(session, holder):
+def test_probe_hears_and_is_not_heard(machine, holder):
     assert holder.tell("probe") is None
-    player = session.player(signal="counter", amplitude=0.5)
-    sink = session.sink()
+    player = machine.player(signal="counter", amplitude=0.5)
+    sink = machine.sink()
     holder.app(player.pid)
     answers = []
     faults = [faulty_frames(hear_while(sink, lambda: answers.append(holder.tell("probe"))).left, 0.5)
               for _ in range(5)]
     assert faults.count(0) >= 3, faults
-    assert all(answers) and not session.graph.of_ours()
+    assert all(answers) and not machine.graph.of_ours()
 
     player.tell("amplitude", "tone", 0)
     sink.wait_for_zeros()

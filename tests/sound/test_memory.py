@@ -10,9 +10,9 @@ MUSIC = {"media.role": "Music"}
 MARKERS = itertools.count()
 
 
-def targets(session):
+def targets(machine):
     """The lines with targets in the session manager's file."""
-    folder = session.folder / "state/wireplumber"
+    folder = machine.folder / "state/wireplumber"
     for name in ("restore-stream", "stream-properties"):  # WirePlumber 0.4, 0.5
         if (folder / name).exists():
             return [line for line in (folder / name).read_text().splitlines()
@@ -26,88 +26,88 @@ def parsed(line):
     return (name, json.loads(value)) if value.startswith("{") else line
 
 
-def remembered(session):
+def remembered(machine):
     """What is remembered after everything so far. The file is written with a delay, so a stream that is moved
     last marks its completeness."""
     role = f"Marker{next(MARKERS)}"
-    marker = session.player(signal="silence", **{"media.role": role})
-    session.move(marker.node, "Speakers")
-    wait_until(lambda: any(role in line for line in targets(session)), what="the session manager's file")
+    marker = machine.player(signal="silence", **{"media.role": role})
+    machine.move(marker.node, "Speakers")
+    wait_until(lambda: any(role in line for line in targets(machine)), what="the session manager's file")
     marker.finish()
-    return [parsed(line) for line in targets(session) if "Marker" not in line]
+    return [parsed(line) for line in targets(machine) if "Marker" not in line]
 
 
-def test_route_that_the_user_had_set_comes_back_and_is_still_remembered(session, holder):
+def test_route_that_the_user_had_set_comes_back_and_is_still_remembered(machine, holder):
     for keys in (("target.node", "target.object"), ("target.node",), ("target.object",)):
-        player = session.player(1000, 0.3, **MUSIC)
-        session.move(player.node, "Headphones", keys)
-        session.sink("Headphones").wait_for_tone(1000, 0.3)
-        before = remembered(session)
+        player = machine.player(1000, 0.3, **MUSIC)
+        machine.move(player.node, "Headphones", keys)
+        machine.sink("Headphones").wait_for_tone(1000, 0.3)
+        before = remembered(machine)
         assert len(before) == 1
         holder.add(player.pid, 0.5)
-        session.sink("Headphones").wait_for_tone(1000, 0.15)
-        session.sink().wait_for_zeros()
+        machine.sink("Headphones").wait_for_tone(1000, 0.15)
+        machine.sink().wait_for_zeros()
         assert holder.tell("remove", player.pid)
-        session.sink("Headphones").wait_for_tone(1000, 0.3)
-        session.sink().wait_for_zeros()
-        assert remembered(session) == before
+        machine.sink("Headphones").wait_for_tone(1000, 0.3)
+        machine.sink().wait_for_zeros()
+        assert remembered(machine) == before
         player.finish()
 
 
-def test_route_that_was_remembered_stays_so_while_and_after_a_tap(session, holder):
-    earlier = session.player(**MUSIC)
-    session.move(earlier.node, "Headphones")
-    before = remembered(session)
+def test_route_that_was_remembered_stays_so_while_and_after_a_tap(machine, holder):
+    earlier = machine.player(**MUSIC)
+    machine.move(earlier.node, "Headphones")
+    before = remembered(machine)
     assert len(before) == 1
     earlier.finish()
-    player = session.player(1000, 0.3, **MUSIC)
-    session.sink("Headphones").wait_for_tone(1000, 0.3)
+    player = machine.player(1000, 0.3, **MUSIC)
+    machine.sink("Headphones").wait_for_tone(1000, 0.3)
     holder.add(player.pid, 0.5)
-    session.sink("Headphones").wait_for_tone(1000, 0.15)
-    assert remembered(session) == before
+    machine.sink("Headphones").wait_for_tone(1000, 0.15)
+    assert remembered(machine) == before
     assert holder.tell("remove", player.pid)
-    session.sink("Headphones").wait_for_tone(1000, 0.3)
-    assert remembered(session) == before
+    machine.sink("Headphones").wait_for_tone(1000, 0.3)
+    assert remembered(machine) == before
 
 
-def test_killed_run_leaves_route_and_memory_as_they_were(session, start_holder):
-    player = session.player(1000, 0.3, **MUSIC)
-    session.move(player.node, "Headphones")
-    session.sink("Headphones").wait_for_tone(1000, 0.3)
-    before = remembered(session)
+def test_killed_run_leaves_route_and_memory_as_they_were(machine, start_holder):
+    player = machine.player(1000, 0.3, **MUSIC)
+    machine.move(player.node, "Headphones")
+    machine.sink("Headphones").wait_for_tone(1000, 0.3)
+    before = remembered(machine)
     holder = start_holder()
     holder.tell("take", 0.5)
-    session.sink("Headphones").wait_for_tone(1000, 0.15)
+    machine.sink("Headphones").wait_for_tone(1000, 0.15)
     holder.kill()
-    session.sink("Headphones").wait_for_tone(1000, 0.3)
-    assert remembered(session) == before
+    machine.sink("Headphones").wait_for_tone(1000, 0.3)
+    assert remembered(machine) == before
 
     start_holder().app(player.pid)
-    session.sink("Headphones").wait_for_tone(1000, 0.3)
-    assert remembered(session) == before
+    machine.sink("Headphones").wait_for_tone(1000, 0.3)
+    assert remembered(machine) == before
 
 
-def test_leftovers_of_a_killed_run_are_swept_by_the_next(session, start_holder):
+def test_leftovers_of_a_killed_run_are_swept_by_the_next(machine, start_holder):
     # As after a kill of program and guardian: the stream's target is a tap that no longer exists.
-    player = session.player(1000, 0.3, **MUSIC)
-    session.move(player.node, "Headphones")
-    session.sink("Headphones").wait_for_tone(1000, 0.3)
-    target = session.graph.metadata(player.node, "target.object")
-    session.graph.set_metadata(player.node, "sonvel.target.object", target)
-    session.graph.set_metadata(player.node, "target.object", "sonvel-tap-1-2-3", "Spa:String")
-    session.sink().wait_for_tone(1000, 0.3)
+    player = machine.player(1000, 0.3, **MUSIC)
+    machine.move(player.node, "Headphones")
+    machine.sink("Headphones").wait_for_tone(1000, 0.3)
+    target = machine.graph.metadata(player.node, "target.object")
+    machine.graph.set_metadata(player.node, "sonvel.target.object", target)
+    machine.graph.set_metadata(player.node, "target.object", "sonvel-tap-1-2-3", "Spa:String")
+    machine.sink().wait_for_tone(1000, 0.3)
     start_holder()
-    session.sink("Headphones").wait_for_tone(1000, 0.3)
-    wait_until(lambda: not session.graph.of_ours(), what="a graph without anything of ours")
+    machine.sink("Headphones").wait_for_tone(1000, 0.3)
+    wait_until(lambda: not machine.graph.of_ours(), what="a graph without anything of ours")
 
 
-def test_stream_that_the_user_moves_while_it_is_tapped_is_heard_there_at_once_and_afterwards(session, holder):
-    player = session.player(1000, 0.3, **MUSIC)
-    headphones = session.sink("Headphones")
+def test_stream_that_the_user_moves_while_it_is_tapped_is_heard_there_at_once_and_afterwards(machine, holder):
+    player = machine.player(1000, 0.3, **MUSIC)
+    headphones = machine.sink("Headphones")
     holder.add(player.pid, 0.5)
-    session.sink().wait_for_tone(1000, 0.15)
-    session.move(player.node, "Headphones")
+    machine.sink().wait_for_tone(1000, 0.15)
+    machine.move(player.node, "Headphones")
     headphones.wait_for_tone(1000, 0.15, within=1)
-    session.sink().wait_for_zeros()
+    machine.sink().wait_for_zeros()
     assert holder.tell("remove", player.pid)
     headphones.wait_for_tone(1000, 0.3)

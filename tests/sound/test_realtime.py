@@ -4,18 +4,18 @@ import signal
 import struct
 
 import pytest
-from support.session import BINARIES
+from support.machine import BINARIES
 from support.waiting import wait_until
 
 ENDS = {"heap": 99, "lock": 99, "call": -signal.SIGSYS}  # how the guard ends a program that does this
 
 
 @pytest.mark.parametrize("seed", ["", *ENDS, "page"])
-def test_cycles_do_nothing_but_compute(session, start_holder, seed):
-    report = session.folder / "realtime"
+def test_cycles_do_nothing_but_compute(machine, start_holder, seed):
+    report = machine.folder / "realtime"
     report.write_bytes(bytes(32))
     environment = {"LD_PRELOAD": str(BINARIES / "librealtime-guard.so"), "REALTIME_REPORT": str(report)}
-    players = [session.player(1000, 0.4), session.player(1700, 0.2)]
+    players = [machine.player(1000, 0.4), machine.player(1700, 0.2)]
     holder = start_holder(environment=environment | ({"REALTIME_SEED": seed} if seed else {}))
 
     def counts():
@@ -25,7 +25,7 @@ def test_cycles_do_nothing_but_compute(session, start_holder, seed):
         goal = counts()[1] + 200
         wait_until(lambda: counts()[1] >= goal or holder.process.poll() is not None, what="cycles")
 
-    session.sink()
+    machine.sink()
     if seed in ENDS:
         holder.ask("take", 0.5)
         assert holder.process.wait(20) == ENDS[seed]

@@ -6,76 +6,76 @@ import pytest
 from support.waiting import wait_until
 
 
-def take(session, holder):
+def take(machine, holder):
     """A player that is controlled at half its level."""
-    player = session.player(amplitude=0.4)
+    player = machine.player(amplitude=0.4)
     holder.add(player.pid, 0.5)
-    session.sink().wait_for_tone(1000, 0.2)
+    machine.sink().wait_for_tone(1000, 0.2)
     return player
 
 
-def test_restart_of_the_session_manager_is_a_pause(session, holder):
-    player = take(session, holder)
-    session.restart("wireplumber")
-    session.sink().wait_for_tone(1000, 0.2)
+def test_restart_of_the_session_manager_is_a_pause(machine, holder):
+    player = take(machine, holder)
+    machine.restart("wireplumber")
+    machine.sink().wait_for_tone(1000, 0.2)
     assert holder.tell("remove", player.pid)
-    session.sink().wait_for_tone(1000, 0.4)
-    assert not session.graph.of_ours()
+    machine.sink().wait_for_tone(1000, 0.4)
+    assert not machine.graph.of_ours()
 
 
-def test_restart_of_the_server_leaves_nothing_to_undo_and_all_to_be_done_again(session, holder):
-    player = take(session, holder)
-    session.restart("pipewire")
+def test_restart_of_the_server_leaves_nothing_to_undo_and_all_to_be_done_again(machine, holder):
+    player = take(machine, holder)
+    machine.restart("pipewire")
     assert holder.tell("remove", player.pid)
-    take(session, holder)
+    take(machine, holder)
 
 
 @pytest.mark.parametrize("name", ["sonvel-aggregate", "sonvel-tap"])
-def test_object_that_the_server_loses_is_made_again(session, holder, name):
-    take(session, holder)
+def test_object_that_the_server_loses_is_made_again(machine, holder, name):
+    take(machine, holder)
 
     def serials():
-        return {node["object.serial"] for node in session.graph.objects("Node") if node["node.name"].startswith(name)}
+        return {node["object.serial"] for node in machine.graph.objects("Node") if node["node.name"].startswith(name)}
 
     lost, = serials()
-    session.run("pw-cli", "destroy", next(node["id"] for node in session.graph.objects("Node")
+    machine.run("pw-cli", "destroy", next(node["id"] for node in machine.graph.objects("Node")
                                           if node["object.serial"] == lost))
     wait_until(lambda: lost not in serials(), what=f"the end of {name}")
-    session.sink().wait_for_tone(1000, 0.2)
+    machine.sink().wait_for_tone(1000, 0.2)
 
 
-def test_stream_that_ends_in_a_tap_leaves_nothing(session, holder):
+def test_stream_that_ends_in_a_tap_leaves_nothing(machine, holder):
     # An entry that stays under its ID would send the next stream with that ID into the tap.
-    take(session, holder).kill()
-    wait_until(lambda: not [entry for entry in session.graph.of_ours() if isinstance(entry, tuple)],
+    take(machine, holder).kill()
+    wait_until(lambda: not [entry for entry in machine.graph.of_ours() if isinstance(entry, tuple)],
                what="metadata without anything of ours")
-    session.player(amplitude=0.4)
-    session.sink().wait_for_tone(1000, 0.4)
+    machine.player(amplitude=0.4)
+    machine.sink().wait_for_tone(1000, 0.4)
 
 
-def test_dead_or_hanging_server_is_answered_in_time(session, holder):
-    player = take(session, holder)
+def test_dead_or_hanging_server_is_answered_in_time(machine, holder):
+    player = take(machine, holder)
 
     def answers_in_time():
         start = time.monotonic()
         holder.tell("apps")
         assert time.monotonic() - start < 2
 
-    session.stop("pipewire")
+    machine.stop("pipewire")
     answers_in_time()
-    session.resume("pipewire")
-    session.sink().wait_for_tone(1000, 0.2)
-    session.kill("pipewire")
+    machine.resume("pipewire")
+    machine.sink().wait_for_tone(1000, 0.2)
+    machine.kill("pipewire")
     answers_in_time()
     assert holder.tell("remove", player.pid)
 
 
 @pytest.mark.parametrize("end", ["kill", "finish"])
-def test_end_of_the_program_leaves_each_at_its_own_route(session, holder, end):
+def test_end_of_the_program_leaves_each_at_its_own_route(machine, holder, end):
     tones = {1000: 0.3, 1700: 0.2, 2600: 0.1}
     for frequency, amplitude in tones.items():
-        session.player(frequency, amplitude)
-    sink = session.sink()
+        machine.player(frequency, amplitude)
+    sink = machine.sink()
     for frequency, amplitude in tones.items():
         sink.wait_for_tone(frequency, amplitude)
     assert holder.tell("take", 0.25) == 3
@@ -86,4 +86,4 @@ def test_end_of_the_program_leaves_each_at_its_own_route(session, holder, end):
     ended = time.monotonic()
     for frequency, amplitude in tones.items():
         sink.wait_for_tone(frequency, amplitude, within=ended + 1.5 - time.monotonic())
-    wait_until(lambda: not session.graph.of_ours(), within=1, what="a graph without anything of ours")
+    wait_until(lambda: not machine.graph.of_ours(), within=1, what="a graph without anything of ours")

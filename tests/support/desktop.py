@@ -1,11 +1,11 @@
-"""A whole virtual desktop: a sound session, a display, a tray, settings and a screen reader."""
+"""A whole virtual desktop: a machine with sound, a display, a tray, settings and a screen reader."""
 from dataclasses import dataclass
 
 import dbus
 
 from support.bus import BIN, Service, end
+from support.machine import Machine
 from support.screen import Display, ScreenReader
-from support.session import Session
 from support.tray import Tray
 
 PROGRAM_NAME = "Sonvel"  # also the title of its window
@@ -45,17 +45,17 @@ def example_players():
 
 
 class Desktop:
-    def __init__(self, has_tray=True, is_read=True, scale=1.0, **session):
-        """is_read: with a screen reader, for which programs do extra work. Other arguments: see Session."""
+    def __init__(self, has_tray=True, is_read=True, scale=1.0, **machine):
+        """is_read: with a screen reader, for which programs do extra work. Other arguments: see Machine."""
         self.display = Display()
-        self.session = Session(**session)
-        self.environment = self.session.environment | {"DISPLAY": self.display.name, "QT_QPA_PLATFORM": "xcb",
+        self.machine = Machine(**machine)
+        self.environment = self.machine.environment | {"DISPLAY": self.display.name, "QT_QPA_PLATFORM": "xcb",
                                                        "QT_SCALE_FACTOR": str(scale)}
         self._accessibility = None
         if is_read:
             self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
             # It ends its bus only if it is terminated politely.
-            self._accessibility = self.session.start("setpriv", "--pdeathsig", "TERM",
+            self._accessibility = self.machine.start("setpriv", "--pdeathsig", "TERM",
                                                      "/usr/libexec/at-spi-bus-launcher", "--launch-immediately")
             self.screen = ScreenReader(self.environment, PROGRAM_NAME)
         self._portal = Service(self.environment, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
@@ -70,12 +70,12 @@ class Desktop:
             end(service.process)
         if self._accessibility:
             end(self._accessibility)
-        self.session.end()
+        self.machine.end()
         self.display.close()
 
     def start(self, program=BIN / "sonvel", *arguments):
         """Starts Sonvel; behind its icon if there is a tray, as at login."""
-        return self.session.start(program, *arguments, *["--background"] * bool(self.tray),
+        return self.machine.start(program, *arguments, *["--background"] * bool(self.tray),
                                   environment=self.environment)
 
     def set_dark(self, is_dark):
@@ -90,16 +90,16 @@ class Desktop:
 
     def play(self, application):
         """Installs the application if needed, and starts it."""
-        data = self.session.folder / "data"
-        program = self.session.copy_program(application.program, application.name.lower())
+        data = self.machine.folder / "data"
+        program = self.machine.copy_program(application.program, application.name.lower())
         icon = data / f"{application.name}.svg"
         icon.write_text(ICON.format(application.color))
         (data / "applications").mkdir(exist_ok=True)
         (data / "applications" / f"org.example.{application.name}.desktop").write_text(
             f'[Desktop Entry]\nType=Application\nName={application.name}\nExec="{program}" %U\nIcon={icon}\n')
-        application.process = self.session.play(application.program, application.frequency, application.amplitude,
+        application.process = self.machine.play(application.program, application.frequency, application.amplitude,
                                                 application.name.lower())
 
     def hear(self, application, within=20):
         """Waits until the application is heard at its sink and level."""
-        self.session.sink(application.sink).wait_for_tone(application.frequency, application.level, within)
+        self.machine.sink(application.sink).wait_for_tone(application.frequency, application.level, within)

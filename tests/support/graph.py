@@ -6,10 +6,10 @@ import threading
 
 
 class Graph:
-    def __init__(self, session, mixer):
+    def __init__(self, machine, mixer):
         self._objects = {}
         self._mixer = mixer
-        dump = session.start("stdbuf", "-oL", "pw-dump", "--monitor", "--no-colors", name="pw-dump",
+        dump = machine.start("stdbuf", "-oL", "pw-dump", "--monitor", "--no-colors", name="pw-dump",
                              stdout=subprocess.PIPE, text=True, errors="replace")
         threading.Thread(target=self._read_objects, args=[dump.stdout], daemon=True).start()
 

@@ -50,12 +50,12 @@ def faulty_frames(samples, scale):
 class Sink:
     """Keeps a sink running while listening, so that silence is recorded as zeros."""
 
-    def __init__(self, session, program, name):
-        self.name, self._session = name, session
+    def __init__(self, machine, program, name):
+        self.name, self._machine = name, machine
         size = _HEADER + _RING * 8
         memory = os.memfd_create(name)
         os.truncate(memory, size)
-        self._process = session.start(program, f"listener.{name}", f"/dev/fd/{memory}", pass_fds=[memory])
+        self._process = machine.start(program, f"listener.{name}", f"/dev/fd/{memory}", pass_fds=[memory])
         mapping = mmap.mmap(memory, size, prot=mmap.PROT_READ)
         os.close(memory)
         self._header = numpy.frombuffer(mapping, numpy.uint64, _HEADER // 8)
@@ -63,11 +63,11 @@ class Sink:
         for end, port in (("FL", "left"), ("FR", "right")):
             link = "pw-link", f"{name}:monitor_{end}", f"listener.{name}:{port}"
             # as soon as both ports exist
-            wait_until(lambda: session.start(*link).wait() == 0, what=" ".join(link))
+            wait_until(lambda: machine.start(*link).wait() == 0, what=" ".join(link))
         wait_until(self.mark, what=f"sound from {name}")
 
     def close(self):
-        self._session.sinks.pop(self.name)
+        self._machine.sinks.pop(self.name)
         self._process.kill()
         self._process.wait()
 

@@ -7,8 +7,8 @@ import subprocess
 
 
 class LineProcess:
-    def __init__(self, session, program, *arguments, **options):
-        self.process = session.start(program, *arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0,
+    def __init__(self, machine, program, *arguments, **options):
+        self.process = machine.start(program, *arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0,
                                      **options)
         self.pid = self.process.pid
         self._unread = b""
@@ -45,8 +45,8 @@ class LineProcess:
 class TonePlayer(LineProcess):
     """Options of streams are those of tone_player.cpp, and properties of the stream."""
 
-    def __init__(self, session, program, client):
-        super().__init__(session, program, json.dumps(client))
+    def __init__(self, machine, program, client):
+        super().__init__(machine, program, json.dumps(client))
 
     def open(self, stream, **options):
         """The ID of the stream's node."""

@@ -45,7 +45,7 @@ def listed(victim, within=6):
 
 def hides(program, **client):
     def carry_out(victim):
-        victim.desktop.session.player(program=program, client={key.replace("__", "."): value
+        victim.desktop.machine.player(program=program, client={key.replace("__", "."): value
                                                                for key, value in client.items()})
         open_panel(victim)
         found = listed(victim)
@@ -67,7 +67,7 @@ def claims_a_sandbox(victim):
     data = victim.folder / "data/applications"
     data.mkdir(parents=True, exist_ok=True)
     (data / "org.example.Bank.desktop").write_text(ENTRY.format(name="Bank", program="/bin/sh", icon=""))
-    victim.desktop.session.player(program="rogue", client={
+    victim.desktop.machine.player(program="rogue", client={
         "application.name": "Rogue", "application.id": "org.example.Rogue",
         "pipewire.access.portal.app_id": "org.example.Bank"})
     open_panel(victim)
@@ -77,11 +77,11 @@ def claims_a_sandbox(victim):
 
 @attack("two programs that claim the process ID 2, as inside of a sandbox")
 def claims_another_process(victim):
-    session = victim.desktop.session
+    machine = victim.desktop.machine
     for name in ("alpha", "beta"):
-        file = session.folder / f"{name}.wav"
+        file = machine.folder / f"{name}.wav"
         write_tone(file, 1000, 0.1)
-        session.start("paplay", f"--client-name={name.title()}", file, executable=session.copy_program("paplay", name), environment={
+        machine.start("paplay", f"--client-name={name.title()}", file, executable=machine.copy_program("paplay", name), environment={
             "PULSE_PROP": f"application.process.id=2 application.process.binary={name}"})
     open_panel(victim)
     try:
@@ -94,7 +94,7 @@ def claims_another_process(victim):
 
 def names(name, is_bad):
     def carry_out(victim):
-        victim.desktop.session.player(program="named", client={"application.name": name})
+        victim.desktop.machine.player(program="named", client={"application.name": name})
         open_panel(victim)
         found = listed(victim)
         return not found or is_bad(found[0]), f"rows: {found}"
@@ -110,11 +110,11 @@ attack("a name of 4,096 characters")(names("n" * 4096, lambda name: len(name) > 
 
 @attack("a device whose name fills the menu")
 def device_fills_the_menu(victim):
-    victim.desktop.session.run("pw-cli", "create-node", "adapter", str({
+    victim.desktop.machine.run("pw-cli", "create-node", "adapter", str({
         "factory.name": "support.null-audio-sink", "node.name": "wide", "node.description": "W" * 900 + "\u202eback",
         "media.class": "Audio/Sink", "audio.position": "FL,FR", "priority.session": "2000",
         "object.linger": "true"}).replace("'", '"'))
-    victim.desktop.session.player()
+    victim.desktop.machine.player()
     open_panel(victim)
     menu = wait_until(lambda: next((words for words in victim.words() if words.startswith("Output for")), None))
     victim.desktop.press(menu)
@@ -125,13 +125,13 @@ def device_fills_the_menu(victim):
 
 def icon_of_a_player(make_icon):
     def carry_out(victim):
-        session = victim.desktop.session
+        machine = victim.desktop.machine
         icon = make_icon(victim)
         data = victim.folder / "data/applications"
         data.mkdir(parents=True, exist_ok=True)
-        program = session.copy_program("tone-player", "records")
+        program = machine.copy_program("tone-player", "records")
         (data / "org.example.Records.desktop").write_text(ENTRY.format(name="Records", program=program, icon=icon))
-        session.player(program="records")
+        machine.player(program="records")
         victim.install(SUFeedURL="")
         victim.start()
         return held(victim)
@@ -184,7 +184,7 @@ def in_the_place_of(name, make=None):
         file.parent.mkdir(parents=True, exist_ok=True)
         file.unlink(missing_ok=True)
         os.mkfifo(file) if make is None else make(file)
-        victim.desktop.session.player()
+        victim.desktop.machine.player()
         victim.start()
         return held(victim)
     return carry_out
@@ -199,7 +199,7 @@ for what, place in (("a desktop entry", "data/applications/org.example.Entry.des
 
 @attack("SIGTERM while the display hangs")
 def display_hangs(victim):
-    player = victim.desktop.session.player()
+    player = victim.desktop.machine.player()
     open_panel(victim)
     listed(victim)
     display = victim.desktop.display.process
@@ -216,7 +216,7 @@ def leaves_the_limit(victim):
     victim.program.parent.mkdir(parents=True)
     for program in ("sonvel", "sonvel-guardian"):
         shutil.copy(victim.programs / program, victim.program.parent)
-    victim.desktop.session.player()
+    victim.desktop.machine.player()
     victim.start("prlimit", f"--nofile={OPEN_FILES}:")
     victim.desktop.tray.icon().click()
     child = wait_until(lambda: subprocess.run(["pgrep", "-P", str(victim.process.pid)], capture_output=True, text=True).stdout,

@@ -94,7 +94,7 @@ def leaves_the_mount(victim):
     victim.check("2.0 is available")
     victim.take()
     process.wait(40)
-    log = next(name for name, one in victim.desktop.session.processes.items() if one is process)
+    log = next(name for name, one in victim.desktop.machine.processes.items() if one is process)
     said = wait_until(lambda: [line for line in (victim.folder / f"{log}.log").read_text().splitlines()
                                if line.startswith(("LD_LIBRARY_PATH=", "HOME="))], what="its environment")
     left = [line.replace(str(mount), "MOUNT") for line in said if str(mount) in line]
@@ -197,7 +197,7 @@ def swaps_the_package(victim):
     place = Path("/usr/lib/sonvel-attacked")
     place.mkdir(exist_ok=True)
     bound = f"mount --bind {victim.folder}/prefix {place} && exec {place}/bin/sonvel --background"
-    victim.process = victim.desktop.session.start("unshare", "-m", "sh", "-c", bound, environment=victim.desktop.environment)
+    victim.process = victim.desktop.machine.start("unshare", "-m", "sh", "-c", bound, environment=victim.desktop.environment)
     try:
         victim.check("2.0 is available")
         victim.desktop.press("Download")
@@ -223,7 +223,7 @@ def starts_beside(victim):
     victim.desktop.press("Download")
     victim.see("is ready to install")
     beside = victim.desktop.environment | {"QT_QPA_PLATFORM": "offscreen"}
-    victim.desktop.session.start("dbus-run-session", "--", victim.program, environment=beside)
+    victim.desktop.machine.start("dbus-run-machine", "--", victim.program, environment=beside)
     wait_until(lambda: len(running(victim.program)) == 2, what="the second one")
     try:  # removes what an earlier run has left
         wait_until(lambda: not running(victim.program), 5)

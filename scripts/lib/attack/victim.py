@@ -26,7 +26,7 @@ class Victim:
 
     def __init__(self, programs):
         self.programs, self.maker, self.desktop = Path(programs), Maker(), Desktop()
-        self.folder, self.process = self.desktop.session.folder, None
+        self.folder, self.process = self.desktop.machine.folder, None
         self.program = self.folder / "prefix/bin/sonvel"
 
     def __enter__(self):

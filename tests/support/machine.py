@@ -1,4 +1,4 @@
-"""A private sound session for tests."""
+"""What a test has instead of the computer it runs on: folders, a bus and a sound server."""
 
 import ctypes
 import json
@@ -42,13 +42,13 @@ def sink_properties(name, priority):
             "session.suspend-timeout-seconds": "0"}
 
 
-class Session:
+class Machine:
     """A private D-Bus, PipeWire, WirePlumber and PulseAudio socket in temporary folders, with the sinks
     Speakers (the default) and Headphones. Everything ends with this object or this process."""
 
     def __init__(self, quantum=1024, daemons=DAEMONS):
-        """quantum: frames per cycle. daemons: none for a session with only a D-Bus."""
-        self.folder = Path(tempfile.mkdtemp(prefix="sonvel-session-"))
+        """quantum: frames per cycle. daemons: none for a machine without sound."""
+        self.folder = Path(tempfile.mkdtemp(prefix="sonvel-machine-"))
         self.processes = {}
         self.sinks = {}
         kept = ("PATH", "LANG", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
@@ -89,7 +89,7 @@ class Session:
         return {"XDG_CONFIG_HOME": f"{self.folder}/restricted"}
 
     def write(self, name, text):
-        """A file in the folder of the session."""
+        """A file in the machine's folder."""
         path = self.folder / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text, errors="surrogateescape")
@@ -109,7 +109,7 @@ class Session:
     # Programs
 
     def start(self, program, *arguments, name=None, environment=None, **options):
-        """Starts a program in the session. name: of its log and its entry in self.processes."""
+        """Starts a program on the machine. name: of its log and its entry in self.processes."""
         name = name or f"{Path(program).name}-{len(self.processes)}"
         with open(self.folder / f"{name}.log", "ab") as log:
             options = {"stdin": subprocess.DEVNULL, "stdout": log, "stderr": log, "executable": program} | options
