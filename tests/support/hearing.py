@@ -1,5 +1,6 @@
 """What a sink plays, sample by sample."""
 
+import functools
 import mmap
 import os
 import wave
@@ -20,10 +21,14 @@ _WINDOW = 0.35875 - 0.48829 * numpy.cos(_TURNS) + 0.14128 * numpy.cos(2 * _TURNS
 Recording = namedtuple("Recording", "left position complete")
 
 
+@functools.cache
+def _probe(frequency):
+    return 2 / _WINDOW.sum() * _WINDOW * numpy.exp(-2j * numpy.pi * frequency / RATE * numpy.arange(ANALYSED))
+
+
 def amplitude_of(frequency, samples):
     """The amplitude of a tone among others, from ANALYSED samples."""
-    wave = numpy.exp(-2j * numpy.pi * frequency / RATE * numpy.arange(ANALYSED))
-    return 2 * abs(numpy.dot(samples * _WINDOW, wave)) / _WINDOW.sum()
+    return abs(numpy.dot(samples, _probe(frequency)))
 
 
 def decibels(ratio):
@@ -82,7 +87,7 @@ class Sink:
                          breaks[-1][0] <= mark)
 
     def _frames(self, start, end):
-        return self._ring.take(range(start, end), axis=0, mode="wrap")
+        return self._ring.take(numpy.arange(start, end), axis=0, mode="wrap")
 
     def amplitude(self, frequency, channel=0):
         """The amplitude of a tone in the last third of a second."""
