@@ -58,7 +58,7 @@ class TapHolder {
       controller.setOutput(device(words), app.objectID);
     } else if (verb == "remove") {
       const auto result = controller.removeChannel(app.objectID);
-      return result && result->restored();
+      return !result || result->restored(); // none if its process has ended
     } else {
       throw std::invalid_argument("no such request");
     }
