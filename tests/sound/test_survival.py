@@ -58,8 +58,8 @@ def test_dead_or_hanging_server_is_answered_in_time(machine, holder):
 
     def answers_in_time():
         start = time.monotonic()
-        holder.tell("apps")
-        assert time.monotonic() - start < 2
+        assert holder.tell("apps") == [], "what it knew before"
+        assert time.monotonic() - start < 5  # a call takes two seconds at most, and another may be before it
 
     machine.stop("pipewire")
     answers_in_time()
