@@ -1,4 +1,5 @@
 // The small functions of this folder, in tables.
+#include "pipewire/cycle_gate.h"
 #include "pipewire/device_volume.h"
 #include "pipewire/graph_index.h"
 #include "pipewire/permissions.h"
@@ -12,6 +13,17 @@ namespace sonvel::pipewire {
 using testing::ElementsAre;
 using testing::FloatEq;
 using testing::Optional;
+
+TEST(CycleGate, OpensAfterTheEndOfACycleOrWhenThereAreNone) {
+  const GraphAlarm::Time now{};
+  CycleGate gate;
+  EXPECT_FALSE(gate.isOpen(7, now));
+  EXPECT_FALSE(gate.isOpen(7, now + std::chrono::milliseconds(99)));
+  EXPECT_TRUE(gate.isOpen(7, now + std::chrono::milliseconds(100)));
+  EXPECT_TRUE(gate.isOpen(8, now + std::chrono::milliseconds(1)));
+  gate.reset();
+  EXPECT_FALSE(gate.isOpen(8, now + std::chrono::milliseconds(2)));
+}
 
 TEST(DeviceVolume, IsTheCubeOfItsScalarAndKeepsTheBalance) {
   EXPECT_THAT(volumeScalar({0.125F, 1.0F}, 1), Optional(FloatEq(0.5F)));
