@@ -54,9 +54,17 @@ if(SONVEL_SANITIZE)
   set(SONVEL_TEST_TIMEOUT 900) # the thread sanitizer makes the longest one some forty times slower
 endif()
 
+# ctest runs tests up to four "processors" at once on two cores (see scripts/test): a test that computes counts as
+# two, and one that mostly waits for sound as one. A sanitizer makes all of them compute.
+set(SONVEL_COMPUTES PROCESSORS 2)
+set(SONVEL_WAITS PROCESSORS 1)
+if(SONVEL_SANITIZE)
+  set(SONVEL_WAITS ${SONVEL_COMPUTES})
+endif()
+
 # sonvel_test(name SOURCES ... LIBS ... [LABELS ...] [LAUNCHER program] [PROPERTIES ...])
-# A GoogleTest program; ctest runs each of its tests separately, through the launcher if given. Tests that
-# listen to a real sound server (label sound) run alone. The thread sanitizer is for those with the label threads.
+# A GoogleTest program; ctest runs each of its tests separately, through the launcher if given. The thread sanitizer is
+# for those with the label threads.
 function(sonvel_test name)
   cmake_parse_arguments(arg "" "LAUNCHER" "SOURCES;LIBS;LABELS;PROPERTIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
@@ -65,9 +73,9 @@ function(sonvel_test name)
   if(arg_LAUNCHER)
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${arg_LAUNCHER}")
   endif()
-  set(is_alone FALSE)
+  set(load ${SONVEL_COMPUTES})
   if("sound" IN_LIST arg_LABELS)
-    set(is_alone TRUE)
+    set(load ${SONVEL_WAITS})
   endif()
   set(labels "")
   if(arg_LABELS)
@@ -77,14 +85,14 @@ function(sonvel_test name)
   gtest_discover_tests(${name}
       TEST_PREFIX "${name}."
       DISCOVERY_MODE PRE_TEST
-      PROPERTIES TIMEOUT ${SONVEL_TEST_TIMEOUT} RUN_SERIAL ${is_alone} ${labels} ${arg_PROPERTIES})
+      PROPERTIES TIMEOUT ${SONVEL_TEST_TIMEOUT} ${load} ${labels} ${arg_PROPERTIES})
 endfunction()
 
 set(SONVEL_PYTHON /usr/bin/python3 CACHE FILEPATH "The Python that has the distribution's packages for tests")
 
 # sonvel_pytest(name FILES ... [ALONE] [LABELS ...] [TIMEOUT seconds])
 # Runs each test function of the files as a test of its own, in Python on a private desktop (see tests/support). ALONE:
-# runs alone, because it counts lost cycles; other tests wait for what they want to hear, so two may run at once.
+# runs alone, because it counts lost cycles; others wait for what they want to hear.
 function(sonvel_pytest name)
   cmake_parse_arguments(arg "ALONE" "TIMEOUT" "FILES;LABELS" ${ARGN})
   if(NOT arg_TIMEOUT)
@@ -98,7 +106,7 @@ function(sonvel_pytest name)
       string(REGEX REPLACE "^def (test_[A-Za-z0-9_]+).*" "\\1" function "${function}")
       add_test(NAME "${name}.${function}" COMMAND "${SONVEL_PYTHON}" -m pytest "${path}::${function}")
       set_tests_properties("${name}.${function}" PROPERTIES
-          TIMEOUT "${arg_TIMEOUT}" RUN_SERIAL ${arg_ALONE} LABELS "${arg_LABELS}"
+          TIMEOUT "${arg_TIMEOUT}" RUN_SERIAL ${arg_ALONE} ${SONVEL_WAITS} LABELS "${arg_LABELS}"
           ENVIRONMENT "SONVEL_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};PYTHONDONTWRITEBYTECODE=1")
     endforeach()
   endforeach()

@@ -4,9 +4,10 @@ from support.machine import Machine
 
 
 @pytest.fixture
-def machine():
-    """With sound."""
-    with Machine() as machine:
+def machine(request):
+    """With sound, and the options of the test's mark."""
+    mark = request.node.get_closest_marker("machine")
+    with Machine(**(mark.kwargs if mark else {})) as machine:
         yield machine
 
 

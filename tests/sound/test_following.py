@@ -1,9 +1,6 @@
 """Applications under control while devices, routes and processes come and go: within a second each is heard
 where its user expects it, at the set volume."""
 
-import pytest
-
-CYCLE = 1024  # frames
 AT_ONCE = 1.4  # seconds: one, plus the time to measure a tone
 
 
@@ -59,29 +56,3 @@ def test_all_processes_of_an_application_are_under_its_volume(machine, holder):
     holder.tell("gain", second.pid, 0.25)
     for frequency in (1700, 2600):
         machine.sink().wait_for_tone(frequency, 0.1)
-
-
-@pytest.mark.parametrize("program", ["pw-play", "paplay", "ffplay"])
-def test_restart_is_never_heard_without_the_settings(machine, holder, program):
-    for device in ("Speakers", "Headphones"):
-        copy = f"player-of-{device}"
-        player = machine.play(program, 1000, 0.4, copy)
-        holder.add(player.pid, 0.5, device)
-        machine.sink(device).wait_for_tone(1000, 0.2)
-        for _ in range(2):
-            player.kill()
-            silent_at(machine, device)
-            speakers, ears = machine.sink("Speakers"), machine.sink(device)
-            marks = speakers.mark(), ears.mark()
-            player = machine.play(program, 1000, 0.4, copy)
-            ears.wait_for_tone(1000, 0.2)
-            for sink, mark in zip((speakers, ears), marks):
-                loud = (abs(sink.since(mark).left) > 0.21).sum()
-                assert loud <= (0 if program == "pw-play" else CYCLE), sink.name
-        # one more stream, which must not be stuck in the tap
-        another = machine.play(program, 1700, 0.1, copy)
-        ears.wait_for_tone(1700, 0.05)
-        holder.tell("teardown")
-        machine.sink().wait_for_tone(1000, 0.4)
-        player.kill()
-        another.kill()

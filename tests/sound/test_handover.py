@@ -1,9 +1,10 @@
-"""What the sink hears, sample by sample, while an application is taken over and given back.
+"""What the sink hears, sample by sample, while an application is taken over, starts again and is given back.
 
 On a busy machine a player sometimes misses a cycle, which looks like a fault of ours. Our own faults would
 occur nearly every time, so each action is repeated."""
 
 import numpy
+import pytest
 from support.hearing import faulty_frames
 
 QUANTUM = 1024
@@ -83,3 +84,29 @@ def test_probe_hears_and_is_not_heard(machine, holder):
     player.tell("amplitude", "tone", 0)
     sink.wait_for_zeros()
     assert holder.tell("probe") is False
+
+
+@pytest.mark.parametrize("program", ["pw-play", "paplay", "ffplay"])
+def test_restart_is_never_heard_without_the_settings(machine, holder, program):
+    for device in ("Speakers", "Headphones"):
+        copy = f"player-of-{device}"
+        player = machine.play(program, 1000, 0.4, copy)
+        holder.add(player.pid, 0.5, device)
+        speakers, ears = machine.sink("Speakers"), machine.sink(device)
+        ears.wait_for_tone(1000, 0.2)
+        for _ in range(2):
+            player.kill()
+            ears.wait_for_zeros()
+            marks = speakers.mark(), ears.mark()
+            player = machine.play(program, 1000, 0.4, copy)
+            ears.wait_for_tone(1000, 0.2)
+            for sink, mark in zip((speakers, ears), marks):
+                loud = (abs(sink.since(mark).left) > 0.21).sum()
+                assert loud <= (0 if program == "pw-play" else QUANTUM), sink.name
+        # one more stream, which must not be stuck in the tap
+        another = machine.play(program, 1700, 0.1, copy)
+        ears.wait_for_tone(1700, 0.05)
+        holder.tell("teardown")
+        machine.sink().wait_for_tone(1000, 0.4)
+        player.kill()
+        another.kill()

@@ -10,6 +10,7 @@ from support.waiting import wait_until
 ENDS = {"heap": 99, "lock": 99, "call": -signal.SIGSYS}  # how the guard ends a program that does this
 
 
+@pytest.mark.machine(quantum=256)  # many cycles
 @pytest.mark.parametrize("seed", ["", *ENDS, "page"])
 def test_cycles_do_nothing_but_compute(machine, start_holder, seed):
     report = machine.folder / "realtime"
