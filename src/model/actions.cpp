@@ -38,7 +38,7 @@ void MixerViewModel::dismissChannel(ChannelState* channel) {
   const bool wasActive = channel->active();
   const auto& key = channel->stableKey();
   rememberedSettings_.erase(key);
-  channels_.removeRowsWithKey(key);
+  channels_.removeRowWithKey(key);
   reports_.forgetSession(key);
   if (wasActive) return sendRemoval(key, objectID);
   dependencies_.tell([key](HardwareController& controller) { controller.forgetSettings(key); });

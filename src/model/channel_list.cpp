@@ -4,45 +4,46 @@
 
 namespace sonvel {
 
-namespace {
-
-auto hasKey(std::string_view stableKey) {
-  return [stableKey](const ChannelList::Row& row) { return row->stableKey() == stableKey; };
-}
-
-} // namespace
-
-ChannelList::Row ChannelList::rowWithKey(std::string_view stableKey) const {
-  const auto found = std::ranges::find_if(rows_, hasKey(stableKey));
-  return found != rows_.end() ? *found : nullptr;
+ChannelList::Row ChannelList::rowWithKey(const std::string& stableKey) const {
+  const auto found = byKey_.find(stableKey);
+  return found != byKey_.end() ? found->second : nullptr;
 }
 
 bool ChannelList::contains(const ChannelState& row) const {
-  return std::ranges::any_of(rows_, [&](const Row& other) { return other.get() == &row; });
+  return rowWithKey(row.stableKey()).get() == &row;
 }
 
 void ChannelList::append(Row row) {
   const int index = rowCount();
   beginInsertRows({}, index, index);
+  byKey_.emplace(row->stableKey(), row);
   rows_.push_back(std::move(row));
   endInsertRows();
 }
 
-void ChannelList::removeRowsWithKey(std::string_view stableKey) {
-  const std::string key(stableKey); // a copy: the argument may belong to a row that is removed
-  for (;;) {
-    const auto found = std::ranges::find_if(rows_, hasKey(key));
-    if (found == rows_.end()) return;
-    const auto index = static_cast<int>(found - rows_.begin());
-    beginRemoveRows({}, index, index);
-    rows_.erase(found);
-    endRemoveRows();
-  }
+void ChannelList::removeRowWithKey(const std::string& stableKey) {
+  const auto row = rowWithKey(stableKey);
+  if (!row) return;
+  const auto found = std::ranges::find(rows_, row);
+  const auto index = static_cast<int>(found - rows_.begin());
+  beginRemoveRows({}, index, index);
+  rows_.erase(found);
+  byKey_.erase(row->stableKey());
+  endRemoveRows();
 }
 
 void ChannelList::sort(const Order& comesBefore) {
-  auto sorted = rows_;
-  std::ranges::stable_sort(sorted, [&](const Row& a, const Row& b) { return comesBefore(*a, *b); });
+  const auto isBefore = [&](const Row& a, const Row& b) { return comesBefore(*a, *b); };
+  // Usually all but a few rows are in order, and comparisons of names take most of the time.
+  std::vector<Row> ordered;
+  std::vector<Row> others;
+  for (const auto& row : rows_)
+    (ordered.empty() || !isBefore(row, ordered.back()) ? ordered : others).push_back(row);
+  if (others.empty()) return;
+  std::ranges::stable_sort(others, isBefore);
+  auto sorted = std::move(ordered);
+  for (auto& row : others)
+    sorted.insert(std::ranges::upper_bound(sorted, row, isBefore), row);
   const auto indexIn = [](const std::vector<Row>& rows, const Row& row) {
     return static_cast<std::size_t>(std::ranges::find(rows, row) - rows.begin());
   };

@@ -5,7 +5,8 @@
 #include <QAbstractListModel>
 #include <functional>
 #include <memory>
-#include <string_view>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace sonvel {
@@ -23,18 +24,20 @@ class ChannelList : public QAbstractListModel {
 
   const std::vector<Row>& rows() const noexcept { return rows_; }
 
-  /// The first row with that key; null if there is none.
-  Row rowWithKey(std::string_view stableKey) const;
+  /// Null if there is none.
+  Row rowWithKey(const std::string& stableKey) const;
 
   /// Whether this object is in the list.
   bool contains(const ChannelState& row) const;
 
+  /// The list must have no row with its key yet.
   void append(Row row);
 
-  /// Removes all rows with that key. The others keep their order.
-  void removeRowsWithKey(std::string_view stableKey);
+  /// Does nothing if there is none.
+  void removeRowWithKey(const std::string& stableKey);
 
-  /// Sorts with as few moves as possible. Equal rows keep their order.
+  /// Sorts with as few moves as possible. Equal rows keep their order. A list in order costs one comparison
+  /// for each row.
   void sort(const Order& comesBefore);
 
   using QAbstractListModel::sort;
@@ -47,6 +50,7 @@ class ChannelList : public QAbstractListModel {
   void move(std::size_t from, std::size_t to);
 
   std::vector<Row> rows_;
+  std::unordered_map<std::string, Row> byKey_;
 };
 
 } // namespace sonvel

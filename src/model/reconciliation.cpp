@@ -5,7 +5,7 @@
 #include "model/mixer_view_model.h"
 
 #include <algorithm>
-#include <set>
+#include <unordered_set>
 
 namespace sonvel {
 namespace {
@@ -13,15 +13,12 @@ namespace {
 /// A row is paused after this many reconciliations without its application.
 constexpr int kIdleTicksToPause = 2;
 
-bool hasKey(const std::vector<std::pair<std::string, AudioApp>>& audible, const std::string& key) {
-  return std::ranges::find(audible, key, &std::pair<std::string, AudioApp>::first) != audible.end();
-}
-
 /// For equal keys the first application in the list is used.
 std::vector<std::pair<std::string, AudioApp>> byKey(const std::vector<AudioApp>& apps) {
   std::vector<std::pair<std::string, AudioApp>> audible;
+  std::unordered_set<std::string> known;
   for (const auto& app : apps)
-    if (auto key = stableKey(app); !hasKey(audible, key)) audible.emplace_back(std::move(key), app);
+    if (auto key = stableKey(app); known.insert(key).second) audible.emplace_back(std::move(key), app);
   return audible;
 }
 
@@ -67,9 +64,12 @@ ChannelList::Row MixerViewModel::rowFor(const std::string& key, const AudioApp& 
 }
 
 QCoro::Task<> MixerViewModel::pauseMissingRows(AudibleMap audible) {
+  std::unordered_set<std::string_view> keys;
+  for (const auto& [key, app] : audible)
+    keys.insert(key);
   const auto rows = channels_.rows();
   for (const auto& row : rows) {
-    if (hasKey(audible, row->stableKey()) || !row->isPlaying() || !channels_.contains(*row)) continue;
+    if (keys.contains(row->stableKey()) || !row->isPlaying() || !channels_.contains(*row)) continue;
     row->setIdleTicks(row->idleTicks() + 1);
     if (row->idleTicks() >= kIdleTicksToPause) co_await pause(row);
   }
