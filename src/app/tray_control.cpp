@@ -42,7 +42,10 @@ TrayControl::TrayControl(ui::TrayIcon& tray, MixerViewModel& model, const Audio&
     tray_.setStartsAtLogin(autostart_.isOn());
   });
   connect(&tray_, &ui::TrayIcon::aboutChosen, this, &TrayControl::showAbout);
-  connect(model_.channels(), &QAbstractItemModel::rowsRemoved, this, &TrayControl::update);
+  rowsChanged_.setSingleShot(true);
+  rowsChanged_.setInterval(0);
+  connect(&rowsChanged_, &QTimer::timeout, this, &TrayControl::updateIcon);
+  connect(model_.channels(), &QAbstractItemModel::rowsRemoved, this, [this] { rowsChanged_.start(); });
   connect(model_.channels(), &QAbstractItemModel::rowsInserted, this,
           [this](const QModelIndex&, int first, int last) { follow(first, last); });
   tray_.setStartsAtLogin(autostart_.isOn());
@@ -50,25 +53,28 @@ TrayControl::TrayControl(ui::TrayIcon& tray, MixerViewModel& model, const Audio&
 }
 
 void TrayControl::follow(int first, int last) {
+  const auto note = [this] { rowsChanged_.start(); };
   for (int i = first; i <= last; ++i) {
     const auto* const row = model_.channels()->rows().at(static_cast<std::size_t>(i)).get();
-    connect(row, &ChannelState::gainPercentChanged, this, &TrayControl::update);
-    connect(row, &ChannelState::mutedChanged, this, &TrayControl::update);
-    connect(row, &ChannelState::isPlayingChanged, this, &TrayControl::update);
+    connect(row, &ChannelState::gainPercentChanged, this, note);
+    connect(row, &ChannelState::mutedChanged, this, note);
+    connect(row, &ChannelState::isPlayingChanged, this, note);
   }
-  update();
+  note();
+}
+
+void TrayControl::updateIcon() {
+  QString name = QStringLiteral("com.quellmarsh.sonvel-symbolic");
+  if (shown_.isMuted())
+    name = QStringLiteral("com.quellmarsh.sonvel-muted-symbolic");
+  else if (std::ranges::any_of(model_.channels()->rows(), isAmplified))
+    name = QStringLiteral("com.quellmarsh.sonvel-amplified-symbolic");
+  if (std::exchange(shownIcon_, name) != name) tray_.setIcon(trayIcon(name));
 }
 
 void TrayControl::update() {
-  const auto& rows = model_.channels()->rows();
-  const bool isMuted = shown_.isMuted();
-  QString name = QStringLiteral("com.quellmarsh.sonvel-symbolic");
-  if (isMuted)
-    name = QStringLiteral("com.quellmarsh.sonvel-muted-symbolic");
-  else if (std::ranges::any_of(rows, isAmplified))
-    name = QStringLiteral("com.quellmarsh.sonvel-amplified-symbolic");
-  if (std::exchange(shownIcon_, name) != name) tray_.setIcon(trayIcon(name));
-  tray_.setMuted(isMuted);
+  updateIcon();
+  tray_.setMuted(shown_.isMuted());
   tray_.setToolTip(toolTip());
 }
 

@@ -6,6 +6,7 @@
 #include "ui/shell/tray_icon.h"
 
 #include <QObject>
+#include <QTimer>
 
 namespace sonvel {
 
@@ -30,6 +31,7 @@ class TrayControl final : public QObject {
 
  private:
   void update();
+  void updateIcon();
   void follow(int first, int last);
   QString toolTip() const;
   void showAbout();
@@ -39,6 +41,7 @@ class TrayControl final : public QObject {
   const desktop::Autostart autostart_{desktop::startedProgram()};
   const QString updateManager_;
   QString shownIcon_;
+  QTimer rowsChanged_; ///< collects the changes of all rows in one turn of the event loop
   MasterControl::State shown_;
   MasterControl master_; // last member, because it calls this object
 };
