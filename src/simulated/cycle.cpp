@@ -100,10 +100,12 @@ void SimulatedHardware::playProcesses(Cycle& cycle) const {
 
 std::vector<float> SimulatedHardware::tapSamples(const Cycle& cycle, const std::string& tapUID) const {
   Samples samples(cycle.frames * kChannels);
-  for (const Tap& tap : playingGraph().taps)
+  for (const Tap& tap : playingGraph().taps) {
+    if (tap.uid != tapUID) continue;
     for (const Process& process : processes_)
-      if (tap.uid == tapUID && process.script.isPlaying && isTapOf(tap, process.id, process.script))
+      if (process.script.isPlaying && isTapOf(tap, process.id, process.script))
         addSignals(process.script.streams, cycle.start.sampleTimeFrames, samples);
+  }
   return samples;
 }
 
