@@ -9,6 +9,8 @@ ColumnLayout {
 
     required property MixerViewModel model
     property bool isSoundKnown: true // false: playing applications can't be seen
+    property real viewTop: 0 // the visible part, in this item's coordinates
+    property real viewBottom: 0
     readonly property alias count: rows.count
 
     spacing: 10
@@ -40,38 +42,29 @@ ColumnLayout {
         }
     }
 
-    Column {
-        visible: rows.count > 0
+    ChannelColumn {
+        id: rows
+
+        visible: count > 0
         Layout.fillWidth: true
         spacing: 10
+        channels: root.model.channels
+        viewTop: root.viewTop - y
+        viewBottom: root.viewBottom - y
 
         Accessible.role: Accessible.List
         Accessible.name: title.text
 
-        // Rows are created once and kept, wherever the list moves them and whether visible or not: the user
-        // may be dragging in one.
-        Repeater {
-            id: rows
+        row: ChannelRow {
+            width: parent?.width ?? 0
+            // The model is in this file, but Qt 6.4's linter cannot know it.
+            model: root.model // qmllint disable unqualified
+        }
 
-            model: root.model.channels
-
-            ChannelRow {
-                required property ChannelState channel
-
-                width: parent?.width ?? 0
-                // The model is in this file, but Qt 6.4's linter cannot know it.
-                model: root.model // qmllint disable unqualified
-                ch: channel
-            }
-
-            // Keyboard focus moves to the row that takes the removed row's place.
-            onItemRemoved: (index, item) => {
-                const next = rows.itemAt(Math.min(index, rows.count - 1)) as ChannelRow;
-                if (!item.activeFocus || !next)
-                    return;
-                const control = root.Window.activeFocusItem as T.Control;
-                next.takeFocus(control?.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason);
-            }
+        // Keyboard focus moves to the row that takes the removed row's place.
+        onFocusedRowRemoved: next => {
+            const control = root.Window.activeFocusItem as T.Control;
+            (next as ChannelRow).takeFocus(control?.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason);
         }
     }
 }

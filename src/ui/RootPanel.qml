@@ -111,6 +111,8 @@ Rectangle {
 
                 Layout.fillWidth: true
                 isSoundKnown: !root.soundIsElsewhere
+                viewTop: scrollArea.contentY - sections.y - y
+                viewBottom: viewTop + scrollArea.height
                 model: root.model
             }
         }

@@ -109,6 +109,37 @@ TEST_F(PanelInputTest, KeysWorkTheFocusedRow) {
   ASSERT_TRUE(settle());
 }
 
+TEST_F(PanelInputTest, RowsThatAreSeenOrReachedExistInOrder) {
+  QStringList wanted;
+  std::vector<std::string> applications;
+  for (int i = 100; i < 140; ++i) {
+    applications.push_back(std::to_string(i));
+    wanted += QString("%1 volume").arg(i);
+  }
+  openWith(applications);
+  EXPECT_LT(names(QAccessible::ListItem).size(), 10);
+  child("scrollArea")->setProperty("contentY", 1500);
+  EXPECT_LT(names(QAccessible::ListItem).size(), 18);
+  for (const auto& [key, direction] : {std::pair(Qt::Key_Tab, 1), {Qt::Key_Backtab, -1}}) {
+    ASSERT_TRUE(tabTo(direction > 0 ? master() : button("Reset all")));
+    QStringList reached;
+    while (reached.size() < wanted.size()) {
+      press(key);
+      if (focused().endsWith(" volume")) reached += focused();
+      ASSERT_NE(focused(), "Quit") << reached.join(' ').toStdString();
+    }
+    EXPECT_EQ(reached, wanted);
+    std::ranges::reverse(wanted);
+  }
+  play("1205", "org.1205");
+  passReconciliation();
+  EXPECT_EQ(names(QAccessible::ListItem).size(), 40) << "the new row is not in view";
+  child("scrollArea")->setProperty("contentY", 1700);
+  const auto order = names(QAccessible::ListItem);
+  EXPECT_EQ(order.size(), 41);
+  EXPECT_TRUE(std::ranges::is_sorted(order)) << order.join(' ').toStdString();
+}
+
 TEST_F(PanelInputTest, WhatIsHeldStaysInTheHandWhileTheListChanges) {
   openWith({"Beta", "Middle"});
   auto* held = volume("Middle");
@@ -152,7 +183,7 @@ TEST_F(PanelInputTest, LongTextsAndListsKeepToTheirPlace) {
   const auto paused = play("0" + longName, "org.paused");
   open();
   stopPlaying(paused);
-  row("org.10")->setLastError(
+  row("org.12")->setLastError(
       CallFailure{QString("The device is out of order. ").repeated(14).toStdString()});
   model_->setOutput(std::optional<std::string>("device10"), row("org.20"));
   root()->setProperty("serverNotice", QString("A long text about sound. ").repeated(16));
