@@ -11,7 +11,6 @@ PanelButton {
     property bool spinning: false
     readonly property color textColor: prominent ? PanelTheme.onAccent : PanelTheme.primary
 
-    opacity: enabled || spinning ? 1 : 0.45
     font: PanelTheme.caption
     horizontalPadding: 9
     verticalPadding: 4

@@ -17,7 +17,8 @@ PanelButton {
         renderType: Text.NativeRendering
         elide: Text.ElideRight
         font: root.font
-        color: root.hovered || root.visualFocus ? PanelTheme.primary : PanelTheme.secondary
+        color: !root.enabled ? PanelTheme.disabled
+                             : root.hovered || root.visualFocus ? PanelTheme.primary : PanelTheme.secondary
         opacity: root.pressed ? 0.5 : 1
     }
 }

@@ -14,7 +14,6 @@ T.AbstractButton {
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
-    opacity: enabled ? 1 : 0.45
 
     Accessible.role: Accessible.Button
     Accessible.name: text

@@ -31,7 +31,7 @@ TEST(PanelColorsTest, AreLegibleOnEveryDesktop) {
         const auto faint = [&](const QColor& color) { return over(colors.window, color, 0.9); };
         double text =
             std::min({ratio(colors.primary, colors.control), ratio(colors.primary, colors.menu),
-                      ratio(colors.onAccent, colors.prominent),
+                      ratio(colors.onAccent, colors.prominent), ratio(colors.disabled, colors.window),
                       ratio(faint(colors.secondary), faint(over(colors.window, colors.secondary, 0.15)))});
         for (const auto& color : {colors.primary, colors.secondary, colors.accent, colors.orange, colors.red})
           text = std::min({text, ratio(color, colors.fill), ratio(faint(color), colors.window)});

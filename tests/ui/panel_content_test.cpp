@@ -36,7 +36,7 @@ arrow.uturn.backward
 button Everything → Speakers
 hifispeaker
 text 1 playing in secondary
-button Check for Updates | Updates are not configured in this build. at 0.45 disabled
+button Check for Updates | Updates are not configured in this build. disabled
 button Quit)";
 
 class PanelContentTest : public PanelTest {

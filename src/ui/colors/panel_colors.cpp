@@ -15,6 +15,10 @@ using contrast::towards;
 constexpr double kPausedRowOpacity = 0.9;
 constexpr double kBadgeOpacity = 0.15; ///< of the badge's own text colour
 
+/// Small letters are blurred: measured on pictures, their strongest point has a quarter less contrast than
+/// their colour.
+constexpr double kBlur = 1.3;
+
 /// On a window colour with less contrast to black and white there is no room for secondary text.
 constexpr double kWindowRatio = 12.0;
 constexpr double kPrimaryRatio = 10.0;
@@ -88,7 +92,7 @@ PanelColors panelColors(const Appearance& appearance, const QPalette& palette) {
   const bool high = appearance.prefersHighContrast;
   const Base& own = dark ? kDark : kLight;
   const QColor end = dark ? Qt::white : Qt::black;
-  const double textRatio = high ? PanelColors::highTextRatio : PanelColors::textRatio;
+  const double textRatio = (high ? PanelColors::highTextRatio : PanelColors::textRatio) * kBlur;
   const double symbolRatio = high ? PanelColors::textRatio : PanelColors::symbolRatio;
 
   PanelColors colors;
@@ -120,6 +124,8 @@ PanelColors panelColors(const Appearance& appearance, const QPalette& palette) {
     return readAsText(color) && reading.badge(color) >= textRatio;
   });
   colors.tertiary = towards(shade(0.35), end, seenOnWindow);
+  colors.disabled = towards(shade(0.35), end,
+                            [&](const QColor& color) { return ratio(color, colors.window) >= textRatio; });
   colors.orange = towards(own.orange, end, readAsText);
   colors.red = towards(own.red, end, readAsText);
   colors.green = own.green;

@@ -8,7 +8,7 @@
 namespace sonvel {
 
 /// The panel's colours. Wherever they are used, also on the card and in paused rows, text has a contrast of
-/// at least 4.5 and symbols of at least 3.
+/// at least 4.5, also when it is small and so drawn with blurred edges, and symbols of at least 3.
 struct PanelColors {
   static constexpr double textRatio = 4.5;
   static constexpr double symbolRatio = 3.0;
@@ -18,6 +18,7 @@ struct PanelColors {
   QColor primary;   ///< text
   QColor secondary; ///< less important text
   QColor tertiary;  ///< less important symbols
+  QColor disabled;  ///< text of a disabled button, on `window` alone
   QColor accent;    ///< text and symbols in the user's colour
   QColor tint;      ///< the filled part of a slider, in the user's colour
   QColor prominent; ///< the main button, in the user's colour

@@ -77,15 +77,21 @@ QFont PanelTheme::sectionLabel() const {
 }
 
 QFont PanelTheme::digits() const {
-  QFont digits = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-  digits.setPixelSize(scaled(10));
-  return digits;
+  return sized(QFontDatabase::systemFont(QFontDatabase::FixedFont), 10);
 }
 
 QFont PanelTheme::font(double pixelSize, QFont::Weight weight) const {
-  QFont font = generalFont_;
-  font.setPixelSize(scaled(pixelSize));
+  QFont font = sized(generalFont_, pixelSize);
   font.setWeight(weight);
+  return font;
+}
+
+// Where Wayland scales a screen, Qt's software renderer cuts each text to the bounds that its letters have
+// when hinted at the unscaled size. Scaled letters can be higher than that, so they must not be hinted; Qt
+// does the same where it scales by itself.
+QFont PanelTheme::sized(QFont font, double pixelSize) const {
+  font.setPixelSize(scaled(pixelSize));
+  if (qGuiApp->devicePixelRatio() > 1) font.setHintingPreference(QFont::PreferNoHinting);
   return font;
 }
 

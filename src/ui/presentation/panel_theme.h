@@ -22,6 +22,7 @@ class PanelTheme final : public QObject {
   Q_PROPERTY(QColor primary READ primary NOTIFY colorsChanged)
   Q_PROPERTY(QColor secondary READ secondary NOTIFY colorsChanged)
   Q_PROPERTY(QColor tertiary READ tertiary NOTIFY colorsChanged)
+  Q_PROPERTY(QColor disabled READ disabled NOTIFY colorsChanged)
   Q_PROPERTY(QColor accent READ accent NOTIFY colorsChanged)
   Q_PROPERTY(QColor tint READ tint NOTIFY colorsChanged)
   Q_PROPERTY(QColor onAccent READ onAccent NOTIFY colorsChanged)
@@ -65,6 +66,8 @@ class PanelTheme final : public QObject {
   QColor secondary() const { return colors_.secondary; }
 
   QColor tertiary() const { return colors_.tertiary; }
+
+  QColor disabled() const { return colors_.disabled; }
 
   QColor accent() const { return colors_.accent; }
 
@@ -124,6 +127,7 @@ class PanelTheme final : public QObject {
   void updateAppearance();
   void updateFonts();
   QFont font(double pixelSize, QFont::Weight weight) const;
+  QFont sized(QFont font, double pixelSize) const;
   int scaled(double pixelSize) const;
 
   DesktopAppearance& appearance_;
