@@ -8,12 +8,18 @@ import sys
 import tempfile
 import time
 
+import numpy
+
+import contrast
 from support.bus import BIN, PROPERTIES, call, connect, run
 from support.desktop import Application, Desktop
 from support.tray import Icon, WATCHER
 from support.waiting import wait_until
 
 FOLDER = pathlib.Path("build/pictures")
+ID = "com.quellmarsh.sonvel"
+FIRST_BELOW_LIST = ("Reset all", "Alle zurücksetzen")
+LABELLED = (29, 43, 83)  # labels, buttons and headings, as AT-SPI numbers them
 XFCONFD = "/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd"
 NOBODY = 65534
 XFCE_PANEL = """<?xml version="1.0"?><channel name="xfce4-panel" version="1.0">
@@ -35,6 +41,16 @@ LONG = ("Symphony of the Northern Lights Media Library and Podcast Player", "Con
         "Ein Musikprogramm mit einem wirklich langen Namen", "Reproductor de sonido con un nombre muy largo")
 
 
+def read_picture(file):
+    """The pixels of a picture, row by row: 0xRRGGBB."""
+    text = subprocess.run(["ffmpeg", "-loglevel", "error", "-i", file, "-f", "image2pipe", "-c", "ppm", "-"], check=True,
+                          stdout=subprocess.PIPE).stdout
+    _, size, _, points = text.split(b"\n", 3)
+    width, height = map(int, size.split())
+    points = numpy.frombuffer(points, numpy.uint8).astype(int).reshape(height, width, 3)
+    return points @ (1 << 16, 1 << 8, 1)
+
+
 def players(count):
     """Applications with different tones, every fourth with an overlong name."""
     names = [f"{LONG[i // 4 % 4]} {i}" if i % 4 == 0 else f"Player {i}" for i in range(count)]
@@ -45,9 +61,9 @@ def players(count):
 class Scene:
     """A desktop with playing applications and the program."""
 
-    def __init__(self, count=4, dark=False, **desktop):
-        self.dark = dark
-        self.desktop = Desktop(has_tray=False, **desktop)
+    def __init__(self, count=4, dark=False, scale=1, **desktop):
+        self.dark, self.scale = dark, scale
+        self.desktop = Desktop(has_tray=False, scale=scale, **desktop)
         self.machine, self.screen = self.desktop.machine, self.desktop.screen
         self.environment = self.desktop.environment
         self.players = players(count)
@@ -66,6 +82,18 @@ class Scene:
             self.screen.control("Sonvel")
             self.desktop.set_dark(True)
 
+    def check_contrast(self, points, in_window=False, origin=(0, 0), icon=()):
+        """Of all texts and symbols that a screen reader finds, and of the tray icon. origin: what places are relative to."""
+        labels = [(name, *control.place(in_window)) for name, control in self.screen.shown()
+                  if name and control.role in LABELLED]
+        below = next(i for i, (name, *_) in enumerate(labels) if name in FIRST_BELOW_LIST)
+        end = labels[below][2] - 12
+        # what reaches under the lower part is scrolled out of sight
+        seen = [label for i, label in enumerate(labels) if i >= below or label[2] + label[4] <= end]
+        places = [(name, *(round(self.scale * length) for length in (x + origin[0], y + origin[1], width, height)))
+                  for name, x, y, width, height in seen + [("tray icon", *place) for place in icon]]
+        print(f"  lowest contrast of a text: {contrast.check(points, places):.2f}")
+
     def settle(self):
         """Waits for fades to end; meters move all the time, so there is no final state to wait for."""
         time.sleep(3)
@@ -74,6 +102,7 @@ class Scene:
 class X11(Scene):
     def __init__(self, has_panel=True, **scene):
         super().__init__(**scene)
+        self.has_panel = has_panel
         theme = "Adwaita:dark" if self.dark else "Adwaita"
         self.environment |= {"GTK_THEME": theme, "XDG_CURRENT_DESKTOP": "XFCE"}
         folder = self.machine.folder / "config/xfce4/xfconf/xfce-perchannel-xml"
@@ -88,13 +117,16 @@ class X11(Scene):
     def save(self, name):
         self.settle()
         self.desktop.display.save_picture(FOLDER / f"{name}.png")
+        self.check_contrast(self.desktop.display.points().astype(int),
+                            icon=[(1252, 2, 28, 24)] if self.has_panel else [])
 
 
 class Wayland(Scene):
     """Sway refuses to run as root, so a root user runs it as another user."""
 
     def __init__(self, scale=1, has_bar=True, **scene):
-        super().__init__(**scene)
+        super().__init__(scale=scale, **scene)
+        self.has_bar = has_bar
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sonvel-sway-"))
         (self.folder / "config").write_text(
             f"output HEADLESS-1 resolution {1000 * scale}x{760 * scale} scale {scale} bg #40607f solid_color\n"
@@ -113,6 +145,8 @@ class Wayland(Scene):
                              "XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": "sway", "QT_QPA_PLATFORM": "wayland",
                              "QT_SCALE_FACTOR": "1", "GDK_BACKEND": "wayland"}
         self.environment.pop("DISPLAY")
+        # A keyboard that stays: with the last one the focus goes too, and a program misses the first key of a new one.
+        self.machine.start("wtype", "-s", "600000", "-k", "Escape", environment=self.environment)
         if has_bar:
             (self.folder / "waybar.json").write_text(json.dumps(WAYBAR))
             (self.folder / "waybar.css").write_text(WAYBAR_STYLE.format(*(("#202225", "#eee") if self.dark else ("#f0f0f0", "#111"))))
@@ -131,21 +165,36 @@ class Wayland(Scene):
     def save(self, name):
         self.settle()
         self.run("grim", FOLDER / f"{name}.png")
+        window = self.window()
+        self.check_contrast(read_picture(FOLDER / f"{name}.png"), in_window=True, origin=(window["x"], window["y"]),
+                            icon=[(-window["x"] + 965, -window["y"] + 2, 30, 26)] if self.has_bar else [])
 
-    def window(self):
-        """The program's window in the compositor's tree, or None."""
+    def window(self, program=ID):
+        """Its place: a window in the compositor's tree, or a surface in its layers above the windows; None without one."""
         def find(node):
-            if node.get("app_id") == "com.quellmarsh.sonvel":
-                return node
+            if node.get("app_id") == program:
+                return node["rect"] | {"is_window": True, "is_floating": node["type"] == "floating_con",
+                                       "has_focus": node["focused"]}
             return next(filter(None, map(find, node.get("nodes", []) + node.get("floating_nodes", []))), None)
-        return find(json.loads(self.run("swaymsg", "-t", "get_tree")))
+        outputs = json.loads(self.run("swaymsg", "-t", "get_outputs"))
+        surfaces = [surface for output in outputs for surface in output.get("layer_shell_surfaces", [])]
+        layer = next((surface for surface in surfaces if surface["namespace"] == program), None)
+        return layer["extent"] | {"is_window": False} if layer else find(json.loads(self.run("swaymsg", "-t", "get_tree")))
+
+    def wait_for(self, is_open, why):
+        wait_until(lambda: bool(self.window()) == is_open, what=f"the panel {'open' if is_open else 'closed'}: {why}")
+        self.settle()  # and stays so
+
+    def click_at(self, x, y):
+        for order in (("set", str(x), str(y)), ("press", "button1"), ("release", "button1")):
+            self.run("swaymsg", "seat", "-", "cursor", *order)
 
     def click(self):
-        """What the bar does for a click on its one icon: a compositor without a mouse gives nobody clicks."""
+        """What Waybar does for a click on its one icon: a compositor without a mouse gives nobody clicks."""
         bus = connect(self.environment)
         items = call(bus, WATCHER, "/StatusNotifierWatcher", PROPERTIES, "Get", WATCHER, "RegisteredStatusNotifierItems",
                      signature="ss")
-        Icon(bus, str(items[0]).split("/")[0]).click()
+        Icon(bus, str(items[0]).split("/")[0]).do("Activate", 985, 15, signature="ii")
 
     def key(self, name):
         self.run("wtype", "-k", name)
@@ -183,29 +232,49 @@ def fifteen_applications():
     on_x11("fifteen-applications", count=15)
 
 
-def permission_denied():
-    with X11() as scene:
+def permission_denied(name="permission-denied", dark=False):
+    with X11(dark=dark) as scene:
         scene.environment |= scene.machine.restriction()
         scene.start()
         scene.screen.control("Grant Audio Access")
-        scene.save("permission-denied")
+        scene.save(name)
+
+
+def permission_denied_dark():
+    permission_denied("permission-denied-dark", dark=True)
 
 
 def wayland(name, **more):
-    """Opened by a start, closed by Escape, opened and closed by the tray; floats at the compositor's place."""
+    """Opened by a start; then all that opens and closes it."""
     with Wayland(**more) as scene:
         scene.start()
-        window = wait_until(scene.window, what="the window")
-        assert window["type"] == "floating_con" and window["focused"], window
+        place = wait_until(scene.window, what="the window")
+        if place["is_window"]:
+            assert place["is_floating"] and place["has_focus"], place
         scene.save(name)
+        if not place["is_window"]:
+            place = scene.window()
+            assert (place["x"] + place["width"], place["y"]) == (1000, WAYBAR["height"]), f"not at the tray: {place}"
         scene.key("Escape")
-        wait_until(lambda: not scene.window(), what="the panel closed by Escape")
-        scene.settle()
+        wait_until(lambda: not scene.window(), what="the panel closed: Escape")
         scene.click()
-        wait_until(scene.window, what="the panel opened by the tray")
-        scene.settle()
+        scene.wait_for(True, "a click right after Escape")
         scene.click()
-        wait_until(lambda: not scene.window(), what="the panel closed by a second click")
+        scene.wait_for(False, "a second click")
+        scene.click()
+        scene.wait_for(True, "a click after a click")
+        scene.machine.start("foot", "-a", "elsewhere", "sleep", "600", environment=scene.environment)
+        wait_until(lambda: scene.window("elsewhere"), what="another window")
+        scene.wait_for(False, "the focus is in a new window")
+        scene.click()
+        scene.wait_for(True, "a click beside a new window")
+        scene.run("swaymsg", "[app_id=elsewhere]", "focus")
+        scene.wait_for(False, "the focus is in another window")
+        scene.click()
+        scene.wait_for(True, "a click beside another window")
+        scene.click_at(100, 700)
+        scene.wait_for(False, "a click elsewhere")
+        assert scene.program.poll() is None
 
 
 def wayland_tray_light():
@@ -224,7 +293,7 @@ def wayland_without_tray():
         player = scene.players[1]
         scene.desktop.set_volume(player, 50)
         scene.save("wayland-without-tray")
-        scene.run("swaymsg", "[app_id=com.quellmarsh.sonvel]", "kill")
+        scene.run("swaymsg", f"[app_id={ID}]", "kill")
         wait_until(lambda: not scene.window(), what="no window")
         scene.desktop.hear(player)
         assert scene.machine.start(BIN / "sonvel", environment=scene.environment).wait(20) == 0
@@ -237,12 +306,18 @@ def wayland_without_tray():
 
 
 def update_states():
-    run(BIN / "ui_test", "--gtest_filter=UpdateWindowTest.shows*",
-        env=os.environ | {"SONVEL_PICTURES": str(FOLDER.resolve())}).wait()
+    """The window of an update; its test says where each text is."""
+    for look in ("light", "dark"):
+        assert run(BIN / "ui_test", "--gtest_filter=UpdateWindowTest.shows*",
+                   env=os.environ | {"SONVEL_PICTURES": f"{FOLDER.resolve()}/update-{look}-"}).wait() == 0
+        for places in sorted(FOLDER.glob(f"update-{look}-*.json")):
+            lowest = contrast.check(read_picture(places.with_suffix(".png")), json.loads(places.read_text()))
+            print(f"  {places.stem}: lowest contrast of a text: {lowest:.2f}")
+            places.unlink()
 
 
 SCENES = (x11_tray_light, x11_tray_dark, x11_without_tray, german_twice_the_size_dark, fifteen_applications,
-          permission_denied, wayland_tray_light, wayland_tray_dark_2x, wayland_without_tray, update_states)
+          permission_denied, permission_denied_dark, wayland_tray_light, wayland_tray_dark_2x, wayland_without_tray, update_states)
 
 
 def main():

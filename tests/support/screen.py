@@ -12,6 +12,7 @@ from support.waiting import wait_until
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 ACTION = "org.a11y.atspi.Action"
+COMPONENT = "org.a11y.atspi.Component"
 VALUE = "org.a11y.atspi.Value"
 SHOWING, VISIBLE = 1 << 25, 1 << 30
 
@@ -76,6 +77,15 @@ class Control:
     @value.setter
     def value(self, value):
         call(*self._at, PROPERTIES, "Set", VALUE, "CurrentValue", dbus.Double(value), signature="ssv")
+
+    @property
+    def role(self):
+        """Its number in AT-SPI."""
+        return int(call(*self._at, ACCESSIBLE, "GetRole"))
+
+    def place(self, in_window):
+        """x, y, width and height, in its window or on the screen."""
+        return [int(number) for number in call(*self._at, COMPONENT, "GetExtents", int(in_window), signature="u")]
 
     def is_shown(self):
         states = call(*self._at, ACCESSIBLE, "GetState")[0]

@@ -2,6 +2,9 @@
 #include "ui/updates/update_window.h"
 #include "ui/updates/update_words.h"
 
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <set>
 
 namespace sonvel {
@@ -45,6 +48,9 @@ UpdateState at(UpdateStage stage, bool isUnasked = false, bool isPackage = false
           .failure = UpdateFailure::feedNotSigned};
 }
 
+/// For scripts/pictures: where to save pictures, the beginning of their names; usually empty.
+const QString kPictures = qEnvironmentVariable("SONVEL_PICTURES");
+
 class UpdateWindowTest : public testing::Test, protected WindowUser {
  protected:
   // Closed windows are deleted by the event loop, which does not run after the test.
@@ -52,8 +58,27 @@ class UpdateWindowTest : public testing::Test, protected WindowUser {
 
   QQuickWindow* window() const override { return window_.view(); }
 
+  /// Also where its texts are.
+  void savePicture(const QString& name) const {
+    window()->grabWindow().save(name + ".png");
+    QJsonArray places;
+    for (const auto role : {QAccessible::StaticText, QAccessible::Heading, QAccessible::Button})
+      for (auto* item : itemsOf(role)) {
+        const QRect rect = place(item).toAlignedRect();
+        const auto text = accessible(item)->text(QAccessible::Name);
+        if (text != "") places << QJsonArray{text, rect.x(), rect.y(), rect.width(), rect.height()};
+      }
+    QFile file(name + ".json");
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QJsonDocument(places).toJson());
+  }
+
   ScriptedRun run_;
-  UpdateWindow window_{run_, [] { return Appearance{.prefersReducedMotion = true}; }};
+  UpdateWindow window_{run_, [] {
+                         using enum Appearance::ColorScheme;
+                         return Appearance{.colorScheme = kPictures.contains("dark") ? dark : light,
+                                           .prefersReducedMotion = true};
+                       }};
 };
 
 TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
@@ -91,8 +116,7 @@ TEST_F(UpdateWindowTest, showsEveryStateInFullAndObeysItsKeys) {
       EXPECT_LE(item->property("paintedWidth").toDouble(), item->width() + 1) << "it is cut off";
       EXPECT_EQ(item->property("textFormat").toInt(), static_cast<int>(Qt::PlainText));
     }
-    if (const auto folder = qEnvironmentVariable("SONVEL_PICTURES"); !folder.isEmpty())
-      window()->grabWindow().save(QString("%1/update-%2.png").arg(folder).arg(++pictures));
+    if (!kPictures.isEmpty()) savePicture(kPictures + QString::number(++pictures));
     press(Qt::Key_Return);
     press(Qt::Key_Space);
     EXPECT_EQ(run_.proceeded, proceeds);
