@@ -3,31 +3,35 @@
 #include "platform/descriptor_limit.h"
 #include "updater/relaunch.h"
 
-#include <glib.h>
-
+#include <QCoreApplication>
 #include <QFile>
-#include <array>
-#include <string>
-#include <vector>
+#include <QProcess>
+#include <utility>
 
 namespace sonvel {
 
-bool openInstalledPage(const QString& path) {
-  if (!QFile::exists(path)) return false;
-  std::string program = "xdg-open";
-  std::string page = QFile::encodeName(path).toStdString();
-  std::array<char*, 3> arguments{program.data(), page.data(), nullptr};
-  std::vector<std::string> texts;
-  for (const QString& text :
-       updater::environmentOutsideImage(QProcessEnvironment::systemEnvironment()).toStringList())
-    texts.push_back(text.toLocal8Bit().toStdString());
-  std::vector<char*> environment;
-  for (std::string& text : texts)
-    environment.push_back(text.data());
-  environment.push_back(nullptr);
-  const auto prepareChild = [](gpointer) { RaisedDescriptorLimit::lowerFor(0); };
-  return g_spawn_async(nullptr, arguments.data(), environment.data(), G_SPAWN_SEARCH_PATH, prepareChild,
-                       nullptr, nullptr, nullptr) != FALSE;
+void openInstalledPage(const QString& path, std::function<void()> failed) {
+  if (!QFile::exists(path)) {
+    failed();
+    return;
+  }
+  // It may run as long as what it opens. NOLINTNEXTLINE(cppcoreguidelines-owning-memory): a child
+  auto* const opener = new QProcess(QCoreApplication::instance());
+  opener->setProcessEnvironment(updater::environmentOutsideImage(QProcessEnvironment::systemEnvironment()));
+  opener->setProcessChannelMode(QProcess::ForwardedChannels);
+  opener->setStandardInputFile(QProcess::nullDevice());
+  opener->setChildProcessModifier([] { RaisedDescriptorLimit::lowerFor(0); });
+  const auto end = [opener, failed = std::move(failed)](bool isOpened) {
+    opener->deleteLater();
+    if (!isOpened) failed();
+  };
+  QObject::connect(opener, &QProcess::finished, opener, [end](int exitCode, QProcess::ExitStatus status) {
+    end(status == QProcess::NormalExit && exitCode == 0);
+  });
+  QObject::connect(opener, &QProcess::errorOccurred, opener, [end](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) end(false);
+  });
+  opener->start(QStringLiteral("xdg-open"), {path});
 }
 
 } // namespace sonvel

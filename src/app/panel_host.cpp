@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QPointer>
 #include <QQmlEngine>
 #include <QQuickItem>
 
@@ -110,8 +111,9 @@ void PanelHost::onClosingChosen(bool quits) {
 void PanelHost::onSettingsRequested() {
   const QDir programFolder(QCoreApplication::applicationDirPath());
   const QString page = QDir::cleanPath(programFolder.filePath(QStringLiteral(SONVEL_ACCESS_PAGE)));
-  const bool isShown = openInstalledPage(page);
-  if (auto* const root = sender(); root != nullptr && !isShown) root->setProperty("settingsMissing", true);
+  openInstalledPage(page, [root = QPointer(sender())] {
+    if (root) root->setProperty("settingsMissing", true);
+  });
 }
 
 } // namespace sonvel
