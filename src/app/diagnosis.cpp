@@ -26,12 +26,12 @@ QString yesOrNo(bool is) {
   return is ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
-/// The last line of `program --version`; empty if the program does not exist.
+/// The last word of `program --version`; empty if the program does not exist.
 QString versionOf(const QString& program) {
   QProcess process;
   process.start(program, {QStringLiteral("--version")});
   if (!process.waitForFinished(kProgramPatienceMs)) return {};
-  return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed().section(u'\n', -1).simplified();
+  return QString::fromLocal8Bit(process.readAllStandardOutput()).simplified().section(u' ', -1);
 }
 
 QString versionFacts() {
@@ -66,31 +66,44 @@ QString serverFacts() {
   return text + QStringLiteral("  %1 nodes of Sonvel\n").arg(graph->ownNodes, 3);
 }
 
-QString describe(const QVariantMap& row) {
+/// "output 2": its place in the list of devices, because names and UIDs tell about the user's devices.
+QString outputNumber(const QVariant& uid, const QStringList& devices) {
+  const auto index = devices.indexOf(uid.toString());
+  return index < 0 ? QStringLiteral("an absent output") : QStringLiteral("output %1").arg(index + 1);
+}
+
+QString describe(const QVariantMap& row, const QStringList& devices) {
   QStringList words{QStringLiteral("%1 %").arg(row["volume"].toInt())};
   for (const auto& name : {QStringLiteral("muted"), QStringLiteral("playing"), QStringLiteral("controlled")})
     if (row[name].toBool()) words += name;
-  if (row.contains("route")) words += QStringLiteral("sent to a device");
+  if (row.contains("route")) words += QStringLiteral("sent to ") + outputNumber(row["route"], devices);
+  if (row.contains("output")) words += QStringLiteral("heard at ") + outputNumber(row["output"], devices);
   if (row.contains("error")) words += QStringLiteral("error: ") + row["error"].toString();
   return QStringLiteral("  %1 (%2): %3\n")
       .arg(row["name"].toString(), row["key"].toString(), words.join(QStringLiteral(", ")));
+}
+
+QString list(const QString& heading, const QStringList& lines) {
+  return heading + QLatin1Char('\n') + (lines.isEmpty() ? QStringLiteral("  none\n") : lines.join(QString()));
 }
 
 QString programFacts() {
   try {
     const command::MixerClient mixer(remote::kService);
     const auto properties = mixer.properties();
-    QString text =
-        line(QStringLiteral("Sonvel runs"), QStringLiteral("yes")) +
-        line(QStringLiteral("permission"), properties["Permission"].toString()) +
-        line(QStringLiteral("output devices"), QString::number(properties["Devices"].toList().size())) +
-        QStringLiteral("rows\n");
+    QStringList devices;
+    for (const auto& device : properties["Devices"].toList())
+      devices += device.toMap()["uid"].toString();
+    QStringList rows;
     for (const auto& row : properties["Applications"].toList())
-      text += describe(row.toMap());
-    text += QStringLiteral("last errors\n");
+      rows += describe(row.toMap(), devices);
+    QStringList errors;
     for (const auto& error : properties["LastErrors"].toStringList())
-      text += QStringLiteral("  ") + error + QLatin1Char('\n');
-    return text;
+      errors += QStringLiteral("  ") + error + QLatin1Char('\n');
+    return line(QStringLiteral("Sonvel runs"), QStringLiteral("yes")) +
+           line(QStringLiteral("permission"), properties["Permission"].toString()) +
+           line(QStringLiteral("outputs"), QString::number(devices.size())) +
+           list(QStringLiteral("rows"), rows) + list(QStringLiteral("last errors"), errors);
   } catch (const command::Failure& failure) {
     return line(QStringLiteral("Sonvel runs"), QString::fromUtf8(failure.what()));
   }
