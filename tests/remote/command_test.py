@@ -76,6 +76,8 @@ def test_each_command_is_heard_with_the_panel_closed_and_its_changes_are_watched
         obey(recital, "mute", "Recital", is_muted=True)
         obey(recital, "mute", "Recital", "toggle", is_muted=False)
         obey(records, "route", "Records", "headphones", sink="Headphones")
+        obey(records, "route", "Records", "follow", sink="Speakers")
+        obey(records, "route", "Records", "headphones", sink="Headphones")
         assert applications(sonvel.state())["Records"]["output"] == "Headphones"
         sonvel("volume", "Rec", "10", code=AMBIGUOUS)
         sonvel("route", "Records", "Nowhere", code=NOT_FOUND)
