@@ -86,6 +86,11 @@ TrayPictures StatusItem::pictures() const {
   return pictures;
 }
 
+// Qt reads it from here when a window asks to be raised.
+void StatusItem::ProvideXdgActivationToken(const QString& token) {
+  qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+}
+
 void StatusItem::Scroll(int delta, const QString& orientation) {
   if (orientation.compare(QLatin1String("horizontal"), Qt::CaseInsensitive) == 0) return;
   turned_ += delta;

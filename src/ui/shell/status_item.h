@@ -82,6 +82,9 @@ class StatusItem final : public QDBusAbstractAdaptor {
   // The names are those of the interface. NOLINTBEGIN(readability-identifier-naming)
   Q_SLOT void Activate(int, int) { actions_.clicked(); }
 
+  /// Called before Activate.
+  Q_SLOT void ProvideXdgActivationToken(const QString& token);
+
   Q_SLOT void SecondaryActivate(int, int) { actions_.middleClicked(); }
 
   Q_SLOT void ContextMenu(int, int) {}
