@@ -8,6 +8,7 @@ find_package(QCoro6 REQUIRED COMPONENTS Core)
 pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-unix-2.0)
 pkg_check_modules(PipeWire REQUIRED IMPORTED_TARGET libpipewire-0.3)
 pkg_check_modules(Sodium REQUIRED IMPORTED_TARGET libsodium)
+pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
 # Compiles the translations. Its CMake package would require all of Qt's tools.
 find_program(SONVEL_LRELEASE lrelease REQUIRED HINTS "${QT6_INSTALL_PREFIX}/${QT6_INSTALL_BINS}" NO_DEFAULT_PATH)
 

@@ -10,7 +10,7 @@ fi
 
 # Packages for building the program without tests (BUILD_TESTING=OFF), and its run-time modules.
 build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-dev qt6-base-dev qcoro-qt6-dev
-                qt6-declarative-dev qt6-svg-dev qt6-l10n-tools libsodium-dev librsvg2-bin
+                qt6-declarative-dev qt6-svg-dev qt6-l10n-tools libsodium-dev libxcb1-dev librsvg2-bin
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
                 qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window
                 "${svg_plugins[@]}")
@@ -22,7 +22,7 @@ test_packages=(libgtest-dev libgmock-dev
 # Packages for making and checking a Debian package.
 package_packages=(dpkg-dev file lintian desktop-file-utils appstream)
 # The panels and compositors that scripts/pictures shows the program in.
-picture_packages=(sway waybar grim wtype qt6-wayland xfce4-panel xfwm4)
+picture_packages=(sway waybar foot grim wtype qt6-wayland xfce4-panel xfwm4)
 bench_packages=(libbenchmark-dev pavucontrol)
 lint_packages=(git "clang-$clang_version" "libclang-rt-$clang_version-dev" "clang-tidy-$clang_version"
                "clang-format-$clang_version" python3 binutils)

@@ -22,6 +22,9 @@ namespace {
 
 enum ExitCode { kFailed = 1, kNoAnswer = 2 }; // see also QuitDeadline::kExitCode
 
+constexpr const char* kWaylandToken = "XDG_ACTIVATION_TOKEN";
+constexpr const char* kX11Token = "DESKTOP_STARTUP_ID";
+
 struct Options {
   sonvel::Machine machine = sonvel::Machine::real;
   bool isInBackground = false; ///< do not open the panel at the start
@@ -30,6 +33,7 @@ struct Options {
 /// What the program and the code around it share.
 struct Process {
   Options options;
+  sonvel::LaunchToken token; ///< from the launcher
   sonvel::updater::Relaunch relaunch;
   std::optional<sonvel::QuitDeadline> deadline{std::in_place};
 };
@@ -49,24 +53,29 @@ int run(std::optional<sonvel::SonvelApp>& app, sonvel::remote::MixerService& rem
   return exitCode;
 }
 
+void setUnlessEmpty(const char* variable, const QString& value) {
+  if (!value.isEmpty()) qputenv(variable, value.toUtf8());
+}
+
 int runAsOnlyOne(Process& process) {
   std::optional<sonvel::SonvelApp> app;
   const auto bus = QDBusConnection::sessionBus();
   sonvel::remote::CallerGate gate;
   // before the bus name exists, so that early calls are served
   sonvel::remote::MixerService remote(bus, gate);
-  sonvel::SingleInstance instance(
-      {.showPanel =
-           [&](const QString& activationToken) {
-             // Qt reads it from here when a window asks to be raised.
-             if (!activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
-             return app && app->showPanel();
-           },
-       .quit =
-           [&] {
-             if (app) app->terminate();
-           },
-       .admits = [&](const QString& caller) { return gate.admits(caller, bus); }});
+  sonvel::SingleInstance instance({.showPanel =
+                                       [&](const sonvel::LaunchToken& token) {
+                                         // Qt and the panel's window read them from here.
+                                         setUnlessEmpty(kWaylandToken, token.wayland);
+                                         setUnlessEmpty(kX11Token, token.x11);
+                                         return app && app->showPanel();
+                                       },
+                                   .quit =
+                                       [&] {
+                                         if (app) app->terminate();
+                                       },
+                                   .admits = [&](const QString& caller) { return gate.admits(caller, bus); }},
+                                  process.token);
   switch (instance.acquire()) {
     using enum sonvel::SingleInstance::Outcome;
   case toldTheFirst:
@@ -148,7 +157,10 @@ int main(int argumentCount, char** arguments) {
 
   // The panel is small and mostly static: software rendering needs a third of the memory of a GPU driver.
   QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-  Process process{.options = options}; // outlives the application object, whose destruction may hang too
+  Process process{.options = options,
+                  // Qt removes them later
+                  .token = {qEnvironmentVariable(kWaylandToken), qEnvironmentVariable(kX11Token)}};
+  // The process outlives the application object, whose destruction may hang too.
   const QApplication application(argumentCount, arguments);
   QApplication::setDesktopFileName(QStringLiteral("com.quellmarsh.sonvel"));
   QApplication::setQuitOnLastWindowClosed(false);

@@ -19,10 +19,26 @@ const QString kService = QStringLiteral("com.quellmarsh.sonvel");
 const QString kPath = QStringLiteral("/com/quellmarsh/sonvel");
 const QString kApplicationInterface = QStringLiteral("org.freedesktop.Application");
 
+constexpr const char* kWaylandToken = "activation-token";
+constexpr const char* kX11Token = "desktop-startup-id";
+
+QVariantMap toPlatformData(const LaunchToken& token) {
+  QVariantMap data;
+  if (!token.wayland.isEmpty()) data.insert(kWaylandToken, token.wayland);
+  if (!token.x11.isEmpty()) data.insert(kX11Token, token.x11);
+  return data;
+}
+
 } // namespace
 
-SingleInstance::SingleInstance(InstanceRequests requests, QDBusConnection bus)
-    : bus_(std::move(bus))
+void ApplicationAdaptor::Activate(const QVariantMap& platformData) {
+  service_.show({.wayland = platformData.value(kWaylandToken).toString(),
+                 .x11 = platformData.value(kX11Token).toString()});
+}
+
+SingleInstance::SingleInstance(InstanceRequests requests, LaunchToken token, QDBusConnection bus)
+    : token_(std::move(token))
+    , bus_(std::move(bus))
     , service_(std::make_unique<SingleInstanceService>(std::move(requests))) {
   new ApplicationAdaptor(*service_); // NOLINT(cppcoreguidelines-owning-memory): a child
 }
@@ -65,8 +81,7 @@ bool SingleInstance::takeName() {
 SingleInstance::Answer SingleInstance::askFirst(std::chrono::milliseconds within) {
   QDBusMessage request =
       QDBusMessage::createMethodCall(kService, kPath, kApplicationInterface, QStringLiteral("Activate"));
-  const auto token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN"); // from the launcher
-  request << (token.isEmpty() ? QVariantMap() : QVariantMap{{QStringLiteral("activation-token"), token}});
+  request << toPlatformData(token_);
   request.setAutoStartService(false);
   const QDBusMessage reply = bus_.call(request, QDBus::Block, static_cast<int>(within.count()));
   if (reply.type() == QDBusMessage::ReplyMessage) return Answer::shown;

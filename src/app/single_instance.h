@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QString>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -9,12 +10,17 @@ namespace sonvel {
 
 class SingleInstanceService;
 
+/// A launcher's permission to take the focus; empty where it gave none.
+struct LaunchToken {
+  QString wayland; ///< of xdg-activation
+  QString x11;     ///< the startup notification's ID
+};
+
 /// Requests that reach the first instance. Called from the event loop, after SingleInstance::acquire() has
 /// returned.
 struct InstanceRequests {
-  /// False if this process is about to quit: the caller starts in its place. The token, which may be empty,
-  /// is the desktop's permission to take the focus.
-  std::function<bool(const QString& activationToken)> showPanel;
+  /// False if this process is about to quit: the caller starts in its place.
+  std::function<bool(const LaunchToken& token)> showPanel;
   std::function<void()> quit; ///< starts to quit; need not wait for the end
   std::function<bool(const QString& caller)>
       admits; ///< whether the caller with this unique name may send requests
@@ -37,7 +43,9 @@ class SingleInstance {
   /// Time limit for the first instance's answer.
   static constexpr std::chrono::milliseconds kPatience{2000};
 
-  explicit SingleInstance(InstanceRequests requests, QDBusConnection bus = QDBusConnection::sessionBus());
+  /// `token` is what this process was started with, for the first instance.
+  explicit SingleInstance(InstanceRequests requests, LaunchToken token,
+                          QDBusConnection bus = QDBusConnection::sessionBus());
   /// Releases the name.
   ~SingleInstance();
   SingleInstance(const SingleInstance&) = delete;
@@ -54,6 +62,7 @@ class SingleInstance {
   [[nodiscard]] Answer askFirst(std::chrono::milliseconds within);
   void waitForName(std::chrono::milliseconds within);
 
+  const LaunchToken token_;
   QDBusConnection bus_;
   std::unique_ptr<SingleInstanceService> service_;
   bool isFirst_ = false;

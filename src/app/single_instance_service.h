@@ -29,8 +29,8 @@ class SingleInstanceService final : public QObject, protected QDBusContext {
     show({});
   }
 
-  void show(const QString& activationToken) {
-    if (isAdmitted() && !requests_.showPanel(activationToken))
+  void show(const LaunchToken& token) {
+    if (isAdmitted() && !requests_.showPanel(token))
       sendErrorReply(kLeavingError, QStringLiteral("Sonvel is about to end"));
   }
 
@@ -60,9 +60,7 @@ class ApplicationAdaptor final : public QDBusAbstractAdaptor {
       , service_(service) {}
 
   // The names are those of the interface. NOLINTBEGIN(readability-identifier-naming)
-  Q_SLOT void Activate(const QVariantMap& platformData) {
-    service_.show(platformData.value(QStringLiteral("activation-token")).toString());
-  }
+  Q_SLOT void Activate(const QVariantMap& platformData);
 
   Q_SLOT void Open(const QStringList&, const QVariantMap& platformData) { Activate(platformData); }
 

@@ -55,8 +55,8 @@ def test_starts_beside_one_that_hangs_only_when_that_has_crashed(bus, start, sta
 
 def test_passes_the_launchers_leave_to_come_to_the_front_on_to_the_first(bus, start):
     first = Service(bus.environment, NAME, PATH, [("org.freedesktop.Application", "Activate", "a{sv}", "", "")])
-    assert start(XDG_ACTIVATION_TOKEN="leave-7").wait(20) == 0
-    assert first.calls("Activate") == [[{"activation-token": "leave-7"}]]
+    assert start(XDG_ACTIVATION_TOKEN="leave-7", DESKTOP_STARTUP_ID="leave-8").wait(20) == 0
+    assert first.calls("Activate") == [[{"activation-token": "leave-7", "desktop-startup-id": "leave-8"}]]
     first.close()
 
 

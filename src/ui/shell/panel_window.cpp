@@ -1,5 +1,6 @@
 #include "ui/shell/panel_window.h"
 
+#include "ui/shell/launch_end.h"
 #include "ui/shell/panel_placement.h"
 
 #include <QCursor>
@@ -115,6 +116,7 @@ bool PanelWindow::open(Style style, const QRect& icon) {
     fit();
     follow(*shown_->root);
   }
+  endLaunch(shown_->window);
   shown_->window.show();
   shown_->window.raise();
   shown_->window.requestActivate();
