@@ -6,7 +6,8 @@ namespace sonvel::ui {
 
 namespace {
 
-constexpr int kFrameMilliseconds = 50;
+/// Half of the time between two readings of the meters.
+constexpr int kFrameMilliseconds = 60;
 
 } // namespace
 

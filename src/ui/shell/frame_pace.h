@@ -5,8 +5,8 @@
 
 namespace sonvel::ui {
 
-/// Limits all animations of the process to 20 frames per second instead of the screen's rate: meters look as
-/// smooth and need half the processor time.
+/// Limits all animations of the process to 17 frames per second instead of the screen's rate: two for each
+/// reading of the meters. Frames are most of the panel's processor time.
 ///
 /// Main thread; needs a QCoreApplication. Active during its lifetime.
 class FramePace final : public QAnimationDriver {
