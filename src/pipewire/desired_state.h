@@ -17,14 +17,14 @@ inline constexpr auto kTapNamePrefix = "sonvel-tap-";
 struct DesiredTap {
   std::string nodeName; ///< also the tap's UID
   std::string description;
-  std::set<ProcessKey> processes;
-  std::set<std::string> bundleIDs;      ///< later processes with one of these IDs join
-  std::set<ProcessKey> formerStrangers; ///< processes that existed before the tap and were not listed
-  bool isMuted = false;                 ///< only a muted tap has a node; others are read from the streams
-  bool standsBy = false;  ///< takes its streams without a filter that reads them: they are silent
-  bool isMono = false;    ///< its device has one channel
-  bool isRetired = false; ///< destroyed in an open configuration
-  bool isLeaving = false; ///< forgotten when its node has gone
+  std::set<ProcessKey> processes;  ///< whose streams it captures
+  std::set<std::string> bundleIDs; ///< later processes with one of these IDs join
+  std::uint64_t lastStranger = 0;  ///< processes up to this arrival do not join: see ProcessJoining
+  bool isMuted = false;            ///< only a muted tap has a node; others are read from the streams
+  bool standsBy = false;           ///< takes its streams without a filter that reads them: they are silent
+  bool isMono = false;             ///< its device has one channel
+  bool isRetired = false;          ///< destroyed in an open configuration
+  bool isLeaving = false;          ///< forgotten when its node has gone
 };
 
 /// The desired state of a started IOProc: a filter between taps and a device.
@@ -59,15 +59,6 @@ struct StreamRouting {
   std::string tapName; ///< empty: the device it had before
 
   bool operator==(const StreamRouting&) const = default;
-};
-
-/// What this program has created in the server.
-struct OwnedObjects {
-  std::map<AudioObjectID, bool> tapNodes; ///< whether the node has one channel
-  std::set<IOProcID> filters;
-  std::map<PortPair, bool> links;    ///< whether the server has negotiated them
-  std::set<std::uint64_t> stranded;  ///< serials of streams that the session manager no longer links
-  std::set<std::uint64_t> immovable; ///< serials of streams that do not move into their tap
 };
 
 /// The edits that turn the current graph into the desired one. Each may be repeated safely.

@@ -3,9 +3,11 @@
 #include "platform/audio_clients.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace sonvel::pipewire {
@@ -80,7 +82,7 @@ struct MetadataValue {
   bool operator==(const MetadataValue&) const = default;
 };
 
-using MetadataEntries = std::map<std::string, MetadataValue>; ///< of one subject, by key
+using MetadataEntries = std::map<std::string, MetadataValue, std::less<>>; ///< of one subject, by key
 
 /// What the server has reported, as plain data; the only input of the planning functions.
 struct Graph {
@@ -94,19 +96,9 @@ struct Graph {
   bool isServerHidden = false;                  ///< the server's object is hidden from us
   std::string defaultSinkName;                  ///< empty if none
   std::uint32_t lastChoiceSerial = 0;           ///< the largest of all streams so far
+  std::uint64_t revision = 0; ///< increases when an object comes or goes, or a client's properties arrive
 
-  /// The newest node with that name; two nodes can share a name while one replaces the other.
-  std::optional<GlobalID> nodeNamed(const std::string& name) const;
-
-  /// Ports of a node in one direction, ordered by index.
-  std::vector<GlobalID> portsOf(GlobalID node, PortDirection direction, bool monitors) const;
-
-  bool isLinked(GlobalID outputPort, GlobalID inputPort) const;
-
-  /// Whether any port of one node is linked to the other node.
-  bool feeds(GlobalID outputNode, GlobalID inputNode) const;
-
-  const MetadataValue* metadataOf(GlobalID subject, const std::string& key) const;
+  const MetadataValue* metadataOf(GlobalID subject, std::string_view key) const;
 };
 
 } // namespace sonvel::pipewire

@@ -6,7 +6,10 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
+#include <set>
+#include <string>
 
 namespace sonvel::pipewire {
 
@@ -29,6 +32,23 @@ class OwnObject {
 
   /// For a filter: increases with each cycle, wrapping.
   virtual std::uint32_t cycles() const { return 0; }
+};
+
+/// A node that this program created.
+struct OwnNode {
+  std::unique_ptr<OwnObject> object;
+  std::string name;
+  bool isMono = false; ///< of a tap
+};
+
+/// What this program has created in the server, and the streams that do not follow their targets. The
+/// referents outlive this.
+struct OwnedObjects {
+  const std::map<AudioObjectID, OwnNode>& tapNodes;
+  const std::map<IOProcID, OwnNode>& filters;
+  const std::map<PortPair, std::unique_ptr<OwnObject>>& links;
+  const std::set<std::uint64_t>& stranded;  ///< serials of streams that the session manager no longer links
+  const std::set<std::uint64_t>& immovable; ///< serials of streams that do not move into their tap
 };
 
 /// The purpose of a link.

@@ -8,9 +8,13 @@ namespace {
 
 const std::vector<GlobalID> kNone;
 
-template <class Map, class Key> const std::vector<GlobalID>& listOf(const Map& map, const Key& key) {
+template <class Map> const std::vector<GlobalID>& listOf(const Map& map, const typename Map::key_type& key) {
   const auto found = map.find(key);
   return found == map.end() ? kNone : found->second;
+}
+
+std::size_t placeOf(PortDirection direction) {
+  return direction == PortDirection::in ? 0 : 1;
 }
 
 } // namespace
@@ -30,42 +34,45 @@ std::optional<ProcessKey> processKeyOf(const Graph& graph, GlobalID client) {
   return process;
 }
 
-std::optional<ProcessKey> processKeyOfStream(const Graph& graph, const Node& stream) {
-  if (stream.kind != NodeKind::outputStream || !stream.client) return std::nullopt;
-  return processKeyOf(graph, *stream.client);
-}
-
 GraphIndex::GraphIndex(const Graph& graph)
     : graph_(graph) {
+  for (const auto& [id, client] : graph.clients)
+    if (auto process = processKeyOf(graph, id)) {
+      const ProcessKey& key = processByClient_[id] = std::move(*process);
+      clientsByProcess_[key].push_back(id);
+    }
   for (const auto& [id, node] : graph.nodes) {
+    nodeBySerial_[node.serial] = id;
     const auto [entry, isNew] = nodeByName_.try_emplace(node.name, id);
     if (!isNew && graph.nodes.at(entry->second).serial < node.serial) entry->second = id;
     if (node.kind != NodeKind::outputStream) continue;
     streams_.push_back(id);
-    if (auto process = processKeyOfStream(graph, node)) {
-      streamsByProcess_[*process].push_back(id);
-      processByStream_[id] = std::move(*process);
-    }
+    if (const ProcessKey* process = processOf(id)) streamsByProcess_[*process].push_back(id);
   }
   for (const auto& [id, port] : graph.ports)
-    portsByNode_[port.node].push_back(id);
+    portsByNode_[port.node].at(placeOf(port.direction)).at(port.isMonitor ? 1 : 0).push_back(id);
+  for (auto& [node, byDirection] : portsByNode_)
+    for (auto& byKind : byDirection)
+      for (auto& ports : byKind)
+        std::ranges::sort(ports, {}, [&](GlobalID id) { return graph.ports.at(id).index; });
   for (const auto& [id, link] : graph.links)
     linksByOutputNode_[link.outputNode].push_back(id);
 }
 
-std::optional<GlobalID> GraphIndex::nodeNamed(const std::string& name) const {
+std::optional<GlobalID> GraphIndex::nodeNamed(std::string_view name) const {
   const auto found = nodeByName_.find(name);
   return name.empty() || found == nodeByName_.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::vector<GlobalID> GraphIndex::portsOf(GlobalID node, PortDirection direction, bool monitors) const {
-  std::vector<GlobalID> found;
-  for (const auto id : listOf(portsByNode_, node)) {
-    const Port& port = graph_.ports.at(id);
-    if (port.direction == direction && port.isMonitor == monitors) found.push_back(id);
-  }
-  std::ranges::sort(found, {}, [this](GlobalID id) { return graph_.ports.at(id).index; });
-  return found;
+std::optional<GlobalID> GraphIndex::nodeWithSerial(std::uint64_t serial) const {
+  const auto found = nodeBySerial_.find(serial);
+  return found == nodeBySerial_.end() ? std::nullopt : std::optional(found->second);
+}
+
+const std::vector<GlobalID>& GraphIndex::portsOf(GlobalID node, PortDirection direction,
+                                                 bool monitors) const {
+  const auto found = portsByNode_.find(node);
+  return found == portsByNode_.end() ? kNone : found->second.at(placeOf(direction)).at(monitors ? 1 : 0);
 }
 
 const std::vector<GlobalID>& GraphIndex::streamsOf(const ProcessKey& process) const {
@@ -73,8 +80,17 @@ const std::vector<GlobalID>& GraphIndex::streamsOf(const ProcessKey& process) co
 }
 
 const ProcessKey* GraphIndex::processOf(GlobalID stream) const {
-  const auto found = processByStream_.find(stream);
-  return found == processByStream_.end() ? nullptr : &found->second;
+  const Node& node = graph_.nodes.at(stream);
+  return node.client ? processOfClient(*node.client) : nullptr;
+}
+
+const std::vector<GlobalID>& GraphIndex::clientsOf(const ProcessKey& process) const {
+  return listOf(clientsByProcess_, process);
+}
+
+const ProcessKey* GraphIndex::processOfClient(GlobalID client) const {
+  const auto found = processByClient_.find(client);
+  return found == processByClient_.end() ? nullptr : &found->second;
 }
 
 const std::vector<GlobalID>& GraphIndex::linksFrom(GlobalID node) const {
@@ -84,6 +100,12 @@ const std::vector<GlobalID>& GraphIndex::linksFrom(GlobalID node) const {
 bool GraphIndex::feeds(GlobalID outputNode, GlobalID inputNode) const {
   return std::ranges::any_of(linksFrom(outputNode),
                              [&](GlobalID link) { return graph_.links.at(link).inputNode == inputNode; });
+}
+
+const GraphIndex& LatestIndex::get() {
+  if (!index_ || revision_ != graph_.revision) index_.emplace(graph_);
+  revision_ = graph_.revision;
+  return *index_;
 }
 
 } // namespace sonvel::pipewire

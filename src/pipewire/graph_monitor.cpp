@@ -66,7 +66,9 @@ GraphMonitor::GraphMonitor(pw_core* core, Graph& graph, std::function<void()> ch
 }
 
 GraphMonitor::~GraphMonitor() {
+  const auto revision = graph_.revision;
   graph_ = {};
+  graph_.revision = revision + 1;
 }
 
 void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properties) {
@@ -99,6 +101,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
   } else {
     return;
   }
+  ++graph_.revision;
   changed_();
 }
 
@@ -118,6 +121,7 @@ void GraphMonitor::removed(GlobalID id) {
     graph_.metadata.clear();
     graph_.defaultSinkName.clear();
   }
+  ++graph_.revision;
   changed_();
 }
 
@@ -156,6 +160,7 @@ void GraphMonitor::write(GlobalID subject, const MetadataWrite& write) {
 }
 
 void GraphMonitor::destroy(GlobalID id) {
+  ++graph_.revision;
   graph_.links.erase(id); // the ID may be reused before the answer comes, so request the removal only once
   pw_registry_destroy(fromProxy<pw_registry>(registry_), id);
 }

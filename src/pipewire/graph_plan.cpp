@@ -21,7 +21,7 @@ bool canLoseNode(const PlanContext& context, AudioObjectID tapID, const DesiredT
   const auto node = graph.nodeNamed(tap.nodeName);
   return !node || isOverdue(context, tapID) ||
          std::ranges::none_of(context.streamsOf(tap), [&](GlobalID stream) {
-           return graph.feeds(stream, *node) && usersTargetOf(graph.graph(), stream);
+           return graph.feeds(stream, *node) && usersTargetOf(graph, stream);
          });
 }
 
@@ -31,11 +31,11 @@ void planTapNodes(const PlanContext& context, Plan& plan) {
   const auto& nodes = context.owned().tapNodes;
   for (const auto& [id, tap] : context.desired().taps)
     if (context.isRead(id) && !nodes.contains(id)) plan.tapNodesToCreate.push_back(id);
-  for (const auto& [id, isMono] : nodes) {
+  for (const auto& [id, node] : nodes) {
     const auto tap = context.desired().taps.find(id);
     const bool isGone = tap == context.desired().taps.end();
     const bool isWanted = !isGone && context.isRead(id);
-    if (isWanted ? tap->second.isMono != isMono : isGone || canLoseNode(context, id, tap->second))
+    if (isWanted ? tap->second.isMono != node.isMono : isGone || canLoseNode(context, id, tap->second))
       plan.tapNodesToDestroy.push_back(id);
   }
 }
@@ -50,7 +50,7 @@ void planFilters(const PlanContext& context, Plan& plan) {
     if (!filter.isStopping && !owned.filters.contains(id)) plan.filtersToCreate.push_back(id);
     if (filter.isStopping && owned.filters.contains(id) && tapsHaveGone) plan.filtersToDestroy.push_back(id);
   }
-  for (const auto id : owned.filters)
+  for (const auto& [id, filter] : owned.filters)
     if (!context.desired().filters.contains(id)) plan.filtersToDestroy.push_back(id);
 }
 
@@ -59,10 +59,10 @@ void planStrandedStreams(const PlanContext& context, Plan& plan) {
   const GraphIndex& graph = context.graph();
   for (const auto stream : graph.streams()) {
     if (!context.owned().stranded.contains(graph.node(stream).serial)) continue;
-    const std::string tapName = targetTapOf(graph.graph(), stream);
+    const auto tapName = targetTapOf(graph.graph(), stream);
     const auto tap = context.tapNamed(tapName);
     const bool belongsInTap = tap && context.belongsIn(stream, *tap);
-    const auto receiver = belongsInTap ? graph.nodeNamed(tapName) : usersTargetOf(graph.graph(), stream);
+    const auto receiver = belongsInTap ? graph.nodeNamed(tapName) : usersTargetOf(graph, stream);
     if (!receiver) continue;
     const auto pairs = context.stereoPairs(graph.portsOf(stream, PortDirection::out, false),
                                            graph.portsOf(*receiver, PortDirection::in, false));
@@ -73,17 +73,30 @@ void planStrandedStreams(const PlanContext& context, Plan& plan) {
   }
 }
 
-void planLinks(const PlanContext& context, Plan& plan) {
+using FilterLinks = std::map<IOProcID, std::vector<PortPair>>;
+
+FilterLinks linksOfFilters(const PlanContext& context) {
+  FilterLinks links;
+  for (const auto& [id, filter] : context.desired().filters)
+    links.emplace_hint(links.end(), id, context.linksOf(filter));
+  return links;
+}
+
+void planLinks(const PlanContext& context, const FilterLinks& links, Plan& plan) {
   planStrandedStreams(context, plan);
   const auto isOwned = [&](const PortPair& pair) { return context.owned().links.contains(pair); };
-  std::set<PortPair> wanted;
-  for (const auto& [id, filter] : context.desired().filters)
-    std::ranges::copy(context.linksOf(filter), std::inserter(wanted, wanted.end()));
+  std::vector<PortPair> wanted;
+  for (const auto& [id, pairs] : links)
+    wanted.insert(wanted.end(), pairs.begin(), pairs.end());
+  std::ranges::sort(wanted);
+  const auto repeated = std::ranges::unique(wanted);
+  wanted.erase(repeated.begin(), repeated.end());
   std::ranges::remove_copy_if(wanted, std::back_inserter(plan.linksToCreate), isOwned);
-  wanted.insert(plan.strandedLinksToCreate.begin(), plan.strandedLinksToCreate.end());
+  wanted.insert(wanted.end(), plan.strandedLinksToCreate.begin(), plan.strandedLinksToCreate.end());
+  std::ranges::sort(wanted);
   std::erase_if(plan.strandedLinksToCreate, isOwned);
-  for (const auto& [pair, isReady] : context.owned().links)
-    if (!wanted.contains(pair)) plan.linksToDestroy.push_back(pair);
+  for (const auto& [pair, link] : context.owned().links)
+    if (!std::ranges::binary_search(wanted, pair)) plan.linksToDestroy.push_back(pair);
 }
 
 /// Whether a filter may take a stream now: the path to the device is linked. A stream that comes from
@@ -109,10 +122,10 @@ bool mayEnter(const PlanContext& context, GlobalID stream) {
 
 /// The tap that each stream is to be sent into: the newest of those that want it and may take it. A standby
 /// tap takes what no other tap wants.
-std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context) {
+std::map<GlobalID, AudioObjectID> takingTaps(const PlanContext& context, const FilterLinks& links) {
   std::map<GlobalID, AudioObjectID> taps;
   for (const auto& [id, filter] : context.desired().filters) {
-    const bool isConnected = context.isConnected(filter);
+    const bool isConnected = context.isConnected(filter, links.at(id));
     for (const auto tap : filter.taps) {
       if (!context.isRead(tap)) continue;
       for (const auto stream : context.streamsOf(context.desired().taps.at(tap)))
@@ -144,15 +157,17 @@ void planCuts(const GraphIndex& graph, GlobalID stream, const std::string& tapNa
 /// Whether a stream has entries or links of ours that must be removed.
 bool mustReturn(const PlanContext& context, GlobalID stream) {
   const GraphIndex& graph = context.graph();
-  const std::string tapName = targetTapOf(graph.graph(), stream);
+  const auto tapName = targetTapOf(graph.graph(), stream);
   if (tapName.empty()) {
     if (hasLeftover(graph.graph(), stream)) return true;
     if (!context.canBeMoved(stream)) return false; // it was linked by someone who does not use targets
     // An unrelated stream: its target is an ID that now belongs to one of our nodes, or the session manager
     // chose our node.
-    return std::ranges::any_of(context.desired().taps, [&](const auto& tap) {
-      const auto node = graph.nodeNamed(tap.second.nodeName);
-      return node && graph.feeds(stream, *node) && !context.belongsIn(stream, tap.first);
+    return std::ranges::any_of(graph.linksFrom(stream), [&](GlobalID link) {
+      const auto receiver = graph.graph().nodes.find(graph.graph().links.at(link).inputNode);
+      const auto tap =
+          receiver == graph.graph().nodes.end() ? std::nullopt : context.tapNamed(receiver->second.name);
+      return tap && !context.belongsIn(stream, *tap);
     });
   }
   // A tap that waits for its links keeps its streams; they are heard when the links are back.
@@ -161,9 +176,9 @@ bool mustReturn(const PlanContext& context, GlobalID stream) {
   return !graph.nodeNamed(tapName).has_value();
 }
 
-void planStreams(const PlanContext& context, Plan& plan) {
+void planStreams(const PlanContext& context, const FilterLinks& links, Plan& plan) {
   const GraphIndex& graph = context.graph();
-  const auto taking = takingTaps(context);
+  const auto taking = takingTaps(context, links);
   for (const auto stream : graph.streams()) {
     const auto tap = taking.find(stream);
     if (tap == taking.end()) {
@@ -180,29 +195,31 @@ void planStreams(const PlanContext& context, Plan& plan) {
 
 } // namespace
 
-Plan planEdits(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned) {
+Plan planEdits(const GraphIndex& graph, const DesiredState& desired, const OwnedObjects& owned) {
   const PlanContext context(graph, desired, owned);
   Plan plan;
   planTapNodes(context, plan);
   planFilters(context, plan);
-  planLinks(context, plan);
-  planStreams(context, plan);
+  const auto links = linksOfFilters(context);
+  planLinks(context, links, plan);
+  planStreams(context, links, plan);
   return plan;
 }
 
-bool isFilterConnected(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
+bool isFilterConnected(const GraphIndex& graph, const DesiredState& desired, const OwnedObjects& owned,
                        IOProcID ioProc) {
   const auto found = desired.filters.find(ioProc);
-  return found != desired.filters.end() && PlanContext(graph, desired, owned).isConnected(found->second);
+  if (found == desired.filters.end()) return false;
+  const PlanContext context(graph, desired, owned);
+  return context.isConnected(found->second, context.linksOf(found->second));
 }
 
-bool isTapPartial(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned,
-                  AudioObjectID tap) {
-  const auto found = desired.taps.find(tap);
-  if (found == desired.taps.end() || !found->second.isMuted) return false;
-  const PlanContext context(graph, desired, owned);
-  return std::ranges::any_of(context.streamsOf(found->second),
-                             [&](GlobalID stream) { return !context.canBeMoved(stream); });
+bool isTapPartial(const GraphIndex& graph, const DesiredTap& tap, const std::set<std::uint64_t>& immovable) {
+  return tap.isMuted && std::ranges::any_of(tap.processes, [&](const ProcessKey& process) {
+           return std::ranges::any_of(graph.streamsOf(process), [&](GlobalID stream) {
+             return !canBeMoved(graph.node(stream), immovable);
+           });
+         });
 }
 
 } // namespace sonvel::pipewire

@@ -112,6 +112,7 @@ void GraphMonitor::ClientWatch::onInfo(const pw_client_info* info) {
   const bool isHelper = program && (!client.isPulseConnection || client.facts.processID == client.vouchedPID);
   client.isSoundServer = client.vouchedPID == getpid() || isHelper;
   client.isSessionManager = program == "wireplumber" || program == "pipewire-media-session";
+  ++graph_.revision;
   changed_();
 }
 

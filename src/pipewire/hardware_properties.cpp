@@ -1,6 +1,7 @@
 #include "pipewire/hardware_properties.h"
 
 #include "pipewire/device_volume.h"
+#include "pipewire/process_facts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -81,21 +82,29 @@ PipeWireHardware::PropertyReader::Bytes PipeWireHardware::PropertyReader::system
   if (address_.selector == property::kDevices) return bytesOf(state_.deviceObjects());
   if (address_.selector != property::kDefaultOutputDevice) return std::nullopt;
   const auto& name = state_.graph.defaultSinkName;
-  const bool isThere = !name.empty() && state_.graph.nodeNamed(name);
+  const bool isThere = !name.empty() && state_.index().nodeNamed(name);
   return bytesOf(isThere ? state_.devices.idOf(name) : kAudioObjectUnknown);
+}
+
+/// The device chosen for a process; 0 if it follows the default.
+AudioObjectID PipeWireHardware::PropertyReader::chosenDeviceOf(const ProcessKey& process) const {
+  const auto device = chosenNodeOf(state_.index(), process);
+  if (!device || state_.graph.nodes.at(*device).kind != NodeKind::sink) return kAudioObjectUnknown;
+  return state_.devices.idOf(state_.graph.nodes.at(*device).name);
 }
 
 PipeWireHardware::PropertyReader::Bytes
 PipeWireHardware::PropertyReader::processData(const AudioClient& client) {
+  const ProcessKey& process = *state_.processes.nameOf(object_);
   switch (address_.selector) {
   case property::kProcessIsRunningOutput:
-    return bytesOf(std::uint32_t{state_.isRunningOutput(object_) ? 1U : 0U});
+    return bytesOf(std::uint32_t{isRunningOutput(state_.index(), process) ? 1U : 0U});
   case property::kProcessPID:
     return bytesOf(client.processID);
   case property::kProcessChosenDevice:
-    return bytesOf(state_.chosenDevice(object_));
+    return bytesOf(chosenDeviceOf(process));
   case property::kProcessChoiceSerial:
-    return bytesOf(state_.choiceSerial(object_));
+    return bytesOf(choiceSerialOf(state_.index(), process));
   default:
     return std::nullopt;
   }
@@ -217,13 +226,13 @@ OSStatus PipeWireHardware::setTapProcesses(AudioObjectID object, std::span<const
   std::memcpy(objects.data(), data.data(), data.size());
   std::set<ProcessKey> processes;
   for (const auto id : objects) {
-    const auto process = state_->processes.nameOf(id);
-    if (!process) return status::kBadObject;
+    const ProcessKey* process = state_->processes.nameOf(id);
+    if (process == nullptr) return status::kBadObject;
     processes.insert(*process);
   }
   tap->standsBy &= processes.empty();
   tap->processes = std::move(processes);
-  ProcessJoining::noteStrangers(state_->graph, *tap);
+  state_->joining.noteStrangers(state_->index(), *tap);
   state_->reconciler.schedule();
   return kNoError;
 }

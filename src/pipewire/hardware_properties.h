@@ -33,6 +33,7 @@ class PipeWireHardware::PropertyReader {
  private:
   bool isStreams() const;
   Bytes systemData();
+  AudioObjectID chosenDeviceOf(const ProcessKey& process) const;
   Bytes processData(const AudioClient& client);
   Bytes tapData(const DesiredTap& tap);
   Bytes deviceData(GlobalID device) const;

@@ -1,6 +1,7 @@
 #include "pipewire/hardware_state.h"
 
 #include "pipewire/hardware_properties.h"
+#include "pipewire/process_facts.h"
 
 #include <algorithm>
 #include <unistd.h>
@@ -63,7 +64,7 @@ PipeWireHardware::State::~State() {
 /// Called after each change, on the loop thread.
 void PipeWireHardware::State::look() {
   if (server && server->isReady() && server->mayHaveTaps()) {
-    joining.join(graph, reconciler.desired());
+    joining.join(index(), reconciler.desired());
     reconciler.reconcile();
     forgetRetired();
   }
@@ -187,21 +188,22 @@ DesiredTap* PipeWireHardware::State::tap(AudioObjectID object) {
 }
 
 std::optional<GlobalID> PipeWireHardware::State::deviceNode(AudioObjectID device) const {
-  const auto name = devices.nameOf(device);
-  const auto node = name ? graph.nodeNamed(*name) : std::nullopt;
+  const std::string* name = devices.nameOf(device);
+  const auto node = name == nullptr ? std::nullopt : index().nodeNamed(*name);
   if (!node) return std::nullopt;
   const auto kind = graph.nodes.at(*node).kind;
   return kind == NodeKind::sink || kind == NodeKind::source ? node : std::nullopt;
 }
 
 std::vector<AudioObjectID> PipeWireHardware::State::processObjects() {
-  std::map<std::uint64_t, ProcessKey> bySerial; // in order of arrival
-  for (const auto& [id, node] : graph.nodes)
-    if (const auto process = processKeyOfStream(graph, node)) bySerial[node.serial] = *process;
+  std::map<std::uint64_t, const ProcessKey*> bySerial; // in order of arrival
+  for (const auto stream : index().streams())
+    if (const ProcessKey* process = index().processOf(stream))
+      bySerial[graph.nodes.at(stream).serial] = process;
   std::vector<AudioObjectID> objects;
+  std::set<AudioObjectID> listed;
   for (const auto& [serial, process] : bySerial)
-    if (const auto id = processes.idOf(process); std::ranges::find(objects, id) == objects.end())
-      objects.push_back(id);
+    if (const auto id = processes.idOf(*process); listed.insert(id).second) objects.push_back(id);
   return objects;
 }
 
@@ -219,40 +221,8 @@ std::vector<AudioObjectID> PipeWireHardware::State::deviceObjects() {
 }
 
 const AudioClient* PipeWireHardware::State::clientOf(AudioObjectID process) const {
-  const auto key = processes.nameOf(process);
-  if (!key) return nullptr;
-  const auto client = std::ranges::find_if(
-      graph.clients, [&](const auto& entry) { return processKeyOf(graph, entry.first) == key; });
-  return client == graph.clients.end() ? nullptr : &client->second.facts;
-}
-
-bool PipeWireHardware::State::isRunningOutput(AudioObjectID process) const {
-  const auto key = processes.nameOf(process);
-  return key && std::ranges::any_of(graph.nodes, [&](const auto& entry) {
-           return entry.second.isRunning && processKeyOfStream(graph, entry.second) == key;
-         });
-}
-
-AudioObjectID PipeWireHardware::State::chosenDevice(AudioObjectID process) {
-  const auto key = processes.nameOf(process);
-  std::optional<GlobalID> device;
-  std::uint32_t serial = 0;
-  for (const auto& [id, node] : graph.nodes) {
-    if (!key || processKeyOfStream(graph, node) != key) continue;
-    const auto chosen = chosenNodeOf(graph, id);
-    if (node.choiceSerial > serial || (serial == 0 && !device)) device = chosen;
-    serial = std::max(serial, node.choiceSerial);
-  }
-  const bool isSink = device && graph.nodes.at(*device).kind == NodeKind::sink;
-  return isSink ? devices.idOf(graph.nodes.at(*device).name) : kAudioObjectUnknown;
-}
-
-std::uint32_t PipeWireHardware::State::choiceSerial(AudioObjectID process) const {
-  const auto key = processes.nameOf(process);
-  std::uint32_t serial = 0;
-  for (const auto& [id, node] : graph.nodes)
-    if (key && processKeyOfStream(graph, node) == key) serial = std::max(serial, node.choiceSerial);
-  return serial;
+  const ProcessKey* key = processes.nameOf(process);
+  return key == nullptr ? nullptr : pipewire::clientOf(index(), *key);
 }
 
 OSStatus PipeWireHardware::State::statusOfNoAggregate(AudioObjectID object) const {

@@ -30,6 +30,8 @@ class PipeWireHardware::State {
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
+  const GraphIndex& index() const { return reconciler.index(); }
+
   /// A node name that no other node has.
   std::string uniqueName(const std::string& prefix) { return prefix + runName + std::to_string(++lastName); }
 
@@ -68,14 +70,6 @@ class PipeWireHardware::State {
 
   /// What the server knows of a process, from any of its clients; none if it has gone.
   const AudioClient* clientOf(AudioObjectID process) const;
-
-  bool isRunningOutput(AudioObjectID process) const;
-
-  /// The device chosen for the process; 0 if it follows the default.
-  AudioObjectID chosenDevice(AudioObjectID process);
-
-  /// Of the last choice of a device for the process while it was tapped; 0 for none.
-  std::uint32_t choiceSerial(AudioObjectID process) const;
 
   const ApplicationIdentity& identity;
   LoopThread loop;

@@ -3,7 +3,6 @@
 #include "platform/audio_types.h"
 
 #include <map>
-#include <optional>
 #include <string>
 
 namespace sonvel::pipewire {
@@ -30,10 +29,10 @@ class ObjectTable {
     return entry->second;
   }
 
-  /// None if this table did not allocate the ID.
-  std::optional<std::string> nameOf(AudioObjectID id) const {
+  /// Null if this table did not allocate the ID.
+  const std::string* nameOf(AudioObjectID id) const {
     const auto found = nameByID_.find(id);
-    return found == nameByID_.end() ? std::nullopt : std::optional(found->second);
+    return found == nameByID_.end() ? nullptr : &found->second;
   }
 
  private:

@@ -39,12 +39,12 @@ OSStatus PipeWireHardware::createProcessTap(const TapDescription& description, A
   desired.bundleIDs = {description.bundleIDs.begin(), description.bundleIDs.end()};
   desired.isMuted = description.muteBehavior == TapMuteBehavior::muted;
   for (const auto object : description.processes) {
-    const auto process = state_->processes.nameOf(object);
-    if (!process) return status::kBadObject;
+    const ProcessKey* process = state_->processes.nameOf(object);
+    if (process == nullptr) return status::kBadObject;
     desired.processes.insert(*process);
   }
   desired.standsBy = desired.isMuted && desired.processes.empty();
-  if (!desired.standsBy) ProcessJoining::noteStrangers(state_->graph, desired);
+  if (!desired.standsBy) state_->joining.noteStrangers(state_->index(), desired);
   if (desired.isMuted) state_->ensureGuardian();
   if (const OSStatus outcome = state_->syncWithServer(lock, deadlineFromNow()); outcome != kNoError)
     return outcome;
@@ -75,7 +75,7 @@ OSStatus PipeWireHardware::createAggregateDevice(const AggregateDeviceDescriptio
   const Lock lock(state_->loop);
   if (!state_->server->isReady()) return status::kNotRunning;
   const auto isKnown = [&](const SubDevice& sub) {
-    const auto node = state_->graph.nodeNamed(sub.uid);
+    const auto node = state_->index().nodeNamed(sub.uid);
     return node && state_->graph.nodes.at(*node).kind == NodeKind::sink;
   };
   if (description.subDevices.empty() || !std::ranges::all_of(description.subDevices, isKnown))
@@ -169,7 +169,7 @@ std::vector<AudioClient> PipeWireHardware::audioClients() const {
   const Lock lock(state_->loop);
   std::map<std::uint64_t, AudioClient> bySerial; // in order of arrival
   for (const auto& [id, client] : state_->graph.clients)
-    if (processKeyOf(state_->graph, id)) bySerial[client.serial] = client.facts;
+    if (state_->index().processOfClient(id) != nullptr) bySerial[client.serial] = client.facts;
   std::vector<AudioClient> clients;
   clients.reserve(bySerial.size());
   for (auto& [serial, client] : bySerial)

@@ -1,7 +1,5 @@
 #include "pipewire/plan_context.h"
 
-#include <algorithm>
-
 namespace sonvel::pipewire {
 
 namespace {
@@ -12,21 +10,22 @@ bool isFrontSide(const std::string& channel) {
 
 } // namespace
 
-PlanContext::PlanContext(const Graph& graph, const DesiredState& desired, const OwnedObjects& owned)
+PlanContext::PlanContext(const GraphIndex& graph, const DesiredState& desired, const OwnedObjects& owned)
     : index_(graph)
     , desired_(desired)
     , owned_(owned) {
   for (const auto& [id, tap] : desired.taps) {
     tapByName_[tap.nodeName] = id;
-    if (tap.standsBy && !tap.isLeaving) readTaps_.insert(id);
+    if (tap.standsBy && !tap.isLeaving) readTaps_.push_back(id);
   }
   for (const auto& [id, filter] : desired.filters) {
     if (filter.isStopping) continue;
     for (const auto tap : filter.taps)
       if (const auto found = desired.taps.find(tap);
           found != desired.taps.end() && found->second.isMuted && !found->second.isLeaving)
-        readTaps_.insert(tap);
+        readTaps_.push_back(tap);
   }
+  std::ranges::sort(readTaps_);
 }
 
 std::vector<GlobalID> PlanContext::streamsOf(const DesiredTap& tap) const {
@@ -36,14 +35,9 @@ std::vector<GlobalID> PlanContext::streamsOf(const DesiredTap& tap) const {
   return streams;
 }
 
-std::optional<AudioObjectID> PlanContext::tapNamed(const std::string& nodeName) const {
+std::optional<AudioObjectID> PlanContext::tapNamed(std::string_view nodeName) const {
   const auto found = tapByName_.find(nodeName);
   return found == tapByName_.end() ? std::nullopt : std::optional(found->second);
-}
-
-bool PlanContext::canBeMoved(GlobalID stream) const {
-  const Node& node = index_.node(stream);
-  return !node.cannotBeMoved && !owned_.immovable.contains(node.serial);
 }
 
 bool PlanContext::belongsIn(GlobalID stream, AudioObjectID tap) const {
@@ -94,13 +88,13 @@ std::vector<PortPair> PlanContext::linksOf(const DesiredFilter& filter) const {
   const auto node = index_.nodeNamed(filter.nodeName);
   if (!node) return {};
   std::vector<PortPair> pairs;
-  const auto inputs = index_.portsOf(*node, PortDirection::in, false);
+  const auto& inputs = index_.portsOf(*node, PortDirection::in, false);
   for (const auto tapID : filter.taps)
     if (const auto tap = desired_.taps.find(tapID); tap != desired_.taps.end())
       std::ranges::copy(tapLinks(tap->second, inputs), std::back_inserter(pairs));
   if (const auto device = index_.nodeNamed(filter.deviceName)) {
     auto outputs = index_.portsOf(*node, PortDirection::out, false);
-    const auto channels = index_.portsOf(*device, PortDirection::in, false);
+    const auto& channels = index_.portsOf(*device, PortDirection::in, false);
     // both channels carry the same: see isMono
     if (channels.size() == 1 && outputs.size() > 1) outputs.resize(1);
     std::ranges::copy(stereoPairs(outputs, channels), std::back_inserter(pairs));
@@ -117,25 +111,24 @@ bool PlanContext::hearsTap(const std::vector<PortPair>& links, AudioObjectID tap
          });
 }
 
-bool PlanContext::isConnected(const DesiredFilter& filter) const {
+bool PlanContext::isConnected(const DesiredFilter& filter, const std::vector<PortPair>& links) const {
   const auto device = index_.nodeNamed(filter.deviceName);
   if (!device) return false;
-  const auto links = linksOf(filter);
   const bool reachesDevice = std::ranges::any_of(
       links, [&](const PortPair& pair) { return index_.graph().ports.at(pair.input).node == *device; });
   return reachesDevice &&
          std::ranges::all_of(filter.taps, [&](AudioObjectID tap) { return hearsTap(links, tap); }) &&
          std::ranges::all_of(links, [&](const PortPair& pair) {
            const auto link = owned_.links.find(pair);
-           return link != owned_.links.end() && link->second;
+           return link != owned_.links.end() && link->second->state() == OwnObject::State::ready;
          });
 }
 
-void suitTapsToDevices(const Graph& graph, DesiredState& desired) {
+void suitTapsToDevices(const GraphIndex& graph, DesiredState& desired) {
   for (const auto& [id, filter] : desired.filters) {
     const auto device = filter.isStopping ? std::nullopt : graph.nodeNamed(filter.deviceName);
     if (!device) continue;
-    const auto channels = graph.portsOf(*device, PortDirection::in, false);
+    const auto& channels = graph.portsOf(*device, PortDirection::in, false);
     if (channels.empty()) continue;
     for (const auto tap : filter.taps)
       if (const auto found = desired.taps.find(tap); found != desired.taps.end())

@@ -1,42 +1,48 @@
 #include "pipewire/process_joining.h"
 
-#include <algorithm>
-
 namespace sonvel::pipewire {
 
-void ProcessJoining::noteStrangers(const Graph& graph, DesiredTap& tap) {
-  tap.formerStrangers.clear();
-  for (const auto& [id, node] : graph.nodes)
-    if (const auto process = processKeyOfStream(graph, node); process && !tap.processes.contains(*process))
-      tap.formerStrangers.insert(*process);
+void ProcessJoining::noteStrangers(const GraphIndex& index, DesiredTap& tap) {
+  forgetGone(index);
+  for (const auto stream : index.streams())
+    if (const ProcessKey* process = index.processOf(stream))
+      if (arrivals_.try_emplace(*process, lastArrival_ + 1).second) ++lastArrival_;
+  tap.lastStranger = lastArrival_;
 }
 
-const std::optional<std::string>& ProcessJoining::bundleIDOf(const Client& client) {
-  const auto [entry, isNew] = bySerial_.try_emplace(client.serial);
+void ProcessJoining::forgetGone(const GraphIndex& index) {
+  std::erase_if(arrivals_, [&](const auto& entry) { return index.clientsOf(entry.first).empty(); });
+  std::erase_if(identified_, [&](const auto& entry) {
+    const auto client = index.graph().clients.find(entry.first);
+    return client == index.graph().clients.end() || client->second.serial != entry.second.serial;
+  });
+}
+
+const std::optional<std::string>& ProcessJoining::bundleIDOf(GlobalID id, const Client& client) {
+  const auto [entry, isNew] = identified_.try_emplace(id);
   Identified& identified = entry->second;
   if (isNew || identified.facts != client.facts) // a client may send its properties in pieces
-    identified = {client.facts, identity_.bundleIdentifier(client.facts)};
+    identified = {client.serial, client.facts, identity_.bundleIdentifier(client.facts)};
   return identified.bundleID;
 }
 
-void ProcessJoining::join(const Graph& graph, DesiredState& desired) {
-  if (std::ranges::all_of(desired.taps, [](const auto& tap) { return tap.second.bundleIDs.empty(); })) return;
-  std::set<ProcessKey> present;
-  std::set<std::uint64_t> serials;
-  for (const auto& [id, client] : graph.clients) {
-    serials.insert(client.serial);
-    const auto process = processKeyOf(graph, id);
-    if (!process) continue;
-    present.insert(*process);
-    const auto& bundleID = bundleIDOf(client);
-    if (!bundleID) continue;
-    for (auto& [tapID, tap] : desired.taps)
-      if (tap.bundleIDs.contains(*bundleID) && !tap.formerStrangers.contains(*process))
-        tap.processes.insert(*process);
+void ProcessJoining::join(const GraphIndex& index, DesiredState& desired) {
+  forgetGone(index);
+  std::unordered_map<std::string, std::vector<DesiredTap*>> tapsByBundleID;
+  for (auto& [id, tap] : desired.taps)
+    for (const auto& bundleID : tap.bundleIDs)
+      tapsByBundleID[bundleID].push_back(&tap);
+  if (tapsByBundleID.empty()) return;
+  for (const auto& [id, client] : index.graph().clients) {
+    const ProcessKey* process = index.processOfClient(id);
+    if (process == nullptr) continue;
+    const auto& bundleID = bundleIDOf(id, client);
+    const auto taps = bundleID ? tapsByBundleID.find(*bundleID) : tapsByBundleID.end();
+    if (taps == tapsByBundleID.end()) continue;
+    const auto arrival = arrivals_.find(*process);
+    for (DesiredTap* tap : taps->second)
+      if (arrival == arrivals_.end() || arrival->second > tap->lastStranger) tap->processes.insert(*process);
   }
-  std::erase_if(bySerial_, [&](const auto& entry) { return !serials.contains(entry.first); });
-  for (auto& [tapID, tap] : desired.taps)
-    std::erase_if(tap.formerStrangers, [&](const ProcessKey& key) { return !present.contains(key); });
 }
 
 } // namespace sonvel::pipewire

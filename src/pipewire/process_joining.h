@@ -3,7 +3,7 @@
 #include "pipewire/desired_state.h"
 #include "platform/application_identity.h"
 
-#include <map>
+#include <unordered_map>
 
 namespace sonvel::pipewire {
 
@@ -13,23 +13,27 @@ class ProcessJoining {
   explicit ProcessJoining(const ApplicationIdentity& identity) noexcept
       : identity_(identity) {}
 
-  /// Records the existing processes that the tap does not list: these do not join.
-  static void noteStrangers(const Graph& graph, DesiredTap& tap);
+  /// The processes that have a stream now will not join the tap; those that it lists are in it already.
+  void noteStrangers(const GraphIndex& index, DesiredTap& tap);
 
   /// Adds new processes to their taps. Identifies clients as soon as they are known, usually before they have
   /// a stream; this reads files.
-  void join(const Graph& graph, DesiredState& desired);
+  void join(const GraphIndex& index, DesiredState& desired);
 
  private:
   struct Identified {
+    std::uint64_t serial = 0; ///< of the client
     AudioClient facts;
     std::optional<std::string> bundleID;
   };
 
-  const std::optional<std::string>& bundleIDOf(const Client& client);
+  void forgetGone(const GraphIndex& index);
+  const std::optional<std::string>& bundleIDOf(GlobalID id, const Client& client);
 
   const ApplicationIdentity& identity_;
-  std::map<std::uint64_t, Identified> bySerial_;
+  std::unordered_map<GlobalID, Identified> identified_;    ///< by client
+  std::unordered_map<ProcessKey, std::uint64_t> arrivals_; ///< of all strangers, in the order of noting
+  std::uint64_t lastArrival_ = 0;
 };
 
 } // namespace sonvel::pipewire

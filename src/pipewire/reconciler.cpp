@@ -20,17 +20,11 @@ constexpr auto kRetryRefusedAfter = 500ms;
 // How often streams that wait for time to pass are checked.
 constexpr auto kLookAgain = 250ms;
 
-template <class Map> auto keysOf(const Map& map) {
-  std::set<typename Map::key_type> keys;
-  for (const auto& entry : map)
-    keys.insert(entry.first);
-  return keys;
-}
-
 } // namespace
 
 Reconciler::Reconciler(const Graph& graph, GraphAlarm& alarm)
     : graph_(graph)
+    , index_(graph)
     , alarm_(alarm) {}
 
 void Reconciler::setEdits(GraphEdits* edits) {
@@ -50,17 +44,18 @@ void Reconciler::releaseServerObjects() {
   links_.clear();
   filters_.clear();
   lastingLinks_.clear();
+  goingLinks_.clear();
   gate_.reset();
 }
 
 bool Reconciler::isConnected(IOProcID ioProc) const {
-  return isFilterConnected(graph_, desired_, owned(), ioProc);
+  return isFilterConnected(index(), desired_, owned(), ioProc);
 }
 
 bool Reconciler::isRefused(IOProcID ioProc) const {
   const auto isFailed = [](const OwnObject& object) { return object.state() == State::failed; };
   const auto filter = filters_.find(ioProc);
-  if (filter != filters_.end() && isFailed(*filter->second)) return true;
+  if (filter != filters_.end() && isFailed(*filter->second.object)) return true;
   const auto found = desired_.filters.find(ioProc);
   return found != desired_.filters.end() && std::ranges::any_of(found->second.taps, [&](AudioObjectID tap) {
            const auto node = tapNodes_.find(tap);
@@ -69,20 +64,8 @@ bool Reconciler::isRefused(IOProcID ioProc) const {
 }
 
 bool Reconciler::isPartial(AudioObjectID tap) const {
-  return isTapPartial(graph_, desired_, owned(), tap);
-}
-
-OwnedObjects Reconciler::owned() const {
-  OwnedObjects owned{.tapNodes = {},
-                     .filters = keysOf(filters_),
-                     .links = {},
-                     .stranded = stubborn_.stranded(),
-                     .immovable = stubborn_.immovable()};
-  for (const auto& [tap, node] : tapNodes_)
-    owned.tapNodes.emplace(tap, node.isMono);
-  for (const auto& [pair, link] : links_)
-    owned.links.emplace(pair, link->state() == State::ready);
-  return owned;
+  const auto found = desired_.taps.find(tap);
+  return found != desired_.taps.end() && isTapPartial(index(), found->second, stubborn_.immovable());
 }
 
 /// Forgets removed objects, so that they are created again if still desired, and refused ones after a delay.
@@ -97,8 +80,9 @@ void Reconciler::forgetGoneObjects() {
   };
   std::erase_if(tapNodes_, [&](const auto& entry) { return isDone(*entry.second.object); });
   std::erase_if(links_, [&](const auto& entry) { return isDone(*entry.second); });
-  std::erase_if(filters_, [&](const auto& entry) { return isDone(*entry.second); });
+  std::erase_if(filters_, [&](const auto& entry) { return isDone(*entry.second.object); });
   std::erase_if(lastingLinks_, [](const auto& link) { return link.second->state() != State::asked; });
+  std::erase_if(goingLinks_, [this](const PortPair& ports) { return !links_.contains(ports); });
   if (!someAreRefused) return;
   if (!retryRefusedAt_) retryRefusedAt_ = alarm_.now() + kRetryRefusedAfter;
   alarm_.lookAgainIn(kRetryRefusedAfter);
@@ -111,9 +95,9 @@ void Reconciler::reconcile() {
     releaseServerObjects(); // the session manager removed the streams' links too: nothing plays through us
     return;
   }
-  suitTapsToDevices(graph_, desired_);
-  if (stubborn_.update(graph_, alarm_.now())) alarm_.lookAgainIn(kLookAgain);
-  apply(planEdits(graph_, desired_, owned()));
+  suitTapsToDevices(index(), desired_);
+  if (stubborn_.update(index(), alarm_.now())) alarm_.lookAgainIn(kLookAgain);
+  apply(planEdits(index(), desired_, owned()));
 }
 
 bool Reconciler::isSessionManagerReady() {
@@ -125,7 +109,7 @@ bool Reconciler::isSessionManagerReady() {
   }
   if (!managerReadyAt_) {
     managerReadyAt_ = wasNewServer ? now : now + quirks::kManagerSettles;
-    if (!wasNewServer) stubborn_.noteManagerRestart(graph_);
+    if (!wasNewServer) stubborn_.noteManagerRestart(index());
   }
   if (now >= *managerReadyAt_) return true;
   alarm_.lookAgainIn(kLookAgain);
@@ -139,31 +123,45 @@ void Reconciler::apply(const Plan& plan) {
   if (!plan.tapNodesToDestroy.empty()) schedule(); // now the filters can be removed
 }
 
+/// The server removes the links of a node that goes. Asking for that too would be refused.
+void Reconciler::letLinksGo(const std::string& nodeName) {
+  const auto node = index().nodeNamed(nodeName);
+  const auto isOfNode = [&](GlobalID portID) {
+    const auto port = graph_.ports.find(portID);
+    return node && port != graph_.ports.end() && port->second.node == *node;
+  };
+  for (const auto& [ports, link] : links_)
+    if (isOfNode(ports.output) || isOfNode(ports.input)) goingLinks_.insert(ports);
+}
+
 void Reconciler::applyNodes(const Plan& plan) {
   for (const auto tap : plan.tapNodesToDestroy) {
     logEdit("tap %u: remove its node", tap);
+    letLinksGo(tapNodes_.at(tap).name);
     tapNodes_.erase(tap);
   }
   for (const auto id : plan.filtersToDestroy) {
     logEdit("IOProc %llu: remove its filter", static_cast<unsigned long long>(id));
+    letLinksGo(filters_.at(id).name);
     filters_.erase(id);
   }
   for (const auto id : plan.tapNodesToCreate) {
     const DesiredTap& tap = desired_.taps.at(id);
     logEdit("tap %u: node %s for a started IOProc%s", id, tap.nodeName.c_str(),
             tap.isMono ? ", mono as its device" : "");
-    tapNodes_[id] = {edits_->makeTapNode(tap), tap.isMono};
+    tapNodes_[id] = {edits_->makeTapNode(tap), tap.nodeName, tap.isMono};
   }
   for (const auto id : plan.filtersToCreate) {
     const DesiredFilter& filter = desired_.filters.at(id);
     logEdit("IOProc %llu: filter %s to %s", static_cast<unsigned long long>(id), filter.nodeName.c_str(),
             filter.deviceName.c_str());
-    filters_[id] = edits_->makeFilter(filter, blocks_.at(id));
+    filters_[id] = {edits_->makeFilter(filter, blocks_.at(id)), filter.nodeName};
   }
 }
 
 void Reconciler::applyLinks(const Plan& plan) {
   for (const auto& pair : plan.linksToDestroy) {
+    if (goingLinks_.contains(pair)) continue;
     logEdit("link %u to %u: no longer needed", pair.output, pair.input);
     links_.erase(pair);
   }
@@ -188,9 +186,7 @@ void Reconciler::applyLinks(const Plan& plan) {
 }
 
 bool Reconciler::playsNow(GlobalID stream) const {
-  return graph_.nodes.at(stream).isRunning && std::ranges::any_of(graph_.links, [&](const auto& link) {
-           return link.second.outputNode == stream;
-         });
+  return graph_.nodes.at(stream).isRunning && index().feedsAnything(stream);
 }
 
 void Reconciler::applyRoutings(const Plan& plan) {
@@ -216,7 +212,7 @@ void Reconciler::route(const StreamRouting& routing) {
   logEdit("stream %u: %s%s", routing.stream, goesIntoTap ? "into " : "back to where its user had it",
           routing.tapName.c_str());
   const auto writes =
-      goesIntoTap ? writesInto(graph_, routing.stream, routing.tapName) : writesBack(graph_, routing.stream);
+      goesIntoTap ? writesInto(index(), routing.stream, routing.tapName) : writesBack(graph_, routing.stream);
   for (const auto& write : writes)
     edits_->write(routing.stream, write);
   if (goesIntoTap) stubborn_.noteTaken(graph_.nodes.at(routing.stream).serial, routing.tapName, alarm_.now());
@@ -225,7 +221,7 @@ void Reconciler::route(const StreamRouting& routing) {
 std::uint32_t Reconciler::cycles() const {
   std::uint32_t sum = 0;
   for (const auto& [id, filter] : filters_)
-    sum += filter->cycles();
+    sum += filter.object->cycles();
   return sum;
 }
 

@@ -30,6 +30,9 @@ class Reconciler {
   /// Calls reconcile() soon, on the loop thread.
   void schedule() { alarm_.lookAgainIn(std::chrono::milliseconds{0}); }
 
+  /// Of the graph as it is now; valid until the graph's revision changes.
+  const GraphIndex& index() const { return index_.get(); }
+
   DesiredState& desired() noexcept { return desired_; }
 
   /// The block that the filter of an IOProc runs.
@@ -53,15 +56,14 @@ class Reconciler {
   bool hasTapNode(AudioObjectID tap) const { return tapNodes_.contains(tap); }
 
  private:
-  struct TapNode {
-    std::unique_ptr<OwnObject> object;
-    bool isMono = false;
-  };
+  OwnedObjects owned() const {
+    return {tapNodes_, filters_, links_, stubborn_.stranded(), stubborn_.immovable()};
+  }
 
-  OwnedObjects owned() const;
   void releaseServerObjects();
   void forgetGoneObjects();
   bool isSessionManagerReady();
+  void letLinksGo(const std::string& nodeName);
   void apply(const Plan& plan);
   void applyNodes(const Plan& plan);
   void applyLinks(const Plan& plan);
@@ -71,14 +73,16 @@ class Reconciler {
   std::uint32_t cycles() const;
 
   const Graph& graph_;
+  mutable LatestIndex index_;
   GraphAlarm& alarm_;
   GraphEdits* edits_ = nullptr;
   DesiredState desired_;
   std::map<IOProcID, IOProcBlock> blocks_;
-  std::map<AudioObjectID, TapNode> tapNodes_;
-  std::map<IOProcID, std::unique_ptr<OwnObject>> filters_;
+  std::map<AudioObjectID, OwnNode> tapNodes_;
+  std::map<IOProcID, OwnNode> filters_;
   std::map<PortPair, std::unique_ptr<OwnObject>> links_;
   std::map<PortPair, std::unique_ptr<OwnObject>> lastingLinks_; ///< kept until the server has created them
+  std::set<PortPair> goingLinks_; ///< of links_: the server removes them with their nodes
   StubbornStreams stubborn_;
   CycleGate gate_;
   std::optional<GraphAlarm::Time> retryRefusedAt_;

@@ -2,6 +2,9 @@
 
 #include "pipewire/desired_state.h"
 
+#include <charconv>
+#include <system_error>
+
 namespace sonvel::pipewire {
 
 namespace {
@@ -17,11 +20,17 @@ constexpr auto kFollowsDefault = "-1";
 constexpr auto kUsersTarget = "sonvel.target.object";
 constexpr auto kLentNode = "sonvel.target.node";
 
-std::optional<GlobalID> nodeOfTarget(const Graph& graph, const std::string& target, bool isID) {
-  if (target.empty() || target == kFollowsDefault) return std::nullopt;
-  for (const auto& [id, node] : graph.nodes)
-    if (target == node.name || target == std::to_string(isID ? id : node.serial)) return id;
-  return std::nullopt;
+std::optional<GlobalID> nodeOfTarget(const GraphIndex& index, const std::string& target, bool isID) {
+  if (const auto named = index.nodeNamed(target)) return named;
+  std::uint64_t number = 0;
+  const char* end = target.data() + target.size();
+  if (const auto read = std::from_chars(target.data(), end, number);
+      read.ec != std::errc() || read.ptr != end)
+    return std::nullopt;
+  if (!isID) return index.nodeWithSerial(number);
+  const auto node = index.graph().nodes.find(static_cast<GlobalID>(number));
+  return node == index.graph().nodes.end() || node->first != number ? std::nullopt
+                                                                    : std::optional(node->first);
 }
 
 /// The user's kTargetNode; null if it is missing or written by us.
@@ -51,7 +60,9 @@ Choice choiceOf(const Graph& graph, GlobalID stream) {
 /// serial, so it does not find our taps by name: it forgets the stream's device, but never stores a tap.
 /// Writing the ID of the user's own device afterwards makes it store that device, while the stream still goes
 /// to the tap. Writing an equal value has no effect, so the key is removed first.
-void remind(const Graph& graph, GlobalID stream, const Choice& choice, std::vector<MetadataWrite>& writes) {
+void remind(const GraphIndex& index, GlobalID stream, const Choice& choice,
+            std::vector<MetadataWrite>& writes) {
+  const Graph& graph = index.graph();
   const bool hasNode = graph.metadataOf(stream, kTargetNode) != nullptr;
   const bool hasLent = graph.metadataOf(stream, kLentNode) != nullptr;
   if (choice.object == nullptr && choice.node != nullptr) { // the user's own
@@ -62,7 +73,7 @@ void remind(const Graph& graph, GlobalID stream, const Choice& choice, std::vect
     return;
   }
   const auto device =
-      choice.object == nullptr ? std::nullopt : nodeOfTarget(graph, choice.object->value, false);
+      choice.object == nullptr ? std::nullopt : nodeOfTarget(index, choice.object->value, false);
   if (!device) {
     if (hasLent && choice.node == nullptr && hasNode) writes.push_back({kTargetNode, std::nullopt});
     if (hasLent) writes.push_back({kLentNode, std::nullopt});
@@ -97,9 +108,9 @@ void takeBackLent(const Graph& graph, GlobalID stream, std::vector<MetadataWrite
 
 } // namespace
 
-std::string targetTapOf(const Graph& graph, GlobalID stream) {
+std::string_view targetTapOf(const Graph& graph, GlobalID stream) {
   const MetadataValue* target = graph.metadataOf(stream, kTargetObject);
-  return target != nullptr && target->value.starts_with(kTapNamePrefix) ? target->value : std::string();
+  return target != nullptr && target->value.starts_with(kTapNamePrefix) ? target->value : std::string_view();
 }
 
 bool hasLeftover(const Graph& graph, GlobalID stream) {
@@ -107,17 +118,18 @@ bool hasLeftover(const Graph& graph, GlobalID stream) {
                                                 graph.metadataOf(stream, kLentNode) != nullptr);
 }
 
-std::optional<GlobalID> chosenNodeOf(const Graph& graph, GlobalID stream) {
-  const Choice choice = choiceOf(graph, stream);
-  if (choice.object != nullptr) return nodeOfTarget(graph, choice.object->value, false);
-  if (choice.node != nullptr) return nodeOfTarget(graph, choice.node->value, true);
-  const auto node = graph.nodes.find(stream);
-  return node == graph.nodes.end() ? std::nullopt : nodeOfTarget(graph, node->second.ownTarget, false);
+std::optional<GlobalID> chosenNodeOf(const GraphIndex& index, GlobalID stream) {
+  const Choice choice = choiceOf(index.graph(), stream);
+  if (choice.object != nullptr) return nodeOfTarget(index, choice.object->value, false);
+  if (choice.node != nullptr) return nodeOfTarget(index, choice.node->value, true);
+  const auto node = index.graph().nodes.find(stream);
+  return node == index.graph().nodes.end() ? std::nullopt
+                                           : nodeOfTarget(index, node->second.ownTarget, false);
 }
 
-std::optional<GlobalID> usersTargetOf(const Graph& graph, GlobalID stream) {
-  if (const auto chosen = chosenNodeOf(graph, stream)) return chosen;
-  return graph.defaultSinkName.empty() ? std::nullopt : graph.nodeNamed(graph.defaultSinkName);
+std::optional<GlobalID> usersTargetOf(const GraphIndex& index, GlobalID stream) {
+  if (const auto chosen = chosenNodeOf(index, stream)) return chosen;
+  return index.nodeNamed(index.graph().defaultSinkName);
 }
 
 bool isChoiceInTap(const Graph& graph, GlobalID stream, std::string_view key,
@@ -131,7 +143,8 @@ bool isChoiceOutdated(const Graph& graph, GlobalID stream) {
          usersTargetNode(graph, stream) != nullptr;
 }
 
-std::vector<MetadataWrite> writesInto(const Graph& graph, GlobalID stream, const std::string& tapName) {
+std::vector<MetadataWrite> writesInto(const GraphIndex& index, GlobalID stream, const std::string& tapName) {
+  const Graph& graph = index.graph();
   std::vector<MetadataWrite> writes;
   const Choice choice = choiceOf(graph, stream);
   const MetadataValue* kept = graph.metadataOf(stream, kUsersTarget);
@@ -140,7 +153,7 @@ std::vector<MetadataWrite> writesInto(const Graph& graph, GlobalID stream, const
   else if (choice.object != nullptr && (kept == nullptr || *kept != *choice.object))
     writes.push_back({kUsersTarget, *choice.object});
   writes.push_back({kTargetObject, MetadataValue{"Spa:String", tapName}});
-  remind(graph, stream, choice, writes);
+  remind(index, stream, choice, writes);
   return writes;
 }
 

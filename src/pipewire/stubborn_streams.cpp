@@ -17,13 +17,13 @@ constexpr auto kComesWithin = 2s;
 constexpr auto kFightWindow = 10s;
 constexpr int kMovesOfAFight = 20;
 
-bool playsElsewhere(const Graph& graph, GlobalID stream) {
-  const auto tap = graph.nodeNamed(targetTapOf(graph, stream));
-  if (!tap || graph.feeds(stream, *tap)) return false;
-  return std::ranges::any_of(graph.links, [&](const auto& entry) {
-    const auto receiver = graph.nodes.find(entry.second.inputNode);
-    return entry.second.outputNode == stream && receiver != graph.nodes.end() &&
-           receiver->second.kind == NodeKind::sink;
+bool playsElsewhere(const GraphIndex& index, GlobalID stream) {
+  const Graph& graph = index.graph();
+  const auto tap = index.nodeNamed(targetTapOf(graph, stream));
+  if (!tap || index.feeds(stream, *tap)) return false;
+  return std::ranges::any_of(index.linksFrom(stream), [&](GlobalID link) {
+    const auto receiver = graph.nodes.find(graph.links.at(link).inputNode);
+    return receiver != graph.nodes.end() && receiver->second.kind == NodeKind::sink;
   });
 }
 
@@ -35,9 +35,9 @@ bool isOfSomeoneElse(const Graph& graph, const Link& link) {
 
 } // namespace
 
-void StubbornStreams::noteManagerRestart(const Graph& graph) {
-  for (const auto& [id, node] : graph.nodes)
-    if (node.kind == NodeKind::outputStream) orphans_.insert(node.serial);
+void StubbornStreams::noteManagerRestart(const GraphIndex& graph) {
+  for (const auto stream : graph.streams())
+    orphans_.insert(graph.node(stream).serial);
 }
 
 void StubbornStreams::noteTaken(std::uint64_t serial, const std::string& tapName, GraphAlarm::Time now) {
@@ -47,11 +47,8 @@ void StubbornStreams::noteTaken(std::uint64_t serial, const std::string& tapName
   if (++taken.count >= kMovesOfAFight) immovable_.insert(serial);
 }
 
-bool StubbornStreams::update(const Graph& graph, GraphAlarm::Time now) {
-  std::set<std::uint64_t> present;
-  for (const auto& [id, node] : graph.nodes)
-    present.insert(node.serial);
-  const auto isGone = [&](std::uint64_t serial) { return !present.contains(serial); };
+bool StubbornStreams::update(const GraphIndex& graph, GraphAlarm::Time now) {
+  const auto isGone = [&](std::uint64_t serial) { return !graph.nodeWithSerial(serial); };
   std::erase_if(taken_, [&](const auto& entry) { return isGone(entry.first); });
   std::erase_if(orphans_, isGone);
   std::erase_if(immovable_, isGone);
@@ -60,24 +57,24 @@ bool StubbornStreams::update(const Graph& graph, GraphAlarm::Time now) {
   return findStranded(graph, now) || areSomeOnTheWay;
 }
 
-bool StubbornStreams::findImmovable(const Graph& graph, GraphAlarm::Time now) {
+bool StubbornStreams::findImmovable(const GraphIndex& graph, GraphAlarm::Time now) {
   std::map<std::uint64_t, GraphAlarm::Time> elsewhere;
-  for (const auto& [id, node] : graph.nodes) {
-    if (!taken_.contains(node.serial) || immovable_.contains(node.serial) || !playsElsewhere(graph, id))
-      continue;
-    const auto before = elsewhereSince_.find(node.serial);
+  for (const auto& [serial, taken] : taken_) {
+    if (immovable_.contains(serial) || !playsElsewhere(graph, graph.nodeWithSerial(serial).value())) continue;
+    const auto before = elsewhereSince_.find(serial);
     const auto since = before == elsewhereSince_.end() ? now : before->second;
     if (now - since >= kComesWithin)
-      immovable_.insert(node.serial);
+      immovable_.insert(serial);
     else
-      elsewhere[node.serial] = since;
+      elsewhere[serial] = since;
   }
   elsewhereSince_ = std::move(elsewhere);
   return !elsewhereSince_.empty();
 }
 
-bool StubbornStreams::findStranded(const Graph& graph, GraphAlarm::Time now) {
+bool StubbornStreams::findStranded(const GraphIndex& index, GraphAlarm::Time now) {
   if (orphans_.empty() && stranded_.empty()) return false;
+  const Graph& graph = index.graph();
   std::set<GlobalID> linked;
   for (const auto& [id, link] : graph.links) {
     linked.insert(link.outputNode);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pipewire/graph_edits.h"
+#include "pipewire/graph_index.h"
 
 #include <map>
 #include <set>
@@ -19,14 +20,14 @@ namespace sonvel::pipewire {
 class StubbornStreams {
  public:
   /// The session manager has restarted.
-  void noteManagerRestart(const Graph& graph);
+  void noteManagerRestart(const GraphIndex& graph);
 
   /// A stream was sent into a tap. Only what is sent into the same tap again was taken back by another
   /// program.
   void noteTaken(std::uint64_t serial, const std::string& tapName, GraphAlarm::Time now);
 
   /// Updates both sets. True if it must be called again soon.
-  bool update(const Graph& graph, GraphAlarm::Time now);
+  bool update(const GraphIndex& graph, GraphAlarm::Time now);
 
   /// Forgets everything, for a new server.
   void clear() { *this = {}; }
@@ -42,8 +43,8 @@ class StubbornStreams {
     int count = 0; ///< within the window, into the same tap
   };
 
-  bool findImmovable(const Graph& graph, GraphAlarm::Time now);
-  bool findStranded(const Graph& graph, GraphAlarm::Time now);
+  bool findImmovable(const GraphIndex& graph, GraphAlarm::Time now);
+  bool findStranded(const GraphIndex& index, GraphAlarm::Time now);
 
   std::map<std::uint64_t, Taken> taken_;
   std::map<std::uint64_t, GraphAlarm::Time> elsewhereSince_;

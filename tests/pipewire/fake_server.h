@@ -54,8 +54,9 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
   /// A link made by hand, or by another client.
   GlobalID addLinkByHand(GlobalID outputNode, GlobalID inputNode, GlobalID client = kUser) {
-    return addLink({graph.portsOf(outputNode, PortDirection::out, false).front(),
-                    graph.portsOf(inputNode, PortDirection::in, false).front()},
+    const GraphIndex index(graph);
+    return addLink({index.portsOf(outputNode, PortDirection::out, false).front(),
+                    index.portsOf(inputNode, PortDirection::in, false).front()},
                    client);
   }
 
@@ -63,6 +64,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     for (const auto& [id, link] : std::map(graph.links))
       if (link.outputNode == node || link.inputNode == node) removeLink(id);
     std::erase_if(graph.ports, [node](const auto& port) { return port.second.node == node; });
+    firstFree_ = kFirstID;
     lose(graph.nodes.at(node).serial);
     graph.nodes.erase(node);
     graph.metadata.erase(node);
@@ -70,12 +72,20 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   }
 
   void removeLink(GlobalID link) {
+    ++graph.revision;
     if (graph.links.erase(link) == 0) return;
+    firstFree_ = kFirstID;
     lose(linkSerials_.at(link));
     manage();
   }
 
-  GlobalID idOf(const std::string& name) const { return graph.nodeNamed(name).value(); }
+  std::optional<GlobalID> nodeNamed(std::string_view name) const {
+    for (const auto& [id, node] : graph.nodes)
+      if (node.name == name) return id;
+    return std::nullopt;
+  }
+
+  GlobalID idOf(const std::string& name) const { return nodeNamed(name).value(); }
 
   /// Moves a stream as a mixer does, or lets it follow the default device ("-1").
   void moveStream(GlobalID stream, const std::string& target) {
@@ -107,23 +117,26 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
   const std::string& tapName(AudioObjectID tap) { return reconciler.desired().taps.at(tap).nodeName; }
 
-  /// Runs the reconciler and the oldest pending request. False if there is none.
-  bool advance() {
+  /// Runs the reconciler and the oldest pending requests. False if there is none.
+  bool advance(std::size_t requests = 1) {
+    ++graph.revision;
     reconciler.reconcile();
     std::erase_if(reconciler.desired().filters, [this](const auto& filter) {
       return filter.second.isStopping && !reconciler.hasFilter(filter.first);
     });
     if (inFlight_.empty()) return false;
-    const auto happens = std::move(inFlight_.front());
-    inFlight_.pop_front();
-    happens();
+    for (; requests > 0 && !inFlight_.empty(); --requests) {
+      const auto happens = std::move(inFlight_.front());
+      inFlight_.pop_front();
+      happens();
+    }
     return true;
   }
 
   /// Runs until nothing is left to do; false if that does not end.
-  bool settle() {
+  bool settle(std::size_t requestsAtOnce = 1) {
     for (int turn = 0; turn < 20'000; ++turn) {
-      if (advance() || !inFlight_.empty()) continue;
+      if (advance(requestsAtOnce) || !inFlight_.empty()) continue;
       if (!due_) return true;
       now_ = std::max(now_, *due_);
       due_.reset();
@@ -134,8 +147,9 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   /// The sinks where a stream is heard; with the prefix "tap:" if through one of our taps.
   std::set<std::string> heardAt(GlobalID stream) const {
     std::set<std::string> places;
+    const GraphIndex index(graph);
     for (const auto& [id, node] : graph.nodes) {
-      if (!graph.feeds(stream, id)) continue;
+      if (!index.feeds(stream, id)) continue;
       if (node.kind == NodeKind::sink) places.insert(node.name);
       if (node.name.starts_with(kTapNamePrefix)) places.merge(heardThrough(id));
     }
@@ -208,7 +222,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
       graph.metadata[stream][write.key] = *write.value;
     else
       graph.metadata[stream].erase(write.key);
-    const auto tap = graph.nodeNamed(targetTapOf(graph, stream));
+    const auto tap = nodeNamed(targetTapOf(graph, stream));
     if (!wasInTap && tap && heardThrough(*tap).empty())
       faults.emplace_back("a stream is sent into a tap that no one hears");
     manage();
@@ -219,6 +233,8 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   Reconciler reconciler{graph, *this};
 
  private:
+  static constexpr GlobalID kFirstID = 30;
+
   /// A node or link that the reconciler has requested.
   struct Piece {
     OwnObject::State state = OwnObject::State::asked;
@@ -246,11 +262,11 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
   void later(std::function<void()> happens) { inFlight_.push_back(std::move(happens)); }
 
-  GlobalID freeID() const {
-    GlobalID id = 30;
-    while (graph.nodes.contains(id) || graph.ports.contains(id) || graph.links.contains(id))
-      ++id;
-    return id;
+  GlobalID freeID() {
+    while (graph.nodes.contains(firstFree_) || graph.ports.contains(firstFree_) ||
+           graph.links.contains(firstFree_))
+      ++firstFree_;
+    return firstFree_;
   }
 
   GlobalID addNode(Node node, const Channels& inputs, const Channels& outputs, bool areOutputsMonitors) {
@@ -297,15 +313,19 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
       made->second->state = OwnObject::State::lost;
   }
 
+  void expectNoneIn(GlobalID tapNode) {
+    const GraphIndex index(graph);
+    for (const auto stream : index.streams())
+      if (index.feeds(stream, tapNode) && usersTargetOf(index, stream))
+        faults.push_back("a tap's node goes while stream " + std::to_string(stream) + " plays into it");
+  }
+
   void unmake(Piece& piece) {
     piece.isWanted = false;
     made_.erase(piece.serial);
     if (piece.serial == 0) return;
-    for (const auto stream : streams())
-      for (const auto& [id, node] : graph.nodes)
-        if (node.serial == piece.serial && node.name.starts_with(kTapNamePrefix) && graph.feeds(stream, id) &&
-            usersTargetOf(graph, stream))
-          faults.push_back("a tap's node goes while stream " + std::to_string(stream) + " plays into it");
+    for (const auto& [id, node] : graph.nodes)
+      if (node.serial == piece.serial && node.name.starts_with(kTapNamePrefix)) expectNoneIn(id);
     later([this, serial = piece.serial] {
       for (const auto& [id, node] : std::map(graph.nodes))
         if (node.serial == serial) removeNode(id);
@@ -318,7 +338,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   void manage() {
     graph.defaultSinkName.clear();
     for (const auto* name : {kHeadphones, kSpeakers})
-      if (graph.nodeNamed(name)) graph.defaultSinkName = name;
+      if (nodeNamed(name)) graph.defaultSinkName = name;
     if (std::exchange(isManaging_, true)) return;
     later([this] {
       isManaging_ = false;
@@ -328,20 +348,22 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   }
 
   void relink(GlobalID stream) {
-    auto target = graph.nodeNamed(graph.defaultSinkName);
+    auto target = nodeNamed(graph.defaultSinkName);
     if (const MetadataValue* wanted = graph.metadataOf(stream, "target.object"))
-      if (const auto node = graph.nodeNamed(wanted->value)) target = node;
+      if (const auto node = nodeNamed(wanted->value)) target = node;
     bool isLinked = false;
-    for (const auto& [id, link] : std::map(graph.links)) {
-      if (link.outputNode != stream || link.client != kSessionManager) continue;
-      if (graph.nodes.at(stream).cannotBeMoved || link.inputNode == target)
+    std::vector<GlobalID> ours;
+    for (const auto& [id, link] : graph.links)
+      if (link.outputNode == stream && link.client == kSessionManager) ours.push_back(id);
+    for (const auto id : ours)
+      if (graph.nodes.at(stream).cannotBeMoved || graph.links.at(id).inputNode == target)
         isLinked = true;
       else
         removeLink(id);
-    }
     if (isLinked || !target) return;
-    const auto outputs = graph.portsOf(stream, PortDirection::out, false);
-    const auto inputs = graph.portsOf(*target, PortDirection::in, false);
+    const GraphIndex index(graph);
+    const auto outputs = index.portsOf(stream, PortDirection::out, false);
+    const auto inputs = index.portsOf(*target, PortDirection::in, false);
     for (std::size_t i = 0; i < outputs.size() && !inputs.empty(); ++i)
       addLink({outputs[i], inputs[std::min(i, inputs.size() - 1)]}, kSessionManager);
   }
@@ -369,6 +391,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   std::deque<std::function<void()>> inFlight_;
   std::map<std::uint64_t, std::shared_ptr<Piece>> made_; ///< by serial of the node or link
   std::map<GlobalID, std::uint64_t> linkSerials_;
+  GlobalID firstFree_ = kFirstID; ///< no ID below it is free
   std::uint64_t lastSerial_ = 0;
   bool isManaging_ = false; ///< the session manager has work to do
 };

@@ -22,7 +22,7 @@ class Walk {
         server_.advance();
     }
     for (const auto* sink : {FakeServer::kSpeakers, FakeServer::kHeadphones})
-      if (!server_.graph.nodeNamed(sink)) server_.addSink(sink);
+      if (!server_.nodeNamed(sink)) server_.addSink(sink);
     EXPECT_TRUE(server_.settle());
   }
 
@@ -79,7 +79,7 @@ class Walk {
 
   void changeSinks() {
     const std::string sink = anySink();
-    if (const auto node = server_.graph.nodeNamed(sink))
+    if (const auto node = server_.nodeNamed(sink))
       server_.removeNode(*node);
     else
       server_.addSink(sink);
@@ -120,7 +120,7 @@ class Walk {
       if (server_.reconciler.desired().taps.at(*filter.taps.begin()).isMuted)
         return "tap:" + filter.deviceName;
     }
-    return server_.graph.nodes.at(usersTargetOf(server_.graph, stream).value()).name;
+    return server_.graph.nodes.at(usersTargetOf(GraphIndex(server_.graph), stream).value()).name;
   }
 
   std::mt19937 random_;

@@ -21,6 +21,10 @@ Graph graphWith(MetadataEntries entries) {
   return graph;
 }
 
+std::optional<GlobalID> choice(const Graph& graph) {
+  return chosenNodeOf(GraphIndex(graph), kStream);
+}
+
 void write(Graph& graph, const std::vector<MetadataWrite>& writes) {
   auto& entries = graph.metadata[kStream];
   for (const auto& [key, value] : writes)
@@ -49,9 +53,9 @@ TEST(StreamTargets, GoIntoATapAndComeBackAsTheyWere) {
     const Graph before = graphWith(entries);
     Graph graph = before;
     for (const std::string& tap : {kTap, std::string("sonvel-tap-2")}) {
-      write(graph, writesInto(graph, kStream, tap));
+      write(graph, writesInto(GraphIndex(graph), kStream, tap));
       EXPECT_EQ(targetTapOf(graph, kStream), tap);
-      EXPECT_EQ(chosenNodeOf(graph, kStream), chosenNodeOf(before, kStream));
+      EXPECT_EQ(choice(graph), choice(before));
     }
     write(graph, writesBack(graph, kStream));
     EXPECT_EQ(graph.metadata, before.metadata);
@@ -65,19 +69,19 @@ TEST(StreamTargets, KeepANewChoiceThatIsMadeWhileTheStreamIsTapped) {
       // An entry that equals ours can't be distinguished.
       if (after == "of other things" || after == "by a mixer of this desktop") continue;
       Graph graph = graphWith(old);
-      write(graph, writesInto(graph, kStream, kTap));
+      write(graph, writesInto(GraphIndex(graph), kStream, kTap));
       for (const auto* const key : {"target.node", "target.object"}) // mixers write both
         if (chosen.contains(key))
           graph.metadata[kStream][key] = chosen.at(key);
         else if (chosen.empty() || std::string(key) == "target.object")
           graph.metadata[kStream].erase(key);
       if (targetTapOf(graph, kStream).empty() || isChoiceOutdated(graph, kStream))
-        write(graph, writesInto(graph, kStream, kTap));
+        write(graph, writesInto(GraphIndex(graph), kStream, kTap));
       EXPECT_EQ(targetTapOf(graph, kStream), kTap);
       EXPECT_FALSE(isChoiceOutdated(graph, kStream));
-      EXPECT_EQ(chosenNodeOf(graph, kStream), chosenNodeOf(graphWith(chosen), kStream));
+      EXPECT_EQ(choice(graph), choice(graphWith(chosen)));
       write(graph, writesBack(graph, kStream));
-      EXPECT_EQ(chosenNodeOf(graph, kStream), chosenNodeOf(graphWith(chosen), kStream));
+      EXPECT_EQ(choice(graph), choice(graphWith(chosen)));
       EXPECT_FALSE(hasLeftover(graph, kStream));
     }
 }
