@@ -3,8 +3,6 @@
 #include "audio/app_naming.h"
 #include "audio/object_access.h"
 
-#include <algorithm>
-
 namespace sonvel {
 
 std::string keyOfPID(std::int32_t pid) {
@@ -20,18 +18,21 @@ ApplicationProcesses::Process ApplicationProcesses::read(AudioHardware& hardware
   auto bundleID = cfStringProp(hardware, object, property::kProcessBundleID);
   if (bundleID && bundleID->empty()) bundleID.reset();
   const auto pid = scalarProp<std::int32_t>(hardware, object, property::kProcessPID, scope::kGlobal);
-  return {object, pid.value_or(0), std::move(bundleID)};
+  return {pid.value_or(0), std::move(bundleID)};
 }
 
 bool ApplicationProcesses::update(AudioHardware& hardware) {
   const auto objects = readSystemObjects(hardware, property::kProcessObjectList);
   if (!objects) return false;
-  std::vector<Process> processes;
+  std::map<AudioObjectID, Process> processes;
+  byKey_.clear();
   for (const auto object : *objects) {
-    const auto known = std::ranges::find(processes_, object, &Process::object);
+    const auto known = processes_.find(object);
     // A program may send its identity a moment after it has appeared.
-    const bool isIdentified = known != processes_.end() && known->bundleID;
-    processes.push_back(isIdentified ? *known : read(hardware, object));
+    const bool isIdentified = known != processes_.end() && known->second.bundleID;
+    const auto& process =
+        processes.emplace(object, isIdentified ? known->second : read(hardware, object)).first->second;
+    byKey_[keyOf(process)].push_back(object);
   }
   processes_ = std::move(processes);
   return true;
@@ -39,32 +40,33 @@ bool ApplicationProcesses::update(AudioHardware& hardware) {
 
 std::vector<AudioObjectID> ApplicationProcesses::all() const {
   std::vector<AudioObjectID> objects;
-  std::ranges::transform(processes_, std::back_inserter(objects), &Process::object);
+  for (const auto& [object, process] : processes_)
+    objects.push_back(object);
   return objects;
 }
 
-std::vector<AudioObjectID> ApplicationProcesses::of(const std::string& key) const {
-  std::vector<AudioObjectID> objects;
-  for (const auto& process : processes_)
-    if (keyOf(process) == key) objects.push_back(process.object);
-  return objects;
+const std::vector<AudioObjectID>& ApplicationProcesses::of(const std::string& key) const {
+  static const std::vector<AudioObjectID> kNone;
+  const auto found = byKey_.find(key);
+  return found == byKey_.end() ? kNone : found->second;
 }
 
 AudioApp ApplicationProcesses::appWithProcess(AudioApp app, AudioObjectID process) const {
-  const auto found = std::ranges::find(processes_, process, &Process::object);
+  const auto found = processes_.find(process);
   if (found == processes_.end()) return app;
+  const auto& [pid, bundleID] = found->second;
   app.objectID = process;
-  app.pid = found->pid;
-  app.bundleID = found->bundleID.value_or(keyOfPID(found->pid));
-  app.parentBundleID = AppNaming::parentBundleID(found->bundleID);
+  app.pid = pid;
+  app.bundleID = bundleID.value_or(keyOfPID(pid));
+  app.parentBundleID = AppNaming::parentBundleID(bundleID);
   return app;
 }
 
 std::set<std::string> ApplicationProcesses::bundleIDs(const std::string& key) const {
   std::set<std::string> bundleIDs;
   if (!key.starts_with("pid ")) bundleIDs.insert(key);
-  for (const auto& process : processes_)
-    if (process.bundleID && keyOf(process) == key) bundleIDs.insert(*process.bundleID);
+  for (const auto object : of(key))
+    if (const auto& bundleID = processes_.at(object).bundleID) bundleIDs.insert(*bundleID);
   return bundleIDs;
 }
 

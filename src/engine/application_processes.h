@@ -3,6 +3,7 @@
 #include "audio/audio_app.h"
 #include "platform/audio_hardware.h"
 
+#include <map>
 #include <set>
 #include <vector>
 
@@ -18,7 +19,7 @@ class ApplicationProcesses {
   std::vector<AudioObjectID> all() const;
 
   /// The processes of an application, in the audio system's order.
-  std::vector<AudioObjectID> of(const std::string& key) const;
+  const std::vector<AudioObjectID>& of(const std::string& key) const;
 
   /// `app` with another process of the same application.
   AudioApp appWithProcess(AudioApp app, AudioObjectID process) const;
@@ -28,7 +29,6 @@ class ApplicationProcesses {
 
  private:
   struct Process {
-    AudioObjectID object;
     std::int32_t pid;
     std::optional<std::string> bundleID; ///< not empty
   };
@@ -36,7 +36,8 @@ class ApplicationProcesses {
   static std::string keyOf(const Process& process);
   static Process read(AudioHardware& hardware, AudioObjectID object);
 
-  std::vector<Process> processes_;
+  std::map<AudioObjectID, Process> processes_;
+  std::map<std::string, std::vector<AudioObjectID>> byKey_;
 };
 
 /// The stable key of a process without a bundle identifier.
