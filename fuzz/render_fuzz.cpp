@@ -49,7 +49,7 @@ float raised(float peak, float sample) {
   return std::fabs(sample) > peak ? std::fabs(sample) : peak;
 }
 
-void checkRender(FuzzedDataProvider& input, ScaleAndPeak kernel) {
+void checkRender(FuzzedDataProvider& input, RenderCycle render) {
   RealtimeMixBox mix;
   mix.setGain(input.ConsumeFloatingPoint<float>());
   mix.setMuted(input.ConsumeBool());
@@ -60,7 +60,7 @@ void checkRender(FuzzedDataProvider& input, ScaleAndPeak kernel) {
   const auto inputBefore = from.memory;
   const AudioBufferList inputs{from.list};
   AudioBufferList outputs{to.list};
-  renderCycle(kernel, mix, metrics, inputs, outputs);
+  render(mix, metrics, inputs, outputs);
   expect(from.memory == inputBefore, "the input stays as it is");
   float peak = 0.0F;
   for (std::size_t i = 0; i < to.list.size(); ++i) {
@@ -99,6 +99,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (callback == 0)
     sonvel::checkProbe(input);
   else
-    sonvel::checkRender(input, callback == 1 ? &sonvel::scaleAndPeak : sonvel::fastestScaleAndPeak());
+    sonvel::checkRender(input, callback == 1 ? &sonvel::renderCycle : sonvel::fastestRenderCycle());
   return 0;
 }

@@ -9,8 +9,8 @@
 
 namespace sonvel {
 
-/// The fastest kernel for this processor.
-ScaleAndPeak fastestScaleAndPeak() noexcept;
+/// The fastest for this processor.
+RenderCycle fastestRenderCycle() noexcept;
 
 /// Creates the block that plays one channel: each cycle it copies the input to the output times the effective
 /// gain of `mix`, and records the cycle in `metrics`. The block keeps both alive.

@@ -55,27 +55,27 @@ template <std::size_t kBytes>
   raise(peaks, magnitudes);
 }
 
-[[gnu::always_inline]] inline float scaleOneByOne(float gain, const float* in, float* out, std::size_t count,
-                                                  float peak) noexcept {
+[[gnu::always_inline]] inline void scaleOneByOne(float gain, const float* in, float* out, std::size_t count,
+                                                 float& peak) noexcept {
   for (std::size_t k = 0; k < count; ++k) {
     const float sample = in[k];
-    const float magnitude = std::fabs(sample);
     out[k] = gain * sample;
-    peak = magnitude > peak ? magnitude : peak;
+    raise(peak, std::fabs(sample));
   }
-  return peak;
 }
 
+/// Two accumulators for the peaks, so that comparisons do not wait for each other.
+template <std::size_t kBytes> struct Peaks {
+  typename Vector<kBytes>::Floats even{};
+  typename Vector<kBytes>::Floats odd{};
+};
+
 template <std::size_t kBytes>
-[[gnu::always_inline]] inline float scaleByVectors(float gain, const float* in, float* out, std::size_t count,
-                                                   float peak) noexcept {
+[[gnu::always_inline]] inline void scaleByVectors(const typename Vector<kBytes>::Floats& gains,
+                                                  const float* in, float* out, std::size_t count,
+                                                  Peaks<kBytes>& peaks) noexcept {
   using Floats = typename Vector<kBytes>::Floats;
   constexpr std::size_t kLanes = Vector<kBytes>::kLanes;
-  if (count < kLanes) return scaleOneByOne(gain, in, out, count, peak);
-
-  const Floats gains = gain - Floats{}; // minus zero, because adding +0.0 would change -0.0 to +0.0
-  Floats peaks = peak - Floats{};
-  Floats otherPeaks = peaks; // two accumulators, so that comparisons do not wait for each other
 
   // The first and last vectors are read before anything is written. They may overlap the vectors between
   // them, so those can start aligned in `out` and have whole length, even if `in` equals `out`.
@@ -85,54 +85,67 @@ template <std::size_t kBytes>
   load(last, in + count - kLanes);
   Floats samples;
   Floats nextSamples;
-  std::size_t k = kLanes - reinterpret_cast<std::uintptr_t>(out) / sizeof(float) % kLanes;
+  const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(out) / sizeof(float) % kLanes;
+  std::size_t k = misaligned == 0 ? 0 : kLanes - misaligned;
   for (; k + 2 * kLanes <= count; k += 2 * kLanes) {
     load(samples, in + k);
     load(nextSamples, in + k + kLanes);
-    scaleVector<kBytes>(gains, samples, out + k, peaks);
-    scaleVector<kBytes>(gains, nextSamples, out + k + kLanes, otherPeaks);
+    scaleVector<kBytes>(gains, samples, out + k, peaks.even);
+    scaleVector<kBytes>(gains, nextSamples, out + k + kLanes, peaks.odd);
   }
   if (k + kLanes <= count) {
     load(samples, in + k);
-    scaleVector<kBytes>(gains, samples, out + k, peaks);
+    scaleVector<kBytes>(gains, samples, out + k, peaks.even);
+    k += kLanes;
   }
-  scaleVector<kBytes>(gains, first, out, otherPeaks);
-  scaleVector<kBytes>(gains, last, out + count - kLanes, peaks);
-
-  raise(peaks, otherPeaks);
-  spreadLargest<kLanes / 2>(peaks, std::make_index_sequence<kLanes>{});
-  return peaks[0];
+  if (misaligned != 0) scaleVector<kBytes>(gains, first, out, peaks.odd);
+  if (k < count) scaleVector<kBytes>(gains, last, out + count - kLanes, peaks.even);
 }
 
-} // namespace
-
-float scaleAndPeak(float gain, const float* in, float* out, std::size_t count, float peak) noexcept {
-  return scaleByVectors<16>(gain, in, out, count, peak);
-}
-
-#if defined(__x86_64__)
-[[gnu::target("avx2")]] float scaleAndPeakAvx2(float gain, const float* in, float* out, std::size_t count,
-                                               float peak) noexcept {
-  return scaleByVectors<32>(gain, in, out, count, peak);
-}
-#endif
-
-void renderCycle(ScaleAndPeak kernel, const RealtimeMixBox& mix, MixMetrics& metrics,
-                 const AudioBufferList& input, AudioBufferList& output) noexcept {
+template <std::size_t kBytes>
+[[gnu::always_inline]] inline void renderByVectors(const RealtimeMixBox& mix, MixMetrics& metrics,
+                                                   const AudioBufferList& input,
+                                                   AudioBufferList& output) noexcept {
+  using Floats = typename Vector<kBytes>::Floats;
+  constexpr std::size_t kLanes = Vector<kBytes>::kLanes;
   const float gain = mix.effectiveGain();
+  const Floats gains = gain - Floats{}; // minus zero, because adding +0.0 would change -0.0 to +0.0
   const std::size_t inCount = input.buffers.size();
   const std::size_t outCount = output.buffers.size();
   const std::size_t pairCount = inCount < outCount ? inCount : outCount;
-  float peak = 0.0F;
+  Peaks<kBytes> peaks;
+  float peak = 0.0F; // of buffers shorter than a vector
   for (std::size_t i = 0; i < pairCount; ++i) {
     const AudioBuffer& from = input.buffers[i];
     const AudioBuffer& to = output.buffers[i];
     if (from.data == nullptr || to.data == nullptr) continue;
-    const std::size_t sizeBytes = from.sizeBytes < to.sizeBytes ? from.sizeBytes : to.sizeBytes;
-    peak = kernel(gain, static_cast<const float*>(from.data), static_cast<float*>(to.data),
-                  sizeBytes / sizeof(float), peak);
+    const std::uint32_t sizeBytes = from.sizeBytes < to.sizeBytes ? from.sizeBytes : to.sizeBytes;
+    const std::uint32_t count = sizeBytes / sizeof(float);
+    const auto* in = static_cast<const float*>(from.data);
+    auto* out = static_cast<float*>(to.data);
+    if (count < kLanes)
+      scaleOneByOne(gain, in, out, count, peak);
+    else
+      scaleByVectors<kBytes>(gains, in, out, count, peaks);
   }
+  raise(peaks.even, peaks.odd);
+  spreadLargest<kLanes / 2>(peaks.even, std::make_index_sequence<kLanes>{});
+  raise(peak, static_cast<float>(peaks.even[0]));
   metrics.recordCycle(static_cast<std::int32_t>(inCount), static_cast<std::int32_t>(outCount), peak);
 }
+
+} // namespace
+
+void renderCycle(const RealtimeMixBox& mix, MixMetrics& metrics, const AudioBufferList& input,
+                 AudioBufferList& output) noexcept {
+  renderByVectors<16>(mix, metrics, input, output);
+}
+
+#if defined(__x86_64__)
+[[gnu::target("avx2")]] void renderCycleAvx2(const RealtimeMixBox& mix, MixMetrics& metrics,
+                                             const AudioBufferList& input, AudioBufferList& output) noexcept {
+  renderByVectors<32>(mix, metrics, input, output);
+}
+#endif
 
 } // namespace sonvel

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <thread>
 #include <vector>
 
 namespace sonvel {
@@ -88,12 +89,13 @@ TEST_F(RenderBlock, PlaysWhatHasAPartnerAndLeavesTheRest) {
     Buffers output{out, untouched};
     runCycle(input, output);
     float peak = 0.0F;
-    for (std::size_t i = 0; i < out.size(); ++i)
+    for (std::size_t i = 0; i < out.size(); ++i) {
       for (std::size_t k = 0; k < output.samples(i).size(); ++k) {
         const bool isPlayed = k < playedFloats[i];
         ASSERT_EQ(isPlayed ? 0.5F * rising(i, k) : kUntouched, output.samples(i)[k]) << i << ", " << k;
         if (isPlayed) peak = std::max(peak, std::abs(rising(i, k)));
       }
+    }
     EXPECT_EQ(peak, metrics->inPeak()) << "of this cycle alone";
     EXPECT_EQ(in.size(), static_cast<std::size_t>(metrics->inBufs()));
     EXPECT_EQ(out.size(), static_cast<std::size_t>(metrics->outBufs()));
@@ -138,22 +140,18 @@ TEST_F(RenderBlock, GoesOnCountingAfterTheLargestNumberAndKeepsItsRecordsAlive) 
   EXPECT_TRUE(watchedMix.expired() && watchedMetrics.expired());
 }
 
-TEST(RenderCycle, UsesTheGainOfItsStartForAllItsBuffers) {
-  static RealtimeMixBox turnedMix;
-  static std::vector<float> usedGains;
-  const ScaleAndPeak turnGainMeanwhile = [](float gain, const float*, float*, std::size_t,
-                                            float peak) noexcept {
-    usedGains.push_back(gain);
-    turnedMix.setGain(gain + 0.5F);
-    return peak;
-  };
-  MixMetrics metrics;
-  Buffers input{{64, 64}, rising};
-  Buffers output{{64, 64}, untouched};
-  const AudioBufferList in = input.list();
-  AudioBufferList out = output.list();
-  renderCycle(turnGainMeanwhile, turnedMix, metrics, in, out);
-  EXPECT_EQ(usedGains, (std::vector{1.0F, 1.0F}));
+TEST_F(RenderBlock, UsesTheGainOfItsStartForAllItsBuffers) {
+  const std::jthread turner([this](const std::stop_token& stop) {
+    for (float gain = 1.0F; !stop.stop_requested(); gain = 3.0F - gain)
+      mix->setGain(gain);
+  });
+  const auto ones = [](std::size_t, std::size_t) { return 1.0F; };
+  Buffers input{{8192, 8192}, ones};
+  Buffers output{{8192, 8192}, untouched};
+  for (int cycle = 0; cycle < 5000; ++cycle) {
+    runCycle(input, output);
+    ASSERT_EQ(output.samples(0), output.samples(1));
+  }
 }
 
 } // namespace
