@@ -12,6 +12,7 @@ from contextlib import contextmanager
 
 import numpy
 
+from measuring import busy_percent
 from support.bus import BIN
 from support.desktop import Application, Desktop, example_players
 from support.hearing import RATE, decibels
@@ -95,6 +96,8 @@ class Stand:
         start, since = time.monotonic(), None
         while since is None or time.monotonic() < since + STEADY:
             wrong = self.wrong()
+            ended = [player.name for player in self.players if player.process and player.process.poll() is not None]
+            assert not ended, f"ended: {', '.join(ended)}"
             since = None if wrong else since or time.monotonic()
             assert time.monotonic() < start + LONGEST, f"not heard right: {', '.join(wrong)}"
             time.sleep(0.01)
@@ -151,6 +154,14 @@ class Stand:
             maker.stdin.write(f"create-node adapter {json.dumps(node)}\n")
             wait_until(lambda made=number: count() > made - 20, LONGEST, "foreign nodes")
         wait_until(lambda: count() == FOREIGN_NODES, LONGEST, "all foreign nodes")
+
+    def rest(self):
+        """Waits until the session manager has set up all new nodes, which takes it longer than their making.
+        The players start anew: their files last two minutes."""
+        manager = self.session.processes["wireplumber"]
+        wait_until(lambda: busy_percent([manager], 1)[0] < 5, 4 * LONGEST, "a session manager at rest")
+        self.replay()
+        self.wait_until_right()
 
     def seconds_to_list(self):
         start = time.monotonic()
@@ -291,6 +302,7 @@ def time_set_back():
 def foreign_nodes():
     with stand() as one:
         yield one.row(f"{FOREIGN_NODES} foreign nodes", one.add_foreign_nodes)
+        one.rest()
         yield one.row(f"  listed in {one.seconds_to_list():.2f} s; Sonvel killed", one.sonvel.kill, 1)
 
 
@@ -298,6 +310,8 @@ def foreign_nodes():
 def everything():
     with stand() as one:
         one.add_foreign_nodes()
+        one.rest()
+        one.session.processes["pw-dump"].kill()  # it would print three megabytes at each change of a player
         yield one.row(f"{FOREIGN_NODES} foreign nodes and 37 players more, a megabyte in each of three properties",
                       lambda: one.add_players(1, 37, media__name=MEGABYTE, node__description=MEGABYTE,
                                               media__title=MEGABYTE), began=time.monotonic())
