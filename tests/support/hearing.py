@@ -55,18 +55,20 @@ def faulty_frames(samples, scale):
 class Sink:
     """Keeps a sink running while listening, so that silence is recorded as zeros."""
 
-    def __init__(self, machine, program, name):
+    def __init__(self, machine, program, name, ends=("FL", "FR")):
+        """ends: the two channels that are recorded."""
+        listener = f"listener.{name}.{'.'.join(ends)}"
         self.name, self._machine = name, machine
         size = _HEADER + _RING * 8
         memory = os.memfd_create(name)
         os.truncate(memory, size)
-        self._process = machine.start(program, f"listener.{name}", f"/dev/fd/{memory}", pass_fds=[memory])
+        self._process = machine.start(program, listener, f"/dev/fd/{memory}", pass_fds=[memory])
         mapping = mmap.mmap(memory, size, prot=mmap.PROT_READ)
         os.close(memory)
         self._header = numpy.frombuffer(mapping, numpy.uint64, _HEADER // 8)
         self._ring = numpy.frombuffer(mapping, numpy.float32, offset=_HEADER).reshape(-1, 2)
-        for end, port in (("FL", "left"), ("FR", "right")):
-            link = "pw-link", f"{name}:monitor_{end}", f"listener.{name}:{port}"
+        for end, port in zip(ends, ("left", "right")):
+            link = "pw-link", f"{name}:monitor_{end}", f"{listener}:{port}"
             # as soon as both ports exist
             wait_until(lambda: machine.start(*link).wait() == 0, what=" ".join(link))
         wait_until(self.mark, what=f"sound from {name}")
