@@ -8,6 +8,8 @@
 #include "engine/render_callback.h"
 #include "engine/tap_session.h"
 
+#include <algorithm>
+
 namespace sonvel {
 
 void HardwareController::addChannel(AudioApp app, float gain, bool muted,
@@ -32,11 +34,12 @@ std::optional<HardwareError> HardwareController::replaceSession(const TapSession
   const auto key = stableKey(app);
   const auto kept = kept_.find(key);
   const bool isToBeKept = former != nullptr || kept != kept_.end();
-  const auto choice = former != nullptr ? std::optional(former->choice) : readChoice({app.objectID});
-  if (former == nullptr && !settings.outputUID && choice && choice->uid) {
-    const auto overruled = overruled_.find(key);
-    if (overruled == overruled_.end() || overruled->second != *choice->uid) settings.outputUID = choice->uid;
-  }
+  processes_->update(environment_.hardware); // on failure the known processes are used
+  auto processes = processes_->of(key);
+  if (std::ranges::find(processes, app.objectID) == processes.end()) processes.push_back(app.objectID);
+  const auto choice = former != nullptr ? std::optional(former->choice) : readChoice(processes);
+  if (former == nullptr && !settings.outputUID && choice && !heldRoutes_.contains(key))
+    settings.outputUID = choice->uid;
   if (former != nullptr) {
     const auto removed = remove(former->app.objectID);
     if (!removed.restored()) return HardwareError(removed.failureText(), kNoCallStatus);
@@ -94,7 +97,6 @@ std::unique_ptr<TapSession> HardwareController::buildSession(const AudioApp& app
 }
 
 void HardwareController::createTap(TapSession& session) {
-  processes_->update(environment_.hardware); // on failure the known processes are used
   const auto bundleIDs = processes_->bundleIDs(stableKey(session.app));
   const TapDescription description{.processes = {session.app.objectID},
                                    .bundleIDs = {bundleIDs.begin(), bundleIDs.end()},

@@ -17,11 +17,7 @@ void HardwareController::setMuted(bool muted, AudioObjectID appID) {
 void HardwareController::setOutput(std::optional<std::string> uid, AudioObjectID appID) {
   const auto* found = find(appID);
   if (found == nullptr) return;
-  const auto key = stableKey(found->app);
-  if (found->choice.uid && found->choice.uid != uid)
-    overruled_[key] = *found->choice.uid;
-  else
-    overruled_.erase(key);
+  holdRoute(stableKey(found->app), true);
   addChannel(found->app, found->mix->gain(), found->mix->muted(), std::move(uid));
 }
 

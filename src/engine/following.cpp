@@ -111,14 +111,18 @@ HardwareController::readChoice(const std::vector<AudioObjectID>& processes) cons
 
 /// A choice that is made elsewhere becomes the session's route, also one of the device that was chosen
 /// before. Without a new choice there may be another device to read, because a stream has ended or a device
-/// has gone; what counts of that is only a device that the session manager has remembered for a new stream.
+/// has gone; what counts of that is only a device that the session manager has remembered for a new stream,
+/// and only until the first choice, here or elsewhere.
 void HardwareController::followChoice(TapSession& session) {
   auto choice = readChoice(session.processes);
   if (!choice) return;
   const bool isNew = choice->serial > session.choice.serial;
-  const bool isRemembered = choice->serial == 0 && choice->uid && choice->uid != session.choice.uid;
+  const auto key = stableKey(session.app);
+  const bool wasChosen = session.choice.serial > 0 || heldRoutes_.contains(key);
+  const bool isRemembered =
+      choice->serial == 0 && choice->uid && choice->uid != session.choice.uid && !wasChosen;
   if (!isNew && !isRemembered) return;
-  overruled_.erase(stableKey(session.app));
+  holdRoute(key, false);
   session.outputUID = choice->uid;
   session.choice = *std::move(choice);
 }
@@ -133,7 +137,7 @@ void HardwareController::outlive(const TapSession& session) {
   const auto key = stableKey(session.app);
   noteFormerProcesses(session);
   if (auto settings = settingsOf(session);
-      settings != Settings() && !session.app.bundleID.starts_with("pid "))
+      isWorthKeeping(key, settings) && !session.app.bundleID.starts_with("pid "))
     kept_[key] = {.settings = std::move(settings)};
   (void)remove(session.app.objectID);
 }

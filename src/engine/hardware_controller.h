@@ -70,19 +70,25 @@ class HardwareController final {
   /// Takes effect at the next cycle and keeps the gain. Ignored without a session.
   void setMuted(bool muted, AudioObjectID appID);
 
-  /// Rebuilds the session on another device; none follows the default device. Otherwise as rebuild().
+  /// Rebuilds the session on another device, which is now held as by holdRoute(); none follows the default
+  /// device. Otherwise as rebuild().
   void setOutput(std::optional<std::string> uid, AudioObjectID appID);
 
   /// Rebuilds the session with its current settings. Ignored without a session. Throws as addChannel() does.
   void rebuild(AudioObjectID appID);
 
   /// Keeps settings with which a session starts as soon as the application plays, before it is heard.
-  /// Replaces earlier kept settings of the key. Ignored while the application has a session, unless that
-  /// session is only waiting for its removal to succeed. When the last process of a session ends, its
-  /// settings are kept automatically if they change anything.
+  /// Replaces earlier kept settings of the key; settings that change nothing only remove them. Ignored while
+  /// the application has a session, unless that session is only waiting for its removal to succeed. When the
+  /// last process of a session ends, its settings are kept automatically if they change anything.
   void keepSettings(const std::string& key, float gain, bool muted, std::optional<std::string> outputUID);
 
   void forgetSettings(const std::string& key);
+
+  /// Whether the route of an application is a choice made here. Then it also holds at the application's next
+  /// start, even if it follows the default device while the session manager remembers another one. Until then
+  /// a device chosen elsewhere counts for an application without a route. A later choice elsewhere ends it.
+  void holdRoute(const std::string& key, bool holds);
 
   // Reports. Each setter replaces the earlier observer; null: none. The observer is called as work of this
   // controller's executor; it must not block or throw, only pass the report on, for example with Relay::bind.
@@ -181,6 +187,7 @@ class HardwareController final {
   bool listen();
 
   void startKept(const AudioApp& app, Settings settings);
+  bool isWorthKeeping(const std::string& key, const Settings& settings) const;
   void createStandbyTap(const std::set<std::string>& bundleIDs, Kept& kept);
   void destroyStandbyTap(Kept& kept);
   void startKeptApplications();
@@ -214,8 +221,7 @@ class HardwareController final {
   std::uint64_t lastProbe_ = 0;
 
   std::map<std::string, Kept> kept_; ///< by stable key
-  std::map<std::string, std::string>
-      overruled_; ///< by stable key: the device chosen elsewhere that the user has replaced here
+  std::set<std::string> heldRoutes_; ///< stable keys of applications whose route was last chosen here
   const std::unique_ptr<ApplicationProcesses> processes_;
   std::map<AudioObjectID, std::string>
       formerProcesses_; ///< process → stable key, for sessions and kept settings

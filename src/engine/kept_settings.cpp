@@ -19,7 +19,9 @@ void HardwareController::keepSettings(const std::string& key, float gain, bool m
   assertOnExecutor();
   startFollowing();
   if (const auto* session = findByKey(key); session != nullptr && !session->teardownFailure) return;
-  kept_[key].settings = {gain, muted, std::move(outputUID)};
+  Settings settings{gain, muted, std::move(outputUID)};
+  if (!isWorthKeeping(key, settings)) return forgetSettings(key);
+  kept_[key].settings = std::move(settings);
   requestPass();
 }
 
@@ -29,6 +31,20 @@ void HardwareController::forgetSettings(const std::string& key) {
   if (found == kept_.end()) return;
   destroyStandbyTap(found->second);
   kept_.erase(found);
+}
+
+void HardwareController::holdRoute(const std::string& key, bool holds) {
+  assertOnExecutor();
+  if (holds)
+    heldRoutes_.insert(key);
+  else
+    heldRoutes_.erase(key);
+}
+
+/// Whether an application with these settings is heard otherwise than without a session. The route counts
+/// even if it is the default device, because the session manager may remember another one.
+bool HardwareController::isWorthKeeping(const std::string& key, const Settings& settings) const {
+  return settings != Settings() || heldRoutes_.contains(key);
 }
 
 void HardwareController::startKeptApplications() {

@@ -40,15 +40,23 @@ void MixerViewModel::dismissChannel(ChannelState* channel) {
   rememberedSettings_.erase(key);
   channels_.removeRowWithKey(key);
   reports_.forgetSession(key);
+  dependencies_.tell([key](HardwareController& controller) { controller.holdRoute(key, false); });
   if (wasActive) return sendRemoval(key, objectID);
   dependencies_.tell([key](HardwareController& controller) { controller.forgetSettings(key); });
 }
 
 void MixerViewModel::setOutput(const std::optional<std::string>& uid, ChannelState* channel) {
   if (channel == nullptr) return;
-  channel->setOutputUID(uid);
-  keep(*channel, true);
+  chooseRoute(*channel, uid);
   if (channel->active()) (void)sendOutput(shared_from_this(), channel->shared_from_this());
+}
+
+/// Without telling a session. The row may have none, or one that has just ended.
+void MixerViewModel::chooseRoute(ChannelState& row, const std::optional<std::string>& uid) {
+  row.setOutputUID(uid);
+  dependencies_.tell(
+      [key = row.stableKey()](HardwareController& controller) { controller.holdRoute(key, true); });
+  keep(row, true);
 }
 
 void MixerViewModel::setOutput(const QVariant& uid, ChannelState* channel) {
@@ -146,8 +154,7 @@ QCoro::Task<> MixerViewModel::sendOutput(std::shared_ptr<MixerViewModel> model, 
 QCoro::Task<> MixerViewModel::moveAllToSystemOutput() {
   const auto rows = channels_.rows();
   for (const auto& row : rows) {
-    row->setOutputUID(std::nullopt);
-    keep(*row, true);
+    chooseRoute(*row, std::nullopt);
     if (!row->active()) continue;
     const SessionReports::Hold hold(reports_, row->stableKey(), true);
     (void)co_await dependencies_.ask([objectID = row->sessionID()](HardwareController& controller) {

@@ -215,6 +215,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
 
   // The call that makes the controller keep the settings of a row without a session.
   Call keeping(const ChannelState& row) const;
+  void chooseRoute(ChannelState& row, const std::optional<std::string>& uid);
   void keep(const ChannelState& row, bool choosesRoute = false);
   void keepRows();
   void keepPausedRows();

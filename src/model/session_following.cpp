@@ -104,13 +104,12 @@ void MixerViewModel::sendLevel(const ChannelState& row, const ChannelSettings& k
 }
 
 /// Makes the controller start a session with the row's settings as soon as the application plays. Keeps
-/// nothing for a row with default settings, nor while sessions must not be started.
+/// nothing while sessions must not be started.
 MixerViewModel::Call MixerViewModel::keeping(const ChannelState& row) const {
   const auto& key = row.stableKey();
-  const bool changesNothing = row.gainPercent() == 100 && !row.muted() && !row.outputUID();
-  if (changesNothing || !permissionGranted() || isQuitting_)
-    return [key](HardwareController& controller) { controller.forgetSettings(key); };
-  return [key, settings = ChannelSettings(row)](HardwareController& controller) {
+  const bool mayStart = permissionGranted() && !isQuitting_;
+  return [key, mayStart, settings = ChannelSettings(row)](HardwareController& controller) {
+    if (!mayStart) return controller.forgetSettings(key);
     controller.keepSettings(key, MixerMath::percentToGain(settings.gainPercent), settings.muted,
                             settings.outputUID);
   };

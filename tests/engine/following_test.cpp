@@ -18,11 +18,13 @@ class Following : public ControllerTest {
         [this](std::vector<AudioOutputDevice> devices) { deviceCount_ = devices.size(); });
   }
 
-  AudioObjectID startProcess(const std::string& bundleID, float sample, bool isPlaying = true) {
+  AudioObjectID startProcess(const std::string& bundleID, float sample, bool isPlaying = true,
+                             std::optional<std::string> rememberedUID = std::nullopt) {
     return audio_.addProcess({.pid = ++lastPID_,
                               .bundleID = bundleID,
                               .isPlaying = isPlaying,
-                              .streams = {simulated::constantSignal(sample, sample)}});
+                              .streams = {simulated::constantSignal(sample, sample)},
+                              .outputUID = std::move(rememberedUID)});
   }
 
   /// What both devices make audible after all changes were followed.
@@ -95,6 +97,50 @@ TEST_F(Following, ObeysWhatIsChosenElsewhere) {
   controller_->removeChannel(87);
   addChannel(app);
   EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.25F)) << "and remains so";
+}
+
+TEST_F(Following, AChoiceOutlivesTheProcessThatItWasMadeFor) {
+  const auto app = playingApp(87);
+  addChannel(app);
+  startProcess(app.bundleID, 0.5F, true, "headset");
+  EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.75F)) << "remembered for a new one";
+  audio_.setProcessOutput(87, std::nullopt);
+  EXPECT_EQ(heardAtBoth(), Both(0.75F, 0.0F));
+  audio_.removeProcess(87);
+  EXPECT_EQ(heardAtBoth(), Both(0.5F, 0.0F));
+}
+
+TEST_F(Following, AnOlderChoiceForAnotherProcessDoesNotReplaceKeptSettings) {
+  const auto app = playingApp(87);
+  addChannel(app);
+  audio_.setProcessOutput(87, std::nullopt);
+  audio_.setPlaying(87, false);
+  executor_->runAll();
+  controller_->removeChannel(87);
+  controller_->keepSettings(app.bundleID, 1.0F, false, "headset");
+  executor_->runAll();
+  startProcess(app.bundleID, 0.5F);
+  EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.5F));
+}
+
+TEST_F(Following, FollowChosenHereHoldsAtTheNextStartThoughAnotherDeviceIsRemembered) {
+  const auto app = playingApp(87);
+  audio_.setProcessOutput(87, "headset");
+  addChannel(app);
+  executor_->runAll();
+  audio_.removeProcess(87);
+  executor_->runAll();
+  controller_->holdRoute(app.bundleID, true);
+  controller_->keepSettings(app.bundleID, 1.0F, false, std::nullopt);
+  for (int starts = 0; starts < 2; ++starts) {
+    executor_->runAll();
+    const auto first = startProcess(app.bundleID, 0.5F, true, "headset");
+    EXPECT_EQ(heardAtBoth(), Both(0.5F, 0.0F));
+    EXPECT_EQ(report().outputUID, std::nullopt);
+    audio_.removeProcess(first);
+  }
+  audio_.setProcessOutput(startProcess(app.bundleID, 0.5F), "headset");
+  EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.5F)) << "a choice made now is newer";
 }
 
 TEST_F(Following, TheDeviceOfAChoiceMayGoAndComeBack) {

@@ -43,6 +43,21 @@ def test_moves_made_elsewhere_become_the_route_and_follow_is_one_of_them(machine
     machine.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
 
 
+def test_follow_chosen_here_holds_at_the_next_start_though_another_device_is_remembered(machine, holder):
+    player = machine.player(1000, 0.4, program="tape", **{"media.role": "Music"})
+    machine.move(player.node, "Headphones")
+    machine.sink("Headphones").wait_for_tone(1000, 0.4)
+    holder.add(player.pid, 1)
+    holder.tell("output", player.pid)
+    for again in (True, False):
+        machine.sink("Speakers").wait_for_tone(1000, 0.4, within=AT_ONCE)
+        silent_at(machine, "Headphones")
+        player.kill()
+        silent_at(machine, "Speakers")
+        if again:
+            player = machine.player(1000, 0.4, program="tape", **{"media.role": "Music"})
+
+
 def test_all_processes_of_an_application_are_under_its_volume(machine, holder):
     first = machine.player(1000, 0.4, program="browser")
     second = machine.player(1700, 0.4, program="browser")
