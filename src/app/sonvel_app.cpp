@@ -3,6 +3,7 @@
 #include "app/desktop_audio.h"
 #include "app/simulated_machine.h"
 #include "engine/hardware_controller.h"
+#include "pipewire/graph_log.h"
 #include "ui/icons/icon_themes.h"
 
 #include <QCoreApplication>
@@ -33,6 +34,7 @@ SonvelApp::SonvelApp(updater::Relaunch& relaunch, QuitDeadline& deadline, Machin
     , delegate_(std::make_shared<AppDelegate>(MixerDependencies{
           hardware_, mainThread_, audio_->clock(), permission_, audio_->preferences(), updates_}))
     , quitRequests_([this] { terminate(); }) {
+  if (machine == Machine::real) hardware_->observe(&pipewire::logBusy);
   completeIconThemes();
   QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/sonvel/tray/com.quellmarsh.sonvel.svg")));
   panel_ = std::make_unique<PanelHost>(

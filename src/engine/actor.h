@@ -26,6 +26,9 @@ template <class T> class Actor final {
   Actor(const Actor&) = delete;
   Actor& operator=(const Actor&) = delete;
 
+  /// As SerialThread::observe(). Any thread; does not wait.
+  void observe(SerialThread::Observer observer) { thread_->observe(std::move(observer)); }
+
   /// Runs `function`, a callable or a member function pointer, with the object on the actor's thread. Any
   /// thread; does not wait.
   template <std::invocable<T&> F> Reply<std::invoke_result_t<F, T&>> call(F&& function) {

@@ -27,6 +27,10 @@ bool SerialThread::isCurrent() const {
   return std::this_thread::get_id() == id_;
 }
 
+void SerialThread::observe(Observer observer) {
+  post([this, observer = std::move(observer)] { observer_ = observer; });
+}
+
 void SerialThread::finish() {
   assert(!isCurrent());
   {
@@ -40,8 +44,10 @@ void SerialThread::finish() {
 void SerialThread::run() {
   std::function<void()> work;
   while (takeNext(work)) {
+    const auto began = std::chrono::steady_clock::now();
     work();
     work = nullptr; // destroys captured objects before the thread waits again
+    if (observer_) observer_(std::chrono::steady_clock::now() - began);
   }
 }
 

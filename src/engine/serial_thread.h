@@ -2,6 +2,7 @@
 
 #include "platform/executor.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -24,6 +25,11 @@ class SerialThread final : public Executor {
 
   bool isCurrent() const override;
 
+  using Observer = std::function<void(std::chrono::steady_clock::duration)>;
+
+  /// From now on calls `observer` on the thread after each work, with the time that the work took.
+  void observe(Observer observer);
+
   /// Runs the posted work and what that posts, then ends the thread. Blocks until then. Not from the thread
   /// itself.
   void finish();
@@ -36,6 +42,8 @@ class SerialThread final : public Executor {
   std::condition_variable changed_;
   std::deque<std::function<void()>> work_;
   bool isFinishing_ = false;
+
+  Observer observer_; ///< may be null; used on the thread only
 
   std::thread thread_;
   const std::thread::id id_;

@@ -24,6 +24,9 @@ spa_log_topic* topic() {
   return &made;
 }
 
+// A user does not notice a shorter delay.
+constexpr std::chrono::milliseconds kNoticed{50};
+
 void log(const char* format, va_list arguments) {
   if (!pw_log_topic_enabled(SPA_LOG_LEVEL_INFO, topic())) return;
   pw_log_logtv(SPA_LOG_LEVEL_INFO, topic(), "sonvel", 0, "", format, arguments);
@@ -48,6 +51,12 @@ void logRefusal(const char* format, ...) {
   va_start(arguments, format);
   log(format, arguments);
   va_end(arguments);
+}
+
+void logBusy(std::chrono::steady_clock::duration time) {
+  if (time < kNoticed) return;
+  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+  logEdit("the engine was busy for %lld ms", static_cast<long long>(milliseconds));
 }
 
 } // namespace sonvel::pipewire

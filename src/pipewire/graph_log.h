@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 namespace sonvel::pipewire {
 
 /// Writes every edit of the graph and every refusal of the server to standard error from now on. Without this
@@ -12,5 +14,8 @@ void setVerbose();
 
 /// Logs a refusal of the server or the library, with its message. Not from the real-time thread.
 [[gnu::format(printf, 1, 2)]] void logRefusal(const char* format, ...);
+
+/// Logs that the engine's thread, which does one thing at a time, was busy for so long; nothing below 50 ms.
+void logBusy(std::chrono::steady_clock::duration time);
 
 } // namespace sonvel::pipewire
