@@ -118,9 +118,8 @@ void HardwareController::followChoice(TapSession& session) {
   if (!choice) return;
   const bool isNew = choice->serial > session.choice.serial;
   const auto key = stableKey(session.app);
-  const bool wasChosen = session.choice.serial > 0 || heldRoutes_.contains(key);
-  const bool isRemembered =
-      choice->serial == 0 && choice->uid && choice->uid != session.choice.uid && !wasChosen;
+  const bool wasChosen = session.choice.uid || session.choice.serial > 0 || heldRoutes_.contains(key);
+  const bool isRemembered = choice->serial == 0 && choice->uid && !wasChosen;
   if (!isNew && !isRemembered) return;
   holdRoute(key, false);
   session.outputUID = choice->uid;
