@@ -40,8 +40,11 @@ void HardwareController::followChanges() {
   }
   if (hasProcessListChanged) listeners_->forgetObjects();
   reportDevices(outputs->devices);
-  for (const auto sessionID : controlledAppIDs())
+  for (const auto sessionID : controlledAppIDs()) {
     followSession(sessionID, *outputs);
+    if (noted_->isPassDue)
+      break; // after each rebuild, so that calls of the user need not wait for all of them
+  }
   startKeptApplications();
   std::erase_if(formerProcesses_, [this](const auto& former) {
     return findByKey(former.second) == nullptr && !kept_.contains(former.second);
