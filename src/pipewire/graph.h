@@ -19,6 +19,24 @@ enum class NodeKind { other, outputStream, sink, source };
 
 enum class PortDirection { in, out };
 
+/// One entry of the server's metadata.
+struct MetadataValue {
+  std::string type;
+  std::string value;
+
+  bool operator==(const MetadataValue&) const = default;
+};
+
+using MetadataEntries = std::map<std::string, MetadataValue, std::less<>>; ///< of one subject, by key
+
+/// A write to the metadata of one subject. Without a value the key is removed.
+struct MetadataWrite {
+  std::string key;
+  std::optional<MetadataValue> value;
+
+  bool operator==(const MetadataWrite&) const = default;
+};
+
 struct Client {
   std::uint64_t serial = 0; ///< never reused
   AudioClient facts;
@@ -35,13 +53,15 @@ struct Node {
   NodeKind kind = NodeKind::other;
   std::string name;
   std::string description;
-  bool isRunning = false;            ///< takes part in the graph's cycles now
-  bool isUnread = false;             ///< its properties have not arrived
-  bool cannotBeMoved = false;        ///< its properties forbid moving it
-  bool wasInTap = false;             ///< has been linked to a tap of ours
-  bool isPulseAnnounced = false;     ///< PipeWire's PulseAudio server has announced the stream to its program
-  std::string ownTarget;             ///< target node requested by its program: name or serial; empty if none
-  std::uint32_t choiceSerial = 0;    ///< of the last choice of a target elsewhere while it was in a tap
+  bool isRunning = false;         ///< takes part in the graph's cycles now
+  bool isUnread = false;          ///< its properties have not arrived
+  bool cannotBeMoved = false;     ///< its properties forbid moving it
+  bool wasLinked = false;         ///< has been linked: its target has been restored, if one is remembered
+  bool isPulseAnnounced = false;  ///< PipeWire's PulseAudio server has announced the stream to its program
+  std::string ownTarget;          ///< target node requested by its program: name or serial; empty if none
+  std::uint32_t choiceSerial = 0; ///< of the last choice of a target elsewhere while it was in a tap
+  std::optional<MetadataWrite>
+      overwritten;                   ///< another program's write of its target, lost by a later one of ours
   std::vector<float> channelVolumes; ///< linear amplitude factors; empty while unknown
   std::optional<GlobalID> card;
   std::optional<std::int32_t> cardProfileDevice; ///< which output of the card
@@ -73,16 +93,6 @@ struct Route {
 struct Card {
   std::vector<Route> routes;
 };
-
-/// One entry of the server's metadata.
-struct MetadataValue {
-  std::string type;
-  std::string value;
-
-  bool operator==(const MetadataValue&) const = default;
-};
-
-using MetadataEntries = std::map<std::string, MetadataValue, std::less<>>; ///< of one subject, by key
 
 /// What the server has reported, as plain data; the only input of the planning functions.
 struct Graph {

@@ -1,9 +1,9 @@
 #include "pipewire/graph_monitor.h"
 
-#include "pipewire/desired_state.h"
 #include "pipewire/graph_watches.h"
 #include "pipewire/pod_reading.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace sonvel::pipewire {
@@ -80,15 +80,15 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
   } else if (is(PW_TYPE_INTERFACE_Node)) {
     graph_.nodes[id] = readNode(properties);
     graph_.nodes[id].isUnread = true;
+    graph_.nodes[id].wasLinked =
+        std::ranges::any_of(graph_.links, [id](const auto& link) { return link.second.outputNode == id; });
     watches_[id] = std::make_unique<NodeWatch>(registry, id, graph_, changed_);
   } else if (is(PW_TYPE_INTERFACE_Port)) {
     graph_.ports[id] = readPort(properties);
   } else if (is(PW_TYPE_INTERFACE_Link)) {
     const Link& link = graph_.links[id] = readLink(properties);
     const auto stream = graph_.nodes.find(link.outputNode);
-    const auto input = graph_.nodes.find(link.inputNode);
-    if (stream != graph_.nodes.end() && input != graph_.nodes.end())
-      stream->second.wasInTap |= input->second.name.starts_with(kTapNamePrefix);
+    if (stream != graph_.nodes.end()) stream->second.wasLinked = true;
   } else if (is(PW_TYPE_INTERFACE_Device)) {
     graph_.cards[id] = {};
     watches_[id] = std::make_unique<CardWatch>(registry, id, graph_, changed_);
@@ -107,7 +107,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
 
 void GraphMonitor::removed(GlobalID id) {
   watches_.erase(id);
-  if (MetadataWatch* watch = metadataWatch()) watch->forget(id);
+  if (MetadataWatch* watch = metadataWatch()) watch->mirror().forget(id);
   if (id == PW_ID_CORE) graph_.isServerHidden = true;
   graph_.clients.erase(id);
   graph_.nodes.erase(id);
@@ -149,14 +149,10 @@ pw_metadata* GraphMonitor::metadata() const {
 
 void GraphMonitor::write(GlobalID subject, const MetadataWrite& write) {
   if (metadata() == nullptr) return;
-  metadataWatch()->noteOwn(subject, write);
+  metadataWatch()->mirror().wrote(subject, write);
   pw_metadata_set_property(metadata(), subject, write.key.c_str(),
                            write.value ? write.value->type.c_str() : nullptr,
                            write.value ? write.value->value.c_str() : nullptr);
-  if (write.value)
-    graph_.metadata[subject][write.key] = *write.value;
-  else
-    graph_.metadata[subject].erase(write.key);
 }
 
 void GraphMonitor::destroy(GlobalID id) {

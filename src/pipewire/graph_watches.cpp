@@ -207,7 +207,8 @@ void GraphMonitor::CardWatch::onParam(std::uint32_t param, std::uint32_t index, 
 
 GraphMonitor::MetadataWatch::MetadataWatch(pw_registry* registry, GlobalID id, Graph& graph,
                                            const std::function<void()>& changed)
-    : Watch(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, graph, changed) {
+    : Watch(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, graph, changed)
+    , mirror_(graph) {
   static const pw_metadata_events events = [] {
     pw_metadata_events made{};
     made.version = PW_VERSION_METADATA_EVENTS;
@@ -220,35 +221,14 @@ GraphMonitor::MetadataWatch::MetadataWatch(pw_registry* registry, GlobalID id, G
   pw_metadata_add_listener(fromProxy<pw_metadata>(proxy_), hook_.get(), &events, this);
 }
 
-/// Removes the write, and those before it: a write of the value that is there already is never reported.
-bool GraphMonitor::MetadataWatch::isOwn(GlobalID subject, const char* key, const char* value) {
-  const auto writes = ownWrites_.find(subject);
-  if (writes == ownWrites_.end()) return false;
-  const auto own = std::ranges::find_if(writes->second, [&](const MetadataWrite& write) {
-    return write.key == key && (value == nullptr ? !write.value : write.value && write.value->value == value);
-  });
-  if (own == writes->second.end()) return false;
-  writes->second.erase(writes->second.begin(), std::next(own));
-  if (writes->second.empty()) ownWrites_.erase(writes);
-  return true;
-}
-
 int GraphMonitor::MetadataWatch::onProperty(std::uint32_t subject, const char* key, const char* type,
                                             const char* value) {
-  if (key != nullptr) {
-    const auto stream = graph_.nodes.find(subject);
-    if (stream != graph_.nodes.end() && !isOwn(subject, key, value) &&
-        isChoiceInTap(graph_, subject, key,
-                      value != nullptr ? std::optional<std::string_view>(value) : std::nullopt))
-      stream->second.choiceSerial = ++graph_.lastChoiceSerial;
-  }
-  if (key == nullptr) {
-    graph_.metadata.erase(subject);
-  } else if (value == nullptr) {
-    graph_.metadata[subject].erase(key);
-  } else {
-    graph_.metadata[subject][key] = {.type = type == nullptr ? "" : type, .value = value};
-  }
+  if (key == nullptr)
+    mirror_.forget(subject);
+  else if (value == nullptr)
+    mirror_.reported(subject, key, std::nullopt);
+  else
+    mirror_.reported(subject, key, MetadataValue{type == nullptr ? "" : type, value});
   if (const MetadataValue* sink = graph_.metadataOf(PW_ID_CORE, "default.audio.sink"))
     graph_.defaultSinkName = nameInJSON(sink->value.c_str());
   else

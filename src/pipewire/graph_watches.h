@@ -1,7 +1,7 @@
 #pragma once
 
 #include "pipewire/graph_monitor.h"
-#include "pipewire/stream_targets.h"
+#include "pipewire/metadata_mirror.h"
 
 #include <functional>
 #include <set>
@@ -69,17 +69,12 @@ class GraphMonitor::MetadataWatch : public Watch {
  public:
   MetadataWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
 
-  /// A change that this program has asked for: it is nobody's choice when it is reported.
-  void noteOwn(GlobalID subject, const MetadataWrite& write) { ownWrites_[subject].push_back(write); }
-
-  /// The subject is gone; its ID may be another object's next.
-  void forget(GlobalID subject) { ownWrites_.erase(subject); }
+  MetadataMirror& mirror() noexcept { return mirror_; }
 
  private:
   int onProperty(std::uint32_t subject, const char* key, const char* type, const char* value);
-  bool isOwn(GlobalID subject, const char* key, const char* value);
 
-  std::map<GlobalID, std::vector<MetadataWrite>> ownWrites_; ///< not reported yet, in the order of the writes
+  MetadataMirror mirror_;
 };
 
 } // namespace sonvel::pipewire

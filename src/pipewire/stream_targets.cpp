@@ -47,6 +47,12 @@ struct Choice {
 };
 
 Choice choiceOf(const Graph& graph, GlobalID stream) {
+  static const MetadataValue follow{"Spa:Id", kFollowsDefault};
+  if (const auto found = graph.nodes.find(stream); found != graph.nodes.end() && found->second.overwritten) {
+    const auto& [key, value] = *found->second.overwritten;
+    if (!value || value->value == kFollowsDefault) return {.object = &follow};
+    return key == kTargetObject ? Choice{.object = &*value} : Choice{.node = &*value};
+  }
   const bool isTapped = !targetTapOf(graph, stream).empty();
   Choice choice{.object = graph.metadataOf(stream, isTapped ? kUsersTarget : kTargetObject),
                 .node = usersTargetNode(graph, stream)};
@@ -132,15 +138,20 @@ std::optional<GlobalID> usersTargetOf(const GraphIndex& index, GlobalID stream) 
   return index.nodeNamed(index.graph().defaultSinkName);
 }
 
-bool isChoiceInTap(const Graph& graph, GlobalID stream, std::string_view key,
-                   std::optional<std::string_view> value) {
-  if (targetTapOf(graph, stream).empty() || !graph.nodes.at(stream).wasInTap) return false;
-  return key == kTargetObject || (key == kTargetNode && value);
+bool isTarget(std::string_view key) {
+  return key == kTargetObject || key == kTargetNode;
+}
+
+bool isChoiceInTap(const Graph& graph, GlobalID stream, const MetadataWrite& change) {
+  if (targetTapOf(graph, stream).empty() || !graph.nodes.at(stream).wasLinked) return false;
+  return change.key == kTargetObject || (change.key == kTargetNode && change.value);
 }
 
 bool isChoiceOutdated(const Graph& graph, GlobalID stream) {
-  return !targetTapOf(graph, stream).empty() && graph.metadataOf(stream, kLentNode) != nullptr &&
-         usersTargetNode(graph, stream) != nullptr;
+  if (targetTapOf(graph, stream).empty()) return false;
+  const auto node = graph.nodes.find(stream);
+  return (node != graph.nodes.end() && node->second.overwritten) ||
+         (graph.metadataOf(stream, kLentNode) != nullptr && usersTargetNode(graph, stream) != nullptr);
 }
 
 std::vector<MetadataWrite> writesInto(const GraphIndex& index, GlobalID stream, const std::string& tapName) {

@@ -9,14 +9,6 @@
 
 namespace sonvel::pipewire {
 
-/// A write to a stream's metadata. Without a value the key is removed.
-struct MetadataWrite {
-  std::string key;
-  std::optional<MetadataValue> value;
-
-  bool operator==(const MetadataWrite&) const = default;
-};
-
 /// The name of the tap that a stream targets, of this or a killed run; empty if none. Valid while the
 /// stream's metadata does not change.
 std::string_view targetTapOf(const Graph& graph, GlobalID stream);
@@ -31,14 +23,16 @@ std::optional<GlobalID> chosenNodeOf(const GraphIndex& index, GlobalID stream);
 /// Where a stream plays without a tap: the chosen node, else the default sink. None if both are missing.
 std::optional<GlobalID> usersTargetOf(const GraphIndex& index, GlobalID stream);
 
-/// Whether a change of the metadata by another program, which is not in the graph yet, is somebody's choice
-/// of a target for a stream in a tap. What the session manager restores comes earlier, before it links the
-/// stream for the first time. value: none if the key is removed. The stream is in the graph.
-bool isChoiceInTap(const Graph& graph, GlobalID stream, std::string_view key,
-                   std::optional<std::string_view> value);
+/// Whether the entries of that key hold a stream's target.
+bool isTarget(std::string_view key);
 
-/// Whether the user's choice has changed since the stream was sent into its tap, so that our entries must be
-/// written again.
+/// Whether a change of the metadata by another program, which is not in the graph yet, is somebody's choice
+/// of a target for a stream that is sent into a tap. What the session manager restores comes earlier, before
+/// it links the stream for the first time. The stream is in the graph.
+bool isChoiceInTap(const Graph& graph, GlobalID stream, const MetadataWrite& change);
+
+/// Whether the user's choice has changed since the stream was sent into its tap, or was lost by that, so that
+/// our entries must be written again.
 bool isChoiceOutdated(const Graph& graph, GlobalID stream);
 
 /// The writes that send a stream into a tap, in order. They store the user's choice on the stream itself, so

@@ -1,3 +1,4 @@
+#include "pipewire/metadata_mirror.h"
 #include "pipewire/stream_targets.h"
 
 #include <gtest/gtest.h>
@@ -84,6 +85,43 @@ TEST(StreamTargets, KeepANewChoiceThatIsMadeWhileTheStreamIsTapped) {
       EXPECT_EQ(choice(graph), choice(graphWith(chosen)));
       EXPECT_FALSE(hasLeftover(graph, kStream));
     }
+}
+
+TEST(MetadataMirror, WritesAChoiceAgainThatAWriteOfOursHasOvertaken) {
+  for (const auto& choice : {MetadataWrite{"target.object", kNoTarget}, {"target.object", std::nullopt}}) {
+    Graph graph = graphWith({{"target.object", kHeadphonesBySerial}});
+    graph.nodes[kStream].wasLinked = true;
+    MetadataMirror mirror(graph);
+    MetadataEntries server = graph.metadata[kStream];
+    const auto arrive = [&](const std::vector<MetadataWrite>& writes) {
+      for (const auto& [key, value] : writes) {
+        const auto former = server.find(key);
+        if (value ? former != server.end() && former->second == *value : former == server.end())
+          continue; // no change is not reported
+        server.erase(key);
+        if (value) server[key] = *value;
+        mirror.reported(kStream, key, value);
+      }
+    };
+    const auto send = [&] {
+      const auto writes = writesInto(graph, kStream, kTap);
+      for (const auto& write : writes)
+        mirror.wrote(kStream, write);
+      return writes;
+    };
+    const auto before = send();
+    arrive({choice});
+    EXPECT_TRUE(isChoiceOutdated(graph, kStream));
+    const auto again = send();
+    EXPECT_FALSE(isChoiceOutdated(graph, kStream));
+    for (const auto& writes : {before, again}) {
+      arrive(writes);
+      EXPECT_EQ(chosenNodeOf(graph, kStream), std::nullopt);
+    }
+    EXPECT_EQ(server, graph.metadata[kStream]);
+    EXPECT_EQ(targetTapOf(graph, kStream), kTap);
+    EXPECT_EQ(graph.nodes[kStream].choiceSerial, 1U);
+  }
 }
 
 } // namespace sonvel::pipewire
