@@ -69,7 +69,9 @@ QCoro::Task<> Polling::pollMeters() {
     const auto objectID = row->objectID();
     const float peak = largestPeak(*row, *peaks.value);
     row->setLevel(MixerMath::meterLevel(peak));
-    const bool isSilentWhilePlaying = !(peak > 0.0F) && audibleIDs_.contains(objectID);
+    // What plays of a partial row may be what can't be controlled.
+    const bool isSilentWhilePlaying =
+        !(peak > 0.0F) && audibleIDs_.contains(objectID) && !row->playback().isPartial;
     row->setZeroStreak(isSilentWhilePlaying ? row->zeroStreak() + 1 : 0);
     if (row->zeroStreak() < kZeroStreakToRebuild) continue;
     row->setZeroStreak(0);

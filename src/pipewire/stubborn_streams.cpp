@@ -27,6 +27,29 @@ bool playsElsewhere(const GraphIndex& index, GlobalID stream) {
   });
 }
 
+/// Whether neither the session manager nor we have made the link. Links that outlive their creators are made
+/// by hand, too, except for ours of stranded streams.
+bool isMadeByHand(const Graph& graph, const Link& link) {
+  if (!link.client) return true;
+  const auto maker = graph.clients.find(*link.client);
+  return maker != graph.clients.end() && maker->second.isKnown && !maker->second.isSoundServer;
+}
+
+/// Whether somebody has linked a tapped stream to the device where its tap is heard, as an active patchbay
+/// does each time that the session manager moves the stream.
+bool isHeardTwice(const GraphIndex& graph, GlobalID stream) {
+  const auto tap = graph.nodeNamed(targetTapOf(graph.graph(), stream));
+  if (!tap || !graph.feeds(stream, *tap)) return false;
+  const auto linkWith = [&](GlobalID id) -> const Link& { return graph.graph().links.at(id); };
+  const auto isHeardAt = [&](GlobalID device) {
+    return std::ranges::any_of(graph.linksFrom(*tap),
+                               [&](GlobalID id) { return graph.feeds(linkWith(id).inputNode, device); });
+  };
+  return std::ranges::any_of(graph.linksFrom(stream), [&](GlobalID id) {
+    return isMadeByHand(graph.graph(), linkWith(id)) && isHeardAt(linkWith(id).inputNode);
+  });
+}
+
 /// Whether another client made the link. Links that outlive their creators count as nobody's.
 bool isOfSomeoneElse(const Graph& graph, const Link& link) {
   const auto maker = link.client ? graph.clients.find(*link.client) : graph.clients.end();
@@ -60,7 +83,10 @@ bool StubbornStreams::update(const GraphIndex& graph, GraphAlarm::Time now) {
 bool StubbornStreams::findImmovable(const GraphIndex& graph, GraphAlarm::Time now) {
   std::map<std::uint64_t, GraphAlarm::Time> elsewhere;
   for (const auto& [serial, taken] : taken_) {
-    if (immovable_.contains(serial) || !playsElsewhere(graph, graph.nodeWithSerial(serial).value())) continue;
+    if (immovable_.contains(serial)) continue;
+    const GlobalID stream = graph.nodeWithSerial(serial).value();
+    if (!orphans_.contains(serial) && isHeardTwice(graph, stream)) immovable_.insert(serial);
+    if (!playsElsewhere(graph, stream)) continue;
     const auto before = elsewhereSince_.find(serial);
     const auto since = before == elsewhereSince_.end() ? now : before->second;
     if (now - since >= kComesWithin)

@@ -12,7 +12,8 @@ namespace sonvel::pipewire {
 /// Finds streams that do not follow their targets.
 ///
 /// *Immovable* streams were sent into a tap but still play elsewhere seconds later: encoded streams, streams
-/// that a policy keeps in place, and streams that another program takes back each time. They are left alone.
+/// that a policy keeps in place, and streams that another program takes back each time, or links to their
+/// device itself. They are left alone.
 ///
 /// *Stranded* streams have no links since a restart of the session manager, as WirePlumber 0.4 leaves them.
 /// Only streams that we have moved, that existed before the restart and that nobody has linked since count: a

@@ -139,6 +139,12 @@ TEST_F(RowsTest, TwelveSilentPollsOfAPlayingApplicationRebuildItsTap) {
     passTicks(polls);
     EXPECT_EQ(calls(Call::createProcessTap), rebuilt) << sample << isPlaying;
   }
+  audio_.setFixedStreams(process_, {simulated::constantSignal(0.5F, 0.5F)});
+  audio_.setPlaying(process_, true);
+  openPanel();
+  audio_.clearLog();
+  passTicks(13);
+  EXPECT_EQ(calls(Call::createProcessTap), 0) << "what plays is not under its control";
 }
 
 TEST_F(RowsTest, TheMasterVolumeFollowsWhatIsMoreThanRounding) {

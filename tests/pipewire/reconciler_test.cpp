@@ -104,6 +104,11 @@ TEST_F(ReconcilerTest, LeavesLinksMadeByHandAndCutsTheSessionManagersPastTheTap)
   ASSERT_TRUE(server_.settle());
   EXPECT_TRUE(server_.graph.links.contains(byHand));
   EXPECT_FALSE(server_.graph.links.contains(past));
+  EXPECT_THAT(server_.heardAt(stream_), ElementsAre(kSpeakers, kThroughHeadphones));
+  server_.addLinkByHand(stream_, server_.idOf(kHeadphones));
+  ASSERT_TRUE(server_.settle());
+  EXPECT_TRUE(server_.reconciler.isPartial(tap_));
+  EXPECT_THAT(server_.heardAt(stream_), ElementsAre(kHeadphones, kSpeakers)) << "not twice at one device";
 }
 
 TEST_F(ReconcilerTest, LinksSuitTheChannelsAtBothEnds) {

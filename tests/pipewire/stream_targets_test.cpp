@@ -104,7 +104,7 @@ TEST(MetadataMirror, WritesAChoiceAgainThatAWriteOfOursHasOvertaken) {
       }
     };
     const auto send = [&] {
-      const auto writes = writesInto(graph, kStream, kTap);
+      const auto writes = writesInto(GraphIndex(graph), kStream, kTap);
       for (const auto& write : writes)
         mirror.wrote(kStream, write);
       return writes;
@@ -116,7 +116,7 @@ TEST(MetadataMirror, WritesAChoiceAgainThatAWriteOfOursHasOvertaken) {
     EXPECT_FALSE(isChoiceOutdated(graph, kStream));
     for (const auto& writes : {before, again}) {
       arrive(writes);
-      EXPECT_EQ(chosenNodeOf(graph, kStream), std::nullopt);
+      EXPECT_EQ(chosenNodeOf(GraphIndex(graph), kStream), std::nullopt);
     }
     EXPECT_EQ(server, graph.metadata[kStream]);
     EXPECT_EQ(targetTapOf(graph, kStream), kTap);
