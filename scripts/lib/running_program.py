@@ -1,4 +1,4 @@
-"""The real program on a private machine, worked by its D-Bus interface."""
+"""The real program on a machine of its own, worked by its D-Bus interface."""
 
 import dbus
 import dbus.bus
