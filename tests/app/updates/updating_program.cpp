@@ -59,9 +59,10 @@ void useWindow() {
 
 void run(updater::Relaunch& relaunch) {
   const QString folder = qEnvironmentVariable("SONVEL_TEST_FOLDER");
-  SingleInstance instance({.showPanel = [](const QString&) { return true; },
+  SingleInstance instance({.showPanel = [](const LaunchToken&) { return true; },
                            .quit = [] { QCoreApplication::quit(); },
-                           .admits = [](const QString&) { return true; }});
+                           .admits = [](const QString&) { return true; }},
+                          LaunchToken{});
   if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-hangs"))) ::pause();
   if (instance.acquire() != SingleInstance::Outcome::first) std::abort();
   if (QGuiApplication::applicationVersion().endsWith(QLatin1String("-dies"))) ::raise(SIGKILL);
