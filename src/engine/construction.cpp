@@ -38,6 +38,7 @@ std::optional<HardwareError> HardwareController::replaceSession(const TapSession
   auto processes = processes_->of(key);
   if (std::ranges::find(processes, app.objectID) == processes.end()) processes.push_back(app.objectID);
   const auto choice = former != nullptr ? std::optional(former->choice) : readChoice(processes);
+  if (choice && choice->uid) chosenElsewhere_.insert(key);
   if (former == nullptr && !settings.outputUID && choice && !heldRoutes_.contains(key))
     settings.outputUID = choice->uid;
   if (former != nullptr) {

@@ -121,6 +121,7 @@ void HardwareController::followChoice(TapSession& session) {
   if (!choice) return;
   const bool isNew = choice->serial > session.choice.serial;
   const auto key = stableKey(session.app);
+  if (choice->uid) chosenElsewhere_.insert(key);
   const bool wasChosen = session.choice.uid || session.choice.serial > 0 || heldRoutes_.contains(key);
   const bool isRemembered = choice->serial == 0 && choice->uid && !wasChosen;
   if (!isNew && !isRemembered) return;

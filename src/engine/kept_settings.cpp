@@ -42,9 +42,9 @@ void HardwareController::holdRoute(const std::string& key, bool holds) {
 }
 
 /// Whether an application with these settings is heard otherwise than without a session. The route counts
-/// even if it is the default device, because the session manager may remember another one.
+/// even if it is the default device, if the session manager may remember another one.
 bool HardwareController::isWorthKeeping(const std::string& key, const Settings& settings) const {
-  return settings != Settings() || heldRoutes_.contains(key);
+  return settings != Settings() || (heldRoutes_.contains(key) && chosenElsewhere_.contains(key));
 }
 
 void HardwareController::startKeptApplications() {

@@ -362,8 +362,8 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
         removeLink(id);
     if (isLinked || !target) return;
     const GraphIndex index(graph);
-    const auto outputs = index.portsOf(stream, PortDirection::out, false);
-    const auto inputs = index.portsOf(*target, PortDirection::in, false);
+    const auto& outputs = index.portsOf(stream, PortDirection::out, false);
+    const auto& inputs = index.portsOf(*target, PortDirection::in, false);
     for (std::size_t i = 0; i < outputs.size() && !inputs.empty(); ++i)
       addLink({outputs[i], inputs[std::min(i, inputs.size() - 1)]}, kSessionManager);
   }
