@@ -222,7 +222,8 @@ class HardwareController final {
 
   std::map<std::string, Kept> kept_; ///< by stable key
   std::set<std::string> heldRoutes_; ///< stable keys of applications whose route was last chosen here
-  std::set<std::string> chosenElsewhere_; ///< stable keys of applications that were sent to a device elsewhere
+  std::set<std::string>
+      chosenElsewhere_; ///< stable keys of applications that were sent to a device elsewhere
   const std::unique_ptr<ApplicationProcesses> processes_;
   std::map<AudioObjectID, std::string>
       formerProcesses_; ///< process → stable key, for sessions and kept settings

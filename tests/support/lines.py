@@ -34,12 +34,14 @@ class LineProcess:
 
     def kill(self):
         self.process.kill()
-        self.process.wait()
+        self.finish()
 
     def finish(self):
         """Closes its input; returns its exit code."""
         self.process.stdin.close()
-        return self.process.wait(20)
+        code = self.process.wait(20)
+        self.process.stdout.close()
+        return code
 
 
 class TonePlayer(LineProcess):
