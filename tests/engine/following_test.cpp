@@ -143,6 +143,17 @@ TEST_F(Following, FollowChosenHereHoldsAtTheNextStartThoughAnotherDeviceIsRememb
   EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.5F)) << "a choice made now is newer";
 }
 
+TEST_F(Following, FollowChosenHereKeepsNoTapWhereNoOtherDeviceWasEverChosen) {
+  const auto app = playingApp(87);
+  addChannel(app);
+  controller_->holdRoute(app.bundleID, true);
+  audio_.removeProcess(87);
+  executor_->runAll();
+  controller_->keepSettings(app.bundleID, 1.0F, false, std::nullopt);
+  executor_->runAll();
+  EXPECT_TRUE(audio_.taps().empty());
+}
+
 TEST_F(Following, TheDeviceOfAChoiceMayGoAndComeBack) {
   const auto app = playingApp(87);
   audio_.setProcessOutput(87, "headset");
