@@ -10,7 +10,7 @@ set(icons "${CMAKE_INSTALL_DATADIR}/icons/hicolor")
 set(packaging "${PROJECT_SOURCE_DIR}/packaging")
 
 install(TARGETS sonvel RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-install(TARGETS sonvel-guardian RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}")  # started only by sonvel
+install(TARGETS sonvel-guardian RUNTIME DESTINATION "${SONVEL_HELPERS_DIR}")
 install(FILES "${packaging}/${id}.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
 install(FILES "${PROJECT_SOURCE_DIR}/data/sonvel.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES "${PROJECT_SOURCE_DIR}/data/sonvel.bash-completion"

@@ -5,8 +5,8 @@
 
 namespace sonvel {
 
-/// The path of the guardian program that belongs to `program`: beside it in a build, in the libexec folder
-/// where it is installed. The file may be missing. Any thread; reads the file system.
+/// The path of the guardian program that belongs to `program`: beside it in a build, in a folder below
+/// libexec where it is installed. The file may be missing. Any thread; reads the file system.
 inline std::filesystem::path guardianOf(const std::filesystem::path& program) {
   constexpr auto kName = "sonvel-guardian";
   const auto folder = program.parent_path();

@@ -43,7 +43,7 @@ TEST(Installation, isReplacedOnlyWhereItIsOneFileOfTheUsersOwn) {
   const std::filesystem::path mounted = folder.writeProgram("mount/usr/bin/sonvel");
   const std::filesystem::path mount = folder.path("mount");
   const std::filesystem::path ofTwo = folder.writeProgram("prefix/bin/sonvel");
-  folder.writeProgram("prefix/libexec/sonvel-guardian");
+  folder.writeProgram("prefix/libexec/sonvel/sonvel-guardian");
   const std::filesystem::path shared = folder.writeProgram("shared/sonvel");
   std::filesystem::permissions(shared.parent_path(), std::filesystem::perms::all);
   const uid_t own = ::geteuid();

@@ -104,7 +104,7 @@ def leaves_the_mount(victim):
 @attack("an update of one file for an installation of two")
 def replaces_one_of_two(victim):
     new = victim.original() + b"new"
-    beside = "bin" if b"libexec" not in victim.original() else "libexec"
+    beside = "bin" if b"libexec" not in victim.original() else "libexec/sonvel"
     victim.install(guardian=beside)
     victim.maker.publish(victim.maker.feed(victim.maker.item("2.0", new)))
     victim.has_checked_today()

@@ -43,7 +43,7 @@ class Victim:
         self.program.parent.mkdir(parents=True, exist_ok=True)
         shutil.copy(self.programs / "sonvel", self.program)
         if guardian:
-            (self.folder / prefix / guardian).mkdir(exist_ok=True)
+            (self.folder / prefix / guardian).mkdir(parents=True, exist_ok=True)
             shutil.copy(self.programs / "sonvel-guardian", self.folder / prefix / guardian)
         configuration = self.folder / prefix / "share/sonvel/information.json"
         configuration.parent.mkdir(parents=True)
