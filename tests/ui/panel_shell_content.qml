@@ -8,5 +8,4 @@ Item {
     }
 
     implicitWidth: 360
-    implicitHeight: 300
 }

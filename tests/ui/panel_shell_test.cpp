@@ -40,12 +40,14 @@ class PanelShellTest : public testing::Test {
   }
 
   simulated::ManualClock clock_;
+  int height_ = 300;
   QPointer<QQuickItem> content_;
   PanelWindow panel_{{.source = QUrl::fromLocalFile(SONVEL_PANEL_CONTENT),
                       .ready =
                           [this](QQuickItem& root) {
                             EXPECT_TRUE(content_.isNull()) << "the model hears the old go after the new came";
                             content_ = &root;
+                            root.setImplicitHeight(height_);
                           }},
                      clock_};
   int quits_ = 0;
@@ -56,10 +58,14 @@ TEST_F(PanelShellTest, APanelClosesOnEscapeAndLossOfFocusAPlainWindowDoesNot) {
   QWindow elsewhere;
   for (const auto style : {Style::panel, Style::plainWindow}) {
     const bool isPlain = style == Style::plainWindow;
+    height_ = available.height() + 100;
     open(style);
-    for (const int height : {420, available.height() + 100}) {
+    for (const int height : {height_, 420, height_}) {
       content_->setImplicitHeight(height);
-      EXPECT_EQ(panel_.window()->size(), QSize(360, std::min(height, available.height())));
+      const QMargins frame = panel_.window()->frameMargins();
+      EXPECT_EQ(!frame.isNull(), isPlain);
+      const int highest = available.marginsRemoved(frame).height();
+      EXPECT_EQ(panel_.window()->size(), QSize(360, std::min(height, highest)));
       EXPECT_TRUE(isPlain || available.contains(panel_.window()->geometry()));
     }
     QMetaObject::invokeMethod(content_->property("menu").value<QObject*>(), "open");

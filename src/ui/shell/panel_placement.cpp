@@ -19,14 +19,6 @@ const ScreenArea& screenAt(const QList<ScreenArea>& screens, const QPoint& point
       screens, {}, [&](const ScreenArea& screen) { return distance(screen.geometry, point); });
 }
 
-/// Moves the rectangle into the area, and cuts it if it is larger.
-QRect within(const QRect& area, QRect rectangle) {
-  rectangle.setSize(rectangle.size().boundedTo(area.size()));
-  rectangle.moveLeft(std::clamp(rectangle.left(), area.left(), area.right() - rectangle.width() + 1));
-  rectangle.moveTop(std::clamp(rectangle.top(), area.top(), area.bottom() - rectangle.height() + 1));
-  return rectangle;
-}
-
 QRect atIcon(const QRect& area, const QRect& icon, const QSize& size) {
   QRect panel(QPoint(), size.boundedTo(area.size()));
   panel.moveCenter(icon.center());
@@ -46,6 +38,13 @@ QRect inCorner(const QRect& area, const QPoint& pointer, const QSize& size) {
 }
 
 } // namespace
+
+QRect within(const QRect& area, QRect rectangle) {
+  rectangle.setSize(rectangle.size().boundedTo(area.size()));
+  rectangle.moveLeft(std::clamp(rectangle.left(), area.left(), area.right() - rectangle.width() + 1));
+  rectangle.moveTop(std::clamp(rectangle.top(), area.top(), area.bottom() - rectangle.height() + 1));
+  return rectangle;
+}
 
 QRect panelGeometry(const QList<ScreenArea>& screens, const QRect& icon, const QPoint& pointer,
                     const QSize& size) {

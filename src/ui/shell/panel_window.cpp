@@ -82,7 +82,8 @@ struct PanelWindow::Shown {
   QQuickItem* root = nullptr; // owned by the window
   Style style = Style::panel;
   bool wasActive = false;
-  bool isSeen = true; // until known, shortly after opening
+  bool isPlaced = false; // and framed by the window manager, as far as it does and tells
+  bool isSeen = true;    // until known, shortly after opening
   QRect icon;
   QPoint pointer;
 };
@@ -136,6 +137,7 @@ void PanelWindow::toggle(const QRect& icon) {
 void PanelWindow::close() {
   if (!shown_) return;
   shown_->root->disconnect(this);
+  shown_->window.disconnect(this);
   shown_->window.onClose = nullptr;
   shown_->window.onEscape = nullptr;
   shown_->window.onExposure = nullptr;
@@ -179,6 +181,9 @@ std::unique_ptr<PanelWindow::Shown> PanelWindow::make(Style style) {
 
   connect(&window, &QWindow::widthChanged, root, [root](int width) { root->setWidth(width); });
   connect(&window, &QWindow::heightChanged, root, [root](int height) { root->setHeight(height); });
+  connect(&window, &QWindow::yChanged, this, [this] {
+    if (shown_->style == Style::plainWindow && !std::exchange(shown_->isPlaced, true)) fit();
+  });
   window.setTitle(QStringLiteral("Sonvel"));
   window.setColor(QGuiApplication::palette().color(QPalette::Window));
   if (style == Style::panel) window.setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
@@ -198,7 +203,8 @@ void PanelWindow::follow(QQuickItem& root) {
   connect(&root, &QQuickItem::implicitWidthChanged, this, &PanelWindow::fit);
 }
 
-// As large as the content, limited by the screen. A panel grows away from the bar.
+// As large as the content, limited by the screen. A panel grows away from the bar, a plain window stays on
+// the screen with its frame.
 void PanelWindow::fit() {
   QQuickItem& root = *shown_->root;
   Window& window = shown_->window;
@@ -209,10 +215,16 @@ void PanelWindow::fit() {
     setLimits(window, place.size(), place.size());
     window.setGeometry(place);
   } else {
-    // The window manager may reduce the height for its frame.
-    const QSize size = wanted.boundedTo(window.screen()->availableSize());
+    // Asked before there is a frame, Qt would keep that answer until it has heard of the frame.
+    const QMargins frame = shown_->isPlaced ? window.frameMargins() : QMargins();
+    const QRect inside = window.screen()->availableGeometry().marginsRemoved(frame);
+    const QSize size = wanted.boundedTo(inside.size());
     setLimits(window, {size.width(), kLowestPlainWindow}, size);
-    window.resize(size);
+    if (!shown_->isPlaced) {
+      window.resize(size);
+    } else if (size != window.size()) {
+      window.setGeometry(within(inside, {window.position(), size}));
+    }
   }
   root.setSize(window.size());
 }
