@@ -2,6 +2,7 @@
 #include "engine/render_callback.h"
 #include "expect.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -68,6 +69,8 @@ void checkRender(FuzzedDataProvider& input, RenderCycle render) {
     const auto played = isPlayed ? from.samples(i) : std::vector<float>();
     const auto written = to.samples(i);
     const auto untouched = before.samples(i);
+    expect(to.list[i].writtenBytes == std::min(played.size(), written.size()) * sizeof(float),
+           "what is written");
     for (std::size_t k = 0; k < written.size(); ++k) {
       const bool isWritten = k < played.size();
       if (isWritten) peak = raised(peak, played[k]);

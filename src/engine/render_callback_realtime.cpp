@@ -117,7 +117,7 @@ template <std::size_t kBytes>
   float peak = 0.0F; // of buffers shorter than a vector
   for (std::size_t i = 0; i < pairCount; ++i) {
     const AudioBuffer& from = input.buffers[i];
-    const AudioBuffer& to = output.buffers[i];
+    AudioBuffer& to = output.buffers[i];
     if (from.data == nullptr || to.data == nullptr) continue;
     const std::uint32_t sizeBytes = from.sizeBytes < to.sizeBytes ? from.sizeBytes : to.sizeBytes;
     const std::uint32_t count = sizeBytes / sizeof(float);
@@ -127,6 +127,7 @@ template <std::size_t kBytes>
       scaleOneByOne(gain, in, out, count, peak);
     else
       scaleByVectors<kBytes>(gains, in, out, count, peaks);
+    to.writtenBytes = count * sizeof(float);
   }
   raise(peaks.even, peaks.odd);
   spreadLargest<kLanes / 2>(peaks.even, std::make_index_sequence<kLanes>{});

@@ -9,9 +9,9 @@
 namespace sonvel {
 
 /// One cycle of a channel: buffer i of `input`, taken as a flat array whatever its channel count, plays times
-/// the gain into buffer i of `output`, up to the shorter length. Buffers without a partner are left
-/// unchanged. A NaN is multiplied and written but never raises the peak. The two buffers of a pair are
-/// aligned for float, and are equal or don't overlap.
+/// the gain into buffer i of `output`, up to the shorter length, and is counted there as written. Buffers
+/// without a partner are left unchanged. A NaN is multiplied and written but never raises the peak. Two
+/// buffers that are a pair are aligned for float, and are equal or don't overlap.
 using RenderCycle = void (*)(const RealtimeMixBox& mix, MixMetrics& metrics, const AudioBufferList& input,
                              AudioBufferList& output) noexcept;
 

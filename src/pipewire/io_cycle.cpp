@@ -3,6 +3,7 @@
 
 #include <pipewire/filter.h>
 
+#include <cstddef>
 #include <cstring>
 
 namespace sonvel::pipewire {
@@ -24,13 +25,16 @@ void runIOCycle(void* cycle, spa_io_position* position) noexcept {
   for (std::size_t side = 0; side < kStereo; ++side) {
     io.inputs[side] = bufferOf(io.inputPorts[side], frames);
     io.outputs[side] = bufferOf(io.outputPorts[side], frames);
-    if (io.outputs[side].data != nullptr) std::memset(io.outputs[side].data, 0, io.outputs[side].sizeBytes);
   }
   const AudioBufferList input{io.inputs};
   AudioBufferList output{io.outputs};
   const AudioTimeStamp now{.hostTimeNanoseconds = position->clock.nsec,
                            .sampleTimeFrames = position->clock.position};
   io.block(now, input, now, output, now);
+  for (const AudioBuffer& buffer : io.outputs)
+    if (buffer.data != nullptr && buffer.writtenBytes < buffer.sizeBytes)
+      std::memset(static_cast<std::byte*>(buffer.data) + buffer.writtenBytes, 0,
+                  buffer.sizeBytes - buffer.writtenBytes);
   // One writer, so no atomic increment is needed.
   io.cycles.store(io.cycles.load(std::memory_order_relaxed) + 1, std::memory_order_release);
 }

@@ -23,8 +23,8 @@ struct IOCycle {
   std::atomic<std::uint32_t> cycles{0}; ///< incremented at the end of each cycle
 };
 
-/// Runs one cycle: passes the ports' buffers to the block, with silent outputs. Real-time safe if the block
-/// is. `cycle` is an IOCycle; the library defines the signature.
+/// Runs one cycle: passes the ports' buffers to the block, and silences what it leaves of the outputs.
+/// Real-time safe if the block is. `cycle` is an IOCycle; the library defines the signature.
 void runIOCycle(void* cycle, spa_io_position* position) noexcept;
 
 } // namespace sonvel::pipewire

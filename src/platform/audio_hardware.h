@@ -90,8 +90,8 @@ class AudioHardware {
   virtual OSStatus destroyAggregateDevice(AudioObjectID device) = 0;
 
   /// Installs `block` on an aggregate device. After deviceStart() it is called on `queue` once per cycle,
-  /// with the audio of the aggregate's taps as input and the buffers of its device as output; these are
-  /// silent at the start of the call. A copy of `block` is kept until the IOProc is destroyed.
+  /// with the audio of the aggregate's taps as input and the buffers of its device as output. A copy of
+  /// `block` is kept until the IOProc is destroyed.
   virtual OSStatus createIOProcID(AudioObjectID device, const IOQueue& queue, IOProcBlock block,
                                   IOProcID& ioProc) = 0;
 

@@ -97,6 +97,10 @@ struct AudioBuffer {
   std::uint32_t channelCount = 0;
   std::uint32_t sizeBytes = 0;
   void* data = nullptr; ///< 32-bit float samples; may be null
+
+  /// Of an output: how much of `data` the block has written, from its start; at most `sizeBytes`. 0 when the
+  /// block is called.
+  std::uint32_t writtenBytes = 0;
 };
 
 /// The buffers of one direction of an I/O cycle. Buffers of an input list are read-only.
@@ -110,8 +114,9 @@ struct AudioTimeStamp {
   std::uint64_t sampleTimeFrames = 0;    ///< frames since the device started
 };
 
-/// Called once per I/O cycle, on the queue that it was installed for. Real-time: must not allocate, lock,
-/// log, throw or make a system call.
+/// Called once per I/O cycle, on the queue that it was installed for. The outputs may hold anything; what the
+/// block does not count in their `writtenBytes` becomes silence after the call. Real-time: must not allocate,
+/// lock, log, throw or make a system call.
 using IOProcBlock = std::function<void(const AudioTimeStamp& now, const AudioBufferList& input,
                                        const AudioTimeStamp& inputTime, AudioBufferList& output,
                                        const AudioTimeStamp& outputTime)>;

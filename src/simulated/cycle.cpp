@@ -124,7 +124,7 @@ void SimulatedHardware::playIOProc(Cycle& cycle, IOProcID id, std::unique_lock<s
   std::vector<Samples> inputs;
   for (const SubTap& subTap : aggregate->description.taps)
     inputs.push_back(tapSamples(cycle, subTap.uid));
-  Samples output(cycle.frames * kChannels);
+  Samples output(cycle.frames * kChannels, 1.0F); // what was in a device's memory before
   callBlock(InstalledIOProc(*ioProc), cycle.start, inputs, output, lock);
   mix(device->second, output);
 }
@@ -140,6 +140,7 @@ void SimulatedHardware::callBlock(InstalledIOProc ioProc, const AudioTimeStamp& 
   runningIOProc_ = ioProc.what.id;
   lock.unlock();
   (*ioProc.block)(start, AudioBufferList{inputBuffers}, start, outputList, start);
+  std::fill(output.begin() + outputBuffer.writtenBytes / sizeof(float), output.end(), 0.0F);
   ioProc.block.reset(); // before waitForBlock() returns
   lock.lock();
   runningIOProc_ = 0;

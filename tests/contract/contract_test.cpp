@@ -25,6 +25,9 @@ IOProcBlock playingBlock(std::shared_ptr<BlockState> state) {
         if (gain != 0.0F) out[i] = in[i] * gain;
         peak = std::max(peak, std::abs(in[i]));
       }
+      if (gain != 0.0F)
+        output.buffers[side].writtenBytes =
+            static_cast<std::uint32_t>(std::min(in.size(), out.size()) * sizeof(float));
     }
     state->inputPeak = peak;
     ++state->calls;

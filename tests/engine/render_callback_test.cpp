@@ -90,6 +90,7 @@ TEST_F(RenderBlock, PlaysWhatHasAPartnerAndLeavesTheRest) {
     runCycle(input, output);
     float peak = 0.0F;
     for (std::size_t i = 0; i < out.size(); ++i) {
+      EXPECT_EQ(output.list().buffers[i].writtenBytes, playedFloats[i] * sizeof(float));
       for (std::size_t k = 0; k < output.samples(i).size(); ++k) {
         const bool isPlayed = k < playedFloats[i];
         ASSERT_EQ(isPlayed ? 0.5F * rising(i, k) : kUntouched, output.samples(i)[k]) << i << ", " << k;
