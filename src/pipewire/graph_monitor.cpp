@@ -1,52 +1,13 @@
 #include "pipewire/graph_monitor.h"
 
 #include "pipewire/graph_watches.h"
+#include "pipewire/object_reading.h"
 #include "pipewire/pod_reading.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace sonvel::pipewire {
-
-namespace {
-
-NodeKind kindOf(const std::optional<std::string>& mediaClass) {
-  if (mediaClass == "Stream/Output/Audio") return NodeKind::outputStream;
-  if (mediaClass == "Audio/Sink" || mediaClass == "Audio/Duplex") return NodeKind::sink;
-  if (mediaClass == "Audio/Source") return NodeKind::source;
-  return NodeKind::other;
-}
-
-Node readNode(const spa_dict* properties) {
-  Node node;
-  node.serial = numberOf(properties, PW_KEY_OBJECT_SERIAL).value_or(0);
-  node.client = numberOf(properties, PW_KEY_CLIENT_ID);
-  node.kind = kindOf(textOf(properties, PW_KEY_MEDIA_CLASS));
-  node.name = textOf(properties, PW_KEY_NODE_NAME).value_or("");
-  node.description = textOf(properties, PW_KEY_NODE_DESCRIPTION).value_or("");
-  return node;
-}
-
-Port readPort(const spa_dict* properties) {
-  Port port;
-  port.node = numberOf(properties, PW_KEY_NODE_ID).value_or(0);
-  port.direction =
-      textOf(properties, PW_KEY_PORT_DIRECTION) == "out" ? PortDirection::out : PortDirection::in;
-  port.isMonitor = isTrue(properties, PW_KEY_PORT_MONITOR);
-  port.channel = textOf(properties, PW_KEY_AUDIO_CHANNEL).value_or("");
-  port.index = numberOf(properties, PW_KEY_PORT_ID).value_or(0);
-  return port;
-}
-
-Link readLink(const spa_dict* properties) {
-  return {.client = numberOf(properties, PW_KEY_CLIENT_ID),
-          .outputNode = numberOf(properties, PW_KEY_LINK_OUTPUT_NODE).value_or(0),
-          .outputPort = numberOf(properties, PW_KEY_LINK_OUTPUT_PORT).value_or(0),
-          .inputNode = numberOf(properties, PW_KEY_LINK_INPUT_NODE).value_or(0),
-          .inputPort = numberOf(properties, PW_KEY_LINK_INPUT_PORT).value_or(0)};
-}
-
-} // namespace
 
 GraphMonitor::GraphMonitor(pw_core* core, Graph& graph, std::function<void()> changed)
     : graph_(graph)

@@ -160,7 +160,8 @@ bool mustReturn(const PlanContext& context, GlobalID stream) {
   const auto tapName = targetTapOf(graph.graph(), stream);
   if (tapName.empty()) {
     if (hasLeftover(graph.graph(), stream)) return true;
-    if (!context.canBeMoved(stream)) return false; // it was linked by someone who does not use targets
+    if (!context.canBeMoved(stream) || isSentAway(graph.graph(), stream))
+      return false; // it was linked by someone who does not use targets
     // An unrelated stream: its target is an ID that now belongs to one of our nodes, or the session manager
     // chose our node.
     return std::ranges::any_of(graph.linksFrom(stream), [&](GlobalID link) {

@@ -1,5 +1,6 @@
 #include "pipewire/graph_watches.h"
 
+#include "pipewire/object_reading.h"
 #include "pipewire/pod_reading.h"
 
 #include <spa/param/param.h>
@@ -7,80 +8,10 @@
 #include <spa/param/route.h>
 #include <spa/pod/iter.h>
 #include <spa/pod/parser.h>
-#include <spa/utils/json.h>
 
-#include <algorithm>
 #include <array>
-#include <cstring>
-#include <string_view>
-#include <unistd.h>
 
 namespace sonvel::pipewire {
-
-namespace {
-
-std::string ownHostName() {
-  std::array<char, 256> name{};
-  gethostname(name.data(), name.size() - 1);
-  return name.data();
-}
-
-/// The application of a sandbox. Only the server can restrict a client's access; without that, the
-/// application ID is just a claim.
-std::optional<std::string> sandboxOf(const spa_dict* properties) {
-  const auto access = textOf(properties, PW_KEY_ACCESS);
-  if (!access || *access == "unrestricted" || *access == "default") return std::nullopt;
-  return textOf(properties, "pipewire.access.portal.app_id");
-}
-
-/// The name of the sound system's own program in this process, if it is one. Decided by the executable's path
-/// in folders that only administrators write to; the name alone could be claimed by any program.
-std::optional<std::string> soundSystemProgramOf(std::int32_t pid) {
-  constexpr std::array<std::string_view, 4> kFolders{"/usr/", "/bin/", "/nix/store/", "/gnu/store/"};
-  constexpr std::array<std::string_view, 4> kPrograms{"pipewire", "pipewire-pulse", "wireplumber",
-                                                      "pipewire-media-session"};
-  std::array<char, 4096> target{};
-  const auto link = "/proc/" + std::to_string(pid) + "/exe";
-  const ssize_t length = readlink(link.c_str(), target.data(), target.size());
-  if (pid <= 0 || length <= 0) return std::nullopt;
-  std::string_view path(target.data(), static_cast<std::size_t>(length));
-  if (constexpr std::string_view kDeleted = " (deleted)"; path.ends_with(kDeleted)) // replaced by an upgrade
-    path.remove_suffix(kDeleted.size());
-  const auto name = path.substr(path.rfind('/') + 1);
-  const bool isInstalled =
-      std::ranges::any_of(kFolders, [&](auto folder) { return path.starts_with(folder); });
-  if (!isInstalled || std::ranges::find(kPrograms, name) == kPrograms.end()) return std::nullopt;
-  return std::string(name);
-}
-
-/// The process of a client. For a program on the PulseAudio socket only the claimed process ID is known,
-/// because the server vouches for its PulseAudio helper instead. A claim from another machine or a sandbox
-/// means nothing here: then 0.
-std::int32_t processOf(const spa_dict* properties, std::int32_t vouched, bool isPulse) {
-  if (!isPulse) return vouched;
-  if (sandboxOf(properties)) return 0;
-  const auto host = textOf(properties, "application.process.host");
-  if (host && *host != ownHostName()) return 0;
-  return static_cast<std::int32_t>(numberOf(properties, PW_KEY_APP_PROCESS_ID).value_or(0));
-}
-
-/// The `name` member of a small JSON object.
-std::string nameInJSON(const char* text) {
-  std::array<spa_json, 2> json{};
-  std::array<char, 32> key{};
-  std::array<char, 1024> name{};
-  spa_json_init(json.data(), text, std::strlen(text));
-  if (spa_json_enter_object(json.data(), &json[1]) <= 0) return {};
-  while (spa_json_get_string(&json[1], key.data(), key.size()) > 0) {
-    if (std::strcmp(key.data(), "name") == 0)
-      return spa_json_get_string(&json[1], name.data(), name.size()) > 0 ? name.data() : "";
-    const char* skipped = nullptr;
-    if (spa_json_next(&json[1], &skipped) <= 0) break;
-  }
-  return {};
-}
-
-} // namespace
 
 GraphMonitor::ClientWatch::ClientWatch(pw_registry* registry, GlobalID id, Graph& graph,
                                        const std::function<void()>& changed)
@@ -97,21 +28,7 @@ GraphMonitor::ClientWatch::ClientWatch(pw_registry* registry, GlobalID id, Graph
 void GraphMonitor::ClientWatch::onInfo(const pw_client_info* info) {
   const spa_dict* properties = info->props;
   if (properties == nullptr) return;
-  Client& client = graph_.clients[id_];
-  client.isKnown = true;
-  client.isPulseConnection = textOf(properties, PW_KEY_CLIENT_API) == "pipewire-pulse";
-  client.vouchedPID = static_cast<std::int32_t>(numberOf(properties, PW_KEY_SEC_PID).value_or(0));
-  client.facts.processID = processOf(properties, client.vouchedPID, client.isPulseConnection);
-  client.facts.sandboxAppID = sandboxOf(properties);
-  client.facts.applicationID = textOf(properties, PW_KEY_APP_ID);
-  client.facts.applicationName = textOf(properties, PW_KEY_APP_NAME);
-  client.facts.processBinary = textOf(properties, PW_KEY_APP_PROCESS_BINARY);
-  // The session manager, the server's helpers and this program play no application's sound. Programs on the
-  // PulseAudio socket share the vouched process with the server's helper.
-  const auto program = soundSystemProgramOf(client.vouchedPID);
-  const bool isHelper = program && (!client.isPulseConnection || client.facts.processID == client.vouchedPID);
-  client.isSoundServer = client.vouchedPID == getpid() || isHelper;
-  client.isSessionManager = program == "wireplumber" || program == "pipewire-media-session";
+  readClient(properties, graph_.clients[id_]);
   ++graph_.revision;
   changed_();
 }

@@ -124,6 +124,12 @@ bool hasLeftover(const Graph& graph, GlobalID stream) {
                                                 graph.metadataOf(stream, kLentNode) != nullptr);
 }
 
+bool isSentAway(const Graph& graph, GlobalID stream) {
+  const MetadataValue* target = graph.metadataOf(stream, kTargetObject);
+  return target != nullptr && target->value == kFollowsDefault &&
+         graph.metadataOf(stream, kTargetNode) == nullptr;
+}
+
 std::optional<GlobalID> chosenNodeOf(const GraphIndex& index, GlobalID stream) {
   const Choice choice = choiceOf(index.graph(), stream);
   if (choice.object != nullptr) return nodeOfTarget(index, choice.object->value, false);

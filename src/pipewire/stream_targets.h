@@ -16,6 +16,10 @@ std::string_view targetTapOf(const Graph& graph, GlobalID stream);
 /// Whether entries of ours remain on a stream that targets no tap.
 bool hasLeftover(const Graph& graph, GlobalID stream);
 
+/// Whether a stream's entries already are those that writesBack() writes for one that entered a tap by
+/// itself.
+bool isSentAway(const Graph& graph, GlobalID stream);
+
 /// The node chosen for a stream by the user, another program, the session manager's memory or its own
 /// program, also while it targets a tap. None if it follows the default device, or that node is missing.
 std::optional<GlobalID> chosenNodeOf(const GraphIndex& index, GlobalID stream);
