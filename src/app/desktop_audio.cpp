@@ -14,7 +14,8 @@ desktop::OwnProgram ownProgram(const BundleInformation& bundle, const desktop::P
 } // namespace
 
 DesktopAudio::DesktopAudio()
-    : identity_(processes_, entries_, ownProgram(bundle_, processes_))
+    : askedIdentity_(processes_, entries_, ownProgram(bundle_, processes_))
+    , identity_(askedIdentity_, clock_)
     , hardware_(identity_)
     , applications_(hardware_, identity_, entries_, clock_)
     , icons_(entries_) {}

@@ -8,6 +8,7 @@
 #include "desktop/proc_process_information.h"
 #include "desktop/program_bundle.h"
 #include "desktop/pulse_audio.h"
+#include "desktop/remembered_identity.h"
 #include "desktop/settings_preferences.h"
 #include "desktop/steady_clock.h"
 #include "pipewire/pipewire_hardware.h"
@@ -48,7 +49,8 @@ class DesktopAudio final : public ProgramAudio {
   desktop::ProgramBundle bundle_;
   desktop::ProcFilesystem processes_;
   desktop::InstalledDesktopEntries entries_;
-  desktop::DesktopIdentity identity_;
+  desktop::DesktopIdentity askedIdentity_;
+  desktop::RememberedIdentity identity_;
   desktop::ProcProcessInformation processInformation_;
   pipewire::PipeWireHardware hardware_;
   desktop::DesktopApplications applications_;

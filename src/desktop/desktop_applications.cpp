@@ -34,20 +34,34 @@ DesktopApplications::DesktopApplications(const AudioClients& clients, const Appl
 std::optional<RunningApplication>
 DesktopApplications::runningApplicationWithProcessIdentifier(std::int32_t pid) const {
   if (pid <= 0) return std::nullopt;
-  const auto now = look();
-  const auto found = std::ranges::find(now->applications, pid, &RunningApplication::processID);
-  if (found == now->applications.end()) return std::nullopt;
-  return *found;
+  const auto find = [pid](const Look& look) -> std::optional<RunningApplication> {
+    const auto found = std::ranges::find(look.applications, pid, &RunningApplication::processID);
+    if (found == look.applications.end()) return std::nullopt;
+    return *found;
+  };
+  if (const auto last = freshLook())
+    if (auto found = find(*last)) return found;
+  return find(*look());
 }
 
 std::vector<RunningApplication>
 DesktopApplications::runningApplicationsWithBundleIdentifier(const std::string& bundleIdentifier) const {
-  const auto now = look();
-  std::vector<RunningApplication> found;
-  std::ranges::copy_if(now->applications, std::back_inserter(found), [&](const auto& application) {
-    return application.bundleIdentifier == bundleIdentifier;
-  });
-  return found;
+  const auto find = [&](const Look& look) {
+    std::vector<RunningApplication> found;
+    std::ranges::copy_if(look.applications, std::back_inserter(found), [&](const auto& application) {
+      return application.bundleIdentifier == bundleIdentifier;
+    });
+    return found;
+  };
+  if (const auto last = freshLook())
+    if (auto found = find(*last); !found.empty()) return found;
+  return find(*look());
+}
+
+std::shared_ptr<const DesktopApplications::Look> DesktopApplications::freshLook() const {
+  const auto now = clock_.now();
+  const std::lock_guard lock(mutex_);
+  return look_ && now - look_->taken < kFreshness ? look_ : nullptr;
 }
 
 std::shared_ptr<const DesktopApplications::Look> DesktopApplications::look() const {

@@ -15,8 +15,8 @@ namespace sonvel::desktop {
 /// The applications among the sound server's clients: those with a desktop entry, and those that name
 /// themselves.
 ///
-/// Callers query each process separately; one snapshot of the clients serves all queries of a round. It is
-/// kept for a short time while the clients stay the same.
+/// Callers query each process separately; one snapshot of the clients serves all queries of a round. Only
+/// what it doesn't contain is looked for among the clients of this moment.
 class DesktopApplications final : public RunningApplications {
  public:
   /// All must outlive this object.
@@ -34,6 +34,7 @@ class DesktopApplications final : public RunningApplications {
     std::vector<RunningApplication> applications; ///< at most one per process
   };
 
+  std::shared_ptr<const Look> freshLook() const; ///< null if there is none
   std::shared_ptr<const Look> look() const;
   std::vector<RunningApplication> applicationsOf(const std::vector<AudioClient>& clients) const;
 

@@ -1,7 +1,9 @@
 // Finds the application of a client of the sound server.
 
 #include "desktop/desktop_identity.h"
+#include "desktop/remembered_identity.h"
 #include "desktop/systemd_unit.h"
+#include "simulated/manual_clock.h"
 
 #include <gtest/gtest.h>
 
@@ -160,6 +162,31 @@ TEST_F(DesktopIdentityTest, TakesNoYoungerProcessForAParent) {
   EXPECT_EQ(identity_.bundleIdentifier(claiming({})), "music");
   processes_.processes.at(kPID - 1).startTimeTicks = 5000; // the ID now belongs to another process
   EXPECT_EQ(identity_.bundleIdentifier(claiming({})), std::nullopt);
+}
+
+TEST_F(DesktopIdentityTest, IsReadAgainSeldomOnceAProgramHasStarted) {
+  using namespace std::chrono_literals;
+  simulated::ManualClock clock;
+  const RememberedIdentity remembered(identity_, clock);
+  const auto nameAfter = [&](Clock::Duration time, const AudioClient& client = claiming({})) {
+    clock.advance(time);
+    return remembered.bundleIdentifier(client);
+  };
+  const auto run = [&](const char* command) { processes_.processes = running({command}, {}); };
+  run("/usr/bin/bash");
+  EXPECT_EQ(nameAfter(0s), std::nullopt);
+  run("/usr/bin/music");
+  EXPECT_EQ(nameAfter(499ms), std::nullopt);
+  EXPECT_EQ(nameAfter(1ms), "music") << "it was still being started";
+  EXPECT_EQ(nameAfter(10s), "music");
+  run("/usr/bin/player");
+  EXPECT_EQ(nameAfter(14s), "music");
+  EXPECT_EQ(nameAfter(0s, claiming({}, "player")), "player") << "another client";
+  EXPECT_EQ(nameAfter(1s), "player") << "whatever the reason";
+  run("/usr/bin/music");
+  EXPECT_EQ(nameAfter(31s), "music");
+  run("/usr/bin/player");
+  EXPECT_EQ(nameAfter(1s), "player") << "not asked for so long, it counts as new";
 }
 
 TEST(SystemdUnit, NamesItsApplication) {
