@@ -9,6 +9,10 @@ std::string keyOfPID(std::int32_t pid) {
   return "pid " + std::to_string(pid);
 }
 
+bool isKeyOfPID(const std::string& key) {
+  return key.starts_with("pid ");
+}
+
 std::string ApplicationProcesses::keyOf(const Process& process) {
   if (!process.bundleID) return keyOfPID(process.pid);
   return AppNaming::parentBundleID(process.bundleID).value_or(*process.bundleID);
@@ -64,7 +68,7 @@ AudioApp ApplicationProcesses::appWithProcess(AudioApp app, AudioObjectID proces
 
 std::set<std::string> ApplicationProcesses::bundleIDs(const std::string& key) const {
   std::set<std::string> bundleIDs;
-  if (!key.starts_with("pid ")) bundleIDs.insert(key);
+  if (!isKeyOfPID(key)) bundleIDs.insert(key);
   for (const auto object : of(key))
     if (const auto& bundleID = processes_.at(object).bundleID) bundleIDs.insert(*bundleID);
   return bundleIDs;

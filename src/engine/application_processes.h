@@ -43,4 +43,7 @@ class ApplicationProcesses {
 /// The stable key of a process without a bundle identifier.
 std::string keyOfPID(std::int32_t pid);
 
+/// Whether the key is one of keyOfPID().
+bool isKeyOfPID(const std::string& key);
+
 } // namespace sonvel

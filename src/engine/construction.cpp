@@ -37,8 +37,7 @@ std::optional<HardwareError> HardwareController::replaceSession(const TapSession
   processes_->update(environment_.hardware); // on failure the known processes are used
   auto processes = processes_->of(key);
   if (std::ranges::find(processes, app.objectID) == processes.end()) processes.push_back(app.objectID);
-  const auto choice = former != nullptr ? std::optional(former->choice) : readChoice(processes);
-  if (choice && choice->uid) chosenElsewhere_.insert(key);
+  const auto choice = former != nullptr ? std::optional(former->choice) : readChoice(key, processes);
   if (former == nullptr && !settings.outputUID && choice && !heldRoutes_.contains(key))
     settings.outputUID = choice->uid;
   if (former != nullptr) {

@@ -11,6 +11,11 @@
 #include <algorithm>
 
 namespace sonvel {
+namespace {
+
+constexpr std::size_t kMostFormerProcesses = 256;
+
+} // namespace
 
 void HardwareController::startFollowing() {
   if (listeners_) return;
@@ -40,17 +45,23 @@ void HardwareController::followChanges() {
   }
   if (hasProcessListChanged) listeners_->forgetObjects();
   reportDevices(outputs->devices);
-  for (const auto sessionID : controlledAppIDs()) {
-    followSession(sessionID, *outputs);
-    if (noted_->isPassDue)
-      break; // after each rebuild, so that calls of the user need not wait for all of them
-  }
+  followSessions(*outputs);
   startKeptApplications();
-  std::erase_if(formerProcesses_, [this](const auto& former) {
-    return findByKey(former.second) == nullptr && !kept_.contains(former.second);
-  });
+  forgetGoneProcesses();
   if (listen()) requestPass(); // new objects may have changed before we listened to them
   reportChanges();
+}
+
+/// Ends early when a new pass is due, for example after each rebuild, so that calls of the user need not wait
+/// for all of them. The next pass begins with the sessions that this one has not reached.
+void HardwareController::followSessions(const OutputSituation& outputs) {
+  auto sessionIDs = controlledAppIDs(); // in ascending order
+  std::ranges::rotate(sessionIDs, std::ranges::upper_bound(sessionIDs, lastFollowed_));
+  for (const auto sessionID : sessionIDs) {
+    lastFollowed_ = sessionID;
+    followSession(sessionID, outputs);
+    if (noted_->isPassDue) break;
+  }
 }
 
 void HardwareController::followSession(AudioObjectID sessionID, const OutputSituation& outputs) {
@@ -94,9 +105,10 @@ void HardwareController::followProcesses(TapSession& session, const std::vector<
   if (status == kNoError) session.processes = processes; // otherwise one of them has just ended
 }
 
-/// The last choice for any of the processes. None if that can't be read.
-std::optional<ChoiceElsewhere>
-HardwareController::readChoice(const std::vector<AudioObjectID>& processes) const {
+/// The last choice for any of the application's processes. None if that can't be read. Also notes a
+/// device, which the session manager may remember.
+std::optional<ChoiceElsewhere> HardwareController::readChoice(const std::string& key,
+                                                              const std::vector<AudioObjectID>& processes) {
   auto& hardware = environment_.hardware;
   std::optional<ChoiceElsewhere> last;
   for (const auto process : processes) {
@@ -109,6 +121,7 @@ HardwareController::readChoice(const std::vector<AudioObjectID>& processes) cons
     if (*device != kAudioObjectUnknown) choice.uid = cfStringProp(hardware, *device, property::kDeviceUID);
     if (!last || choice.serial > last->serial || (last->serial == 0 && !last->uid)) last = std::move(choice);
   }
+  if (last && last->uid) chosenElsewhere_.insert(key);
   return last;
 }
 
@@ -117,15 +130,15 @@ HardwareController::readChoice(const std::vector<AudioObjectID>& processes) cons
 /// has gone; what counts of that is only a device that the session manager has remembered for a new stream,
 /// and only until the first choice, here or elsewhere.
 void HardwareController::followChoice(TapSession& session) {
-  auto choice = readChoice(session.processes);
+  const auto key = stableKey(session.app);
+  auto choice = readChoice(key, session.processes);
   if (!choice) return;
   const bool isNew = choice->serial > session.choice.serial;
-  const auto key = stableKey(session.app);
-  if (choice->uid) chosenElsewhere_.insert(key);
   const bool wasChosen = session.choice.uid || session.choice.serial > 0 || heldRoutes_.contains(key);
   const bool isRemembered = choice->serial == 0 && choice->uid && !wasChosen;
   if (!isNew && !isRemembered) return;
   holdRoute(key, false);
+  if (!choice->uid) chosenElsewhere_.erase(key); // the session manager then forgets the device
   session.outputUID = choice->uid;
   session.choice = *std::move(choice);
 }
@@ -135,12 +148,27 @@ void HardwareController::noteFormerProcesses(const TapSession& session) {
     formerProcesses_[process] = stableKey(session.app);
 }
 
+/// Former processes are needed only until callers know that they have ended, so the oldest may go even if
+/// their application remains. An application without a name of its own ends with its process, whose ID may
+/// be another program's later.
+void HardwareController::forgetGoneProcesses() {
+  std::erase_if(formerProcesses_, [this](const auto& former) {
+    return findByKey(former.second) == nullptr && !kept_.contains(former.second);
+  });
+  while (formerProcesses_.size() > kMostFormerProcesses)
+    formerProcesses_.erase(formerProcesses_.begin()); // IDs ascend
+  const auto isGone = [this](const std::string& key) {
+    return isKeyOfPID(key) && processes_->of(key).empty();
+  };
+  std::erase_if(heldRoutes_, isGone);
+  std::erase_if(chosenElsewhere_, isGone);
+}
+
 /// Ends the session of an application whose last process has ended, and keeps its settings for the next one.
 void HardwareController::outlive(const TapSession& session) {
   const auto key = stableKey(session.app);
   noteFormerProcesses(session);
-  if (auto settings = settingsOf(session);
-      isWorthKeeping(key, settings) && !session.app.bundleID.starts_with("pid "))
+  if (auto settings = settingsOf(session); isWorthKeeping(key, settings) && !isKeyOfPID(key))
     kept_[key] = {.settings = std::move(settings)};
   (void)remove(session.app.objectID);
 }

@@ -178,12 +178,15 @@ class HardwareController final {
   void startFollowing();
   void requestPass();
   void followChanges();
+  void followSessions(const OutputSituation& outputs);
   void followSession(AudioObjectID sessionID, const OutputSituation& outputs);
   void followProcesses(TapSession& session, const std::vector<AudioObjectID>& processes);
   void followChoice(TapSession& session);
-  std::optional<ChoiceElsewhere> readChoice(const std::vector<AudioObjectID>& processes) const;
+  std::optional<ChoiceElsewhere> readChoice(const std::string& key,
+                                            const std::vector<AudioObjectID>& processes);
   void outlive(const TapSession& session);
   void noteFormerProcesses(const TapSession& session);
+  void forgetGoneProcesses();
   bool listen();
 
   void startKept(const AudioApp& app, Settings settings);
@@ -223,10 +226,11 @@ class HardwareController final {
   std::map<std::string, Kept> kept_; ///< by stable key
   std::set<std::string> heldRoutes_; ///< stable keys of applications whose route was last chosen here
   std::set<std::string>
-      chosenElsewhere_; ///< stable keys of applications that were sent to a device elsewhere
+      chosenElsewhere_; ///< stable keys of applications for which the session manager may remember a device
   const std::unique_ptr<ApplicationProcesses> processes_;
   std::map<AudioObjectID, std::string>
       formerProcesses_; ///< process → stable key, for sessions and kept settings
+  AudioObjectID lastFollowed_ = kAudioObjectUnknown; ///< the session that the last pass followed last
   const std::shared_ptr<Noted> noted_ = std::make_shared<Noted>();
   std::unique_ptr<ChangeListeners> listeners_; ///< set by startFollowing
   std::unique_ptr<Timer> followingRetry_;      ///< set while a failed start is to be retried

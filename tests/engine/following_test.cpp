@@ -127,7 +127,6 @@ TEST_F(Following, FollowChosenHereHoldsAtTheNextStartThoughAnotherDeviceIsRememb
   const auto app = playingApp(87);
   audio_.setProcessOutput(87, "headset");
   addChannel(app);
-  executor_->runAll();
   audio_.removeProcess(87);
   executor_->runAll();
   controller_->holdRoute(app.bundleID, true);
@@ -143,15 +142,58 @@ TEST_F(Following, FollowChosenHereHoldsAtTheNextStartThoughAnotherDeviceIsRememb
   EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.5F)) << "a choice made now is newer";
 }
 
-TEST_F(Following, FollowChosenHereKeepsNoTapWhereNoOtherDeviceWasEverChosen) {
+TEST_F(Following, FollowChosenHereKeepsNoTapWhereNoOtherDeviceIsRemembered) {
   const auto app = playingApp(87);
   addChannel(app);
+  for (const auto& device : {std::optional<std::string>("headset"), std::optional<std::string>()}) {
+    audio_.setProcessOutput(87, device);
+    executor_->runAll();
+  }
   controller_->holdRoute(app.bundleID, true);
   audio_.removeProcess(87);
   executor_->runAll();
   controller_->keepSettings(app.bundleID, 1.0F, false, std::nullopt);
   executor_->runAll();
   EXPECT_TRUE(audio_.taps().empty());
+}
+
+TEST_F(Following, NothingStaysOfProcessesThatHaveEnded) {
+  const auto start = [this] {
+    const auto process = audio_.addProcess(
+        {.pid = 7, .streams = {simulated::constantSignal(0.5F, 0.5F)}, .outputUID = "headset"});
+    addChannel({.objectID = process, .pid = 7, .bundleID = "pid 7", .name = "Player"});
+    return process;
+  };
+  const auto first = start();
+  controller_->setOutput(std::nullopt, first);
+  EXPECT_EQ(heardAtBoth(), Both(0.5F, 0.0F));
+  audio_.removeProcess(first);
+  executor_->runAll();
+  start();
+  EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.5F)) << "the process ID is another program's now";
+
+  const auto app = playingApp(87);
+  addChannel(app);
+  std::vector<AudioObjectID> ended;
+  for (int i = 0; i < 300; ++i) {
+    ended.push_back(startProcess(app.bundleID, 0.25F));
+    executor_->runAll();
+    audio_.removeProcess(ended.back());
+    executor_->runAll();
+  }
+  EXPECT_TRUE(controller_->isControlled(ended.back())) << "callers may not know yet";
+  EXPECT_FALSE(controller_->isControlled(ended.front()));
+}
+
+TEST_F(Following, EachSessionHasItsTurnWhileChangesKeepArriving) {
+  addChannel(playingApp(87));
+  addChannel(playingApp(88));
+  executor_->runAll();
+  for (const auto* device : {"headset", "speakers", "headset"}) {
+    audio_.setDefaultDevice(device);
+    executor_->runNext();
+  }
+  EXPECT_EQ(reports_["com.example.Player88"].playingUID, "headset");
 }
 
 TEST_F(Following, TheDeviceOfAChoiceMayGoAndComeBack) {
