@@ -15,7 +15,7 @@ class Following : public ControllerTest {
   Following() {
     controller_->onSessionChanged([this](SessionReport report) { reports_[report.key] = std::move(report); });
     controller_->onOutputDevicesChanged(
-        [this](std::vector<AudioOutputDevice> devices) { deviceCount_ = devices.size(); });
+        [this](const std::vector<AudioOutputDevice>& devices) { deviceCount_ = devices.size(); });
   }
 
   AudioObjectID startProcess(const std::string& bundleID, float sample, bool isPlaying = true,
