@@ -3,6 +3,8 @@ import json
 import os
 import pathlib
 import shutil
+import socket
+import struct
 import subprocess
 import sys
 import tempfile
@@ -11,9 +13,8 @@ import time
 import numpy
 
 import contrast
-from support.bus import BIN, PROPERTIES, call, connect, run
+from support.bus import BIN, run
 from support.desktop import Application, Desktop
-from support.tray import Icon, WATCHER
 from support.waiting import wait_until
 
 FOLDER = pathlib.Path("build/pictures")
@@ -34,6 +35,7 @@ XFCE_PANEL = """<?xml version="1.0"?><channel name="xfce4-panel" version="1.0">
 <property name="plugins" type="empty">
 <property name="plugin-1" type="string" value="separator"><property name="expand" type="bool" value="true"/></property>
 <property name="plugin-2" type="string" value="systray"/></property></channel>"""
+BACKGROUND = "40607f"
 WAYBAR = {"height": 30, "modules-left": [], "modules-right": ["tray"], "tray": {"icon-size": 18}}
 WAYBAR_STYLE = ("* {{ font-family: DejaVu Sans; font-size: 12px; }} window {{ background: {}; color: {}; }} "
                 "#tray {{ padding: 0 8px; }}")
@@ -121,6 +123,48 @@ class X11(Scene):
                             icon=[(1252, 2, 28, 24)] if self.has_panel else [])
 
 
+class Pointer:
+    """A mouse for a compositor that has none, which otherwise gives nobody clicks. Speaks Wayland's wire format, because
+    the tools that can click unplug their mouse at once."""
+    BUTTON = 0x110
+
+    def __init__(self, compositor, width, height):
+        self._size, self._compositor = (width, height), socket.socket(socket.AF_UNIX)
+        self._compositor.connect(str(compositor))
+        display, registry, end, manager, self._pointer = range(1, 6)
+        self._send(display, 1, registry)
+        self._send(display, 0, end)
+        kind = b"zwlr_virtual_pointer_manager_v1\0"
+        number = next(struct.unpack_from("=I", body)[0] for sender, body in self._events(end)
+                      if sender == registry and kind in body)
+        self._send(registry, 0, number, len(kind), *struct.unpack("=8I", kind), 1, manager)
+        self._send(manager, 0, 0, self._pointer)
+
+    def _send(self, receiver, request, *words):
+        size = 8 + 4 * len(words)
+        self._compositor.sendall(struct.pack(f"={2 + len(words)}I", receiver, size << 16 | request, *words))
+
+    def _events(self, end):
+        stream = self._compositor.makefile("rb")
+        while True:
+            sender, size = struct.unpack("=II", stream.read(8))
+            yield sender, stream.read((size >> 16) - 8)
+            if sender == end:
+                return
+
+    def move(self, x, y):
+        self._do((1, x, y, *self._size))
+
+    def click(self, x, y):
+        self._do((1, x, y, *self._size), (2, self.BUTTON, 1), (2, self.BUTTON, 0))
+
+    def _do(self, *actions):
+        for request, *words in actions:
+            self._send(self._pointer, request, 0, *words)
+            self._send(self._pointer, 4)
+            time.sleep(0.1)  # a person's click takes as long
+
+
 class Wayland(Scene):
     """Sway refuses to run as root, so a root user runs it as another user."""
 
@@ -129,8 +173,8 @@ class Wayland(Scene):
         self.has_bar = has_bar
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sonvel-sway-"))
         (self.folder / "config").write_text(
-            f"output HEADLESS-1 resolution {1000 * scale}x{760 * scale} scale {scale} bg #40607f solid_color\n"
-            "bar swaybar_command true\nxwayland disable\ndefault_border none\n")
+            f"output HEADLESS-1 resolution {1000 * scale}x{760 * scale} scale {scale} bg #{BACKGROUND} solid_color\n"
+            "bar swaybar_command true\nxwayland disable\ndefault_border none\nseat * hide_cursor 100\n")
         user = []
         if os.geteuid() == 0:
             for path in (self.folder, self.folder / "config"):
@@ -140,13 +184,15 @@ class Wayland(Scene):
                            f"HOME={self.folder}", "WLR_BACKENDS=headless", "WLR_LIBINPUT_NO_DEVICES=1",
                            "WLR_RENDERER=pixman", "sway", "-c", self.folder / "config", name="sway")
         wait_until(lambda: list(self.folder.glob("sway-ipc*")), what="sway")
-        socket = next(path for path in self.folder.glob("wayland-*") if not path.name.endswith(".lock"))
-        self.environment |= {"WAYLAND_DISPLAY": str(socket), "SWAYSOCK": str(next(self.folder.glob("sway-ipc*"))),
+        socket_path = next(path for path in self.folder.glob("wayland-*") if not path.name.endswith(".lock"))
+        self.environment |= {"WAYLAND_DISPLAY": str(socket_path), "SWAYSOCK": str(next(self.folder.glob("sway-ipc*"))),
                              "XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": "sway", "QT_QPA_PLATFORM": "wayland",
                              "QT_SCALE_FACTOR": "1", "GDK_BACKEND": "wayland"}
         self.environment.pop("DISPLAY")
         # A keyboard that stays: with the last one the focus goes too, and a program misses the first key of a new one.
         self.machine.start("wtype", "-s", "600000", "-k", "Escape", environment=self.environment)
+        self.pointer = Pointer(socket_path, 1000, 760)
+        self.pointer.move(500, 400)  # it is hidden some time after it was moved
         if has_bar:
             (self.folder / "waybar.json").write_text(json.dumps(WAYBAR))
             (self.folder / "waybar.css").write_text(WAYBAR_STYLE.format(*(("#202225", "#eee") if self.dark else ("#f0f0f0", "#111"))))
@@ -163,38 +209,44 @@ class Wayland(Scene):
                               stdout=subprocess.PIPE).stdout
 
     def save(self, name):
+        """Returns where the panel is."""
         self.settle()
         self.run("grim", FOLDER / f"{name}.png")
+        points = read_picture(FOLDER / f"{name}.png")
         window = self.window()
-        self.check_contrast(read_picture(FOLDER / f"{name}.png"), in_window=True, origin=(window["x"], window["y"]),
-                            icon=[(-window["x"] + 965, -window["y"] + 2, 30, 26)] if self.has_bar else [])
+        place = window["rect"] if window else self.place_in(points)
+        self.check_contrast(points, in_window=True, origin=(place["x"], place["y"]),
+                            icon=[(-place["x"] + 965, -place["y"] + 2, 30, 26)] if self.has_bar else [])
+        return place
+
+    def place_in(self, points):
+        """Of the only thing beside the bar: Sway tells windows alone."""
+        top = WAYBAR["height"] * self.scale
+        rows, columns = (points[top:] != int(BACKGROUND, 16)).nonzero()
+        sides = columns.min(), top + rows.min(), columns.max() - columns.min() + 1, rows.max() - rows.min() + 1
+        return {name: int(side) // self.scale for name, side in zip(("x", "y", "width", "height"), sides)}
 
     def window(self, program=ID):
-        """Its place: a window in the compositor's tree, or a surface in its layers above the windows; None without one."""
+        """A program's window in the compositor's tree; None without one."""
         def find(node):
             if node.get("app_id") == program:
-                return node["rect"] | {"is_window": True, "is_floating": node["type"] == "floating_con",
-                                       "has_focus": node["focused"]}
+                return node
             return next(filter(None, map(find, node.get("nodes", []) + node.get("floating_nodes", []))), None)
-        outputs = json.loads(self.run("swaymsg", "-t", "get_outputs"))
-        surfaces = [surface for output in outputs for surface in output.get("layer_shell_surfaces", [])]
-        layer = next((surface for surface in surfaces if surface["namespace"] == program), None)
-        return layer["extent"] | {"is_window": False} if layer else find(json.loads(self.run("swaymsg", "-t", "get_tree")))
+        return find(json.loads(self.run("swaymsg", "-t", "get_tree")))
+
+    def is_open(self):
+        return any(name == "Quit" for name, _ in self.screen.shown())
 
     def wait_for(self, is_open, why):
-        wait_until(lambda: bool(self.window()) == is_open, what=f"the panel {'open' if is_open else 'closed'}: {why}")
+        wait_until(lambda: self.is_open() == is_open, what=f"the panel {'open' if is_open else 'closed'}: {why}")
         self.settle()  # and stays so
 
     def click_at(self, x, y):
-        for order in (("set", str(x), str(y)), ("press", "button1"), ("release", "button1")):
-            self.run("swaymsg", "seat", "-", "cursor", *order)
+        self.pointer.click(x, y)
 
     def click(self):
-        """What Waybar does for a click on its one icon: a compositor without a mouse gives nobody clicks."""
-        bus = connect(self.environment)
-        items = call(bus, WATCHER, "/StatusNotifierWatcher", PROPERTIES, "Get", WATCHER, "RegisteredStatusNotifierItems",
-                     signature="ss")
-        Icon(bus, str(items[0]).split("/")[0]).do("Activate", 985, 15, signature="ii")
+        """On the icon in the bar."""
+        self.click_at(983, 15)
 
     def key(self, name):
         self.run("wtype", "-k", name)
@@ -248,32 +300,32 @@ def wayland(name, **more):
     """Opened by a start; then all that opens and closes it."""
     with Wayland(**more) as scene:
         scene.start()
-        place = wait_until(scene.window, what="the window")
-        if place["is_window"]:
-            assert place["is_floating"] and place["has_focus"], place
-        scene.save(name)
-        if not place["is_window"]:
-            place = scene.window()
+        scene.wait_for(True, "a start")
+        window, place = scene.window(), scene.save(name)
+        if window:  # built without the layer shell
+            assert window["type"] == "floating_con" and window["focused"], window
+        else:
             assert (place["x"] + place["width"], place["y"]) == (1000, WAYBAR["height"]), f"not at the tray: {place}"
+        print("  a floating window" if window else "  at the tray")
         scene.key("Escape")
-        wait_until(lambda: not scene.window(), what="the panel closed: Escape")
+        wait_until(lambda: not scene.is_open(), what="the panel closed: Escape")
         scene.click()
         scene.wait_for(True, "a click right after Escape")
         scene.click()
         scene.wait_for(False, "a second click")
         scene.click()
         scene.wait_for(True, "a click after a click")
+        scene.click_at(100, 700)
+        scene.wait_for(False, "a click on the desktop")
+        scene.click()
+        scene.wait_for(True, "a click after a click on the desktop")
         scene.machine.start("foot", "-a", "elsewhere", "sleep", "600", environment=scene.environment)
         wait_until(lambda: scene.window("elsewhere"), what="another window")
-        scene.wait_for(False, "the focus is in a new window")
+        scene.wait_for(False, "a new window has the focus")
         scene.click()
         scene.wait_for(True, "a click beside a new window")
-        scene.run("swaymsg", "[app_id=elsewhere]", "focus")
-        scene.wait_for(False, "the focus is in another window")
-        scene.click()
-        scene.wait_for(True, "a click beside another window")
         scene.click_at(100, 700)
-        scene.wait_for(False, "a click elsewhere")
+        scene.wait_for(False, "a click on another window")
         assert scene.program.poll() is None
 
 

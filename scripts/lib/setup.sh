@@ -3,9 +3,11 @@
 # Keep docs/dependencies.md in step. Only this file knows the differences between Debian releases.
 clang_version=16
 svg_plugins=()
+layer_shell=()
 if (. /etc/os-release && ((${VERSION_ID:-12} >= 13))); then
   clang_version=19
   svg_plugins=(qt6-svg-plugins) # many applications have SVG icons; before Debian 13 the library brings the plugins
+  layer_shell=(liblayershellqtinterface-dev libwayland-dev) # for Qt 6 since Debian 13
 fi
 
 # Packages for building the program without tests (BUILD_TESTING=OFF), and its run-time modules.
@@ -13,7 +15,7 @@ build_packages=(g++ cmake ninja-build pkg-config libpipewire-0.3-dev libglib2.0-
                 qt6-declarative-dev qt6-svg-dev qt6-l10n-tools libsodium-dev libxcb1-dev librsvg2-bin
                 qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick qml6-module-qtquick-controls
                 qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtquick-window
-                "${svg_plugins[@]}")
+                "${svg_plugins[@]}" "${layer_shell[@]}")
 # Packages for building the tests, and for the desktop and sound server that they start.
 test_packages=(libgtest-dev libgmock-dev
                dbus pipewire pipewire-bin pipewire-pulse libspa-0.2-modules wireplumber pulseaudio-utils ffmpeg

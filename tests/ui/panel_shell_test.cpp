@@ -143,7 +143,7 @@ TEST_F(PanelShellTest, AWindowStandsInForTheTrayWhichClosesWithTheProgram) {
   panel_.window()->close();
   EXPECT_EQ(quits_, 1);
   presence.end();
-  presence.clickIcon();
+  presence.clickIcon({});
   presence.show();
   EXPECT_FALSE(panel_.isOpen()) << "the program has ended";
 }

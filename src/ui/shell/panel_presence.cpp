@@ -30,8 +30,8 @@ void PanelPresence::setTrayShown(bool isShown) {
   }
 }
 
-void PanelPresence::clickIcon() {
-  if (!hasEnded_) window_.toggle(iconGeometry_());
+void PanelPresence::clickIcon(const QPoint& place) {
+  if (!hasEnded_) window_.toggle(iconGeometry_(), place);
 }
 
 void PanelPresence::show() {

@@ -26,8 +26,8 @@ class PanelPresence final : public QObject {
   /// Call when it becomes known whether the tray icon is visible, and at each change.
   void setTrayShown(bool isShown);
 
-  /// Call when the icon is clicked.
-  void clickIcon();
+  /// Call when the icon is clicked; `place` is null if unknown.
+  void clickIcon(const QPoint& place);
 
   /// Opens the panel for a start of the program or a menu action. Waits until it is known whether there is a
   /// tray.

@@ -1,6 +1,7 @@
 #include "ui/shell/panel_window.h"
 
 #include "ui/shell/launch_end.h"
+#include "ui/shell/layer_surface.h"
 #include "ui/shell/panel_placement.h"
 
 #include <QCursor>
@@ -23,11 +24,19 @@ namespace sonvel::ui {
 namespace {
 
 constexpr int kLowestPlainWindow = 120;
+constexpr int kHighestBar = 64; ///< of usual desktops
+
+bool isOnWayland() {
+  return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
 
 QList<ScreenArea> screenAreas() {
   QList<ScreenArea> areas;
-  for (const QScreen* screen : QGuiApplication::screens())
-    areas.append({.geometry = screen->geometry(), .available = screen->availableGeometry()});
+  for (const QScreen* screen : QGuiApplication::screens()) {
+    QRect available = screen->availableGeometry();
+    if (isOnWayland()) available.setHeight(available.height() - kHighestBar); // it tells of no bars
+    areas.append({.geometry = screen->geometry(), .available = available});
+  }
   return areas;
 }
 
@@ -79,7 +88,8 @@ class PanelWindow::Window final : public QQuickWindow {
 struct PanelWindow::Shown {
   QQmlEngine engine; // outlives the objects it creates
   Window window;
-  QQuickItem* root = nullptr; // owned by the window
+  std::unique_ptr<QWindow> surroundings; // null where they are not needed
+  QQuickItem* root = nullptr;            // owned by the window
   Style style = Style::panel;
   bool wasActive = false;
   bool isPlaced = false; // and framed by the window manager, as far as it does and tells
@@ -113,11 +123,15 @@ bool PanelWindow::open(Style style, const QRect& icon) {
     shown_ = make(style);
     if (!shown_) return false;
     shown_->icon = icon;
-    shown_->pointer = QCursor::pos();
+    shown_->pointer = pointer();
     fit();
+    if (style == Style::panel)
+      shown_->surroundings =
+          layInCorner(shown_->window, shown_->window.geometry().center(), [this] { closeByUser(); });
     follow(*shown_->root);
   }
   endLaunch(shown_->window);
+  if (shown_->surroundings) shown_->surroundings->show();
   shown_->window.show();
   shown_->window.raise();
   shown_->window.requestActivate();
@@ -125,7 +139,8 @@ bool PanelWindow::open(Style style, const QRect& icon) {
   return true;
 }
 
-void PanelWindow::toggle(const QRect& icon) {
+void PanelWindow::toggle(const QRect& icon, const QPoint& click) {
+  if (!click.isNull()) lastClick_ = click;
   const auto lostFocus = std::exchange(lostFocus_, std::nullopt);
   if (isOpen()) {
     closeByUser();
@@ -142,6 +157,7 @@ void PanelWindow::close() {
   shown_->window.onEscape = nullptr;
   shown_->window.onExposure = nullptr;
   shown_->window.hide();
+  if (shown_->surroundings) shown_->surroundings->hide();
   leaving_ = std::move(shown_); // one of its parts may be calling this
   QMetaObject::invokeMethod(this, &PanelWindow::destroyLeaving, Qt::QueuedConnection);
   Q_EMIT closed();
@@ -201,6 +217,15 @@ std::unique_ptr<PanelWindow::Shown> PanelWindow::make(Style style) {
 void PanelWindow::follow(QQuickItem& root) {
   connect(&root, &QQuickItem::implicitHeightChanged, this, &PanelWindow::fit);
   connect(&root, &QQuickItem::implicitWidthChanged, this, &PanelWindow::fit);
+}
+
+// Wayland tells no program where the pointer is outside of its windows. Until the icon is clicked, it is
+// taken to be where the tray usually is.
+QPoint PanelWindow::pointer() const {
+  if (!isOnWayland()) return QCursor::pos();
+  if (!lastClick_.isNull()) return lastClick_;
+  const QRect screen = QGuiApplication::primaryScreen()->geometry();
+  return qgetenv("XDG_CURRENT_DESKTOP").contains("KDE") ? screen.bottomRight() : screen.topRight();
 }
 
 // As large as the content, limited by the screen. A panel grows away from the bar, a plain window stays on

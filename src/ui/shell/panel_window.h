@@ -53,8 +53,8 @@ class PanelWindow final : public QObject {
   bool open(Style style, const QRect& icon = {});
 
   /// For a click on the tray icon: opens or closes the panel. A click that has just closed the panel by
-  /// taking the focus does not open it again.
-  void toggle(const QRect& icon = {});
+  /// taking the focus does not open it again. `click` is its place, null if unknown.
+  void toggle(const QRect& icon = {}, const QPoint& click = {});
 
   void close();
 
@@ -80,6 +80,7 @@ class PanelWindow final : public QObject {
 
   [[nodiscard]] std::unique_ptr<Shown> make(Style style);
   void follow(QQuickItem& root);
+  [[nodiscard]] QPoint pointer() const;
   void fit();
   void onFocusWindowChanged(const QObject* focused);
   void destroyLeaving();
@@ -90,6 +91,7 @@ class PanelWindow final : public QObject {
   std::unique_ptr<Shown> shown_;
   std::unique_ptr<Shown> leaving_;            // closed in this turn of the event loop
   std::optional<Clock::TimePoint> lostFocus_; // when that closed the panel
+  QPoint lastClick_;                          // on the icon; null if unknown
 };
 
 } // namespace sonvel::ui

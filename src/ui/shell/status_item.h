@@ -5,6 +5,7 @@
 #include <QIcon>
 #include <QList>
 #include <QObject>
+#include <QPoint>
 #include <functional>
 
 namespace sonvel::ui {
@@ -28,7 +29,7 @@ struct TrayToolTip {
 
 /// User actions on the icon. Called from the event loop.
 struct TrayActions {
-  std::function<void()> clicked;
+  std::function<void(const QPoint& place)> clicked; ///< in logical pixels of all screens; null if unknown
   std::function<void()> middleClicked;
   std::function<void(int)> wheelTurned; ///< in notches; positive away from the user
 };
@@ -80,7 +81,7 @@ class StatusItem final : public QDBusAbstractAdaptor {
   bool isMenu() const { return false; }
 
   // The names are those of the interface. NOLINTBEGIN(readability-identifier-naming)
-  Q_SLOT void Activate(int, int) { actions_.clicked(); }
+  Q_SLOT void Activate(int x, int y) { actions_.clicked({x, y}); }
 
   /// Called before Activate.
   Q_SLOT void ProvideXdgActivationToken(const QString& token);

@@ -72,7 +72,7 @@ void TrayIcon::follow(bool isHosted) {
     tray_ = std::make_unique<QSystemTrayIcon>(icon_);
     tray_->setContextMenu(&menu_);
     connect(tray_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-      if (reason == QSystemTrayIcon::Trigger) Q_EMIT clicked();
+      if (reason == QSystemTrayIcon::Trigger) Q_EMIT clicked({});
       if (reason == QSystemTrayIcon::MiddleClick) Q_EMIT muteChosen();
     });
     tray_->show();
@@ -90,7 +90,7 @@ void TrayIcon::takeOver() {
   exported_ = std::make_unique<QObject>();
   // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): a child
   item_ = new StatusItem(*exported_, kMenuPath,
-                         {.clicked = [this] { Q_EMIT clicked(); },
+                         {.clicked = [this](const QPoint& place) { Q_EMIT clicked(place); },
                           .middleClicked = [this] { Q_EMIT muteChosen(); },
                           .wheelTurned = [this](int notches) { Q_EMIT wheelTurned(notches); }});
   connection->unregisterObject(kItemPath);

@@ -45,7 +45,8 @@ class TrayIcon final : public QObject {
  Q_SIGNALS:
   /// Emitted with isShown() when first known and at each change.
   void shownChanged(bool isShown);
-  void clicked();
+  /// With the place of the click, in logical pixels of all screens; null if unknown.
+  void clicked(const QPoint& place);
   /// In notches; positive away from the user.
   void wheelTurned(int notches);
   void openChosen();
