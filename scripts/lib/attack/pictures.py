@@ -109,8 +109,17 @@ def main():
                  expired):
         with Victim(programs) as victim:
             show(victim)
-    subprocess.run(["montage", *PICTURES, "-tile", "2x", "-geometry", "+8+8", "-gravity", "NorthWest",
-                    "-background", "#777777", f"{folder}/updates.png"], check=True)
+    tile(PICTURES, f"{folder}/updates.png")
+
+
+def tile(pictures, file, columns=2, width=476, height=146):
+    """One picture of all, with space around each."""
+    numbers = range(len(pictures))
+    padded = ";".join(f"[{i}]pad={width}:{height}:8:8:#777777[{i}p]" for i in numbers)
+    places = "|".join(f"{i % columns * width}_{i // columns * height}" for i in numbers)
+    stack = "".join(f"[{i}p]" for i in numbers) + f"xstack={len(pictures)}:layout={places}:fill=#777777"
+    subprocess.run(["ffmpeg", "-loglevel", "error", "-y", *(word for picture in pictures for word in ("-i", picture)),
+                    "-filter_complex", f"{padded};{stack}", file], check=True)
 
 
 main()
