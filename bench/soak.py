@@ -1,6 +1,6 @@
 """Random use of the real program on a virtual desktop: applications come and go and change what they play,
-volumes, routes and the default device change, the panel opens and closes. Fails if the program then holds
-more than after the first part.
+volumes, routes and the default device change, the panel opens and closes. Prints what the program holds at five
+points of time, and fails if it holds more at the last than at the first.
 
 soak.py SECONDS [SEED]"""
 import os
@@ -17,6 +17,7 @@ from support.waiting import wait_until
 
 NAMES = [f"player-{number}" for number in range(1, 9)]
 WARM_UP = 0.3  # part of the time
+MEASURED = 4  # times after that
 SETTLING = 20  # seconds
 ALLOWANCE = 2048  # KiB: the allocator's share varies by about half of that
 SINKS = "Speakers", "Headphones"
@@ -119,21 +120,24 @@ def main(seconds, seed=1):
     with Desktop(is_read=False) as desktop:
         soak = Soak(desktop, seed)
         soak.live(WARM_UP * seconds)
-        before = soak.rest()
-        soak.live((1 - WARM_UP) * seconds)
-        after = soak.rest()
+        held = [soak.rest()]
+        for _ in range(MEASURED):
+            soak.live((1 - WARM_UP) / MEASURED * seconds)
+            held.append(soak.rest())
         deadline = time.monotonic() + SETTLING
-        while grown(before, after) and time.monotonic() < deadline:  # a busy machine takes longer to rest
+        while grown(held[0], held[-1]) and time.monotonic() < deadline:  # a busy machine takes longer to rest
             time.sleep(0.2)
-            after = soak.holdings()
+            held[-1] = soak.holdings()
         print(f"{sum(soak.counts.values())} actions in {seconds:.0f} s:",
               ", ".join(f"{count} {name}" for name, count in sorted(soak.counts.items())))
-        print(f"{'':22} {'before':>8} {'after':>8}")
-        for what, then in before.items():
-            print(f"{what:22} {then:8} {after[what]:8}{'  GROWN' if what in grown(before, after) else ''}")
+        more = grown(held[0], held[-1])
+        for what in held[0]:
+            print(f"{what:22}", *(f"{holdings[what]:8}" for holdings in held), "  GROWN" if what in more else "")
+        if "descriptors" in more:
+            print(*sorted(os.readlink(link) for link in Path(f"/proc/{soak.sonvel.pid}/fd").iterdir()), sep="\n")
         soak.sonvel.terminate()
         assert soak.sonvel.wait(20) == 0
-    return grown(before, after)
+    return more
 
 
 if __name__ == "__main__":

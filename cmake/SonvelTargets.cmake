@@ -13,7 +13,8 @@ set(SONVEL_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize tak
 
 add_library(sonvel_options INTERFACE)
 target_include_directories(sonvel_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
-target_compile_options(sonvel_options INTERFACE
+target_compile_definitions(sonvel_options INTERFACE QT_NO_KEYWORDS)  # `signals` is a name in GIO
+target_compile_options(sonvel_options INTERFACE -pthread  # everywhere: it defines a macro that precompiled headers use
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
     -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi $<$<BOOL:${SONVEL_WARNINGS_AS_ERRORS}>:-Werror>
     -Wno-missing-field-initializers)  # designated initialisers omit members with defaults on purpose

@@ -14,7 +14,8 @@ constexpr qsizetype kMessageBytes = 20; ///< in one X11 client message
 constexpr qsizetype kLongestId = 1024;  ///< far below what would break the connection to the X server
 
 struct Free {
-  void operator()(void* reply) const { std::free(reply); } // NOLINT(cppcoreguidelines-no-malloc): as XCB says
+  // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory): as XCB says
+  void operator()(void* reply) const { std::free(reply); }
 };
 
 xcb_atom_t atom(xcb_connection_t& server, const QByteArray& name) {
