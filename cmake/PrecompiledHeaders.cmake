@@ -1,8 +1,8 @@
-# The headers that most files include, compiled once for many targets, so that a whole build takes less time. CI builds
-# without them, so that a missing include is seen.
+# The headers that most files include, compiled once for many targets, so that a whole build takes less time. Off by
+# default, and in CI, so that a missing include is seen.
 include_guard()
 
-option(SONVEL_PRECOMPILED_HEADERS "Compile the most used headers once for many targets" ON)
+option(SONVEL_PRECOMPILED_HEADERS "Compile the most used headers once for many targets" OFF)
 
 # sonvel_precompile(name HEADERS ... [LIBS ...] [INCLUDES_OF ...] FOR targets...)
 # LIBS: libraries that all targets use; INCLUDES_OF: those whose headers are found, but whose definitions not all
