@@ -122,6 +122,10 @@ std::optional<ChoiceElsewhere> HardwareController::readChoice(const std::string&
     if (!last || choice.serial > last->serial || (last->serial == 0 && !last->uid)) last = std::move(choice);
   }
   if (last && last->uid) chosenElsewhere_.insert(key);
+  // A choice of "follow" may have gone with its stream, and an older one of another stream be read instead.
+  if (const auto follow = followChosen_.find(key);
+      last && follow != followChosen_.end() && last->serial > 0 && last->serial < follow->second)
+    return ChoiceElsewhere{.serial = follow->second};
   return last;
 }
 
@@ -138,7 +142,10 @@ void HardwareController::followChoice(TapSession& session) {
   const bool isRemembered = choice->serial == 0 && choice->uid && !wasChosen;
   if (!isNew && !isRemembered) return;
   holdRoute(key, false);
-  if (!choice->uid) chosenElsewhere_.erase(key); // the session manager then forgets the device
+  if (!choice->uid) {
+    chosenElsewhere_.erase(key); // the session manager then forgets the device
+    followChosen_[key] = choice->serial;
+  }
   session.outputUID = choice->uid;
   session.choice = *std::move(choice);
 }
@@ -162,6 +169,7 @@ void HardwareController::forgetGoneProcesses() {
   };
   std::erase_if(heldRoutes_, isGone);
   std::erase_if(chosenElsewhere_, isGone);
+  std::erase_if(followChosen_, [&](const auto& chosen) { return isGone(chosen.first); });
 }
 
 /// Ends the session of an application whose last process has ended, and keeps its settings for the next one.

@@ -227,6 +227,8 @@ class HardwareController final {
   std::set<std::string> heldRoutes_; ///< stable keys of applications whose route was last chosen here
   std::set<std::string>
       chosenElsewhere_; ///< stable keys of applications for which the session manager may remember a device
+  std::map<std::string, std::uint32_t>
+      followChosen_; ///< stable key → kProcessChoiceSerial of the last "follow" that was chosen elsewhere
   const std::unique_ptr<ApplicationProcesses> processes_;
   std::map<AudioObjectID, std::string>
       formerProcesses_; ///< process → stable key, for sessions and kept settings

@@ -27,9 +27,7 @@ GraphMonitor::GraphMonitor(pw_core* core, Graph& graph, std::function<void()> ch
 }
 
 GraphMonitor::~GraphMonitor() {
-  const auto revision = graph_.revision;
-  graph_ = {};
-  graph_.revision = revision + 1;
+  graph_ = {.lastChoiceSerial = graph_.lastChoiceSerial, .revision = graph_.revision + 1};
 }
 
 void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properties) {

@@ -102,12 +102,16 @@ TEST_F(Following, ObeysWhatIsChosenElsewhere) {
 TEST_F(Following, AChoiceOutlivesTheProcessThatItWasMadeFor) {
   const auto app = playingApp(87);
   addChannel(app);
-  startProcess(app.bundleID, 0.5F, true, "headset");
+  const auto second = startProcess(app.bundleID, 0.5F, true, "headset");
   EXPECT_EQ(heardAtBoth(), Both(0.0F, 0.75F)) << "remembered for a new one";
+  audio_.setProcessOutput(second, "headset");
   audio_.setProcessOutput(87, std::nullopt);
   EXPECT_EQ(heardAtBoth(), Both(0.75F, 0.0F));
   audio_.removeProcess(87);
   EXPECT_EQ(heardAtBoth(), Both(0.5F, 0.0F));
+  controller_->removeChannel(controller_->controlledAppIDs().front());
+  addChannel({.objectID = second, .bundleID = app.bundleID});
+  EXPECT_EQ(heardAtBoth(), Both(0.5F, 0.0F)) << "for a new session too";
 }
 
 TEST_F(Following, AnOlderChoiceForAnotherProcessDoesNotReplaceKeptSettings) {
