@@ -1,5 +1,7 @@
 #include "simulated/simulated_hardware.h"
 
+#include <span>
+
 #include <algorithm>
 
 namespace sonvel::simulated {
@@ -140,7 +142,7 @@ void SimulatedHardware::callBlock(InstalledIOProc ioProc, const AudioTimeStamp& 
   runningIOProc_ = ioProc.what.id;
   lock.unlock();
   (*ioProc.block)(start, AudioBufferList{inputBuffers}, start, outputList, start);
-  std::fill(output.begin() + outputBuffer.writtenBytes / sizeof(float), output.end(), 0.0F);
+  std::ranges::fill(std::span(output).subspan(outputBuffer.writtenBytes / sizeof(float)), 0.0F);
   ioProc.block.reset(); // before waitForBlock() returns
   lock.lock();
   runningIOProc_ = 0;
