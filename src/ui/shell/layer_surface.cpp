@@ -81,13 +81,13 @@ class Surroundings final : public QRasterWindow {
 } // namespace
 
 std::unique_ptr<QWindow> layInCorner(QWindow& window, const QPoint& place,
-                                     std::function<void()> clickedBeside) {
+                                     const std::function<void()>& clickedBeside) {
   if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) return nullptr;
   static const bool isPossible = doesCompositorKnowLayers();
   if (!isPossible) return nullptr;
   if (QScreen* const screen = QGuiApplication::screenAt(place)) window.setScreen(screen);
   makeLayer(window, nearestCorner(window.screen()->geometry(), place), Layer::KeyboardInteractivityOnDemand);
-  return std::make_unique<Surroundings>(window.screen(), std::move(clickedBeside));
+  return std::make_unique<Surroundings>(window.screen(), clickedBeside);
 }
 
 } // namespace sonvel::ui
@@ -99,7 +99,7 @@ std::unique_ptr<QWindow> layInCorner(QWindow& window, const QPoint& place,
 namespace sonvel::ui {
 
 std::unique_ptr<QWindow> layInCorner(QWindow& /*window*/, const QPoint& /*place*/,
-                                     std::function<void()> /*clickedBeside*/) {
+                                     const std::function<void()>& /*clickedBeside*/) {
   return nullptr;
 }
 

@@ -17,6 +17,6 @@ namespace sonvel::ui {
 /// Null, and nothing is done, on other platforms, where the compositor lacks the layer shell, and in a build
 /// without it. Main thread; blocks for one answer of the compositor at the first call.
 [[nodiscard]] std::unique_ptr<QWindow> layInCorner(QWindow& window, const QPoint& place,
-                                                   std::function<void()> clickedBeside);
+                                                   const std::function<void()>& clickedBeside);
 
 } // namespace sonvel::ui
