@@ -65,7 +65,10 @@ class Server {
   using Properties = std::map<std::string, std::string>;
 
   std::string text(const std::vector<std::string>& known) {
-    if (input_.ConsumeProbability<float>() > 0.8F) return input_.ConsumeRandomLengthString(40).c_str();
+    if (input_.ConsumeProbability<float>() > 0.8F) {
+      const std::string any = input_.ConsumeRandomLengthString(40);
+      return any.substr(0, any.find('\0')); // properties end there
+    }
     return known[input_.ConsumeIntegralInRange<std::size_t>(0, known.size() - 1)];
   }
 
