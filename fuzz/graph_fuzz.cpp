@@ -1,5 +1,6 @@
 // Properties and metadata of any content, in any order, into the mirror of the server's graph, while our own
-// writes are on their way. In the end the mirror has the server's metadata, and nothing is left to write.
+// writes are on their way, and the server does not report everything. When the mirror has read all again, it
+// has the server's metadata, and nothing is left to write.
 #include "expect.h"
 #include "pipewire/graph_plan.h"
 #include "pipewire/metadata_mirror.h"
@@ -43,14 +44,15 @@ class Server {
   }
 
   void step() {
-    constexpr void (Server::*kSteps[])(GlobalID) = {&Server::addClient, &Server::addStream, &Server::addOther,
-                                                    &Server::remove,    &Server::change,    &Server::clear,
-                                                    &Server::takeWrite, &Server::write};
+    constexpr void (Server::*kSteps[])(GlobalID) = {
+        &Server::addClient, &Server::addStream, &Server::addOther, &Server::remove,     &Server::change,
+        &Server::clear,     &Server::takeWrite, &Server::write,    &Server::fallSilent, &Server::readAgain};
     const auto id = input_.ConsumeIntegralInRange<GlobalID>(1, kIDs);
     (this->*input_.PickValueInArray(kSteps))(id);
   }
 
   void settle() {
+    readAgain(0);
     for (int round = 0; write(0), !onTheirWay_.empty(); ++round) {
       expect(round < 20, "nothing is left to write");
       while (!onTheirWay_.empty())
@@ -142,8 +144,22 @@ class Server {
     const auto former = entries.extract(write.key);
     if (write.value) entries.emplace(write.key, *write.value);
     const bool isSame = write.value ? former && former.mapped() == *write.value : former.empty();
-    if (!isSame) mirror_.reported(subject, write.key, write.value);
+    if (!isSame && !isSilent_) mirror_.reported(subject, write.key, write.value);
     (void)nameInJSON(write.value ? write.value->value.c_str() : "");
+  }
+
+  /// Another program binds the metadata: changes are not reported to us.
+  void fallSilent(GlobalID /*any*/) { isSilent_ = true; }
+
+  /// The server answers after our earlier writes; we write while the answer is on its way.
+  void readAgain(GlobalID /*any*/) {
+    mirror_.readingBegins();
+    while (!onTheirWay_.empty())
+      takeWrite(0);
+    isSilent_ = false;
+    const auto answer = metadata_;
+    write(0);
+    mirror_.read(answer);
   }
 
   /// We write what the plan asks for.
@@ -164,6 +180,7 @@ class Server {
   FuzzedDataProvider& input_;
   std::map<GlobalID, MetadataEntries> metadata_; ///< what the server has
   std::deque<std::pair<GlobalID, MetadataWrite>> onTheirWay_;
+  bool isSilent_ = false;
   Graph graph_;
   MetadataMirror mirror_{graph_};
 };

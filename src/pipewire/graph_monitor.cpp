@@ -12,6 +12,7 @@ namespace sonvel::pipewire {
 GraphMonitor::GraphMonitor(pw_core* core, Graph& graph, std::function<void()> changed)
     : graph_(graph)
     , changed_(std::move(changed))
+    , loop_(pw_context_get_main_loop(pw_core_get_context(core)))
     , registry_(asProxy(pw_core_get_registry(core, PW_VERSION_REGISTRY, 0))) {
   static const pw_registry_events events = [] {
     pw_registry_events made{};
@@ -36,6 +37,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
   if (is(PW_TYPE_INTERFACE_Client)) {
     graph_.clients[id] = {.serial = numberOf(properties, PW_KEY_OBJECT_SERIAL).value_or(0)};
     watches_[id] = std::make_unique<ClientWatch>(registry, id, graph_, changed_);
+    if (MetadataWatch* watch = metadataWatch()) watch->onNewClient();
   } else if (is(PW_TYPE_INTERFACE_Node)) {
     graph_.nodes[id] = readNode(properties);
     graph_.nodes[id].isUnread = true;
@@ -54,7 +56,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
   } else if (is(PW_TYPE_INTERFACE_Metadata) && textOf(properties, PW_KEY_METADATA_NAME) == "default") {
     graph_.hasMetadata = true;
     metadataID_ = id;
-    watches_[id] = std::make_unique<MetadataWatch>(registry, id, graph_, changed_);
+    watches_[id] = std::make_unique<MetadataWatch>(loop_, registry, id, graph_, changed_);
   } else if (is(PW_TYPE_INTERFACE_Core)) {
     graph_.isServerHidden = false;
   } else {

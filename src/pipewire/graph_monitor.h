@@ -49,6 +49,7 @@ class GraphMonitor {
 
   Graph& graph_;
   std::function<void()> changed_;
+  pw_loop* loop_;
   ProxyHandle registry_;
   Hook registryHook_;
   std::map<GlobalID, std::unique_ptr<Watch>> watches_;

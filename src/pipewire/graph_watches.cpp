@@ -122,10 +122,14 @@ void GraphMonitor::CardWatch::onParam(std::uint32_t param, std::uint32_t index, 
   changed_();
 }
 
-GraphMonitor::MetadataWatch::MetadataWatch(pw_registry* registry, GlobalID id, Graph& graph,
+GraphMonitor::MetadataWatch::MetadataWatch(pw_loop* loop, pw_registry* registry, GlobalID id, Graph& graph,
                                            const std::function<void()>& changed)
     : Watch(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, graph, changed)
-    , mirror_(graph) {
+    , mirror_(graph)
+    , reader_(loop, registry, id, mirror_, [this] {
+      updateDefaultSink();
+      changed_();
+    }) {
   static const pw_metadata_events events = [] {
     pw_metadata_events made{};
     made.version = PW_VERSION_METADATA_EVENTS;
@@ -136,6 +140,7 @@ GraphMonitor::MetadataWatch::MetadataWatch(pw_registry* registry, GlobalID id, G
     return made;
   }();
   pw_metadata_add_listener(fromProxy<pw_metadata>(proxy_), hook_.get(), &events, this);
+  reader_.readSoon(); // other programs bind it now too
 }
 
 int GraphMonitor::MetadataWatch::onProperty(std::uint32_t subject, const char* key, const char* type,
@@ -146,12 +151,16 @@ int GraphMonitor::MetadataWatch::onProperty(std::uint32_t subject, const char* k
     mirror_.reported(subject, key, std::nullopt);
   else
     mirror_.reported(subject, key, MetadataValue{type == nullptr ? "" : type, value});
+  updateDefaultSink();
+  changed_();
+  return 0;
+}
+
+void GraphMonitor::MetadataWatch::updateDefaultSink() {
   if (const MetadataValue* sink = graph_.metadataOf(PW_ID_CORE, "default.audio.sink"))
     graph_.defaultSinkName = nameInJSON(sink->value.c_str());
   else
     graph_.defaultSinkName.clear();
-  changed_();
-  return 0;
 }
 
 } // namespace sonvel::pipewire

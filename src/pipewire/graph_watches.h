@@ -2,6 +2,7 @@
 
 #include "pipewire/graph_monitor.h"
 #include "pipewire/metadata_mirror.h"
+#include "pipewire/metadata_reader.h"
 
 #include <functional>
 #include <set>
@@ -67,14 +68,20 @@ class GraphMonitor::CardWatch : public Watch {
 /// Reads the streams' targets and the default sink.
 class GraphMonitor::MetadataWatch : public Watch {
  public:
-  MetadataWatch(pw_registry* registry, GlobalID id, Graph& graph, const std::function<void()>& changed);
+  MetadataWatch(pw_loop* loop, pw_registry* registry, GlobalID id, Graph& graph,
+                const std::function<void()>& changed);
 
   MetadataMirror& mirror() noexcept { return mirror_; }
 
+  /// A program has connected, and binds the metadata soon.
+  void onNewClient() { reader_.readSoon(); }
+
  private:
   int onProperty(std::uint32_t subject, const char* key, const char* type, const char* value);
+  void updateDefaultSink();
 
   MetadataMirror mirror_;
+  MetadataReader reader_;
 };
 
 } // namespace sonvel::pipewire

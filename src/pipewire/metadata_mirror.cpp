@@ -5,7 +5,7 @@
 namespace sonvel::pipewire {
 
 void MetadataMirror::wrote(GlobalID subject, const MetadataWrite& write) {
-  ownWrites_[subject].push_back(write);
+  ownWrites_[subject].push_back({write, readings_});
   apply(subject, write);
   const auto stream = graph_.nodes.find(subject);
   if (stream != graph_.nodes.end() && isTarget(write.key)) stream->second.overwritten.reset();
@@ -29,6 +29,32 @@ void MetadataMirror::reported(GlobalID subject, const std::string& key, std::opt
   apply(subject, change);
 }
 
+void MetadataMirror::read(const Entries& entries) {
+  // What the server has answered to the earlier writes either is in the entries or has been replaced.
+  for (auto writes = ownWrites_.begin(); writes != ownWrites_.end();) {
+    std::erase_if(writes->second, [this](const OwnWrite& own) { return own.reading < readings_; });
+    writes = writes->second.empty() ? ownWrites_.erase(writes) : std::next(writes);
+  }
+  const MetadataEntries none;
+  for (const auto& [subject, known] : Entries(graph_.metadata)) {
+    const auto read = entries.find(subject);
+    for (const auto& [key, value] : known)
+      compare(subject, key, read == entries.end() ? none : read->second);
+  }
+  for (const auto& [subject, read] : entries)
+    for (const auto& [key, value] : read)
+      compare(subject, key, read);
+}
+
+void MetadataMirror::compare(GlobalID subject, const std::string& key, const MetadataEntries& read) {
+  if (isOnItsWay(subject, key)) return;
+  const auto entry = read.find(key);
+  const MetadataValue* value = entry == read.end() ? nullptr : &entry->second;
+  const MetadataValue* known = graph_.metadataOf(subject, key);
+  const bool isSame = value == nullptr || known == nullptr ? value == known : *value == *known;
+  if (!isSame) reported(subject, key, value == nullptr ? std::nullopt : std::optional(*value));
+}
+
 void MetadataMirror::forget(GlobalID subject) {
   ownWrites_.erase(subject);
   graph_.metadata.erase(subject);
@@ -38,7 +64,8 @@ void MetadataMirror::forget(GlobalID subject) {
 bool MetadataMirror::takeEcho(GlobalID subject, const MetadataWrite& reported) {
   const auto writes = ownWrites_.find(subject);
   if (writes == ownWrites_.end()) return false;
-  const auto own = std::ranges::find_if(writes->second, [&](const MetadataWrite& write) {
+  const auto own = std::ranges::find_if(writes->second, [&](const OwnWrite& candidate) {
+    const MetadataWrite& write = candidate.write;
     return write.key == reported.key && write.value.has_value() == reported.value.has_value() &&
            (!write.value || write.value->value == reported.value->value);
   });
@@ -51,7 +78,7 @@ bool MetadataMirror::takeEcho(GlobalID subject, const MetadataWrite& reported) {
 bool MetadataMirror::isOnItsWay(GlobalID subject, const std::string& key) const {
   const auto writes = ownWrites_.find(subject);
   return writes != ownWrites_.end() &&
-         std::ranges::find(writes->second, key, &MetadataWrite::key) != writes->second.end();
+         std::ranges::any_of(writes->second, [&](const OwnWrite& own) { return own.write.key == key; });
 }
 
 void MetadataMirror::apply(GlobalID subject, const MetadataWrite& write) {

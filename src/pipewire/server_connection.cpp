@@ -16,8 +16,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kRetryDelay{300};
 
-// Longer than the permission poll (5 s), so that it sees the loss even if we get our rights back at once.
-constexpr std::chrono::milliseconds kStaysAway{6000};
+// Longer than the permission poll (5 s), so that it sees the loss even if we get our rights back at once, and
+// the user can read of it for some seconds before the next reconciliation.
+constexpr std::chrono::milliseconds kStaysAway{8000};
 
 // The registry answers the first sync with the objects, the second with their details.
 constexpr int kSyncsUntilReady = 2;

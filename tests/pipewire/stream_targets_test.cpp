@@ -8,6 +8,7 @@ namespace sonvel::pipewire {
 namespace {
 
 constexpr GlobalID kStream = 70;
+constexpr GlobalID kServer = 0;
 constexpr GlobalID kHeadphones = 40;
 const std::string kTap = "sonvel-tap-1";
 const MetadataValue kHeadphonesByID{"Spa:Id", std::to_string(kHeadphones)};
@@ -122,6 +123,27 @@ TEST(MetadataMirror, WritesAChoiceAgainThatAWriteOfOursHasOvertaken) {
     EXPECT_EQ(targetTapOf(graph, kStream), kTap);
     EXPECT_EQ(graph.nodes[kStream].choiceSerial, 1U);
   }
+}
+
+TEST(MetadataMirror, FindsWhatWasNotReportedWhenItIsReadAgain) {
+  Graph graph = graphWith({});
+  graph.nodes[kStream].wasLinked = true;
+  MetadataMirror mirror(graph);
+  const auto into = writesInto(GraphIndex(graph), kStream, kTap);
+  for (const auto& write : into)
+    mirror.wrote(kStream, write); // its answers are lost
+  mirror.readingBegins();
+  mirror.wrote(kServer, {"written", kNoTarget}); // while the server reads
+  MetadataEntries server = graph.metadata[kStream];
+  server["target.object"] = kHeadphonesBySerial; // a choice that is not reported
+  mirror.read({{kStream, server}, {kServer, {{"default.audio.sink", kNoTarget}}}});
+  EXPECT_EQ(graph.metadata[kStream], server);
+  EXPECT_EQ(graph.nodes[kStream].choiceSerial, 1U);
+  EXPECT_EQ(graph.metadata[kServer].size(), 2U);
+  mirror.readingBegins();
+  mirror.read({{kStream, server}}); // its own write is lost, too
+  EXPECT_TRUE(graph.metadata[kServer].empty());
+  EXPECT_EQ(graph.nodes[kStream].choiceSerial, 1U);
 }
 
 } // namespace sonvel::pipewire

@@ -1,6 +1,8 @@
 """Applications under control while devices, routes and processes come and go: within a second each is heard
 where its user expects it, at the set volume."""
 
+from support.waiting import wait_until
+
 AT_ONCE = 1.4  # seconds: one, plus the time to measure a tone
 
 
@@ -41,6 +43,18 @@ def test_moves_made_elsewhere_become_the_route_and_follow_is_one_of_them(machine
     machine.graph.set_metadata(player.node, "target.object", "-1", "Spa:Id")
     machine.graph.set_metadata(player.node, "target.node", "-1", "Spa:Id")
     machine.sink("Speakers").wait_for_tone(1000, 0.2, within=AT_ONCE)
+
+
+def test_move_elsewhere_that_the_server_does_not_report_is_obeyed_soon(machine, holder):
+    player = machine.player(1000, 0.4)
+    holder.add(player.pid, 0.5)
+    machine.sink("Speakers").wait_for_tone(1000, 0.2)
+    machine.stop("wireplumber")
+    machine.move(player.node, "Headphones")
+    machine.start("pw-metadata", name="reader")  # until it is answered, the server reports changes to it alone
+    wait_until(lambda: machine.graph.objects("Client", **{"application.name": "pw-metadata"}), what="its client")
+    machine.resume("wireplumber")
+    machine.sink("Headphones").wait_for_tone(1000, 0.2, within=2 * AT_ONCE)
 
 
 def test_follow_chosen_here_holds_at_the_next_start_though_another_device_is_remembered(machine, holder):

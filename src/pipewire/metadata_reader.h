@@ -1,0 +1,47 @@
+#pragma once
+
+#include "pipewire/handles.h"
+#include "pipewire/loop_thread.h"
+#include "pipewire/metadata_mirror.h"
+
+#include <pipewire/extensions/metadata.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+namespace sonvel::pipewire {
+
+/// Reads the whole metadata again after changes may have been missed: from when a program binds the metadata
+/// until the session manager has answered, the server reports changes to that program alone. Loop thread.
+class MetadataReader {
+ public:
+  /// `finished` runs after each reading has been given to the mirror.
+  MetadataReader(pw_loop* loop, pw_registry* registry, GlobalID metadata, MetadataMirror& mirror,
+                 std::function<void()> finished);
+  ~MetadataReader();
+  MetadataReader(const MetadataReader&) = delete;
+  MetadataReader& operator=(const MetadataReader&) = delete;
+
+  /// Reads it half a second from now, when a program that connects now has bound it. Repeated calls do not
+  /// delay it.
+  void readSoon();
+
+ private:
+  class Reading;
+
+  void start();
+  void take();
+
+  pw_registry* registry_;
+  GlobalID metadata_;
+  MetadataMirror& mirror_;
+  std::function<void()> finished_;
+  LoopTimer delay_;
+  LoopEvent complete_; ///< a proxy must not be destroyed in its own event
+  bool isWanted_ = false;
+  bool isWantedAgain_ = false;
+  std::unique_ptr<Reading> reading_;
+};
+
+} // namespace sonvel::pipewire
