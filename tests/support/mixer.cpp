@@ -9,15 +9,21 @@
 #include <pipewire/pipewire.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
 #include <utility>
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kBindsWithin{500};
 
 struct Mixer {
   pw_thread_loop* loop = nullptr;
@@ -28,6 +34,7 @@ struct Mixer {
   spa_hook metadataListener{};
   std::map<std::uint32_t, std::map<std::string, std::string>> entries; // value by subject and key
   std::set<std::uint32_t> globals = {0};
+  std::optional<Clock::time_point> newClientAt; ///< since the metadata was bound
   int lastSync = 0;
   bool isSynchronized = false;
 
@@ -36,17 +43,20 @@ struct Mixer {
     auto& self = *static_cast<Mixer*>(data);
     self.globals.insert(id);
     pw_core_sync(self.core, PW_ID_CORE, 0); // any message tells the server that we know this object
+    if (spa_streq(type, PW_TYPE_INTERFACE_Client)) self.newClientAt = Clock::now();
     if (!spa_streq(type, PW_TYPE_INTERFACE_Metadata) || properties == nullptr ||
         !spa_streq(spa_dict_lookup(properties, PW_KEY_METADATA_NAME), "default"))
       return;
     self.metadataID = id;
     self.bindMetadata();
+    self.newClientAt = Clock::now(); // the others bind it now too
   }
 
   void bindMetadata() {
     static const pw_metadata_events events = {.version = PW_VERSION_METADATA_EVENTS,
                                               .property = &Mixer::onProperty};
     entries.clear();
+    newClientAt.reset();
     metadata = static_cast<pw_metadata*>(
         pw_registry_bind(registry, metadataID, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0));
     pw_metadata_add_listener(metadata, &metadataListener, &events, this);
@@ -86,10 +96,12 @@ struct Mixer {
 
   /// Returns when everything that the server knows now has arrived.
   void synchronize() {
-    // The server does not report changed entries of a removed object.
-    if (metadata != nullptr && std::ranges::any_of(entries, [this](const auto& subject) {
-          return !globals.contains(subject.first);
-        })) {
+    // The server does not report changed entries of a removed object, nor changes while another program binds
+    // the metadata.
+    const bool mayHaveMissed = newClientAt && Clock::now() - *newClientAt > kBindsWithin;
+    if (metadata != nullptr && (mayHaveMissed || std::ranges::any_of(entries, [this](const auto& subject) {
+                                  return !globals.contains(subject.first);
+                                }))) {
       forgetMetadata();
       bindMetadata();
     }
