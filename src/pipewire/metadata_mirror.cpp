@@ -29,6 +29,13 @@ void MetadataMirror::reported(GlobalID subject, const std::string& key, std::opt
   apply(subject, change);
 }
 
+void MetadataMirror::readingBegins() {
+  ++readings_;
+  knownUntilSerial_ = newestSerial_;
+  for (const auto& [id, node] : graph_.nodes)
+    newestSerial_ = std::max(newestSerial_, node.serial);
+}
+
 void MetadataMirror::read(const Entries& entries) {
   // What the server has answered to the earlier writes either is in the entries or has been replaced.
   for (auto writes = ownWrites_.begin(); writes != ownWrites_.end();) {
@@ -52,7 +59,13 @@ void MetadataMirror::compare(GlobalID subject, const std::string& key, const Met
   const MetadataValue* value = entry == read.end() ? nullptr : &entry->second;
   const MetadataValue* known = graph_.metadataOf(subject, key);
   const bool isSame = value == nullptr || known == nullptr ? value == known : *value == *known;
-  if (!isSame) reported(subject, key, value == nullptr ? std::nullopt : std::optional(*value));
+  if (isSame) return;
+  const auto node = graph_.nodes.find(subject);
+  const auto missed = value == nullptr ? std::nullopt : std::optional(*value);
+  if (node != graph_.nodes.end() && node->second.serial > knownUntilSerial_)
+    apply(subject, {key, missed});
+  else
+    reported(subject, key, missed);
 }
 
 void MetadataMirror::forget(GlobalID subject) {

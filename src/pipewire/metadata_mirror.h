@@ -27,9 +27,11 @@ class MetadataMirror {
   void reported(GlobalID subject, const std::string& key, std::optional<MetadataValue> value);
 
   /// All metadata is requested from the server now, after our writes so far.
-  void readingBegins() noexcept { ++readings_; }
+  void readingBegins();
 
-  /// The answer to the last such request, with all changes since then: what differs has not been reported.
+  /// The answer to the last such request, with all changes since then: what differs has not been reported. For
+  /// a stream that was there at the request before, it is somebody's choice; for a newer one, what the session
+  /// manager has restored.
   void read(const Entries& entries);
 
   /// The subject, or all of its entries, are gone; its ID may be another object's next.
@@ -49,6 +51,8 @@ class MetadataMirror {
   Graph& graph_;
   std::map<GlobalID, std::vector<OwnWrite>> ownWrites_; ///< not reported yet, in the order of the writes
   std::uint64_t readings_ = 0;
+  std::uint64_t newestSerial_ = 0;     ///< of the nodes at the last request
+  std::uint64_t knownUntilSerial_ = 0; ///< of the nodes at the request before
 };
 
 } // namespace sonvel::pipewire

@@ -9,16 +9,16 @@ namespace {
 
 constexpr GlobalID kStream = 70;
 constexpr GlobalID kServer = 0;
-constexpr GlobalID kHeadphones = 40;
+constexpr GlobalID kHeadset = 40;
 const std::string kTap = "sonvel-tap-1";
-const MetadataValue kHeadphonesByID{"Spa:Id", std::to_string(kHeadphones)};
-const MetadataValue kHeadphonesBySerial{"Spa:Id", "1040"};
+const MetadataValue kHeadsetByID{"Spa:Id", std::to_string(kHeadset)};
+const MetadataValue kHeadsetBySerial{"Spa:Id", "1040"};
 const MetadataValue kNoTarget{"Spa:Id", "-1"};
 
 Graph graphWith(MetadataEntries entries) {
   Graph graph;
-  graph.nodes[kHeadphones].name = "headphones";
-  graph.nodes[kHeadphones].serial = 1040;
+  graph.nodes[kHeadset].name = "headset";
+  graph.nodes[kHeadset].serial = 1040;
   graph.metadata[kStream] = std::move(entries);
   return graph;
 }
@@ -38,10 +38,9 @@ void write(Graph& graph, const std::vector<MetadataWrite>& writes) {
 
 const std::map<std::string, MetadataEntries> kUsersChoices{
     {"none", {}},
-    {"by a mixer of this desktop", {{"target.node", kHeadphonesByID}}},
-    {"by a mixer that writes both",
-     {{"target.node", kHeadphonesByID}, {"target.object", kHeadphonesBySerial}}},
-    {"by the session manager's memory", {{"target.object", kHeadphonesBySerial}}},
+    {"by a mixer of this desktop", {{"target.node", kHeadsetByID}}},
+    {"by a mixer that writes both", {{"target.node", kHeadsetByID}, {"target.object", kHeadsetBySerial}}},
+    {"by the session manager's memory", {{"target.object", kHeadsetBySerial}}},
     {"taken back", {{"target.node", kNoTarget}}},
     {"taken back by a mixer that writes both", {{"target.node", kNoTarget}, {"target.object", kNoTarget}}},
     {"of other things", {{"volume.note", {"", "loud"}}}},
@@ -90,7 +89,7 @@ TEST(StreamTargets, KeepANewChoiceThatIsMadeWhileTheStreamIsTapped) {
 
 TEST(MetadataMirror, WritesAChoiceAgainThatAWriteOfOursHasOvertaken) {
   for (const auto& choice : {MetadataWrite{"target.object", kNoTarget}, {"target.object", std::nullopt}}) {
-    Graph graph = graphWith({{"target.object", kHeadphonesBySerial}});
+    Graph graph = graphWith({{"target.object", kHeadsetBySerial}});
     graph.nodes[kStream].wasLinked = true;
     MetadataMirror mirror(graph);
     MetadataEntries server = graph.metadata[kStream];
@@ -128,6 +127,7 @@ TEST(MetadataMirror, WritesAChoiceAgainThatAWriteOfOursHasOvertaken) {
 TEST(MetadataMirror, FindsWhatWasNotReportedWhenItIsReadAgain) {
   Graph graph = graphWith({});
   graph.nodes[kStream].wasLinked = true;
+  graph.nodes[kStream].serial = 2000;
   MetadataMirror mirror(graph);
   const auto into = writesInto(GraphIndex(graph), kStream, kTap);
   for (const auto& write : into)
@@ -135,15 +135,20 @@ TEST(MetadataMirror, FindsWhatWasNotReportedWhenItIsReadAgain) {
   mirror.readingBegins();
   mirror.wrote(kServer, {"written", kNoTarget}); // while the server reads
   MetadataEntries server = graph.metadata[kStream];
-  server["target.object"] = kHeadphonesBySerial; // a choice that is not reported
-  mirror.read({{kStream, server}, {kServer, {{"default.audio.sink", kNoTarget}}}});
-  EXPECT_EQ(graph.metadata[kStream], server);
-  EXPECT_EQ(graph.nodes[kStream].choiceSerial, 1U);
+  const auto moved = [&](const MetadataValue& device) {
+    server["target.object"] = device;
+    mirror.read({{kStream, server}, {kServer, {{"default.audio.sink", kNoTarget}}}});
+    EXPECT_EQ(graph.metadata[kStream], server);
+  };
+  moved(kHeadsetBySerial); // of a stream as new as that, it is what the session manager restores
+  EXPECT_EQ(graph.nodes[kStream].choiceSerial, 0U);
   EXPECT_EQ(graph.metadata[kServer].size(), 2U);
+  for (const auto& write : into)
+    mirror.wrote(kStream, write);
   mirror.readingBegins();
-  mirror.read({{kStream, server}}); // its own write is lost, too
-  EXPECT_TRUE(graph.metadata[kServer].empty());
+  moved(kHeadsetByID); // a choice
   EXPECT_EQ(graph.nodes[kStream].choiceSerial, 1U);
+  EXPECT_EQ(graph.metadata[kServer].size(), 1U); // the other write is lost
 }
 
 } // namespace sonvel::pipewire
