@@ -29,9 +29,9 @@ class MetadataMirror {
   /// All metadata is requested from the server now, after our writes so far.
   void readingBegins();
 
-  /// The answer to the last such request, with all changes since then: what differs has not been reported. For
-  /// a stream that was there at the request before, it is somebody's choice; for a newer one, what the session
-  /// manager has restored.
+  /// The answer to the last such request, with all changes since then: what differs has not been reported.
+  /// For a stream that was there at the request before, it is somebody's choice; for a newer one, what the
+  /// session manager has restored.
   void read(const Entries& entries);
 
   /// The subject, or all of its entries, are gone; its ID may be another object's next.
