@@ -15,8 +15,8 @@ namespace sonvel {
 
 namespace {
 
-const QString kService = QStringLiteral("com.quellmarsh.sonvel");
-const QString kPath = QStringLiteral("/com/quellmarsh/sonvel");
+const QString kOwnService = QStringLiteral("com.quellmarsh.sonvel");
+const QString kOwnPath = QStringLiteral("/com/quellmarsh/sonvel");
 const QString kApplicationInterface = QStringLiteral("org.freedesktop.Application");
 
 constexpr const char* kWaylandToken = "activation-token";
@@ -45,8 +45,8 @@ SingleInstance::SingleInstance(InstanceRequests requests, LaunchToken token, QDB
 
 SingleInstance::~SingleInstance() {
   if (!isFirst_) return;
-  bus_.interface()->unregisterService(kService);
-  bus_.unregisterObject(kPath);
+  bus_.interface()->unregisterService(kOwnService);
+  bus_.unregisterObject(kOwnPath);
 }
 
 SingleInstance::Outcome SingleInstance::acquire() {
@@ -69,35 +69,36 @@ SingleInstance::Outcome SingleInstance::acquire() {
 
 // Registers the object before the name, so that no caller finds the name without the object.
 bool SingleInstance::takeName() {
-  bus_.registerObject(kPath, service_.get(),
+  bus_.registerObject(kOwnPath, service_.get(),
                       QDBusConnection::ExportScriptableInvokables | QDBusConnection::ExportAdaptors);
-  const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply = bus_.interface()->registerService(
-      kService, QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);
+  const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
+      bus_.interface()->registerService(kOwnService, QDBusConnectionInterface::DontQueueService,
+                                        QDBusConnectionInterface::DontAllowReplacement);
   isFirst_ = reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered;
-  if (!isFirst_) bus_.unregisterObject(kPath);
+  if (!isFirst_) bus_.unregisterObject(kOwnPath);
   return isFirst_;
 }
 
 SingleInstance::Answer SingleInstance::askFirst(std::chrono::milliseconds within) {
-  QDBusMessage request =
-      QDBusMessage::createMethodCall(kService, kPath, kApplicationInterface, QStringLiteral("Activate"));
+  QDBusMessage request = QDBusMessage::createMethodCall(kOwnService, kOwnPath, kApplicationInterface,
+                                                        QStringLiteral("Activate"));
   request << toPlatformData(token_);
   request.setAutoStartService(false);
   const QDBusMessage reply = bus_.call(request, QDBus::Block, static_cast<int>(within.count()));
   if (reply.type() == QDBusMessage::ReplyMessage) return Answer::shown;
 
   // The first instance may have ended after the call was sent, without reading it.
-  const bool isGone = !bus_.interface()->isServiceRegistered(kService).value();
+  const bool isGone = !bus_.interface()->isServiceRegistered(kOwnService).value();
   return isGone || reply.errorName() == QLatin1String(SingleInstanceService::kLeavingError) ? Answer::leaving
                                                                                             : Answer::none;
 }
 
 void SingleInstance::waitForName(std::chrono::milliseconds within) {
   QEventLoop loop;
-  const QDBusServiceWatcher watcher(kService, bus_, QDBusServiceWatcher::WatchForUnregistration);
+  const QDBusServiceWatcher watcher(kOwnService, bus_, QDBusServiceWatcher::WatchForUnregistration);
   QObject::connect(&watcher, &QDBusServiceWatcher::serviceUnregistered, &loop, &QEventLoop::quit);
   QTimer::singleShot(within, &loop, &QEventLoop::quit);
-  if (bus_.interface()->isServiceRegistered(kService).value()) loop.exec();
+  if (bus_.interface()->isServiceRegistered(kOwnService).value()) loop.exec();
 }
 
 } // namespace sonvel
