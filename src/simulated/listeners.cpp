@@ -34,6 +34,7 @@ void SimulatedHardware::tellListeners() {
   std::vector<Listener> due;
   {
     const std::lock_guard lock(mutex_);
+    if (changes_.empty()) return; // as after most calls
     const auto hasChanged = [this](const Listener& listener) {
       return std::find(changes_.begin(), changes_.end(), listener.property) != changes_.end();
     };
