@@ -4,6 +4,8 @@
 #include "engine/hardware_controller.h"
 #include "engine/tap_session.h"
 
+#include <algorithm>
+
 namespace sonvel {
 
 void HardwareController::setGain(float gain, AudioObjectID appID) {
@@ -44,12 +46,14 @@ std::vector<AudioObjectID> HardwareController::controlledAppIDs() const {
   return appIDs;
 }
 
-std::map<AudioObjectID, float> HardwareController::peaks() const {
+std::vector<ProcessPeak> HardwareController::peaks() const {
   assertOnExecutor();
-  std::map<AudioObjectID, float> peaks;
+  std::vector<ProcessPeak> peaks;
+  peaks.reserve(sessions_.size());
   for (const auto& [sessionID, session] : sessions_)
     for (const auto process : session->processes)
-      peaks.emplace(process, session->isPlaying ? session->metrics->inPeak() : 0.0F);
+      peaks.emplace_back(process, session->isPlaying ? session->metrics->inPeak() : 0.0F);
+  std::ranges::sort(peaks, {}, &ProcessPeak::first);
   return peaks;
 }
 

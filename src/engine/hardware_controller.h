@@ -24,6 +24,9 @@ struct ChannelMetrics {
   bool operator==(const ChannelMetrics&) const = default;
 };
 
+/// A process, and the largest absolute sample of its session.
+using ProcessPeak = std::pair<AudioObjectID, float>;
+
 class ApplicationProcesses;
 class CaptureProbe;
 class ChangeListeners;
@@ -111,9 +114,9 @@ class HardwareController final {
   /// In no particular order.
   std::vector<AudioObjectID> controlledAppIDs() const;
 
-  /// Each session's inPeak, under each of its processes; 0.0 before the first cycle and while the application
-  /// plays nothing. Reading resets nothing.
-  std::map<AudioObjectID, float> peaks() const;
+  /// Each session's inPeak, under each of its processes, ordered by these; 0.0 before the first cycle and
+  /// while the application plays nothing. Reading resets nothing.
+  std::vector<ProcessPeak> peaks() const;
 
   /// None without a session.
   std::optional<ChannelMetrics> metrics(AudioObjectID appID) const;

@@ -64,8 +64,9 @@ void ChannelState::setPlayback(Playback playback) {
   Q_EMIT playbackChanged();
 }
 
-std::vector<AudioObjectID> ChannelState::processes() const {
-  return playback_.processes.empty() ? std::vector{objectID()} : playback_.processes;
+std::span<const AudioObjectID> ChannelState::processes() const noexcept {
+  if (playback_.processes.empty()) return {&app_.objectID, 1};
+  return playback_.processes;
 }
 
 AudioObjectID ChannelState::sessionID() const {

@@ -3,6 +3,8 @@
 #include "audio/audio_app.h"
 #include "model/call_failure.h"
 
+#include <span>
+
 #include <QObject>
 #include <QVariant>
 #include <memory>
@@ -102,8 +104,9 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   bool isPartial() const noexcept { return playback_.isPartial; }
 
-  /// The processes of the row's session; without a session, the row's own process.
-  std::vector<AudioObjectID> processes() const;
+  /// The processes of the row's session; without a session, the row's own process. Valid until the row
+  /// next changes.
+  std::span<const AudioObjectID> processes() const noexcept;
 
   /// The process to pass to the controller: the row's own, or another one of its session if the session lacks
   /// that.

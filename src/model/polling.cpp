@@ -17,11 +17,12 @@ constexpr unsigned kTicksPerReconciliation = 10;
 constexpr int kZeroStreakToRebuild = 12;
 
 /// The largest peak of the row's processes. Processes missing from `peaks` are silent.
-float largestPeak(const ChannelState& row, const std::map<AudioObjectID, float>& peaks) {
+float largestPeak(const ChannelState& row, const std::vector<ProcessPeak>& peaks) {
   float largest = 0.0F;
-  for (const auto process : row.processes())
-    if (const auto found = peaks.find(process); found != peaks.end())
-      largest = std::max(largest, found->second);
+  for (const auto process : row.processes()) {
+    const auto found = std::ranges::lower_bound(peaks, process, {}, &ProcessPeak::first);
+    if (found != peaks.end() && found->first == process) largest = std::max(largest, found->second);
+  }
   return largest;
 }
 
@@ -63,20 +64,20 @@ QCoro::Task<> Polling::run(std::weak_ptr<Polling> weakSelf, Clock& clock, Execut
 QCoro::Task<> Polling::pollMeters() {
   const auto peaks = co_await dependencies_.ask(&HardwareController::peaks);
   if (!peaks.value) co_return; // the meters keep their values until the next poll
-  const auto rows = channels_.rows();
-  for (const auto& row : rows) {
+  std::vector<ChannelList::Row> broken;
+  for (const auto& row : channels_.rows()) {
     if (!row->active()) continue;
-    const auto objectID = row->objectID();
     const float peak = largestPeak(*row, *peaks.value);
     row->setLevel(MixerMath::meterLevel(peak));
     // What plays of a partial row may be what can't be controlled.
     const bool isSilentWhilePlaying =
-        !(peak > 0.0F) && audibleIDs_.contains(objectID) && !row->playback().isPartial;
-    row->setZeroStreak(isSilentWhilePlaying ? row->zeroStreak() + 1 : 0);
-    if (row->zeroStreak() < kZeroStreakToRebuild) continue;
-    row->setZeroStreak(0);
-    co_await duties_.rebuild(row);
+        !(peak > 0.0F) && audibleIDs_.contains(row->objectID()) && !row->playback().isPartial;
+    const int streak = isSilentWhilePlaying ? row->zeroStreak() + 1 : 0;
+    if (streak >= kZeroStreakToRebuild) broken.push_back(row);
+    if (streak != row->zeroStreak()) row->setZeroStreak(streak % kZeroStreakToRebuild);
   }
+  for (const auto& row : broken)
+    if (row->active()) co_await duties_.rebuild(row);
 }
 
 } // namespace sonvel

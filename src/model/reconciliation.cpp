@@ -14,23 +14,28 @@ namespace {
 constexpr int kIdleTicksToPause = 2;
 
 /// For equal keys the first application in the list is used.
-std::vector<std::pair<std::string, AudioApp>> byKey(const std::vector<AudioApp>& apps) {
+std::vector<std::pair<std::string, AudioApp>> byKey(std::vector<AudioApp> apps) {
   std::vector<std::pair<std::string, AudioApp>> audible;
-  std::unordered_set<std::string> known;
-  for (const auto& app : apps)
-    if (auto key = stableKey(app); known.insert(key).second) audible.emplace_back(std::move(key), app);
+  audible.reserve(apps.size()); // so that the keys stay where they are
+  std::unordered_set<std::string_view> known;
+  known.reserve(apps.size());
+  for (auto& app : apps) {
+    auto key = stableKey(app);
+    if (known.contains(key)) continue;
+    known.insert(audible.emplace_back(std::move(key), std::move(app)).first);
+  }
   return audible;
 }
 
 } // namespace
 
 QCoro::Task<> MixerViewModel::reconcile() {
-  const auto apps = co_await dependencies_.ask(&HardwareController::audibleApps);
+  auto apps = co_await dependencies_.ask(&HardwareController::audibleApps);
   if (!apps.value) co_return; // the rows stay unchanged until the next reconciliation
   audibleIDs_.clear();
   for (const auto& app : *apps.value)
     audibleIDs_.insert(app.objectID);
-  const auto audible = byKey(*apps.value);
+  auto audible = byKey(*std::move(apps.value));
   const auto rowsBefore = channels_.rows();
 
   for (const auto& [key, app] : audible) {
@@ -40,7 +45,7 @@ QCoro::Task<> MixerViewModel::reconcile() {
     revive(*row);
     if (permissionGranted() && !row->active()) co_await startTap(row);
   }
-  co_await pauseMissingRows(audible);
+  co_await pauseMissingRows(std::move(audible));
   sortRows();
   setStatus(rowCounts());
 }

@@ -80,8 +80,8 @@ void MixerViewModel::followError(ChannelState& row, const SessionReport& report)
 }
 
 void MixerViewModel::revive(ChannelState& row) {
-  row.setIdleTicks(0);
-  row.setPlaying(true);
+  if (row.idleTicks() != 0) row.setIdleTicks(0);
+  if (!row.isPlaying()) row.setPlaying(true);
 }
 
 /// Sends the changes that the user made in the row while its session was starting or ending with `known`.
