@@ -1,23 +1,14 @@
 #include "ui/presentation/channel_column.h"
 
 #include <QAccessible>
-#include <QElapsedTimer>
 #include <QQmlComponent>
 #include <QQmlContext>
 #include <QScopedValueRollback>
 #include <QTimerEvent>
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace sonvel {
-
-namespace {
-
-/// The time for rows that are created ahead, in one turn of the event loop. At least one is created.
-constexpr std::chrono::milliseconds kTimeSlice{4};
-
-} // namespace
 
 ChannelColumn::ChannelColumn(QQuickItem* parent)
     : QQuickItem(parent) {}
@@ -52,6 +43,7 @@ void ChannelColumn::setChannels(ChannelList* channels) {
 void ChannelColumn::setViewTop(double y) {
   if (y == viewTop_) return;
   viewTop_ = y;
+  isViewMoved_ = true;
   polish();
   Q_EMIT viewChanged();
 }
@@ -59,6 +51,7 @@ void ChannelColumn::setViewTop(double y) {
 void ChannelColumn::setViewBottom(double y) {
   if (y == viewBottom_) return;
   viewBottom_ = y;
+  isViewMoved_ = true;
   polish();
   Q_EMIT viewChanged();
 }
@@ -66,15 +59,18 @@ void ChannelColumn::setViewBottom(double y) {
 // At once, so that the window has its size before it is shown.
 void ChannelColumn::componentComplete() {
   QQuickItem::componentComplete();
-  arrange();
+  arrange(kAll);
 }
 
+// May run several times for one frame, but after changes of the list it creates one row at most: the timer
+// runs then.
 void ChannelColumn::updatePolish() {
-  arrange();
+  if (std::exchange(isViewMoved_, false)) return arrange(kAll);
+  arrange(awaited_.isActive() ? 0 : 1);
 }
 
 void ChannelColumn::timerEvent(QTimerEvent* event) {
-  if (event->timerId() == missing_.timerId()) createMissing();
+  if (event->timerId() == awaited_.timerId()) createAwaited();
 }
 
 void ChannelColumn::insert(int first, int last) {
@@ -113,8 +109,9 @@ void ChannelColumn::move(int first, int last, int destination) {
   polish();
 }
 
-/// Creates the rows that are needed, and places all.
-void ChannelColumn::arrange() {
+/// Places all rows, and creates those that are needed: at most this many now, the others in the next turns of
+/// the event loop.
+void ChannelColumn::arrange(std::size_t atOnce) {
   if (!isComponentComplete()) return;
   if (isArranging_) return polish();
   const QScopedValueRollback<bool> guard(isArranging_, true);
@@ -126,15 +123,18 @@ void ChannelColumn::arrange() {
     if (hasFocus(row) || (y < viewBottom_ && y + height > viewTop_)) row.isInUse = true;
     if (!isNeeded(i)) {
       discard(row);
-    } else if (row.item == nullptr) {
+    } else if (row.item == nullptr && atOnce > 0) {
+      --atOnce;
       create(i);
+      awaited_.start(0, this);
       if (!(usual > 0.0)) usual = usualHeight();
     }
+    row.isAwaited = row.item == nullptr && (isNeeded(i) || QAccessible::isActive());
     if (row.item != nullptr) row.item->setY(y);
     y += (row.item != nullptr ? row.item->height() : usual) + spacing_;
   }
   setImplicitHeight(std::max(0.0, y - spacing_));
-  if (QAccessible::isActive() && nextMissing() < rows_.size()) missing_.start(0, this);
+  if (std::ranges::any_of(rows_, &Row::isAwaited)) awaited_.start(0, this);
 }
 
 bool ChannelColumn::isNeeded(std::size_t index) const {
@@ -160,12 +160,9 @@ double ChannelColumn::usualHeight() const {
   return *middle;
 }
 
-std::size_t ChannelColumn::nextMissing() const {
-  return static_cast<std::size_t>(std::ranges::find(rows_, nullptr, &Row::item) - rows_.begin());
-}
-
 void ChannelColumn::create(std::size_t index) {
   auto& row = rows_[index];
+  row.isAwaited = false;
   std::unique_ptr<QObject> object(row_->beginCreate(row_->creationContext()));
   auto* const item = qobject_cast<QQuickItem*>(object.get());
   if (item == nullptr) {
@@ -181,7 +178,7 @@ void ChannelColumn::create(std::size_t index) {
   row_->completeCreate();
   connect(item, &QQuickItem::heightChanged, this, &QQuickItem::polish);
   // At once: the next press of the Tab key may follow before a frame.
-  connect(item, &QQuickItem::activeFocusChanged, this, &ChannelColumn::arrange);
+  connect(item, &QQuickItem::activeFocusChanged, this, [this] { arrange(kAll); });
 }
 
 void ChannelColumn::discard(Row& row) {
@@ -206,14 +203,12 @@ void ChannelColumn::putInOrder(std::size_t index) {
     item->stackBefore(after->item);
 }
 
-void ChannelColumn::createMissing() {
-  QElapsedTimer spent;
-  spent.start();
-  for (auto index = nextMissing(); spent.elapsed() < kTimeSlice.count(); index = nextMissing()) {
-    if (index == rows_.size()) return missing_.stop();
-    create(index);
-    polish();
-  }
+// One in each turn, because a row takes longer than everything else that a turn does.
+void ChannelColumn::createAwaited() {
+  const auto next = std::ranges::find(rows_, true, &Row::isAwaited);
+  if (next == rows_.end()) return awaited_.stop();
+  create(static_cast<std::size_t>(next - rows_.begin()));
+  polish();
 }
 
 } // namespace sonvel

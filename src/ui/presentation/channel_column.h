@@ -4,6 +4,7 @@
 
 #include <QBasicTimer>
 #include <QQuickItem>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -15,9 +16,11 @@ namespace sonvel {
 ///
 /// Not every row exists as an item, because creating one takes about a millisecond: only those in the visible
 /// part of the column, the first and the last one, and the neighbours of the one with the keyboard focus, so
-/// that the Tab key reaches every row in order. While a screen reader is in use the others follow, a few
-/// milliseconds at a time. A row that was seen or had the focus is kept, wherever the list moves it, until it
-/// is removed from the list: the user may be dragging in it. Main thread.
+/// that the Tab key reaches every row in order. Those that are needed at first, after scrolling, or for the
+/// keyboard focus are created at once; those that a change of the list needs, one in each turn of the event
+/// loop. While a screen reader is in use all others follow in the same way. A row that was seen or had the
+/// focus is kept, wherever the list moves it, until it is removed from the list: the user may be dragging in
+/// it. Main thread.
 class ChannelColumn : public QQuickItem {
   Q_OBJECT
   QML_ELEMENT
@@ -68,7 +71,10 @@ class ChannelColumn : public QQuickItem {
     std::shared_ptr<ChannelState> channel;
     QQuickItem* item = nullptr; ///< null while it does not exist
     bool isInUse = false;       ///< it has been seen, or had the focus
+    bool isAwaited = false;     ///< it will be created in one of the next turns of the event loop
   };
+
+  static constexpr auto kAll = std::numeric_limits<std::size_t>::max();
 
   void componentComplete() override;
   void updatePolish() override;
@@ -78,15 +84,14 @@ class ChannelColumn : public QQuickItem {
   void remove(int first, int last);
   void move(int first, int last, int destination);
 
-  void arrange();
+  void arrange(std::size_t atOnce);
   [[nodiscard]] bool isNeeded(std::size_t index) const;
   [[nodiscard]] static bool hasFocus(const Row& row);
   [[nodiscard]] double usualHeight() const;
-  [[nodiscard]] std::size_t nextMissing() const;
   void create(std::size_t index);
   void discard(Row& row);
   void putInOrder(std::size_t index);
-  void createMissing();
+  void createAwaited();
 
   ChannelList* channels_ = nullptr;
   QQmlComponent* row_ = nullptr;
@@ -95,7 +100,8 @@ class ChannelColumn : public QQuickItem {
   double viewBottom_ = 0.0;
   std::vector<Row> rows_; ///< as in the list
   bool isArranging_ = false;
-  QBasicTimer missing_; ///< runs while rows are created for a screen reader
+  bool isViewMoved_ = false; ///< since the last arrangement
+  QBasicTimer awaited_;      ///< runs while rows are awaited
 };
 
 } // namespace sonvel
