@@ -17,8 +17,8 @@ using namespace std::chrono_literals;
 constexpr auto kLongestWait = 1900ms;
 
 // How long a call waits for something besides the server's answer, such as a device that opens or a stream
-// that moves.
-constexpr auto kShortWait = 150ms;
+// that moves. A rebuild has two such calls, and shall hold up the others for 250 ms at most.
+constexpr auto kShortWait = 100ms;
 
 // A server with slower answers is busy, and gets more time for everything.
 constexpr auto kQuickAnswer = 20ms;
