@@ -20,7 +20,7 @@ WARM_UP = 0.3  # part of the time
 MEASURED = 4  # times after that
 SETTLING = 20  # seconds
 ALLOWANCES = {"resident KiB": 2048, "private KiB": 2048,  # the allocator's share varies by about half of that
-              "descriptors": 2}  # the server sometimes leaves us the shared memory of a node that has gone
+              "descriptors": 2}  # sometimes a piece of the server's shared memory is left; why is not known
 SINKS = "Speakers", "Headphones"
 
 
