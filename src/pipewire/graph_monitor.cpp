@@ -68,7 +68,7 @@ void GraphMonitor::added(GlobalID id, const char* type, const spa_dict* properti
 
 void GraphMonitor::removed(GlobalID id) {
   watches_.erase(id);
-  if (MetadataWatch* watch = metadataWatch()) watch->mirror().forget(id);
+  if (MetadataWatch* watch = metadataWatch()) watch->forget(id);
   if (id == PW_ID_CORE) graph_.isServerHidden = true;
   graph_.clients.erase(id);
   graph_.nodes.erase(id);

@@ -76,6 +76,12 @@ class GraphMonitor::MetadataWatch : public Watch {
   /// A program has connected, and binds the metadata soon.
   void onNewClient() { reader_.readSoon(); }
 
+  /// An object is gone; its ID may be another object's next.
+  void forget(GlobalID subject) {
+    mirror_.forget(subject);
+    reader_.forget(subject);
+  }
+
  private:
   int onProperty(std::uint32_t subject, const char* key, const char* type, const char* value);
   void updateDefaultSink();

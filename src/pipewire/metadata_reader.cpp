@@ -42,6 +42,8 @@ class MetadataReader::Reading {
 
   const MetadataMirror::Entries& entries() const noexcept { return entries_; }
 
+  void forget(GlobalID subject) { entries_.erase(subject); }
+
  private:
   void onProperty(GlobalID subject, const char* key, const char* type, const char* value) {
     if (key == nullptr)
@@ -75,6 +77,10 @@ void MetadataReader::readSoon() {
     isWantedAgain_ = true;
   else
     delay_.arm(kBindsWithin);
+}
+
+void MetadataReader::forget(GlobalID subject) {
+  if (reading_) reading_->forget(subject);
 }
 
 void MetadataReader::start() {

@@ -27,6 +27,9 @@ class MetadataReader {
   /// delay it.
   void readSoon();
 
+  /// The subject is gone: what is being read of it must not become that of another object with its ID.
+  void forget(GlobalID subject);
+
  private:
   class Reading;
 
