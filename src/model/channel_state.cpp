@@ -15,12 +15,14 @@ QVariant toVariant(const std::optional<std::string>& text) {
 ChannelState::ChannelState(AudioApp app, int gainPercent, bool muted, std::optional<std::string> outputUID)
     : stableKey_(sonvel::stableKey(app))
     , app_(std::move(app))
+    , name_(QString::fromStdString(app_.name))
     , gainPercent_(gainPercent)
     , muted_(muted)
     , outputUID_(std::move(outputUID)) {}
 
 void ChannelState::setApp(AudioApp app) {
   app_ = std::move(app);
+  name_ = QString::fromStdString(app_.name);
   Q_EMIT appChanged();
 }
 

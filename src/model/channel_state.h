@@ -58,7 +58,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
 
   void setApp(AudioApp app);
 
-  QString name() const { return QString::fromStdString(app_.name); }
+  const QString& name() const noexcept { return name_; }
 
   AudioObjectID objectID() const noexcept { return app_.objectID; }
 
@@ -149,6 +149,7 @@ class ChannelState final : public QObject, public std::enable_shared_from_this<C
  private:
   const std::string stableKey_;
   AudioApp app_;
+  QString name_; ///< that of the application, kept because every sorting compares it
   int gainPercent_;
   bool muted_;
   float level_ = 0.0F;

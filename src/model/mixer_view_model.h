@@ -170,9 +170,6 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
     bool operator==(const ChannelSettings&) const = default;
   };
 
-  /// The playing applications: each key once, with its first application, in list order.
-  using AudibleMap = std::vector<std::pair<std::string, AudioApp>>;
-
   // Coroutines; the caller keeps the model alive while awaiting.
 
   void cancelTasks();
@@ -196,7 +193,7 @@ class MixerViewModel final : public QObject, public std::enable_shared_from_this
   QCoro::Task<> reconcile();
   ChannelList::Row rowFor(const std::string& key, const AudioApp& app,
                           const std::vector<ChannelList::Row>& rowsBefore);
-  QCoro::Task<> pauseMissingRows(AudibleMap audible);
+  QCoro::Task<> pauseMissingRows(const std::unordered_set<std::string_view>& keys);
   QCoro::Task<> pause(ChannelList::Row row);
   QCoro::Task<> startTap(ChannelList::Row row);
   bool isWanted(const std::string& key, AudioObjectID objectID) const;

@@ -13,16 +13,31 @@ namespace {
 /// A row is paused after this many reconciliations without its application.
 constexpr int kIdleTicksToPause = 2;
 
-/// For equal keys the first application in the list is used.
-std::vector<std::pair<std::string, AudioApp>> byKey(std::vector<AudioApp> apps) {
-  std::vector<std::pair<std::string, AudioApp>> audible;
-  audible.reserve(apps.size()); // so that the keys stay where they are
-  std::unordered_set<std::string_view> known;
-  known.reserve(apps.size());
+/// The applications that play.
+struct Audible {
+  Audible() = default;
+  Audible(Audible&&) = default; // the text of the keys stays where it is
+  Audible& operator=(Audible&&) = default;
+  Audible(const Audible&) = delete;
+  Audible& operator=(const Audible&) = delete;
+  ~Audible() = default;
+
+  /// Each key once, with its first application, in the order of the controller.
+  std::vector<std::pair<std::string, AudioApp>> apps;
+  std::unordered_set<std::string_view> keys;   ///< of `apps`
+  std::unordered_set<AudioObjectID> processes; ///< of all applications
+};
+
+/// Called on the controller's thread, because it takes long with many applications.
+Audible audible(const HardwareController& controller) {
+  auto apps = controller.audibleApps();
+  Audible audible;
+  audible.apps.reserve(apps.size()); // so that the keys stay where they are
   for (auto& app : apps) {
+    audible.processes.insert(app.objectID);
     auto key = stableKey(app);
-    if (known.contains(key)) continue;
-    known.insert(audible.emplace_back(std::move(key), std::move(app)).first);
+    if (audible.keys.contains(key)) continue;
+    audible.keys.insert(audible.apps.emplace_back(std::move(key), std::move(app)).first);
   }
   return audible;
 }
@@ -30,22 +45,19 @@ std::vector<std::pair<std::string, AudioApp>> byKey(std::vector<AudioApp> apps) 
 } // namespace
 
 QCoro::Task<> MixerViewModel::reconcile() {
-  auto apps = co_await dependencies_.ask(&HardwareController::audibleApps);
-  if (!apps.value) co_return; // the rows stay unchanged until the next reconciliation
-  audibleIDs_.clear();
-  for (const auto& app : *apps.value)
-    audibleIDs_.insert(app.objectID);
-  auto audible = byKey(*std::move(apps.value));
+  auto answer = co_await dependencies_.ask(audible);
+  if (!answer.value) co_return; // the rows stay unchanged until the next reconciliation
+  audibleIDs_ = std::move(answer.value->processes);
   const auto rowsBefore = channels_.rows();
 
-  for (const auto& [key, app] : audible) {
+  for (const auto& [key, app] : answer.value->apps) {
     const auto row = rowFor(key, app, rowsBefore);
     if (!row) continue;
     if (row->objectID() != app.objectID) row->setApp(app);
     revive(*row);
     if (permissionGranted() && !row->active()) co_await startTap(row);
   }
-  co_await pauseMissingRows(std::move(audible));
+  co_await pauseMissingRows(answer.value->keys);
   sortRows();
   setStatus(rowCounts());
 }
@@ -68,10 +80,8 @@ ChannelList::Row MixerViewModel::rowFor(const std::string& key, const AudioApp& 
   return row;
 }
 
-QCoro::Task<> MixerViewModel::pauseMissingRows(AudibleMap audible) {
-  std::unordered_set<std::string_view> keys;
-  for (const auto& [key, app] : audible)
-    keys.insert(key);
+/// `keys` are those of the applications that play.
+QCoro::Task<> MixerViewModel::pauseMissingRows(const std::unordered_set<std::string_view>& keys) {
   const auto rows = channels_.rows();
   for (const auto& row : rows) {
     if (keys.contains(row->stableKey()) || !row->isPlaying() || !channels_.contains(*row)) continue;
