@@ -3,6 +3,7 @@
 #include "model/model_test.h"
 #include "simulated/application_icons.h"
 #include "ui/icons/app_icon_provider.h"
+#include "ui/presentation/channel_column.h"
 #include "ui/presentation/panel_theme.h"
 #include "ui/presentation/views.h"
 #include "ui/symbols/symbol_image_provider.h"
@@ -32,9 +33,17 @@ class WindowUser {
     return QAccessible::queryAccessibleInterface(object);
   }
 
-  /// All visible items after layout, in reading order.
-  std::vector<QQuickItem*> items() const {
-    (void)window()->grabWindow(); // forces the layout
+  /// Waits until the list has all rows that it needs, and lays the items out.
+  void arrange() const {
+    const auto* const column = window()->findChild<ChannelColumn*>();
+    do
+      (void)window()->grabWindow();
+    while (column != nullptr && !column->isSettled() && QTest::qWaitFor([&] { return column->isSettled(); }));
+  }
+
+  /// All visible items of a frame that is drawn now, in reading order.
+  std::vector<QQuickItem*> itemsOfFrame() const {
+    (void)window()->grabWindow();
     std::vector<QQuickItem*> items;
     const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
       if (!item->isVisible()) return;
@@ -44,6 +53,12 @@ class WindowUser {
     };
     collect(window()->contentItem());
     return items;
+  }
+
+  /// The same when no row is missing.
+  std::vector<QQuickItem*> items() const {
+    arrange();
+    return itemsOfFrame();
   }
 
   /// The items with an accessible role, and with the name if given.
@@ -131,7 +146,7 @@ class PanelTest : public MixerTest, protected WindowUser {
     ASSERT_TRUE(QTest::qWaitForWindowActive(view_.get()));
     ASSERT_TRUE(settle());
     view_->setResizeMode(QQuickView::SizeRootObjectToView);
-    (void)view_->grabWindow();
+    arrange();
     resize(qRound(root()->implicitHeight()));
   }
 

@@ -3,17 +3,56 @@
 #include <QAccessible>
 #include <QQmlComponent>
 #include <QQmlContext>
+#include <QQmlIncubator>
 #include <QScopedValueRollback>
 #include <QTimerEvent>
 #include <algorithm>
 #include <utility>
 
 namespace sonvel {
+namespace {
+
+/// The list counts as unchanged after this time.
+constexpr int kQuietMilliseconds = 100;
+
+} // namespace
+
+/// A row's item while it is created. Asynchronous ones are hidden until they are complete.
+class ChannelColumn::NewItem final : public QQmlIncubator {
+ public:
+  NewItem(ChannelColumn& column, std::shared_ptr<ChannelState> channel, IncubationMode mode)
+      : QQmlIncubator(mode)
+      , column_(column)
+      , channel_(std::move(channel)) {
+    setInitialProperties({{QStringLiteral("ch"), QVariant::fromValue(channel_.get())}});
+  }
+
+  [[nodiscard]] const std::shared_ptr<ChannelState>& channel() const noexcept { return channel_; }
+
+ private:
+  void setInitialState(QObject* object) override {
+    auto* const item = qobject_cast<QQuickItem*>(object);
+    if (item == nullptr) return;
+    QObject::connect(item, &QObject::destroyed, [channel = channel_] {}); // it needs its channel until then
+    item->setParent(&column_);
+    item->setParentItem(&column_);
+    if (incubationMode() == Asynchronous) item->setVisible(false);
+  }
+
+  void statusChanged(Status status) override {
+    const bool isDone = status == Ready || status == Error;
+    if (isDone && incubationMode() == Asynchronous) column_.awaited_.start(0, &column_);
+  }
+
+  ChannelColumn& column_;
+  const std::shared_ptr<ChannelState> channel_;
+};
 
 ChannelColumn::ChannelColumn(QQuickItem* parent)
     : QQuickItem(parent) {}
 
 ChannelColumn::~ChannelColumn() {
+  if (new_) new_->forceCompletion(); // an engine counts those that are not complete
   for (const auto& row : rows_)
     if (row.item != nullptr) row.item->disconnect(this); // they lose the focus as they go
 }
@@ -43,7 +82,6 @@ void ChannelColumn::setChannels(ChannelList* channels) {
 void ChannelColumn::setViewTop(double y) {
   if (y == viewTop_) return;
   viewTop_ = y;
-  isViewMoved_ = true;
   polish();
   Q_EMIT viewChanged();
 }
@@ -51,26 +89,35 @@ void ChannelColumn::setViewTop(double y) {
 void ChannelColumn::setViewBottom(double y) {
   if (y == viewBottom_) return;
   viewBottom_ = y;
-  isViewMoved_ = true;
   polish();
   Q_EMIT viewChanged();
+}
+
+bool ChannelColumn::isSettled() const noexcept {
+  return isShown_ && !awaited_.isActive() && !changing_.isActive() && !new_;
 }
 
 // At once, so that the window has its size before it is shown.
 void ChannelColumn::componentComplete() {
   QQuickItem::componentComplete();
-  arrange(kAll);
+  arrange(Creation::ofAll);
 }
 
-// May run several times for one frame, but after changes of the list it creates one row at most: the timer
-// runs then.
+// May run several times for one frame.
 void ChannelColumn::updatePolish() {
-  if (std::exchange(isViewMoved_, false)) return arrange(kAll);
-  arrange(awaited_.isActive() ? 0 : 1);
+  if (isShown_) return arrange(viewTop_ != arrangedTop_ ? Creation::ofScrolled : Creation::later);
+  arrange(Creation::ofAll);
+  awaited_.start(0, this); // its turn is after the first frame
 }
 
 void ChannelColumn::timerEvent(QTimerEvent* event) {
-  if (event->timerId() == awaited_.timerId()) createAwaited();
+  if (event->timerId() == awaited_.timerId()) {
+    if (!std::exchange(isShown_, true)) return polish(); // for those that are awaited
+    createAwaited();
+  } else if (event->timerId() == changing_.timerId()) {
+    changing_.stop();
+    polish();
+  }
 }
 
 void ChannelColumn::insert(int first, int last) {
@@ -79,7 +126,7 @@ void ChannelColumn::insert(int first, int last) {
   for (int i = first; i <= last; ++i)
     added.push_back({.channel = channels[static_cast<std::size_t>(i)]});
   rows_.insert(rows_.begin() + first, added.begin(), added.end());
-  polish();
+  noteChange();
   Q_EMIT countChanged();
 }
 
@@ -93,7 +140,7 @@ void ChannelColumn::remove(int first, int last) {
   }
   for (auto& row : removed)
     discard(row);
-  polish();
+  noteChange();
   Q_EMIT countChanged();
 }
 
@@ -106,12 +153,16 @@ void ChannelColumn::move(int first, int last, int destination) {
   const int start = destination > last ? destination - (last - first) - 1 : destination;
   for (int i = start; i <= start + last - first; ++i)
     putInOrder(static_cast<std::size_t>(i));
+  noteChange();
+}
+
+void ChannelColumn::noteChange() {
+  if (isShown_) changing_.start(kQuietMilliseconds, this);
   polish();
 }
 
-/// Places all rows, and creates those that are needed: at most this many now, the others in the next turns of
-/// the event loop.
-void ChannelColumn::arrange(std::size_t atOnce) {
+/// Places all rows, and creates those that are needed: now, or in the next turns of the event loop.
+void ChannelColumn::arrange(Creation now) {
   if (!isComponentComplete()) return;
   if (isArranging_) return polish();
   const QScopedValueRollback<bool> guard(isArranging_, true);
@@ -120,28 +171,34 @@ void ChannelColumn::arrange(std::size_t atOnce) {
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     auto& row = rows_[i];
     const double height = row.item != nullptr ? row.item->height() : usual;
-    if (hasFocus(row) || (y < viewBottom_ && y + height > viewTop_)) row.isInUse = true;
-    if (!isNeeded(i)) {
-      discard(row);
-    } else if (row.item == nullptr && atOnce > 0) {
-      --atOnce;
+    const bool isPlaced = height > 0.0;
+    const bool isInView = isPlaced && y < viewBottom_ && y + height > viewTop_;
+    const bool wasInView = isPlaced && y < arrangedBottom_ && y + height > arrangedTop_;
+    if (hasFocus(row) || isInView) row.isInUse = true;
+    const bool isNow = now == Creation::ofAll || (now == Creation::ofScrolled && isInView && !wasInView);
+    if (row.item == nullptr && isNow && isNeeded(i)) {
       create(i);
-      awaited_.start(0, this);
       if (!(usual > 0.0)) usual = usualHeight();
+    } else if (row.item != nullptr && !isNeeded(i) && !changing_.isActive()) {
+      discard(row);
     }
     row.isAwaited = row.item == nullptr && (isNeeded(i) || QAccessible::isActive());
     if (row.item != nullptr) row.item->setY(y);
     y += (row.item != nullptr ? row.item->height() : usual) + spacing_;
   }
-  setImplicitHeight(std::max(0.0, y - spacing_));
-  if (std::ranges::any_of(rows_, &Row::isAwaited)) awaited_.start(0, this);
+  arrangedTop_ = viewTop_;
+  arrangedBottom_ = viewBottom_;
+  setImplicitHeight(usual > 0.0 ? std::max(0.0, y - spacing_) : 0.0);
+  if (isShown_ && std::ranges::any_of(rows_, &Row::isAwaited)) awaited_.start(0, this);
 }
 
+/// The last row of a list that changes is not needed yet.
 bool ChannelColumn::isNeeded(std::size_t index) const {
   const auto& row = rows_[index];
-  if (row.isInUse || index == 0 || index + 1 == rows_.size()) return true;
+  if (row.isInUse || index == 0) return true;
+  if (index + 1 == rows_.size() && !changing_.isActive()) return true;
   const bool isRead = row.item != nullptr && QAccessible::isActive();
-  return isRead || hasFocus(rows_[index - 1]) || hasFocus(rows_[index + 1]);
+  return isRead || hasFocus(rows_[index - 1]) || (index + 1 < rows_.size() && hasFocus(rows_[index + 1]));
 }
 
 bool ChannelColumn::hasFocus(const Row& row) {
@@ -160,34 +217,46 @@ double ChannelColumn::usualHeight() const {
   return *middle;
 }
 
-void ChannelColumn::create(std::size_t index) {
-  auto& row = rows_[index];
-  row.isAwaited = false;
-  std::unique_ptr<QObject> object(row_->beginCreate(row_->creationContext()));
-  auto* const item = qobject_cast<QQuickItem*>(object.get());
-  if (item == nullptr) {
-    qWarning("A row could not be created: %s", qPrintable(row_->errorString()));
-    return;
-  }
-  row_->setInitialProperties(item, {{QStringLiteral("ch"), QVariant::fromValue(row.channel.get())}});
-  item->setParent(this);
-  item->setParentItem(this);
-  static_cast<void>(object.release()); // now owned by this item
-  row.item = item;
-  putInOrder(index);
-  row_->completeCreate();
+void ChannelColumn::begin(std::size_t index, bool isAtOnce) {
+  new_ = std::make_unique<NewItem>(*this, rows_[index].channel,
+                                   isAtOnce ? QQmlIncubator::Synchronous : QQmlIncubator::Asynchronous);
+  row_->create(*new_, row_->creationContext());
+}
+
+/// Completes the new item and gives it to its row, unless that was removed.
+void ChannelColumn::finish() {
+  new_->forceCompletion();
+  const auto made = std::exchange(new_, nullptr);
+  auto* const item = qobject_cast<QQuickItem*>(made->object());
+  for (const auto& error : made->errors())
+    qWarning("A row could not be created: %s", qPrintable(error.toString()));
+  const auto row = std::ranges::find(rows_, made->channel(), &Row::channel);
+  if (row != rows_.end()) row->isAwaited = false;
+  if (item == nullptr) return;
+  if (row == rows_.end()) return item->deleteLater();
+  row->item = item;
+  putInOrder(static_cast<std::size_t>(row - rows_.begin()));
+  item->setVisible(true);
   connect(item, &QQuickItem::heightChanged, this, &QQuickItem::polish);
   // At once: the next press of the Tab key may follow before a frame.
-  connect(item, &QQuickItem::activeFocusChanged, this, [this] { arrange(kAll); });
+  connect(item, &QQuickItem::activeFocusChanged, this, [this] { arrange(Creation::ofAll); });
+}
+
+/// Creates the row's item before it returns.
+void ChannelColumn::create(std::size_t index) {
+  if (new_ && new_->channel() != rows_[index].channel) {
+    finish();
+    polish(); // for its place
+  }
+  if (!new_) begin(index, true);
+  finish();
 }
 
 void ChannelColumn::discard(Row& row) {
   if (row.item == nullptr) return;
   row.item->disconnect(this);
   row.item->setParentItem(nullptr);
-  // Later, because the item may have caused this. It needs its channel until then.
-  connect(row.item, &QObject::destroyed, [channel = row.channel] {});
-  std::exchange(row.item, nullptr)->deleteLater();
+  std::exchange(row.item, nullptr)->deleteLater(); // not now, because the item may have caused this
 }
 
 /// Puts the row's item after that of the row before it; the order decides where the Tab key goes, and in
@@ -203,12 +272,16 @@ void ChannelColumn::putInOrder(std::size_t index) {
     item->stackBefore(after->item);
 }
 
-// One in each turn, because a row takes longer than everything else that a turn does.
+// One at a time, in steps, because a row takes longer than everything else that a turn does.
 void ChannelColumn::createAwaited() {
+  if (new_ && new_->isLoading()) return awaited_.stop(); // it starts the timer again
+  if (new_) {
+    finish();
+    return polish();
+  }
   const auto next = std::ranges::find(rows_, true, &Row::isAwaited);
   if (next == rows_.end()) return awaited_.stop();
-  create(static_cast<std::size_t>(next - rows_.begin()));
-  polish();
+  begin(static_cast<std::size_t>(next - rows_.begin()), false);
 }
 
 } // namespace sonvel

@@ -4,7 +4,6 @@
 
 #include <QBasicTimer>
 #include <QQuickItem>
-#include <limits>
 #include <memory>
 #include <vector>
 
@@ -14,13 +13,14 @@ namespace sonvel {
 
 /// The rows of the applications, one below the other, in the order of the list.
 ///
-/// Not every row exists as an item, because creating one takes about a millisecond: only those in the visible
-/// part of the column, the first and the last one, and the neighbours of the one with the keyboard focus, so
-/// that the Tab key reaches every row in order. Those that are needed at first, after scrolling, or for the
-/// keyboard focus are created at once; those that a change of the list needs, one in each turn of the event
-/// loop. While a screen reader is in use all others follow in the same way. A row that was seen or had the
-/// focus is kept, wherever the list moves it, until it is removed from the list: the user may be dragging in
-/// it. Main thread.
+/// Not every row exists as an item, because creating one takes 2 to 4 ms: only those in the visible part of
+/// the column, the first and the last one, and the neighbours of the one with the keyboard focus, so that the
+/// Tab key reaches every row in order. Those that are needed for the first frame, after scrolling, or for the
+/// keyboard focus are created at once; those that a change of the list or of the view's height needs, one
+/// after the other in turns of the event loop, in steps as short as the engine's incubation controller makes
+/// them. While the list changes, its end is not created anew. While a screen reader is in use all others
+/// follow in the same way. A row that was seen or had the focus is kept, wherever the list moves it, until it
+/// is removed from the list: the user may be dragging in it. Main thread.
 class ChannelColumn : public QQuickItem {
   Q_OBJECT
   QML_ELEMENT
@@ -56,6 +56,9 @@ class ChannelColumn : public QQuickItem {
   /// The length of the list.
   [[nodiscard]] int count() const noexcept { return static_cast<int>(rows_.size()); }
 
+  /// False while rows will be created without a further change of the list or the view.
+  [[nodiscard]] bool isSettled() const noexcept;
+
  Q_SIGNALS:
   void channelsChanged();
   void rowChanged();
@@ -74,7 +77,14 @@ class ChannelColumn : public QQuickItem {
     bool isAwaited = false;     ///< it will be created in one of the next turns of the event loop
   };
 
-  static constexpr auto kAll = std::numeric_limits<std::size_t>::max();
+  /// What is created at once.
+  enum class Creation {
+    later,      ///< nothing
+    ofScrolled, ///< the rows that scrolling brought into view
+    ofAll,      ///< every row that is needed
+  };
+
+  class NewItem;
 
   void componentComplete() override;
   void updatePolish() override;
@@ -84,10 +94,14 @@ class ChannelColumn : public QQuickItem {
   void remove(int first, int last);
   void move(int first, int last, int destination);
 
-  void arrange(std::size_t atOnce);
+  void noteChange();
+
+  void arrange(Creation now);
   [[nodiscard]] bool isNeeded(std::size_t index) const;
   [[nodiscard]] static bool hasFocus(const Row& row);
   [[nodiscard]] double usualHeight() const;
+  void begin(std::size_t index, bool isAtOnce);
+  void finish();
   void create(std::size_t index);
   void discard(Row& row);
   void putInOrder(std::size_t index);
@@ -98,10 +112,14 @@ class ChannelColumn : public QQuickItem {
   double spacing_ = 0.0;
   double viewTop_ = 0.0;
   double viewBottom_ = 0.0;
-  std::vector<Row> rows_; ///< as in the list
+  std::vector<Row> rows_;        ///< as in the list
+  std::unique_ptr<NewItem> new_; ///< null while none is being created
+  double arrangedTop_ = 0.0;     ///< the view at the last arrangement
+  double arrangedBottom_ = 0.0;
   bool isArranging_ = false;
-  bool isViewMoved_ = false; ///< since the last arrangement
-  QBasicTimer awaited_;      ///< runs while rows are awaited
+  bool isShown_ = false; ///< in a frame
+  QBasicTimer awaited_;  ///< runs while rows are awaited
+  QBasicTimer changing_; ///< runs for a moment after each change of the list
 };
 
 } // namespace sonvel

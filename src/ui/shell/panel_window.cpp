@@ -4,6 +4,7 @@
 #include "ui/shell/layer_surface.h"
 #include "ui/shell/panel_placement.h"
 
+#include <QBasicTimer>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -11,9 +12,11 @@
 #include <QPalette>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQmlIncubationController>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QScreen>
+#include <QTimerEvent>
 #include <algorithm>
 #include <cmath>
 #include <malloc.h>
@@ -25,6 +28,7 @@ namespace {
 
 constexpr int kLowestPlainWindow = 120;
 constexpr int kHighestBar = 64; ///< of usual desktops
+constexpr int kStepMilliseconds = 1;
 
 bool isOnWayland() {
   return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
@@ -84,8 +88,24 @@ class PanelWindow::Window final : public QQuickWindow {
   }
 };
 
+/// Creates what the content creates asynchronously in short turns of the event loop.
+class PanelWindow::Steps final : public QObject, public QQmlIncubationController {
+ private:
+  void incubatingObjectCountChanged(int count) override {
+    if (count > 0)
+      timer_.start(0, this);
+    else
+      timer_.stop();
+  }
+
+  void timerEvent(QTimerEvent* /*event*/) override { incubateFor(kStepMilliseconds); }
+
+  QBasicTimer timer_;
+};
+
 /// Everything that exists while the panel is open.
 struct PanelWindow::Shown {
+  Steps steps;
   QQmlEngine engine; // outlives the objects it creates
   Window window;
   std::unique_ptr<QWindow> surroundings; // null where they are not needed
@@ -179,6 +199,7 @@ void PanelWindow::closeByUser() {
 std::unique_ptr<PanelWindow::Shown> PanelWindow::make(Style style) {
   auto shown = std::make_unique<Shown>();
   shown->style = style;
+  shown->engine.setIncubationController(&shown->steps);
   if (content_.prepareEngine) content_.prepareEngine(shown->engine);
   QQmlComponent component(&shown->engine, content_.source);
   std::unique_ptr<QObject> object(

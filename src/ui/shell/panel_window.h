@@ -76,6 +76,7 @@ class PanelWindow final : public QObject {
 
  private:
   class Window;
+  class Steps;
   struct Shown;
 
   [[nodiscard]] std::unique_ptr<Shown> make(Style style);
