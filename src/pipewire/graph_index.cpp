@@ -41,22 +41,31 @@ GraphIndex::GraphIndex(const Graph& graph)
       const ProcessKey& key = processByClient_[id] = std::move(*process);
       clientsByProcess_[key].push_back(id);
     }
+  nodes_.reserve(graph.nodes.size());
+  ports_.reserve(graph.ports.size());
+  links_.reserve(graph.links.size());
+  for (const auto& [id, node] : graph.nodes)
+    nodes_.emplace(id, &node);
   for (const auto& [id, node] : graph.nodes) {
     nodeBySerial_[node.serial] = id;
     const auto [entry, isNew] = nodeByName_.try_emplace(node.name, id);
-    if (!isNew && graph.nodes.at(entry->second).serial < node.serial) entry->second = id;
+    if (!isNew && nodes_.at(entry->second)->serial < node.serial) entry->second = id;
     if (node.kind != NodeKind::outputStream) continue;
     streams_.push_back(id);
     if (const ProcessKey* process = processOf(id)) streamsByProcess_[*process].push_back(id);
   }
-  for (const auto& [id, port] : graph.ports)
+  for (const auto& [id, port] : graph.ports) {
+    ports_.emplace(id, &port);
     portsByNode_[port.node].at(placeOf(port.direction)).at(port.isMonitor ? 1 : 0).push_back(id);
+  }
   for (auto& [node, byDirection] : portsByNode_)
     for (auto& byKind : byDirection)
       for (auto& ports : byKind)
-        std::ranges::sort(ports, {}, [&](GlobalID id) { return graph.ports.at(id).index; });
-  for (const auto& [id, link] : graph.links)
+        std::ranges::sort(ports, {}, [&](GlobalID id) { return ports_.at(id)->index; });
+  for (const auto& [id, link] : graph.links) {
+    links_.emplace(id, &link);
     linksByOutputNode_[link.outputNode].push_back(id);
+  }
 }
 
 std::optional<GlobalID> GraphIndex::nodeNamed(std::string_view name) const {
@@ -80,7 +89,7 @@ const std::vector<GlobalID>& GraphIndex::streamsOf(const ProcessKey& process) co
 }
 
 const ProcessKey* GraphIndex::processOf(GlobalID stream) const {
-  const Node& node = graph_.nodes.at(stream);
+  const Node& node = *nodes_.at(stream);
   return node.client ? processOfClient(*node.client) : nullptr;
 }
 
@@ -99,7 +108,7 @@ const std::vector<GlobalID>& GraphIndex::linksFrom(GlobalID node) const {
 
 bool GraphIndex::feeds(GlobalID outputNode, GlobalID inputNode) const {
   return std::ranges::any_of(linksFrom(outputNode),
-                             [&](GlobalID link) { return graph_.links.at(link).inputNode == inputNode; });
+                             [&](GlobalID link) { return links_.at(link)->inputNode == inputNode; });
 }
 
 const GraphIndex& LatestIndex::get() {

@@ -28,9 +28,9 @@ class GraphIndex {
 
   const Graph& graph() const noexcept { return graph_; }
 
-  const Node& node(GlobalID id) const { return graph_.nodes.at(id); }
+  const Node& node(GlobalID id) const { return *nodes_.at(id); }
 
-  const std::string& channel(GlobalID port) const { return graph_.ports.at(port).channel; }
+  const std::string& channel(GlobalID port) const { return ports_.at(port)->channel; }
 
   /// The newest node with that name; two nodes can share a name while one replaces the other.
   std::optional<GlobalID> nodeNamed(std::string_view name) const;
@@ -68,6 +68,10 @@ class GraphIndex {
   using Ports = std::array<std::array<std::vector<GlobalID>, 2>, 2>;
 
   const Graph& graph_;
+  // A look-up in the graph's trees takes a cache miss at each level.
+  std::unordered_map<GlobalID, const Node*> nodes_;
+  std::unordered_map<GlobalID, const Port*> ports_;
+  std::unordered_map<GlobalID, const Link*> links_;
   std::unordered_map<std::string_view, GlobalID> nodeByName_; ///< views of the graph's names
   std::unordered_map<std::uint64_t, GlobalID> nodeBySerial_;
   std::unordered_map<GlobalID, Ports> portsByNode_;
