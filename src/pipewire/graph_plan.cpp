@@ -40,7 +40,8 @@ void planTapNodes(const PlanContext& context, Plan& plan) {
   }
 }
 
-/// A filter ends with the node of its muted tap, or before it if a standby tap keeps the node.
+/// A filter is removed after its taps' nodes, unless other filters read them. In the other order every stream
+/// on the device would lose a cycle.
 void planFilters(const PlanContext& context, Plan& plan) {
   const OwnedObjects& owned = context.owned();
   for (const auto& [id, filter] : context.desired().filters) {
