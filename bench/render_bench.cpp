@@ -1,8 +1,8 @@
 // The cost of a render cycle compared with memcpy of the same bytes and with the plain loop. Each iteration
 // times all three in turn, so that other load affects them equally; the counters are medians over the
 // iterations, the ratios are medians of the ratios within one iteration. --benchmark_counters_tabular=true
-// prints a table. "whole" is a filter's whole cycle on the same bytes as two mono ports: its buffers fetched,
-// the outputs made silent, the callback; without the library's own work to hand out the buffers.
+// prints a table. "whole" is a node's whole cycle on the same bytes as two mono ports: its buffers found, the
+// callback, and what the callback has left of the outputs made silent.
 #include "engine/render_callback.h"
 #include "engine/render_reference.h"
 #include "pipewire/io_cycle.h"
@@ -14,12 +14,6 @@
 #include <cstdint>
 #include <cstring>
 #include <vector>
-
-/// Replaces the library's function: a port is its buffer.
-// NOLINTNEXTLINE(readability-identifier-naming): the library's name
-extern "C" void* pw_filter_get_dsp_buffer(void* port, std::uint32_t /*frames*/) {
-  return port;
-}
 
 namespace {
 
@@ -79,6 +73,24 @@ class Samples {
   float* data_;
 };
 
+/// A port with one buffer.
+struct Port {
+  sonvel::pipewire::IOPort wired(float* samples, std::uint32_t sizeBytes) {
+    chunk.size = sizeBytes;
+    data.chunk = &chunk;
+    data.data = samples;
+    data.maxsize = sizeBytes;
+    buffer.n_datas = 1;
+    buffer.datas = &data;
+    return {.io = &io, .buffers = {&buffer}, .bufferCount = 1};
+  }
+
+  spa_io_buffers io{};
+  spa_chunk chunk{};
+  spa_data data{};
+  spa_buffer buffer{};
+};
+
 /// One stereo input buffer, one output buffer, and the block between them.
 class Channel {
  public:
@@ -93,15 +105,23 @@ class Channel {
     input_.buffers = inBuffers_;
     output_.buffers = outBuffers_;
     mix_->setGain(kGain);
-    whole_.block = block_;
-    for (std::size_t side = 0; side < sonvel::pipewire::kStereo; ++side) {
-      whole_.inputPorts.at(side) = in_.data() + side * floats / 2;
-      whole_.outputPorts.at(side) = out_.data() + side * floats / 2;
-    }
     position_.clock.duration = floats / 2;
+    sonvel::pipewire::IOWiring wiring{.block = std::make_shared<const sonvel::IOProcBlock>(block_),
+                                      .position = &position_,
+                                      .inputs = {},
+                                      .outputs = {}};
+    for (std::size_t side = 0; side < sonvel::pipewire::kStereo; ++side) {
+      wiring.inputs.at(side) = inPorts_.at(side).wired(in_.data() + side * floats / 2, sizeBytes / 2);
+      wiring.outputs.at(side) = outPorts_.at(side).wired(out_.data() + side * floats / 2, sizeBytes / 2);
+    }
+    whole_.wiring.replace(std::move(wiring));
   }
 
-  void runWholeCycle() { sonvel::pipewire::runIOCycle(&whole_, &position_); }
+  void runWholeCycle() {
+    for (auto& port : inPorts_)
+      port.io.status = SPA_STATUS_HAVE_DATA;
+    sonvel::pipewire::runIOCycle(whole_);
+  }
 
   void runCycle() { block_(time_, input_, time_, output_, time_); }
 
@@ -122,8 +142,10 @@ class Channel {
   sonvel::AudioTimeStamp time_;
   std::shared_ptr<sonvel::RealtimeMixBox> mix_ = std::make_shared<sonvel::RealtimeMixBox>();
   sonvel::IOProcBlock block_ = sonvel::makeRenderBlock(mix_, std::make_shared<sonvel::MixMetrics>());
-  sonvel::pipewire::IOCycle whole_;
   spa_io_position position_{};
+  std::array<Port, sonvel::pipewire::kStereo> inPorts_;
+  std::array<Port, sonvel::pipewire::kStereo> outPorts_;
+  sonvel::pipewire::IOCycle whole_;
 };
 
 void renderCycleBesideCopy(benchmark::State& state) {

@@ -4,6 +4,7 @@
 #include "platform/audio_types.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,9 +28,10 @@ struct DesiredTap {
   bool isLeaving = false;          ///< forgotten when its node has gone
 };
 
-/// The desired state of a started IOProc: a filter between taps and a device.
+/// The desired state of a started IOProc. It runs in the node of its muted tap, or, if its taps are not
+/// muted, in a node of its own that reads their streams; the node is linked to the device.
 struct DesiredFilter {
-  std::string nodeName;
+  std::string nodeName; ///< of a node of its own
   std::string description;
   std::string deviceName;
   std::set<AudioObjectID> taps;
@@ -44,6 +46,13 @@ struct DesiredState {
   std::map<AudioObjectID, DesiredTap> taps;
   std::map<IOProcID, DesiredFilter> filters;
 };
+
+/// The muted tap that a filter reads; none if its taps are not muted.
+inline std::optional<AudioObjectID> mutedTapOf(const DesiredState& desired, const DesiredFilter& filter) {
+  for (const auto id : filter.taps)
+    if (const auto tap = desired.taps.find(id); tap != desired.taps.end() && tap->second.isMuted) return id;
+  return std::nullopt;
+}
 
 /// Two ports to be linked.
 struct PortPair {

@@ -30,22 +30,34 @@ class OwnObject {
 
   virtual State state() const = 0;
 
-  /// For a filter: increases with each cycle, wrapping.
+  /// For a node: increases with each cycle, wrapping.
   virtual std::uint32_t cycles() const { return 0; }
 };
 
-/// A node that this program created.
-struct OwnNode {
+/// The node of a tap: it receives the streams, and plays what an IOProc makes of them.
+class OwnTapNode : public OwnObject {
+ public:
+  /// Runs `block` until the result is destroyed; then the node plays silence. One at a time. The result has
+  /// the state of the node and may outlive it.
+  virtual std::unique_ptr<OwnObject> run(const IOProcBlock& block) = 0;
+};
+
+struct OwnTap {
+  std::unique_ptr<OwnTapNode> node;
+  std::string name; ///< of the node
+  bool isMono = false;
+};
+
+struct OwnFilter {
   std::unique_ptr<OwnObject> object;
-  std::string name;
-  bool isMono = false; ///< of a tap
+  std::string nodeName; ///< empty: it runs in its tap's node
 };
 
 /// What this program has created in the server, and the streams that do not follow their targets. The
 /// referents outlive this.
 struct OwnedObjects {
-  const std::map<AudioObjectID, OwnNode>& tapNodes;
-  const std::map<IOProcID, OwnNode>& filters;
+  const std::map<AudioObjectID, OwnTap>& tapNodes;
+  const std::map<IOProcID, OwnFilter>& filters;
   const std::map<PortPair, std::unique_ptr<OwnObject>>& links;
   const std::set<std::uint64_t>& stranded;  ///< serials of streams that the session manager no longer links
   const std::set<std::uint64_t>& immovable; ///< serials of streams that do not move into their tap
@@ -63,7 +75,9 @@ class GraphEdits {
  public:
   virtual ~GraphEdits() = default;
 
-  virtual std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) = 0;
+  virtual std::unique_ptr<OwnTapNode> makeTapNode(const DesiredTap& tap) = 0;
+
+  /// A node that reads the streams of unmuted taps.
   virtual std::unique_ptr<OwnObject> makeFilter(const DesiredFilter& filter, const IOProcBlock& block) = 0;
 
   /// Ready when samples flow through it as soon as its nodes run.

@@ -40,8 +40,7 @@ void planTapNodes(const PlanContext& context, Plan& plan) {
   }
 }
 
-/// A filter is removed after its taps' nodes, unless other filters read them. In the other order every stream
-/// on the device would lose a cycle.
+/// A filter ends with the node of its muted tap, or before it if a standby tap keeps the node.
 void planFilters(const PlanContext& context, Plan& plan) {
   const OwnedObjects& owned = context.owned();
   for (const auto& [id, filter] : context.desired().filters) {

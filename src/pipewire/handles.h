@@ -1,6 +1,5 @@
 #pragma once
 
-#include <pipewire/filter.h>
 #include <pipewire/pipewire.h>
 
 #include <memory>
@@ -17,7 +16,6 @@ using ThreadLoopHandle = std::unique_ptr<pw_thread_loop, Destroy<pw_thread_loop_
 using ContextHandle = std::unique_ptr<pw_context, Destroy<pw_context_destroy>>;
 using CoreHandle = std::unique_ptr<pw_core, Destroy<pw_core_disconnect>>;
 using PropertiesHandle = std::unique_ptr<pw_properties, Destroy<pw_properties_free>>;
-using FilterHandle = std::unique_ptr<pw_filter, Destroy<pw_filter_destroy>>;
 using ProxyHandle = std::unique_ptr<pw_proxy, Destroy<pw_proxy_destroy>>;
 
 /// The proxy behind an interface pointer such as pw_node or pw_metadata.

@@ -86,6 +86,7 @@ OSStatus PipeWireHardware::createAggregateDevice(const AggregateDeviceDescriptio
     const auto found = std::ranges::find_if(
         taps, [&](const auto& tap) { return tap.second.nodeName == sub.uid && !tap.second.isRetired; });
     if (found == taps.end()) return status::kBadObject;
+    if (found->second.isMuted && description.taps.size() > 1) return status::kIllegalOperation;
     aggregate.taps.insert(found->first);
   }
   device = state_->ids.next();
@@ -142,6 +143,13 @@ OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
     running->second.isRetired = false;
     return running->second.isStopping ? status::kIllegalOperation : kNoError;
   }
+  const auto readsTheSame = [&](const auto& filter) {
+    return std::ranges::any_of(filter.second.taps, [&](AudioObjectID id) {
+      const auto& taps = state_->reconciler.desired().taps;
+      return aggregate->second.taps.contains(id) && taps.contains(id) && taps.at(id).isMuted;
+    });
+  };
+  if (std::ranges::any_of(filters, readsTheSame)) return status::kIllegalOperation;
   state_->reconciler.setBlock(ioProc, installed->second);
   const AggregateDeviceDescription& description = aggregate->second.description;
   filters[ioProc] = {.nodeName = state_->uniqueName("sonvel-aggregate-"),

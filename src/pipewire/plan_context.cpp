@@ -71,44 +71,32 @@ std::vector<PortPair> PlanContext::stereoPairs(const std::vector<GlobalID>& outp
   return pairs;
 }
 
-std::vector<PortPair> PlanContext::tapLinks(const DesiredTap& tap,
-                                            const std::vector<GlobalID>& inputs) const {
-  std::vector<PortPair> pairs;
-  if (tap.isMuted) {
-    const auto node = index_.nodeNamed(tap.nodeName);
-    return node ? stereoPairs(index_.portsOf(*node, PortDirection::out, true), inputs) : pairs;
-  }
-  for (const auto stream : streamsOf(tap))
-    std::ranges::copy(stereoPairs(index_.portsOf(stream, PortDirection::out, false), inputs),
-                      std::back_inserter(pairs));
-  return pairs;
+/// The node in which a filter runs.
+std::optional<GlobalID> PlanContext::nodeOf(const DesiredFilter& filter) const {
+  const auto muted = mutedTapOf(desired_, filter);
+  return index_.nodeNamed(muted ? desired_.taps.at(*muted).nodeName : filter.nodeName);
 }
 
 std::vector<PortPair> PlanContext::linksOf(const DesiredFilter& filter) const {
-  const auto node = index_.nodeNamed(filter.nodeName);
+  const auto node = nodeOf(filter);
   if (!node) return {};
   std::vector<PortPair> pairs;
   const auto& inputs = index_.portsOf(*node, PortDirection::in, false);
-  for (const auto tapID : filter.taps)
-    if (const auto tap = desired_.taps.find(tapID); tap != desired_.taps.end())
-      std::ranges::copy(tapLinks(tap->second, inputs), std::back_inserter(pairs));
+  for (const auto tapID : filter.taps) {
+    const auto tap = desired_.taps.find(tapID);
+    if (tap == desired_.taps.end() || tap->second.isMuted) continue;
+    for (const auto stream : streamsOf(tap->second))
+      std::ranges::copy(stereoPairs(index_.portsOf(stream, PortDirection::out, false), inputs),
+                        std::back_inserter(pairs));
+  }
   if (const auto device = index_.nodeNamed(filter.deviceName)) {
     auto outputs = index_.portsOf(*node, PortDirection::out, false);
     const auto& channels = index_.portsOf(*device, PortDirection::in, false);
-    // both channels carry the same: see isMono
+    // a filter of an unmuted tap has two channels
     if (channels.size() == 1 && outputs.size() > 1) outputs.resize(1);
     std::ranges::copy(stereoPairs(outputs, channels), std::back_inserter(pairs));
   }
   return pairs;
-}
-
-bool PlanContext::hearsTap(const std::vector<PortPair>& links, AudioObjectID tap) const {
-  const auto found = desired_.taps.find(tap);
-  if (found == desired_.taps.end() || !found->second.isMuted) return true;
-  const auto node = index_.nodeNamed(found->second.nodeName);
-  return node && std::ranges::any_of(links, [&](const PortPair& pair) {
-           return index_.graph().ports.at(pair.output).node == *node;
-         });
 }
 
 bool PlanContext::isConnected(const DesiredFilter& filter, const std::vector<PortPair>& links) const {
@@ -116,9 +104,7 @@ bool PlanContext::isConnected(const DesiredFilter& filter, const std::vector<Por
   if (!device) return false;
   const bool reachesDevice = std::ranges::any_of(
       links, [&](const PortPair& pair) { return index_.graph().ports.at(pair.input).node == *device; });
-  return reachesDevice &&
-         std::ranges::all_of(filter.taps, [&](AudioObjectID tap) { return hearsTap(links, tap); }) &&
-         std::ranges::all_of(links, [&](const PortPair& pair) {
+  return reachesDevice && std::ranges::all_of(links, [&](const PortPair& pair) {
            const auto link = owned_.links.find(pair);
            return link != owned_.links.end() && link->second->state() == OwnObject::State::ready;
          });

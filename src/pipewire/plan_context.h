@@ -41,7 +41,7 @@ class PlanContext {
   /// Whether the stream belongs into this tap.
   bool belongsIn(GlobalID stream, AudioObjectID tap) const;
 
-  /// Whether the filter is linked with its taps and its device. `links`: of linksOf().
+  /// Whether the filter is linked with its streams and its device. `links`: of linksOf().
   bool isConnected(const DesiredFilter& filter, const std::vector<PortPair>& links) const;
 
   /// All links that a filter needs; fewer while a node or port is missing.
@@ -52,8 +52,7 @@ class PlanContext {
                                     const std::vector<GlobalID>& inputs) const;
 
  private:
-  std::vector<PortPair> tapLinks(const DesiredTap& tap, const std::vector<GlobalID>& inputs) const;
-  bool hearsTap(const std::vector<PortPair>& links, AudioObjectID tap) const;
+  std::optional<GlobalID> nodeOf(const DesiredFilter& filter) const;
 
   const GraphIndex& index_;
   const DesiredState& desired_;

@@ -59,7 +59,7 @@ bool Reconciler::isRefused(IOProcID ioProc) const {
   const auto found = desired_.filters.find(ioProc);
   return found != desired_.filters.end() && std::ranges::any_of(found->second.taps, [&](AudioObjectID tap) {
            const auto node = tapNodes_.find(tap);
-           return node != tapNodes_.end() && isFailed(*node->second.object);
+           return node != tapNodes_.end() && isFailed(*node->second.node);
          });
 }
 
@@ -78,7 +78,7 @@ void Reconciler::forgetGoneObjects() {
     if (state == State::failed && !alsoRefused) someAreRefused = true;
     return state == State::lost || (state == State::failed && alsoRefused);
   };
-  std::erase_if(tapNodes_, [&](const auto& entry) { return isDone(*entry.second.object); });
+  std::erase_if(tapNodes_, [&](const auto& entry) { return isDone(*entry.second.node); });
   std::erase_if(links_, [&](const auto& entry) { return isDone(*entry.second); });
   std::erase_if(filters_, [&](const auto& entry) { return isDone(*entry.second.object); });
   std::erase_if(lastingLinks_, [](const auto& link) { return link.second->state() != State::asked; });
@@ -142,7 +142,7 @@ void Reconciler::applyNodes(const Plan& plan) {
   }
   for (const auto id : plan.filtersToDestroy) {
     logEdit("IOProc %llu: remove its filter", static_cast<unsigned long long>(id));
-    letLinksGo(filters_.at(id).name);
+    letLinksGo(filters_.at(id).nodeName);
     filters_.erase(id);
   }
   for (const auto id : plan.tapNodesToCreate) {
@@ -151,10 +151,21 @@ void Reconciler::applyNodes(const Plan& plan) {
             tap.isMono ? ", mono as its device" : "");
     tapNodes_[id] = {edits_->makeTapNode(tap), tap.nodeName, tap.isMono};
   }
-  for (const auto id : plan.filtersToCreate) {
-    const DesiredFilter& filter = desired_.filters.at(id);
-    logEdit("IOProc %llu: filter %s to %s", static_cast<unsigned long long>(id), filter.nodeName.c_str(),
+  for (const auto id : plan.filtersToCreate)
+    createFilter(id);
+}
+
+void Reconciler::createFilter(IOProcID id) {
+  const DesiredFilter& filter = desired_.filters.at(id);
+  const auto number = static_cast<unsigned long long>(id);
+  if (const auto muted = mutedTapOf(desired_, filter)) {
+    const auto tap = tapNodes_.find(*muted);
+    if (tap == tapNodes_.end()) return; // its node is replaced
+    logEdit("IOProc %llu: runs in node %s, to %s", number, tap->second.name.c_str(),
             filter.deviceName.c_str());
+    filters_[id] = {tap->second.node->run(blocks_.at(id)), ""};
+  } else {
+    logEdit("IOProc %llu: filter %s to %s", number, filter.nodeName.c_str(), filter.deviceName.c_str());
     filters_[id] = {edits_->makeFilter(filter, blocks_.at(id)), filter.nodeName};
   }
 }
@@ -220,6 +231,8 @@ void Reconciler::route(const StreamRouting& routing) {
 
 std::uint32_t Reconciler::cycles() const {
   std::uint32_t sum = 0;
+  for (const auto& [id, tap] : tapNodes_)
+    sum += tap.node->cycles();
   for (const auto& [id, filter] : filters_)
     sum += filter.object->cycles();
   return sum;

@@ -66,6 +66,7 @@ class Reconciler {
   void letLinksGo(const std::string& nodeName);
   void apply(const Plan& plan);
   void applyNodes(const Plan& plan);
+  void createFilter(IOProcID id);
   void applyLinks(const Plan& plan);
   void applyRoutings(const Plan& plan);
   bool playsNow(GlobalID stream) const;
@@ -78,8 +79,8 @@ class Reconciler {
   GraphEdits* edits_ = nullptr;
   DesiredState desired_;
   std::map<IOProcID, IOProcBlock> blocks_;
-  std::map<AudioObjectID, OwnNode> tapNodes_;
-  std::map<IOProcID, OwnNode> filters_;
+  std::map<AudioObjectID, OwnTap> tapNodes_;
+  std::map<IOProcID, OwnFilter> filters_;
   std::map<PortPair, std::unique_ptr<OwnObject>> links_;
   std::map<PortPair, std::unique_ptr<OwnObject>> lastingLinks_; ///< kept until the server has created them
   std::set<PortPair> goingLinks_; ///< of links_: the server removes them with their nodes

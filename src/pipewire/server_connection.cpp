@@ -56,17 +56,24 @@ ServerConnection::ServerConnection(LoopThread& loop, Graph& graph, ServerState& 
 ServerConnection::~ServerConnection() {
   rightsWatch_.reset();
   monitor_.reset();
+  nodeCoreHook_.remove();
   coreHook_.remove();
+}
+
+CoreHandle ServerConnection::open(const char* name) {
+  pw_properties* properties =
+      pw_properties_new(PW_KEY_APP_NAME, name, PW_KEY_APP_ID, "com.quellmarsh.sonvel", PW_KEY_MEDIA_CATEGORY,
+                        "Manager", PW_KEY_MEDIA_TYPE, "Audio", nullptr);
+  return CoreHandle(pw_context_connect(context_.get(), properties, 0));
 }
 
 void ServerConnection::connect() {
   if (core_) return;
-  pw_properties* properties =
-      pw_properties_new(PW_KEY_APP_NAME, "Sonvel", PW_KEY_APP_ID, "com.quellmarsh.sonvel",
-                        PW_KEY_MEDIA_CATEGORY, "Manager", PW_KEY_MEDIA_TYPE, "Audio", nullptr);
-  core_.reset(pw_context_connect(context_.get(), properties, 0));
-  if (!core_) {
+  core_ = open("Sonvel");
+  if (core_) nodeCore_ = open("Sonvel playback");
+  if (!core_ || !nodeCore_) {
     const int result = -errno;
+    core_.reset();
     logRefusal("no connection to the sound server: %s", std::strerror(-result));
     if (isAboutRights(result)) state_.setRights(AudioServer::Rights::restricted);
     retry_.arm(kRetryDelay);
@@ -83,7 +90,16 @@ void ServerConnection::connect() {
     };
     return made;
   }();
+  static const pw_core_events nodeEvents = [] {
+    pw_core_events made{};
+    made.version = PW_VERSION_CORE_EVENTS;
+    made.error = [](void* self, std::uint32_t id, int, int result, const char* message) {
+      static_cast<ServerConnection*>(self)->onError(id, result, message);
+    };
+    return made;
+  }();
   pw_core_add_listener(core_.get(), coreHook_.get(), &events, this);
+  pw_core_add_listener(nodeCore_.get(), nodeCoreHook_.get(), &nodeEvents, this);
   monitor_ = std::make_unique<GraphMonitor>(core_.get(), graph_, [this] { graphChanged(); });
   rightsWatch_ = std::make_unique<RightsWatch>(
       loop_.loop(), core_.get(), *monitor_, [this](bool mayHaveTaps) { onRights(mayHaveTaps); },
@@ -97,6 +113,8 @@ void ServerConnection::disconnect() {
   listener_.lost();
   rightsWatch_.reset();
   monitor_.reset();
+  nodeCoreHook_.remove();
+  nodeCore_.reset();
   coreHook_.remove();
   core_.reset();
   isReady_ = false;

@@ -48,7 +48,7 @@ class ServerConnection {
  public:
   struct Listener {
     std::function<void()> changed; ///< the graph has changed
-    std::function<void()> lost;    ///< destroy everything that was created through core(), now
+    std::function<void()> lost;    ///< destroy everything that was created through the cores, now
     std::function<bool()> mayRest = [] { return true; }; ///< whether nothing depends on tap rights now
     std::function<void()> granted = [] {};               ///< taps can be created from now on
     std::function<void()> withdrawn = [] {}; ///< tap rights were withdrawn, and the connection is closed
@@ -73,6 +73,12 @@ class ServerConnection {
   /// Null without a server.
   pw_core* core() const noexcept { return core_.get(); }
 
+  /// A connection of its own for nodes in this process. While the session manager configures such a node, the
+  /// server handles none of its messages before the node's connection has answered; while a connection binds
+  /// the metadata, it handles none of that before the session manager has answered. On one connection the two
+  /// would wait for each other without end. This one must therefore ask nothing of the session manager.
+  pw_core* nodeCore() const noexcept { return nodeCore_.get(); }
+
   /// Null without a server.
   GraphMonitor* monitor() const noexcept { return monitor_.get(); }
 
@@ -82,6 +88,7 @@ class ServerConnection {
 
  private:
   void connect();
+  CoreHandle open(const char* name);
   void disconnect();
   void onDone(int sequence);
   void onError(std::uint32_t id, int result, const char* message);
@@ -97,7 +104,9 @@ class ServerConnection {
   LoopTimer retry_;
   ContextHandle context_;
   CoreHandle core_;
+  CoreHandle nodeCore_;
   Hook coreHook_;
+  Hook nodeCoreHook_;
   std::unique_ptr<GraphMonitor> monitor_;
   std::unique_ptr<RightsWatch> rightsWatch_;
   int lastDone_ = 0;

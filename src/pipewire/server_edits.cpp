@@ -1,7 +1,7 @@
 #include "pipewire/server_edits.h"
 
 #include "pipewire/graph_log.h"
-#include "pipewire/io_filter.h"
+#include "pipewire/io_node.h"
 #include "pipewire/remote_object.h"
 
 namespace sonvel::pipewire {
@@ -9,16 +9,10 @@ namespace sonvel::pipewire {
 namespace {
 
 ObjectProperties tapNodeProperties(const DesiredTap& tap) {
-  return {{"factory.name", "support.null-audio-sink"},
-          {PW_KEY_MEDIA_CLASS, "Audio/Sink/Internal"}, // not listed by mixers, never the default
+  return {{PW_KEY_MEDIA_CLASS, "Audio/Sink/Internal"}, // not listed by mixers, never the default
           {PW_KEY_NODE_NAME, tap.nodeName},
           {PW_KEY_NODE_DESCRIPTION, tap.description},
           {PW_KEY_APP_NAME, "Sonvel"},
-          {PW_KEY_OBJECT_LINGER, "false"},
-          {PW_KEY_NODE_VIRTUAL, "true"},
-          {"audio.position", tap.isMono ? "[ MONO ]" : "[ FL FR ]"},
-          {"monitor.passthrough", "true"},
-          {"monitor.channel-volumes", "false"},
           {PW_KEY_PRIORITY_SESSION, "-1"},
           {PW_KEY_PRIORITY_DRIVER, "0"},
           {"state.restore-props", "false"},
@@ -31,13 +25,13 @@ ServerEdits::ServerEdits(ServerConnection& server, std::function<void()> changed
     : server_(server)
     , changed_(std::move(changed)) {}
 
-std::unique_ptr<OwnObject> ServerEdits::makeTapNode(const DesiredTap& tap) {
-  return std::make_unique<RemoteObject>(server_.core(), "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE,
-                                        tapNodeProperties(tap), changed_);
+std::unique_ptr<OwnTapNode> ServerEdits::makeTapNode(const DesiredTap& tap) {
+  return std::make_unique<IONode>(server_.nodeCore(), IOSpaNode::Kind::sink, tap.isMono ? 1 : kStereo,
+                                  tapNodeProperties(tap), changed_);
 }
 
 std::unique_ptr<OwnObject> ServerEdits::makeFilter(const DesiredFilter& filter, const IOProcBlock& block) {
-  return std::make_unique<IOFilter>(server_.core(), filter.nodeName, filter.description, block, changed_);
+  return std::make_unique<IOFilter>(server_.nodeCore(), filter, block, changed_);
 }
 
 std::unique_ptr<OwnObject> ServerEdits::makeLink(const PortPair& ports, LinkKind kind) {

@@ -14,7 +14,7 @@ class ServerEdits final : public GraphEdits {
   /// `changed` runs on the loop thread whenever an object created here changes state.
   ServerEdits(ServerConnection& server, std::function<void()> changed);
 
-  std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) override;
+  std::unique_ptr<OwnTapNode> makeTapNode(const DesiredTap& tap) override;
   std::unique_ptr<OwnObject> makeFilter(const DesiredFilter& filter, const IOProcBlock& block) override;
   std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind kind) override;
   void cutLink(GlobalID link) override;

@@ -40,13 +40,9 @@ bool isMadeByHand(const Graph& graph, const Link& link) {
 bool isHeardTwice(const GraphIndex& graph, GlobalID stream) {
   const auto tap = graph.nodeNamed(targetTapOf(graph.graph(), stream));
   if (!tap || !graph.feeds(stream, *tap)) return false;
-  const auto linkWith = [&](GlobalID id) -> const Link& { return graph.graph().links.at(id); };
-  const auto isHeardAt = [&](GlobalID device) {
-    return std::ranges::any_of(graph.linksFrom(*tap),
-                               [&](GlobalID id) { return graph.feeds(linkWith(id).inputNode, device); });
-  };
   return std::ranges::any_of(graph.linksFrom(stream), [&](GlobalID id) {
-    return isMadeByHand(graph.graph(), linkWith(id)) && isHeardAt(linkWith(id).inputNode);
+    const Link& link = graph.graph().links.at(id);
+    return isMadeByHand(graph.graph(), link) && graph.feeds(*tap, link.inputNode);
   });
 }
 

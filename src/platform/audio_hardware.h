@@ -82,7 +82,8 @@ class AudioHardware {
   virtual OSStatus destroyProcessTap(AudioObjectID tap) = 0;
 
   /// Creates a device out of taps and real devices. The first sub-device plays what the IOProcs write.
-  /// Unknown sub-devices give kBadDevice, unknown taps kBadObject.
+  /// Unknown sub-devices give kBadDevice, unknown taps kBadObject, a muted tap among others
+  /// kIllegalOperation.
   virtual OSStatus createAggregateDevice(const AggregateDeviceDescription& description,
                                          AudioObjectID& device) = 0;
 
@@ -98,7 +99,8 @@ class AudioHardware {
   /// Removes an IOProc, stops it if needed, and releases its block.
   virtual OSStatus destroyIOProcID(AudioObjectID device, IOProcID ioProc) = 0;
 
-  /// Starts an installed IOProc. No effect if it runs.
+  /// Starts an installed IOProc. No effect if it runs. kIllegalOperation while another one reads its muted
+  /// tap.
   virtual OSStatus deviceStart(AudioObjectID device, IOProcID ioProc) = 0;
 
   /// Stops an IOProc. After success its block is not running and is not called again. No effect if it does

@@ -77,7 +77,7 @@ const SimulatedHardware::Graph& SimulatedHardware::playingGraph() const {
 bool SimulatedHardware::isSilenced(const Process& process) const {
   const auto& all = playingGraph().taps;
   return std::any_of(all.begin(), all.end(), [&](const Tap& tap) {
-    return tap.description.muteBehavior == TapMuteBehavior::muted && isTapOf(tap, process.id, process.script);
+    return tap.isMuted() && isTapOf(tap, process.id, process.script);
   });
 }
 

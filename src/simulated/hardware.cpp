@@ -58,11 +58,34 @@ OSStatus SimulatedHardware::checkAggregate(const AggregateDeviceDescription& des
   if (description.subDevices.empty()) return status::kBadDevice;
   for (const SubDevice& subDevice : description.subDevices)
     if (presentDevice(subDevice.uid) == nullptr) return status::kBadDevice;
-  for (const SubTap& subTap : description.taps)
-    if (std::none_of(graph_.taps.begin(), graph_.taps.end(),
-                     [&](const Tap& tap) { return tap.uid == subTap.uid; }))
-      return status::kBadObject;
+  for (const SubTap& subTap : description.taps) {
+    const Tap* const tap = tapWithUID(subTap.uid);
+    if (tap == nullptr) return status::kBadObject;
+    if (tap->isMuted() && description.taps.size() > 1) return status::kIllegalOperation;
+  }
   return kNoError;
+}
+
+const Tap* SimulatedHardware::tapWithUID(const std::string& uid) const {
+  const auto tap = std::ranges::find(graph_.taps, uid, &Tap::uid);
+  return tap == graph_.taps.end() ? nullptr : &*tap;
+}
+
+/// Whether a started IOProc reads a muted tap of the device.
+bool SimulatedHardware::isReadAlready(AudioObjectID device) const {
+  const auto tapsOf = [this](AudioObjectID id) {
+    return std::ranges::find(graph_.aggregates, id, &Aggregate::id)->description.taps;
+  };
+  const auto taps = tapsOf(device);
+  return std::ranges::any_of(taps, [&](const SubTap& wanted) {
+    const Tap* const tap = tapWithUID(wanted.uid);
+    return tap != nullptr && tap->isMuted() &&
+           std::ranges::any_of(graph_.ioProcs, [&](const InstalledIOProc& ioProc) {
+             const auto others = tapsOf(ioProc.what.device);
+             return ioProc.what.isStarted &&
+                    std::ranges::find(others, wanted.uid, &SubTap::uid) != others.end();
+           });
+  });
 }
 
 OSStatus SimulatedHardware::createAggregateDevice(const AggregateDeviceDescription& description,
@@ -129,6 +152,7 @@ OSStatus SimulatedHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
                     if (const OSStatus status = checkIsAggregate(device)) return status;
                     InstalledIOProc* const found = installedIOProc(device, ioProc);
                     if (found == nullptr) return status::kBadObject;
+                    if (!found->what.isStarted && isReadAlready(device)) return status::kIllegalOperation;
                     found->what.isStarted = true;
                     return kNoError;
                   });

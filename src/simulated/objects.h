@@ -9,6 +9,8 @@ struct Tap {
   AudioObjectID id = kAudioObjectUnknown;
   std::string uid = {};
   TapDescription description = {};
+
+  bool isMuted() const { return description.muteBehavior == TapMuteBehavior::muted; }
 };
 
 /// An existing aggregate device.

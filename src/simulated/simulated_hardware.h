@@ -156,6 +156,8 @@ class SimulatedHardware : public AudioHardware {
   std::optional<PropertyValue> systemProperty(const PropertyAddress& address) const;
   const VolumeControl* volumeControl(AudioObjectID object, const PropertyAddress& address) const;
   OSStatus checkAggregate(const AggregateDeviceDescription& description) const;
+  const Tap* tapWithUID(const std::string& uid) const;
+  bool isReadAlready(AudioObjectID device) const;
   OSStatus checkIsAggregate(AudioObjectID object) const;
   InstalledIOProc* installedIOProc(AudioObjectID device, IOProcID ioProc);
   void stopAndWait(InstalledIOProc& ioProc);

@@ -8,6 +8,28 @@ constexpr Tone kTone{.frequencyHz = 1000.0, .amplitude = 0.4};
 
 } // namespace
 
+TEST_F(AudioContract, MutedTapHasOneReaderAndNoCompany) {
+  const AudioObjectID process = startAudibleProgram(kTone).process;
+  TapChain chain = tap(process, kSpeakers);
+  auto second = aggregateOf(kSpeakers, text(chain.tap, property::kTapUID).value_or(""));
+  second.uid = "another-aggregate";
+  AudioObjectID aggregate = kAudioObjectUnknown;
+  IOProcID ioProc = 0;
+  EXPECT_EQ(hardware().createAggregateDevice(second, aggregate), kNoError);
+  EXPECT_EQ(hardware().createIOProcID(aggregate, {}, playingBlock(chain.state), ioProc), kNoError);
+  EXPECT_EQ(hardware().deviceStart(aggregate, ioProc), status::kIllegalOperation);
+  EXPECT_EQ(hardware().deviceStop(chain.aggregate, chain.ioProc), kNoError);
+  EXPECT_EQ(hardware().deviceStart(aggregate, ioProc), kNoError);
+  EXPECT_TRUE(blockRuns(*chain.state));
+  EXPECT_EQ(hardware().destroyAggregateDevice(aggregate), kNoError);
+
+  AudioObjectID unmuted = kAudioObjectUnknown;
+  EXPECT_EQ(hardware().createProcessTap(tapOn(process, TapMuteBehavior::unmuted), unmuted), kNoError);
+  second.taps.push_back({.uid = text(unmuted, property::kTapUID).value_or("")});
+  EXPECT_EQ(hardware().createAggregateDevice(second, aggregate), status::kIllegalOperation);
+  EXPECT_EQ(hardware().destroyProcessTap(unmuted), kNoError);
+}
+
 TEST_F(AudioContract, WhatIsUnknownIsRefused) {
   TapChain chain = tap(startAudibleProgram(kTone).process, kSpeakers);
   const AudioObjectID speakers = deviceWithUID(kSpeakers);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pipewire/fake_objects.h"
 #include "pipewire/reconciler.h"
 
 #include <algorithm>
@@ -183,12 +184,13 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     due_ = due_ ? std::min(*due_, now_ + delay) : now_ + delay;
   }
 
-  std::unique_ptr<OwnObject> makeTapNode(const DesiredTap& tap) override {
-    return makeNode(tap.nodeName, tap.isMono ? Channels{"MONO"} : kStereoChannels, true);
+  std::unique_ptr<OwnTapNode> makeTapNode(const DesiredTap& tap) override {
+    const Channels channels = tap.isMono ? Channels{"MONO"} : kStereoChannels;
+    return std::make_unique<FakeTapNode>(makeNode(tap.nodeName, channels), unmaking_, faults);
   }
 
   std::unique_ptr<OwnObject> makeFilter(const DesiredFilter& filter, const IOProcBlock&) override {
-    return makeNode(filter.nodeName, kStereoChannels, false);
+    return std::make_unique<FakeObject<OwnObject>>(makeNode(filter.nodeName, kStereoChannels), unmaking_);
   }
 
   std::unique_ptr<OwnObject> makeLink(const PortPair& ports, LinkKind) override {
@@ -208,7 +210,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
         if (piece->state == OwnObject::State::asked) piece->state = OwnObject::State::ready;
       });
     });
-    return std::make_unique<Made>(*this, piece);
+    return std::make_unique<FakeObject<OwnObject>>(piece, unmaking_);
   }
 
   void cutLink(GlobalID link) override {
@@ -234,31 +236,6 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
  private:
   static constexpr GlobalID kFirstID = 30;
-
-  /// A node or link that the reconciler has requested.
-  struct Piece {
-    OwnObject::State state = OwnObject::State::asked;
-    std::uint64_t serial = 0; ///< 0 until it exists
-    bool isWanted = true;
-  };
-
-  class Made final : public OwnObject {
-   public:
-    Made(FakeServer& server, std::shared_ptr<Piece> piece)
-        : server_(server)
-        , piece_(std::move(piece)) {}
-
-    ~Made() override { server_.unmake(*piece_); }
-
-    State state() const override { return piece_->state; }
-
-    std::uint32_t cycles() const override { return ++cycles_; }
-
-   private:
-    FakeServer& server_;
-    std::shared_ptr<Piece> piece_;
-    mutable std::uint32_t cycles_ = 0;
-  };
 
   void later(std::function<void()> happens) { inFlight_.push_back(std::move(happens)); }
 
@@ -297,15 +274,15 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return id;
   }
 
-  std::unique_ptr<OwnObject> makeNode(const std::string& name, const Channels& channels, bool isTap) {
+  std::shared_ptr<Piece> makeNode(const std::string& name, const Channels& channels) {
     auto piece = std::make_shared<Piece>();
-    later([this, piece, name, channels, isTap] {
+    later([this, piece, name, channels] {
       if (!piece->isWanted) return;
-      piece->serial = graph.nodes.at(addNode({.name = name}, channels, channels, isTap)).serial;
+      piece->serial = graph.nodes.at(addNode({.name = name}, channels, channels, false)).serial;
       piece->state = OwnObject::State::ready;
       made_[piece->serial] = piece;
     });
-    return std::make_unique<Made>(*this, piece);
+    return piece;
   }
 
   void lose(std::uint64_t serial) {
@@ -380,12 +357,14 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
   std::set<std::string> heardThrough(GlobalID tapNode) const {
     std::set<std::string> places;
-    for (const auto filter : nodesAfter(tapNode))
-      for (const auto sink : nodesAfter(filter))
-        if (graph.nodes.at(sink).kind == NodeKind::sink) places.insert("tap:" + graph.nodes.at(sink).name);
+    const auto made = made_.find(graph.nodes.at(tapNode).serial);
+    if (made == made_.end() || !made->second->runsIOProc) return places;
+    for (const auto sink : nodesAfter(tapNode))
+      if (graph.nodes.at(sink).kind == NodeKind::sink) places.insert("tap:" + graph.nodes.at(sink).name);
     return places;
   }
 
+  const Unmake unmaking_ = [this](Piece& piece) { unmake(piece); };
   Time now_;
   std::optional<Time> due_;
   std::deque<std::function<void()>> inFlight_;

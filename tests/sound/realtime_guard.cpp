@@ -1,8 +1,10 @@
-// Preloaded into a program with PipeWire filters: ends it if its code uses the heap, takes a lock or makes a
+// Preloaded into a program with PipeWire nodes: ends it if its code uses the heap, takes a lock or makes a
 // system call during a cycle of the graph, and counts cycles and their page faults. REALTIME_REPORT names an
 // existing file for the counts; REALTIME_SEED makes one cycle break a rule: heap, lock, call or page.
-#include <pipewire/filter.h>
+#include <pipewire/pipewire.h>
+#include <spa/node/node.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
@@ -28,8 +30,8 @@ constexpr int kUnsafeExitCode = 99;
 constexpr std::uint64_t kSeededCycle = 50;
 
 struct Report {
-  std::atomic<std::uint64_t> filters, cycles, faults,
-      firstFaults; ///< firstFaults: in the first cycle of a filter
+  std::atomic<std::uint64_t> nodes, cycles, faults,
+      firstFaults; ///< firstFaults: in the first cycle of a node
 };
 
 /// The kernel reads this before each system call of the thread.
@@ -59,13 +61,13 @@ void seed(const char* what) noexcept {
   if (std::strcmp(what, "page") == 0) *static_cast<volatile char*>(sink) = 1;
 }
 
-/// A filter's listener, placed between the library and the program.
-struct Listener {
-  const pw_filter_events* events;
-  void* data;
+/// A node's processing, placed between the library and the program.
+struct Guarded {
+  void* node = nullptr;
+  int (*process)(void* node) = nullptr;
   std::uint64_t cycles = 0; ///< so far
 
-  void runCycle(spa_io_position* position) noexcept {
+  int runCycle() noexcept {
     static const char* const seeded = std::getenv("REALTIME_SEED");
     static thread_local const bool isSetUp = [] {
       prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &gate);
@@ -75,11 +77,12 @@ struct Listener {
     if (isSeeded) sink = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     const auto before = faults();
     gate = SYSCALL_DISPATCH_FILTER_BLOCK;
-    events->process(data, position);
+    const int result = process(node);
     if (isSeeded) seed(seeded);
     gate = SYSCALL_DISPATCH_FILTER_ALLOW;
     (cycles++ == 0 ? report->firstFaults : report->faults) += faults() - before;
     ++report->cycles;
+    return result;
   }
 
  private:
@@ -89,6 +92,14 @@ struct Listener {
     return static_cast<std::uint64_t>(usage.ru_minflt + usage.ru_majflt);
   }
 };
+
+std::array<Guarded, 64> nodes; ///< `report->nodes` of them; a later one may have the address of a former
+
+int guardedProcess(void* node) noexcept {
+  for (std::size_t i = report->nodes; i > 0; --i)
+    if (nodes[i - 1].node == node) return nodes[i - 1].runCycle();
+  return 0;
+}
 
 [[gnu::constructor]] void begin() noexcept {
   const char* const file = std::getenv("REALTIME_REPORT");
@@ -132,23 +143,19 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) {
   return function(mutex);
 }
 
-/// The program uses only these two events.
-void pw_filter_add_listener(pw_filter* filter, spa_hook* hook, const pw_filter_events* events, void* data) {
-  static const auto function = real<decltype(&pw_filter_add_listener)>("pw_filter_add_listener");
-  static const pw_filter_events guarded = [] {
-    pw_filter_events made{};
-    made.version = PW_VERSION_FILTER_EVENTS;
-    made.process = [](void* self, spa_io_position* position) {
-      static_cast<Listener*>(self)->runCycle(position);
-    };
-    made.state_changed = [](void* self, pw_filter_state old, pw_filter_state state, const char* error) {
-      const auto& listener = *static_cast<Listener*>(self);
-      listener.events->state_changed(listener.data, old, state, error);
-    };
-    return made;
-  }();
-  ++report->filters;
-  function(filter, hook, &guarded,
-           new Listener{events, data}); // never freed: it is used as long as the filter
+/// The program exports only nodes of one kind, one after the other.
+pw_proxy* pw_core_export(pw_core* core, const char* type, const spa_dict* properties, void* object,
+                         std::size_t userDataSize) {
+  static const auto function = real<decltype(&pw_core_export)>("pw_core_export");
+  static spa_node_methods guarded =
+      *static_cast<const spa_node_methods*>(static_cast<spa_node*>(object)->iface.cb.funcs);
+  auto* node = static_cast<spa_node*>(object);
+  const std::size_t index = report->nodes++;
+  if (index >= nodes.size()) _exit(kUnsafeExitCode);
+  nodes.at(index) = {node->iface.cb.data,
+                     static_cast<const spa_node_methods*>(node->iface.cb.funcs)->process};
+  guarded.process = guardedProcess;
+  node->iface.cb.funcs = &guarded;
+  return function(core, type, properties, object, userDataSize);
 }
 }

@@ -42,7 +42,7 @@ def test_cycles_do_nothing_but_compute(machine, start_holder, seed):
     run_cycles()
     holder.tell("remove", players[0].pid)
     assert holder.finish() == 0
-    filters, cycles, faults, first_faults = counts()
-    print(f"{filters} filters, {cycles} cycles, {faults} page faults, and {first_faults} in first cycles")
-    assert filters >= 5 and cycles > 1000
+    nodes, cycles, faults, first_faults = counts()
+    print(f"{nodes} nodes, {cycles} cycles, {faults} page faults, and {first_faults} in first cycles")
+    assert nodes >= 5 and cycles > 1000
     assert bool(faults) == (seed == "page")

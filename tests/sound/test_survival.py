@@ -30,17 +30,19 @@ def test_restart_of_the_server_leaves_nothing_to_undo_and_all_to_be_done_again(m
     take(machine, holder)
 
 
-@pytest.mark.parametrize("name", ["sonvel-aggregate", "sonvel-tap"])
-def test_object_that_the_server_loses_is_made_again(machine, holder, name):
+@pytest.mark.parametrize("kind", ["Node", "Link"])
+def test_object_that_the_server_loses_is_made_again(machine, holder, kind):
     take(machine, holder)
 
-    def serials():
-        return {node["object.serial"] for node in machine.graph.objects("Node") if node["node.name"].startswith(name)}
+    def ours():
+        nodes = [node for node in machine.graph.objects("Node") if node["node.name"].startswith("sonvel-tap")]
+        numbers = {node["id"] for node in nodes}
+        links = [link for link in machine.graph.objects("Link") if link["link.output.node"] in numbers]
+        return {one["object.serial"]: one["id"] for one in (nodes if kind == "Node" else links)}
 
-    lost, = serials()
-    machine.run("pw-cli", "destroy", next(node["id"] for node in machine.graph.objects("Node")
-                                          if node["object.serial"] == lost))
-    wait_until(lambda: lost not in serials(), what=f"the end of {name}")
+    lost, number = next(iter(ours().items()))
+    machine.run("pw-cli", "destroy", number)
+    wait_until(lambda: lost not in ours(), what=f"the end of the {kind}")
     machine.sink().wait_for_tone(1000, 0.2)
 
 
