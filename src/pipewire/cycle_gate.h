@@ -15,7 +15,7 @@ namespace sonvel::pipewire {
 /// opens without a cycle.
 class CycleGate {
  public:
-  /// Whether it is open at `now`. `cycles` is the number of cycles that all filters have run so far. While
+  /// Whether it is open at `now`. `cycles` is the number of cycles that all our nodes have run so far. While
   /// shut, it counts from the first call.
   bool isOpen(std::uint32_t cycles, GraphAlarm::Time now);
 

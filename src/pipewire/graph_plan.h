@@ -6,8 +6,8 @@
 namespace sonvel::pipewire {
 
 /// The edits that bring the graph nearer to the desired state. Call again after each event until the plan is
-/// empty. The conditions give an order without a gap in the sound. Taking over: tap and filter, their links,
-/// then the streams into the tap. Giving back: the streams, the tap, the filter.
+/// empty. The conditions give an order without a gap in the sound. Taking over: the tap's node, its links,
+/// then the streams into the tap. Giving back: the streams, then the node.
 Plan planEdits(const GraphIndex& graph, const DesiredState& desired, const OwnedObjects& owned);
 
 /// Whether the filter of a started IOProc is linked with its taps and its device.
