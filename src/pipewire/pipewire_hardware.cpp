@@ -143,13 +143,10 @@ OSStatus PipeWireHardware::deviceStart(AudioObjectID device, IOProcID ioProc) {
     running->second.isRetired = false;
     return running->second.isStopping ? status::kIllegalOperation : kNoError;
   }
-  const auto readsTheSame = [&](const auto& filter) {
-    return std::ranges::any_of(filter.second.taps, [&](AudioObjectID id) {
-      const auto& taps = state_->reconciler.desired().taps;
-      return aggregate->second.taps.contains(id) && taps.contains(id) && taps.at(id).isMuted;
-    });
-  };
-  if (std::ranges::any_of(filters, readsTheSame)) return status::kIllegalOperation;
+  const DesiredState& desired = state_->reconciler.desired();
+  const auto muted = mutedTapOf(desired, {.taps = aggregate->second.taps});
+  const auto readsIt = [&](const auto& filter) { return mutedTapOf(desired, filter.second) == muted; };
+  if (muted && std::ranges::any_of(filters, readsIt)) return status::kIllegalOperation;
   state_->reconciler.setBlock(ioProc, installed->second);
   const AggregateDeviceDescription& description = aggregate->second.description;
   filters[ioProc] = {.nodeName = state_->uniqueName("sonvel-aggregate-"),
