@@ -98,14 +98,14 @@ void planLinks(const PlanContext& context, const FilterLinks& links, Plan& plan)
     if (!std::ranges::binary_search(wanted, pair)) plan.linksToDestroy.push_back(pair);
 }
 
-/// Whether a filter may take a stream now: the path to the device is linked. A stream that comes from
-/// another tap of ours is taken earlier, because a short silence is better than sound at the wrong volume.
+/// Whether a filter may take a stream now, or keep it: the path to the device is linked. A stream that comes
+/// from another tap of ours is taken earlier, because a short silence is better than sound at the wrong volume.
 bool mayTake(const PlanContext& context, const DesiredFilter& filter, bool isConnected, AudioObjectID tap,
              GlobalID stream) {
   if (filter.isHeld || filter.isStopping) return false;
   if (isConnected) return true;
-  const auto former = context.tapNamed(targetTapOf(context.graph().graph(), stream));
-  return former && *former != tap && context.graph().nodeNamed(context.desired().taps.at(tap).nodeName);
+  const bool isInTap = context.tapNamed(targetTapOf(context.graph().graph(), stream)).has_value();
+  return isInTap && context.graph().nodeNamed(context.desired().taps.at(tap).nodeName);
 }
 
 /// Whether a stream may enter a tap yet. Its properties may forbid it and must have arrived. PipeWire's

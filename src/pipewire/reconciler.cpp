@@ -17,7 +17,7 @@ using State = OwnObject::State;
 // Wait before a refused object is requested again.
 constexpr auto kRetryRefusedAfter = 500ms;
 
-// How often streams that wait for time to pass are checked.
+// How often it is checked whether the session manager is ready.
 constexpr auto kLookAgain = 250ms;
 
 } // namespace
@@ -65,7 +65,7 @@ bool Reconciler::isRefused(IOProcID ioProc) const {
 
 bool Reconciler::isPartial(AudioObjectID tap) const {
   const auto found = desired_.taps.find(tap);
-  return found != desired_.taps.end() && isTapPartial(index(), found->second, stubborn_.immovable());
+  return found != desired_.taps.end() && isTapPartial(index(), found->second, stubborn_.uncontrolled());
 }
 
 /// Forgets removed objects, so that they are created again if still desired, and refused ones after a delay.
@@ -96,7 +96,7 @@ void Reconciler::reconcile() {
     return;
   }
   suitTapsToDevices(index(), desired_);
-  if (stubborn_.update(index(), alarm_.now())) alarm_.lookAgainIn(kLookAgain);
+  if (const auto delay = stubborn_.update(index(), alarm_.now())) alarm_.lookAgainIn(*delay);
   apply(planEdits(index(), desired_, owned()));
 }
 

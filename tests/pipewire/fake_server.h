@@ -18,8 +18,8 @@ using Channels = std::vector<std::string>;
 inline const Channels kStereoChannels{"FL", "FR"};
 
 /// A sound server with its session manager for a real Reconciler. Requests take effect later, one after the
-/// other; global IDs are reused at once; the session manager links each stream to its target in the metadata.
-/// Time passes only when nothing else can happen.
+/// other; global IDs are reused at once; the session manager gives our nodes their ports and links each stream
+/// to its target in the metadata. Time passes only when nothing else can happen.
 class FakeServer final : public GraphEdits, public GraphAlarm {
  public:
   static constexpr auto kSpeakers = "speakers"; ///< the default while connected
@@ -134,14 +134,19 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return true;
   }
 
+  /// What happens next; only time passes if nothing else can. False if nothing is left to do.
+  bool step(std::size_t requests = 1) {
+    if (advance(requests) || !inFlight_.empty()) return true;
+    if (!due_) return false;
+    now_ = std::max(now_, *due_);
+    due_.reset();
+    return true;
+  }
+
   /// Runs until nothing is left to do; false if that does not end.
   bool settle(std::size_t requestsAtOnce = 1) {
-    for (int turn = 0; turn < 20'000; ++turn) {
-      if (advance(requestsAtOnce) || !inFlight_.empty()) continue;
-      if (!due_) return true;
-      now_ = std::max(now_, *due_);
-      due_.reset();
-    }
+    for (int turn = 0; turn < 20'000; ++turn)
+      if (!step(requestsAtOnce)) return true;
     return false;
   }
 
@@ -224,9 +229,16 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
       graph.metadata[stream][write.key] = *write.value;
     else
       graph.metadata[stream].erase(write.key);
-    const auto tap = nodeNamed(targetTapOf(graph, stream));
-    if (!wasInTap && tap && heardThrough(*tap).empty())
+    const std::string tapName{targetTapOf(graph, stream)};
+    const auto tap = nodeNamed(tapName);
+    if (!wasInTap && tap && heardThrough(*tap).empty() && !standsBy(tapName))
       faults.emplace_back("a stream is sent into a tap that no one hears");
+    manage();
+  }
+
+  /// A session manager that is too busy to do anything until it is not.
+  void setManagerBusy(bool isBusy) {
+    isManagerBusy_ = isBusy;
     manage();
   }
 
@@ -250,6 +262,12 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     node.serial = ++lastSerial_;
     const GlobalID id = freeID();
     graph.nodes[id] = std::move(node);
+    addPorts(id, inputs, outputs, areOutputsMonitors);
+    manage();
+    return id;
+  }
+
+  void addPorts(GlobalID id, const Channels& inputs, const Channels& outputs, bool areOutputsMonitors) {
     std::uint32_t index = 0;
     for (const auto& channel : inputs)
       graph.ports[freeID()] = {.node = id, .channel = channel, .index = index++};
@@ -259,8 +277,6 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
                                .isMonitor = areOutputsMonitors,
                                .channel = channel,
                                .index = index++};
-    manage();
-    return id;
   }
 
   GlobalID addLink(const PortPair& ports, std::optional<GlobalID> client) {
@@ -278,7 +294,9 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     auto piece = std::make_shared<Piece>();
     later([this, piece, name, channels] {
       if (!piece->isWanted) return;
-      piece->serial = graph.nodes.at(addNode({.name = name}, channels, channels, false)).serial;
+      const GlobalID id = addNode({.name = name}, {}, {}, false);
+      piece->serial = graph.nodes.at(id).serial;
+      portless_[piece->serial] = channels;
       piece->state = OwnObject::State::ready;
       made_[piece->serial] = piece;
     });
@@ -319,6 +337,10 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     if (std::exchange(isManaging_, true)) return;
     later([this] {
       isManaging_ = false;
+      if (isManagerBusy_) return;
+      for (const auto& [id, node] : graph.nodes)
+        if (const auto channels = portless_.extract(node.serial); !channels.empty())
+          addPorts(id, channels.mapped(), channels.mapped(), false);
       for (const auto stream : streams())
         relink(stream);
     });
@@ -343,6 +365,12 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     const auto& inputs = index.portsOf(*target, PortDirection::in, false);
     for (std::size_t i = 0; i < outputs.size() && !inputs.empty(); ++i)
       addLink({outputs[i], inputs[std::min(i, inputs.size() - 1)]}, kSessionManager);
+  }
+
+  bool standsBy(const std::string& tapName) {
+    return std::ranges::any_of(reconciler.desired().taps, [&](const auto& tap) {
+      return tap.second.nodeName == tapName && tap.second.standsBy;
+    });
   }
 
   /// The nodes that a node reaches through our own ready links.
@@ -372,7 +400,9 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
   std::map<GlobalID, std::uint64_t> linkSerials_;
   GlobalID firstFree_ = kFirstID; ///< no ID below it is free
   std::uint64_t lastSerial_ = 0;
-  bool isManaging_ = false; ///< the session manager has work to do
+  std::map<std::uint64_t, Channels> portless_; ///< nodes of ours without ports yet, by serial
+  bool isManaging_ = false;                    ///< the session manager has work to do
+  bool isManagerBusy_ = false;
 };
 
 } // namespace sonvel::pipewire

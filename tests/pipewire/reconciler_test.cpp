@@ -97,6 +97,32 @@ TEST_F(ReconcilerTest, GivesUpAStreamThatAnotherProgramTakesBackEachTime) {
   EXPECT_THAT(server_.heardAt(stream_), ElementsAre(kSpeakers));
 }
 
+TEST_F(ReconcilerTest, ABusySessionManagersStreamsAreControlledInTheEnd) {
+  start();
+  const AudioObjectID tap = server_.wantTap(kOther);
+  const IOProcID filter = server_.wantFilter(tap, kHeadphones, true);
+  ASSERT_TRUE(server_.settle());
+  server_.setManagerBusy(true);
+  server_.filter(filter).isHeld = false;
+  while (!server_.reconciler.isPartial(tap) || !server_.graph.metadata[other_].empty())
+    ASSERT_TRUE(server_.step());
+  server_.setManagerBusy(false);
+  ASSERT_TRUE(server_.settle());
+  EXPECT_THAT(server_.heardAt(other_), ElementsAre(kThroughHeadphones)) << "tried again";
+  EXPECT_FALSE(server_.reconciler.isPartial(tap));
+
+  const GlobalID third = server_.addStream(700);
+  ASSERT_TRUE(server_.settle());
+  server_.setManagerBusy(true);
+  server_.reconciler.desired().taps.at(server_.wantTap(700)).standsBy = true;
+  server_.wantFilter(server_.wantTap(kPlayer), kSpeakers);
+  ASSERT_TRUE(server_.settle());
+  server_.setManagerBusy(false);
+  ASSERT_TRUE(server_.settle());
+  EXPECT_THAT(server_.heardAt(third), IsEmpty()) << "a node without ports can't be fed";
+  EXPECT_THAT(server_.heardAt(stream_), ElementsAre("tap:speakers"));
+}
+
 TEST_F(ReconcilerTest, LeavesLinksMadeByHandAndCutsTheSessionManagersPastTheTap) {
   start();
   const GlobalID byHand = server_.addLinkByHand(stream_, server_.idOf(kSpeakers));
