@@ -191,7 +191,8 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
   std::unique_ptr<OwnTapNode> makeTapNode(const DesiredTap& tap) override {
     const Channels channels = tap.isMono ? Channels{"MONO"} : kStereoChannels;
-    return std::make_unique<FakeTapNode>(makeNode(tap.nodeName, channels), unmaking_, faults);
+    return std::make_unique<FakeTapNode>(makeNode(tap.nodeName, channels), unmaking_, endOfIOProc_,
+                                         faults);
   }
 
   std::unique_ptr<OwnObject> makeFilter(const DesiredFilter& filter, const IOProcBlock&) override {
@@ -308,19 +309,21 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
       made->second->state = OwnObject::State::lost;
   }
 
-  void expectNoneIn(GlobalID tapNode) {
+  /// Reports streams that play into this tap's node and would be heard elsewhere.
+  void expectNoneIn(const Piece& tapNode, const char* what) {
     const GraphIndex index(graph);
+    const auto id = index.nodeWithSerial(tapNode.serial);
+    if (!id || !graph.nodes.at(*id).name.starts_with(kTapNamePrefix)) return;
     for (const auto stream : index.streams())
-      if (index.feeds(stream, tapNode) && usersTargetOf(index, stream))
-        faults.push_back("a tap's node goes while stream " + std::to_string(stream) + " plays into it");
+      if (index.feeds(stream, *id) && usersTargetOf(index, stream))
+        faults.push_back(what + (" ends while stream " + std::to_string(stream)) + " plays into it");
   }
 
   void unmake(Piece& piece) {
     piece.isWanted = false;
     made_.erase(piece.serial);
     if (piece.serial == 0) return;
-    for (const auto& [id, node] : graph.nodes)
-      if (node.serial == piece.serial && node.name.starts_with(kTapNamePrefix)) expectNoneIn(id);
+    expectNoneIn(piece, "a tap's node");
     later([this, serial = piece.serial] {
       for (const auto& [id, node] : std::map(graph.nodes))
         if (node.serial == serial) removeNode(id);
@@ -392,7 +395,10 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return places;
   }
 
-  const Unmake unmaking_ = [this](Piece& piece) { unmake(piece); };
+  const PieceEnd unmaking_ = [this](Piece& piece) { unmake(piece); };
+  const PieceEnd endOfIOProc_ = [this](Piece& piece) {
+    if (piece.isWanted) expectNoneIn(piece, "the IOProc of a tap");
+  };
   Time now_;
   std::optional<Time> due_;
   std::deque<std::function<void()>> inFlight_;
