@@ -1,12 +1,12 @@
 #include "pipewire/device_volume.h"
 
+#include "pipewire/node_params.h"
+
 #include <spa/param/param.h>
 #include <spa/param/props.h>
 #include <spa/param/route.h>
-#include <spa/pod/builder.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace sonvel::pipewire {
@@ -22,11 +22,11 @@ auto routeOf(AnyGraph& graph, const Node& node) -> decltype(&graph.cards.at(0).r
   return route == card->second.routes.end() ? nullptr : &*route;
 }
 
-const spa_pod* buildProps(spa_pod_builder& builder, const std::vector<float>& volumes) {
-  return static_cast<const spa_pod*>(
-      spa_pod_builder_add_object(&builder, SPA_TYPE_OBJECT_Props, SPA_PARAM_Props, SPA_PROP_channelVolumes,
-                                 SPA_POD_Array(sizeof(float), SPA_TYPE_Float,
-                                               static_cast<std::uint32_t>(volumes.size()), volumes.data())));
+const spa_pod* buildProps(PodBuilder& builder, const std::vector<float>& volumes) {
+  return static_cast<const spa_pod*>(spa_pod_builder_add_object(
+      builder.get(), SPA_TYPE_OBJECT_Props, SPA_PARAM_Props, SPA_PROP_channelVolumes,
+      SPA_POD_Array(sizeof(float), SPA_TYPE_Float, static_cast<std::uint32_t>(volumes.size()),
+                    volumes.data())));
 }
 
 } // namespace
@@ -65,19 +65,17 @@ std::vector<float> deviceVolumes(const Graph& graph, GlobalID device) {
 
 void setDeviceVolumes(Graph& graph, GraphMonitor& monitor, GlobalID device,
                       const std::vector<float>& volumes) {
-  std::array<std::uint8_t, 2048> memory{};
-  spa_pod_builder builder{};
-  spa_pod_builder_init(&builder, memory.data(), static_cast<std::uint32_t>(memory.size()));
+  PodBuilder builder;
   Node& node = graph.nodes.at(device);
   if (Route* route = routeOf(graph, node)) {
     spa_pod_frame frame{};
-    spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_ParamRoute, SPA_PARAM_Route);
-    spa_pod_builder_add(&builder, SPA_PARAM_ROUTE_index, SPA_POD_Int(route->index), SPA_PARAM_ROUTE_device,
-                        SPA_POD_Int(route->profileDevice), 0);
-    spa_pod_builder_prop(&builder, SPA_PARAM_ROUTE_props, 0);
+    spa_pod_builder_push_object(builder.get(), &frame, SPA_TYPE_OBJECT_ParamRoute, SPA_PARAM_Route);
+    spa_pod_builder_add(builder.get(), SPA_PARAM_ROUTE_index, SPA_POD_Int(route->index),
+                        SPA_PARAM_ROUTE_device, SPA_POD_Int(route->profileDevice), 0);
+    spa_pod_builder_prop(builder.get(), SPA_PARAM_ROUTE_props, 0);
     buildProps(builder, volumes);
-    spa_pod_builder_add(&builder, SPA_PARAM_ROUTE_save, SPA_POD_Bool(true), 0);
-    const auto* param = static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &frame));
+    spa_pod_builder_add(builder.get(), SPA_PARAM_ROUTE_save, SPA_POD_Bool(true), 0);
+    const auto* param = static_cast<const spa_pod*>(spa_pod_builder_pop(builder.get(), &frame));
     pw_device_set_param(monitor.card(node.card.value_or(0)), SPA_PARAM_Route, 0, param);
     route->channelVolumes = volumes; // until the card reports the actual values
   } else {

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "pipewire/graph_edits.h"
-#include "pipewire/handles.h"
 #include "pipewire/io_spa_node.h"
-#include "pipewire/remote_object.h"
+#include "pipewire/owned_proxy.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace sonvel::pipewire {
 
@@ -20,7 +20,7 @@ class IONode : public OwnTapNode {
 
   ~IONode() override;
 
-  State state() const override { return shared_->state; }
+  State state() const override { return shared_->state(); }
 
   std::uint32_t cycles() const override { return shared_->node.cycles(); }
 
@@ -32,18 +32,15 @@ class IONode : public OwnTapNode {
     Shared(IOSpaNode::Kind kind, std::size_t channelCount)
         : node(kind, channelCount) {}
 
+    State state() const { return proxy ? proxy->state() : State::lost; }
+
     IOSpaNode node;
-    State state = State::asked;
+    std::optional<OwnedProxy> proxy; ///< none after the node's end
   };
 
   class Running;
 
-  void setState(State state);
-
   std::shared_ptr<Shared> shared_;
-  std::function<void()> changed_;
-  ProxyHandle proxy_;
-  Hook hook_;
 };
 
 /// A node with an IOProc of its own, which reads the streams that are linked to it.

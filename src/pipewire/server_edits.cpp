@@ -2,7 +2,7 @@
 
 #include "pipewire/graph_log.h"
 #include "pipewire/io_node.h"
-#include "pipewire/remote_object.h"
+#include "pipewire/remote_link.h"
 
 namespace sonvel::pipewire {
 
