@@ -99,7 +99,8 @@ void planLinks(const PlanContext& context, const FilterLinks& links, Plan& plan)
 }
 
 /// Whether a filter may take a stream now, or keep it: the path to the device is linked. A stream that comes
-/// from another tap of ours is taken earlier, because a short silence is better than sound at the wrong volume.
+/// from another tap of ours is taken earlier, because a short silence is better than sound at the wrong
+/// volume.
 bool mayTake(const PlanContext& context, const DesiredFilter& filter, bool isConnected, AudioObjectID tap,
              GlobalID stream) {
   if (filter.isHeld || filter.isStopping) return false;

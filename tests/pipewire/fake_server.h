@@ -18,8 +18,8 @@ using Channels = std::vector<std::string>;
 inline const Channels kStereoChannels{"FL", "FR"};
 
 /// A sound server with its session manager for a real Reconciler. Requests take effect later, one after the
-/// other; global IDs are reused at once; the session manager gives our nodes their ports and links each stream
-/// to its target in the metadata. Time passes only when nothing else can happen.
+/// other; global IDs are reused at once; the session manager gives our nodes their ports and links each
+/// stream to its target in the metadata. Time passes only when nothing else can happen.
 class FakeServer final : public GraphEdits, public GraphAlarm {
  public:
   static constexpr auto kSpeakers = "speakers"; ///< the default while connected
@@ -162,21 +162,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
     return places;
   }
 
-  /// The channel pairs of all links from one node to the other.
-  std::set<std::string> channelsLinked(GlobalID outputNode, GlobalID inputNode) const {
-    std::set<std::string> pairs;
-    for (const auto& [id, link] : graph.links)
-      if (link.outputNode == outputNode && link.inputNode == inputNode)
-        pairs.insert(graph.ports.at(link.outputPort).channel + ">" + graph.ports.at(link.inputPort).channel);
-    return pairs;
-  }
-
-  std::vector<GlobalID> streams() const {
-    std::vector<GlobalID> found;
-    for (const auto& [id, node] : graph.nodes)
-      if (node.kind == NodeKind::outputStream) found.push_back(id);
-    return found;
-  }
+  std::vector<GlobalID> streams() const { return GraphIndex(graph).streams(); }
 
   std::size_t countOwnNodes() const {
     return static_cast<std::size_t>(std::ranges::count_if(
@@ -191,8 +177,7 @@ class FakeServer final : public GraphEdits, public GraphAlarm {
 
   std::unique_ptr<OwnTapNode> makeTapNode(const DesiredTap& tap) override {
     const Channels channels = tap.isMono ? Channels{"MONO"} : kStereoChannels;
-    return std::make_unique<FakeTapNode>(makeNode(tap.nodeName, channels), unmaking_, endOfIOProc_,
-                                         faults);
+    return std::make_unique<FakeTapNode>(makeNode(tap.nodeName, channels), unmaking_, endOfIOProc_, faults);
   }
 
   std::unique_ptr<OwnObject> makeFilter(const DesiredFilter& filter, const IOProcBlock&) override {
