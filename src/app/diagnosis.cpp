@@ -74,7 +74,8 @@ QString outputNumber(const QVariant& uid, const QStringList& devices) {
 
 QString describe(const QVariantMap& row, const QStringList& devices) {
   QStringList words{QStringLiteral("%1 %").arg(row["volume"].toInt())};
-  for (const auto& name : {QStringLiteral("muted"), QStringLiteral("playing"), QStringLiteral("controlled")})
+  for (const auto& name : {QStringLiteral("muted"), QStringLiteral("playing"), QStringLiteral("controlled"),
+                           QStringLiteral("partial")})
     if (row[name].toBool()) words += name;
   if (row.contains("route")) words += QStringLiteral("sent to ") + outputNumber(row["route"], devices);
   if (row.contains("output")) words += QStringLiteral("heard at ") + outputNumber(row["output"], devices);

@@ -27,6 +27,7 @@ QString remarks(const QVariantMap& application, const QVariantList& devices) {
     words += QStringLiteral("failed: ") + application["error"].toString();
   else if (application["playing"].toBool() && !application["controlled"].toBool())
     words += QStringLiteral("not under control");
+  if (application["partial"].toBool()) words += QStringLiteral("only part of it under control");
   return words.join(QStringLiteral(", "));
 }
 

@@ -30,6 +30,7 @@ QVariantMap describe(const ChannelState& row, bool hasLevel) {
   insertIfSet(map, QStringLiteral("route"), row.outputUIDText());
   insertIfSet(map, QStringLiteral("output"), row.playingUIDText());
   insertIfSet(map, QStringLiteral("error"), row.lastErrorText());
+  if (row.isPartial()) map.insert(QStringLiteral("partial"), true);
   if (hasLevel) map.insert(QStringLiteral("level"), double{row.level()});
   return map;
 }

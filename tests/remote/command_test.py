@@ -79,6 +79,10 @@ def test_each_command_is_heard_with_the_panel_closed_and_its_changes_are_watched
         obey(records, "route", "Records", "follow", sink="Speakers")
         obey(records, "route", "Records", "headphones", sink="Headphones")
         assert applications(sonvel.state())["Records"]["output"] == "Headphones"
+        fixed = desktop.machine.player(2600, 0.1, "fixed", **{"node.dont-reconnect": "true"})
+        wait_until(lambda: "only part of it under control" in sonvel("list"), what="a row that says so")
+        assert [one["key"] for one in sonvel.state()["applications"] if "partial" in one] == ["fixed"]
+        fixed.finish()
         sonvel("volume", "Rec", "10", code=AMBIGUOUS)
         sonvel("route", "Records", "Nowhere", code=NOT_FOUND)
         obey(records, "everything", sink="Speakers")
