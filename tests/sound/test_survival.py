@@ -30,20 +30,32 @@ def test_restart_of_the_server_leaves_nothing_to_undo_and_all_to_be_done_again(m
     take(machine, holder)
 
 
-@pytest.mark.parametrize("kind", ["Node", "Link"])
-def test_object_that_the_server_loses_is_made_again(machine, holder, kind):
+def taps_and_links(machine):
+    """The taps' nodes, and the links from them to the device."""
+    nodes = [node for node in machine.graph.objects("Node") if node["node.name"].startswith("sonvel-tap")]
+    numbers = {node["id"] for node in nodes}
+    return nodes, [link for link in machine.graph.objects("Link") if link["link.output.node"] in numbers]
+
+
+@pytest.mark.parametrize("which", [0, 1])
+def test_node_or_link_that_the_server_loses_is_made_again(machine, holder, which):
     take(machine, holder)
 
     def ours():
-        nodes = [node for node in machine.graph.objects("Node") if node["node.name"].startswith("sonvel-tap")]
-        numbers = {node["id"] for node in nodes}
-        links = [link for link in machine.graph.objects("Link") if link["link.output.node"] in numbers]
-        return {one["object.serial"]: one["id"] for one in (nodes if kind == "Node" else links)}
+        return {one["object.serial"]: one["id"] for one in taps_and_links(machine)[which]}
 
     lost, number = next(iter(ours().items()))
     machine.run("pw-cli", "destroy", number)
-    wait_until(lambda: lost not in ours(), what=f"the end of the {kind}")
+    wait_until(lambda: lost not in ours(), what="the end of the object")
     machine.sink().wait_for_tone(1000, 0.2)
+
+
+def test_nodes_have_a_connection_of_their_own(machine, holder):
+    # The session manager waits for our answer while it sets up a node, and we wait for its answer while we bind the
+    # metadata. On one connection both could wait for ever.
+    take(machine, holder)
+    node, *others = sum(taps_and_links(machine), [])
+    assert len(others) == 2 and node["client.id"] not in {link["client.id"] for link in others}
 
 
 def test_stream_that_ends_in_a_tap_leaves_nothing(machine, holder):
