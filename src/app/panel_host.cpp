@@ -3,6 +3,7 @@
 #include "app/installed_page.h"
 #include "ui/icons/app_icon_provider.h"
 #include "ui/presentation/views.h"
+#include "ui/shell/accessible_placeholders.h"
 #include "ui/symbols/symbol_image_provider.h"
 #include "updater/sparkle_update_controller.h"
 
@@ -48,6 +49,7 @@ PanelHost::PanelHost(MixerViewModel& model, ProgramAudio& audio, DesktopAppearan
             if (!isFoundAgain_ || preferences_.boolForKey(kQuitsOnClose)) quit_();
           }) {
   registerViews();
+  ui::installAccessiblePlaceholders();
   connect(this, &PanelHost::serverNoticeChanged, &trayControl_, &TrayControl::refresh);
   QObject::connect(&tray_, &ui::TrayIcon::clicked, &presence_, &ui::PanelPresence::clickIcon);
   QObject::connect(&tray_, &ui::TrayIcon::openChosen, &presence_, &ui::PanelPresence::show);

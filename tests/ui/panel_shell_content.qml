@@ -8,4 +8,5 @@ Item {
     }
 
     implicitWidth: 360
+    Accessible.role: Accessible.Pane
 }

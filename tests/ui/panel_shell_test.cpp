@@ -1,12 +1,14 @@
 // The panel's window, and when it opens.
 
 #include "simulated/manual_clock.h"
+#include "ui/shell/accessible_placeholders.h"
 #include "ui/shell/panel_placement.h"
 #include "ui/shell/panel_presence.h"
 #include "ui/shell/panel_window.h"
 
 #include <gmock/gmock.h>
 
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -92,6 +94,15 @@ TEST_F(PanelShellTest, TheClickThatClosedItDoesNotReopenIt) {
     panel_.toggle();
     EXPECT_EQ(panel_.isOpen(), !isReopened);
   }
+}
+
+TEST_F(PanelShellTest, AScreenReaderThatStartsLaterFindsWhatIsThere) {
+  QAccessible::setActive(false);
+  installAccessiblePlaceholders();
+  open(Style::panel);
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(content_)->role(), QAccessible::NoRole);
+  QAccessible::setActive(true);
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(content_)->role(), QAccessible::Pane);
 }
 
 TEST(PanelPlacement, IsAtTheIconOrInThePointersCorner) {
