@@ -126,7 +126,7 @@ GraphMonitor::MetadataWatch::MetadataWatch(pw_loop* loop, pw_registry* registry,
                                            const std::function<void()>& changed)
     : Watch(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, graph, changed)
     , mirror_(graph)
-    , reader_(loop, registry, id, mirror_, [this] {
+    , reader_(loop, registry, id, graph, mirror_, [this] {
       updateDefaultSink();
       changed_();
     }) {

@@ -7,7 +7,11 @@ namespace sonvel::pipewire {
 namespace {
 
 // A program binds the metadata a few milliseconds after the server has announced it.
-constexpr std::chrono::milliseconds kBindsWithin{500};
+constexpr std::chrono::milliseconds kBindsWithin{300};
+
+// The session manager answers within milliseconds when nothing has happened for this long.
+constexpr std::chrono::milliseconds kQuiet{200};
+constexpr int kMostWaits = 11;
 
 } // namespace
 
@@ -61,22 +65,36 @@ class MetadataReader::Reading {
   Hook proxyHook_;
 };
 
-MetadataReader::MetadataReader(pw_loop* loop, pw_registry* registry, GlobalID metadata,
+MetadataReader::MetadataReader(pw_loop* loop, pw_registry* registry, GlobalID metadata, const Graph& graph,
                                MetadataMirror& mirror, std::function<void()> finished)
     : registry_(registry)
     , metadata_(metadata)
+    , graph_(graph)
     , mirror_(mirror)
     , finished_(std::move(finished))
-    , delay_(loop, [this] { start(); })
+    , delay_(loop, [this] { waitForQuiet(); })
     , complete_(loop, [this] { take(); }) {}
 
 MetadataReader::~MetadataReader() = default;
 
 void MetadataReader::readSoon() {
-  if (std::exchange(isWanted_, true))
+  if (std::exchange(isWanted_, true)) {
     isWantedAgain_ = true;
-  else
-    delay_.arm(kBindsWithin);
+    return;
+  }
+  waits_ = 0;
+  revision_ = graph_.revision;
+  delay_.arm(kBindsWithin);
+}
+
+void MetadataReader::waitForQuiet() {
+  const bool isQuiet = std::exchange(revision_, graph_.revision) == graph_.revision;
+  if (waits_ > 0 && (isQuiet || waits_ >= kMostWaits)) {
+    start();
+    return;
+  }
+  ++waits_;
+  delay_.arm(kQuiet);
 }
 
 void MetadataReader::forget(GlobalID subject) {

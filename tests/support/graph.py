@@ -43,13 +43,14 @@ class Graph:
     def node(self, name):
         return next(iter(self.objects("Node", **{"node.name": name})), None)
 
-    def entries(self):
-        """The default metadata: a dictionary of texts by subject and key."""
-        records = [record.split("\x1f") for record in self._mixer.ask("entries").split("\x1e")[:-1]]
+    def entries(self, anew=False):
+        """The default metadata: a dictionary of texts by subject and key. anew: also what the server has reported to
+        other programs alone; itself keeps changes from other programs."""
+        records = [record.split("\x1f") for record in self._mixer.ask("reread" if anew else "entries").split("\x1e")[:-1]]
         return {(int(subject), key): value for subject, key, value in records}
 
-    def metadata(self, subject, key):
-        return self.entries().get((subject, key))
+    def metadata(self, subject, key, anew=False):
+        return self.entries(anew).get((subject, key))
 
     def set_metadata(self, subject, key, value, kind="Spa:Id"):
         """Takes effect later: wait for its effect. None removes the entry."""

@@ -194,8 +194,8 @@ class Machine:
             self.sinks[name] = Sink(self, BINARIES / "listener", name)
         return self.sinks[name]
 
-    def default_sink(self):
-        return json.loads(self.graph.metadata(0, "default.audio.sink") or "{}").get("name")
+    def default_sink(self, anew=False):
+        return json.loads(self.graph.metadata(0, "default.audio.sink", anew) or "{}").get("name")
 
     def set_default_sink(self, name):
         self.graph.set_metadata(0, "default.configured.audio.sink", json.dumps({"name": name}), "Spa:String:JSON")

@@ -3,6 +3,7 @@
 //   remove SUBJECT KEY
 //   entries    all entries: subject, key and value with unit separators between, and a record separator after
 // each
+//   reread     the same, of the metadata as it is bound anew
 // Replaces pw-metadata: PipeWire 0.3 does not tell a client about objects newer than its last message, and
 // stops telling all clients if one disconnects before the metadata that it bound has answered.
 #include <pipewire/extensions/metadata.h>
@@ -24,6 +25,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kBindsWithin{500};
+constexpr std::chrono::seconds kReadsAgainWithin{3}; // as Sonvel does
 
 struct Mixer {
   pw_thread_loop* loop = nullptr;
@@ -34,7 +36,8 @@ struct Mixer {
   spa_hook metadataListener{};
   std::map<std::uint32_t, std::map<std::string, std::string>> entries; // value by subject and key
   std::set<std::uint32_t> globals = {0};
-  std::optional<Clock::time_point> newClientAt; ///< since the metadata was bound
+  std::optional<Clock::time_point> newClientAt; ///< changes may have been missed since
+  Clock::time_point boundAt;
   int lastSync = 0;
   bool isSynchronized = false;
 
@@ -56,7 +59,8 @@ struct Mixer {
     static const pw_metadata_events events = {.version = PW_VERSION_METADATA_EVENTS,
                                               .property = &Mixer::onProperty};
     entries.clear();
-    newClientAt.reset();
+    boundAt = Clock::now();
+    if (newClientAt && boundAt - *newClientAt > kReadsAgainWithin) newClientAt.reset();
     metadata = static_cast<pw_metadata*>(
         pw_registry_bind(registry, metadataID, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0));
     pw_metadata_add_listener(metadata, &metadataListener, &events, this);
@@ -94,14 +98,22 @@ struct Mixer {
     pw_thread_loop_signal(self.loop, false);
   }
 
+  /// Whether another program has bound the metadata since we did: the server did not report changes
+  /// meanwhile.
+  bool mayHaveMissed() const {
+    const auto isOver = [&](Clock::duration delay) {
+      return newClientAt && Clock::now() > *newClientAt + delay && boundAt <= *newClientAt + delay;
+    };
+    return isOver(kBindsWithin) || isOver(kReadsAgainWithin);
+  }
+
   /// Returns when everything that the server knows now has arrived.
-  void synchronize() {
-    // The server does not report changed entries of a removed object, nor changes while another program binds
-    // the metadata.
-    const bool mayHaveMissed = newClientAt && Clock::now() - *newClientAt > kBindsWithin;
-    if (metadata != nullptr && (mayHaveMissed || std::ranges::any_of(entries, [this](const auto& subject) {
-                                  return !globals.contains(subject.first);
-                                }))) {
+  void synchronize(bool isAnew) {
+    // The server does not report changed entries of a removed object either.
+    if (metadata != nullptr &&
+        (isAnew || mayHaveMissed() || std::ranges::any_of(entries, [this](const auto& subject) {
+           return !globals.contains(subject.first);
+         }))) {
       forgetMetadata();
       bindMetadata();
     }
@@ -120,8 +132,8 @@ struct Mixer {
     std::string value;
     words >> verb >> subject >> key >> type >> std::ws;
     std::getline(words, value);
-    synchronize();
-    if (verb == "entries")
+    synchronize(verb == "reread");
+    if (verb == "entries" || verb == "reread")
       for (const auto& [of, list] : entries)
         for (const auto& [name, entry] : list)
           std::cout << of << '\x1f' << name << '\x1f' << entry << '\x1e';
