@@ -20,6 +20,9 @@ constexpr std::chrono::milliseconds kRetryDelay{300};
 // the user can read of it for some seconds before the next reconciliation.
 constexpr std::chrono::milliseconds kStaysAway{8000};
 
+// How long to wait for a server that has not answered before.
+constexpr std::chrono::milliseconds kHangingWait{100};
+
 // The registry answers the first sync with the objects, the second with their details.
 constexpr int kSyncsUntilReady = 2;
 
@@ -117,6 +120,7 @@ void ServerConnection::disconnect() {
   nodeCore_.reset();
   coreHook_.remove();
   core_.reset();
+  unanswered_.reset();
   isReady_ = false;
   mayHaveTaps_ = false;
   const bool wasWithdrawn = std::exchange(isWithdrawn_, false);
@@ -185,10 +189,14 @@ void ServerConnection::graphChanged() {
 
 bool ServerConnection::roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline) {
   if (!core_) return false;
+  if (unanswered_ && lastDone_ - *unanswered_ < 0)
+    deadline = std::min(deadline, LoopThread::SteadyClock::now() + kHangingWait);
   const pw_core* asked = core_.get();
   const int sequence = pw_core_sync(core_.get(), PW_ID_CORE, 0);
-  return lock.waitUntil(deadline, [&] { return core_.get() != asked || lastDone_ - sequence >= 0; }) &&
-         core_.get() == asked;
+  const bool isOver =
+      lock.waitUntil(deadline, [&] { return core_.get() != asked || lastDone_ - sequence >= 0; });
+  unanswered_ = isOver ? std::nullopt : std::optional(sequence);
+  return isOver && core_.get() == asked;
 }
 
 } // namespace sonvel::pipewire

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace sonvel::pipewire {
 
@@ -83,7 +84,7 @@ class ServerConnection {
   GraphMonitor* monitor() const noexcept { return monitor_.get(); }
 
   /// Waits until the server has processed all our earlier requests. False if it does not answer in time, or
-  /// there is no server.
+  /// there is no server. After a call without an answer the next ones wait only shortly, until it answers.
   bool roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline);
 
  private:
@@ -110,6 +111,7 @@ class ServerConnection {
   std::unique_ptr<GraphMonitor> monitor_;
   std::unique_ptr<RightsWatch> rightsWatch_;
   int lastDone_ = 0;
+  std::optional<int> unanswered_; ///< the sequence number of the last round trip that took too long
   int readyAt_ = 0;   ///< the graph is complete when this sequence number is answered
   int syncsLeft_ = 0; ///< syncs to send before that, for details of new objects
   bool isReady_ = false;
