@@ -244,6 +244,21 @@ def other_session_manager():
 
 
 @fault
+def hanging_session_manager():
+    with stand() as one:
+        start = time.monotonic()
+        manager, player = one.machine.processes["wireplumber"], one.players[0]
+        manager.send_signal(signal.SIGSTOP)
+        yield one.row("Session manager stopped (SIGSTOP), each player set to 100 %",
+                      lambda: [one.command("volume", each.name, "100%") for each in one.players], 1)
+        one.command("route", player.name, "Headphones")
+        player.sink = "Headphones"
+        time.sleep(max(0, start + 10 - time.monotonic()))
+        yield one.row("  goes on after ten seconds, with a route chosen meanwhile",
+                      lambda: manager.send_signal(signal.SIGCONT), 1)
+
+
+@fault
 def pulse_server():
     with stand() as one:
         one.machine.restart("pipewire-pulse")

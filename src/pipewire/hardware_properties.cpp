@@ -133,13 +133,13 @@ PipeWireHardware::PropertyReader::Bytes PipeWireHardware::PropertyReader::device
 OSStatus PipeWireHardware::getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
                                                std::uint32_t& sizeBytes) {
   const Lock lock(state_->loop);
-  // These two lists must be up to date, including programs that have just connected.
+  // These two lists must be up to date, including programs that have just connected. While the server does not
+  // answer they are what it has told before: nothing has ended.
   const bool isSystemList =
       address.selector == property::kProcessObjectList || address.selector == property::kDevices;
+  if (isSystemList && state_->server->isReady())
+    static_cast<void>(state_->syncWithServer(lock, deadlineFromNow()));
   if (!state_->server->isReady()) return status::kNotRunning;
-  if (isSystemList)
-    if (const OSStatus outcome = state_->syncWithServer(lock, deadlineFromNow()); outcome != kNoError)
-      return outcome;
   PropertyReader reader(*state_, object, address);
   const auto data = reader.data();
   if (!data) return reader.objectExists() ? status::kUnknownProperty : status::kBadObject;
