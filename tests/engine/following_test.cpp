@@ -114,6 +114,10 @@ TEST_F(Following, AChoiceOutlivesTheProcessThatItWasMadeFor) {
   controller_->removeChannel(controller_->controlledAppIDs().front());
   addChannel({.objectID = second, .bundleID = app.bundleID});
   EXPECT_EQ(heardAtBoth(), Both(0.5F, 0.0F)) << "for a new session too";
+  audio_.removeProcess(second);
+  executor_->runAll();
+  addChannel({.objectID = startProcess(app.bundleID, 0.5F, true, "headset"), .bundleID = app.bundleID});
+  EXPECT_EQ(heardAtBoth(), Both(0.5F, 0.0F)) << "though another device is remembered for another stream";
 }
 
 TEST_F(Following, AnOlderChoiceForAnotherProcessDoesNotReplaceKeptSettings) {
