@@ -122,8 +122,8 @@ std::optional<ChoiceElsewhere> HardwareController::readChoice(const std::string&
     if (!last || choice.serial > last->serial || (last->serial == 0 && !last->uid)) last = std::move(choice);
   }
   if (last && last->uid) chosenElsewhere_.insert(key);
-  // A choice of "follow" may have gone with its stream, and an older one of another stream be read instead, or
-  // the device that the session manager remembers for another one.
+  // A choice of "follow" may have gone with its stream, and an older one of another stream be read instead,
+  // or the device that the session manager remembers for another one.
   if (const auto follow = followChosen_.find(key);
       last && follow != followChosen_.end() && last->serial < follow->second)
     return ChoiceElsewhere{.serial = follow->second};

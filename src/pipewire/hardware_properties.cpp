@@ -133,8 +133,8 @@ PipeWireHardware::PropertyReader::Bytes PipeWireHardware::PropertyReader::device
 OSStatus PipeWireHardware::getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
                                                std::uint32_t& sizeBytes) {
   const Lock lock(state_->loop);
-  // These two lists must be up to date, including programs that have just connected. While the server does not
-  // answer they are what it has told before: nothing has ended.
+  // These two lists must be up to date, including programs that have just connected. While the server does
+  // not answer they are what it has told before: nothing has ended.
   const bool isSystemList =
       address.selector == property::kProcessObjectList || address.selector == property::kDevices;
   if (isSystemList && state_->server->isReady())
