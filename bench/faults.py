@@ -12,7 +12,7 @@ from contextlib import contextmanager
 
 import numpy
 
-from measuring import busy_percent
+from measuring import wait_for_rest
 from support.bus import BIN
 from support.desktop import Application, Desktop, example_players
 from support.hearing import RATE, decibels
@@ -144,9 +144,9 @@ class Stand:
         self.halve(*added)
 
     def rest(self):
-        """Waits until the session manager has set up all that is new, which takes it longer than the making.
-        The players start anew: their files last two minutes. Returns the time at which it rested."""
-        wait_for_rest(self.machine)
+        """Waits until the session manager rests. The players start anew: their files last two minutes. Returns the
+        time at which it rested."""
+        wait_for_rest(self.machine, 4 * LONGEST)
         rested = time.monotonic()
         self.replay()
         self.wait_until_right()
@@ -180,11 +180,6 @@ def add_long_players(machine):
         machine.player(3000 + 100 * number, 0.01, f"player-{number}", **LONG_TEXTS)
 
 
-def wait_for_rest(machine):
-    manager = machine.processes["wireplumber"]
-    wait_until(lambda: busy_percent([manager], 1)[0] < 5, 4 * LONGEST, "a session manager at rest")
-
-
 def seconds_without_sonvel(*steps):
     """How long the session manager is busy with the last of these steps beside the same players."""
     with Desktop(is_read=False) as desktop:
@@ -194,7 +189,7 @@ def seconds_without_sonvel(*steps):
         for step in steps:
             start = time.monotonic()
             step(desktop.machine)
-            wait_for_rest(desktop.machine)
+            wait_for_rest(desktop.machine, 4 * LONGEST)
         return time.monotonic() - start
 
 

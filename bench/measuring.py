@@ -3,6 +3,8 @@ import re
 import time
 from pathlib import Path
 
+from support.waiting import wait_until
+
 MEMORY = {"Rss": "resident", "Pss": "proportional", "Private_(?:Clean|Dirty)": "private"}
 
 
@@ -24,6 +26,12 @@ def busy_percent(processes, seconds, wait=time.sleep):
     wait(seconds)
     passed = time.monotonic() - start
     return [100 * (busy_seconds(one) - then) / passed for one, then in zip(processes, before)]
+
+
+def wait_for_rest(machine, within):
+    """Waits until the session manager has set up all that is new, which takes it longer than the making."""
+    manager = machine.processes["wireplumber"]
+    wait_until(lambda: busy_percent([manager], 1)[0] < 5, within, "a session manager at rest")
 
 
 def wake_ups(process):
