@@ -189,13 +189,13 @@ void ServerConnection::graphChanged() {
 
 bool ServerConnection::roundTrip(const LoopThread::Lock& lock, LoopThread::Deadline deadline) {
   if (!core_) return false;
-  if (unanswered_ && lastDone_ - *unanswered_ < 0)
-    deadline = std::min(deadline, LoopThread::SteadyClock::now() + kHangingWait);
+  if (unanswered_ && lastDone_ - *unanswered_ >= 0) unanswered_.reset();
+  if (unanswered_) deadline = std::min(deadline, LoopThread::SteadyClock::now() + kHangingWait);
   const pw_core* asked = core_.get();
   const int sequence = pw_core_sync(core_.get(), PW_ID_CORE, 0);
   const bool isOver =
       lock.waitUntil(deadline, [&] { return core_.get() != asked || lastDone_ - sequence >= 0; });
-  unanswered_ = isOver ? std::nullopt : std::optional(sequence);
+  if (!isOver && !unanswered_) unanswered_ = sequence;
   return isOver && core_.get() == asked;
 }
 

@@ -111,7 +111,7 @@ class ServerConnection {
   std::unique_ptr<GraphMonitor> monitor_;
   std::unique_ptr<RightsWatch> rightsWatch_;
   int lastDone_ = 0;
-  std::optional<int> unanswered_; ///< the sequence number of the last round trip that took too long
+  std::optional<int> unanswered_; ///< the sequence number of the first round trip that took too long
   int readyAt_ = 0;               ///< the graph is complete when this sequence number is answered
   int syncsLeft_ = 0;             ///< syncs to send before that, for details of new objects
   bool isReady_ = false;
