@@ -20,7 +20,7 @@ class Placeholders final : public QAccessible::ActivationObserver {
 
   void install();
 
-  void accessibilityActiveChanged(bool isActive) override;
+  void accessibilityActiveChanged(bool active) override;
 
   bool isActive = false;
   QSet<Placeholder*> existing;
